@@ -1,0 +1,35 @@
+# What every target of this build shares: language level, warnings, visibility, sanitizers, output folders.
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+  find_program(OXGENAPI_CCACHE ccache)
+  if(OXGENAPI_CCACHE)
+    set(CMAKE_C_COMPILER_LAUNCHER "${OXGENAPI_CCACHE}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${OXGENAPI_CCACHE}")
+  endif()
+endif()
+
+set(OX_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wimplicit-fallthrough -Werror)
+
+# Every target of ours calls this once.
+function(ox_target name)
+  target_compile_options(${name} PRIVATE ${OX_WARNINGS} $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+  if(OXGENAPI_SANITIZE)
+    target_compile_options(${name} PRIVATE -fsanitize=${OXGENAPI_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(${name} PRIVATE -fsanitize=${OXGENAPI_SANITIZE})
+  endif()
+endfunction()
