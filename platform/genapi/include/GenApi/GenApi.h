@@ -1,0 +1,17 @@
+// Everything of the engine's public interface but the firmware update.
+#pragma once
+#include "GenApi/ChunkAdapter.h"
+#include "GenApi/ChunkPort.h"
+#include "GenApi/EnumClasses.h"
+#include "GenApi/EventAdapter.h"
+#include "GenApi/EventAdapterGeneric.h"
+#include "GenApi/EventPort.h"
+#include "GenApi/Filestream.h"
+#include "GenApi/Findings.h"
+#include "GenApi/IDestroy.h"
+#include "GenApi/NodeCallback.h"
+#include "GenApi/NodeMapFactory.h"
+#include "GenApi/Pointer.h"
+#include "GenApi/PortImpl.h"
+#include "GenApi/Synch.h"
+#include "GenApi/Types.h"
