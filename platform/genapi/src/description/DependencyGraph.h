@@ -1,0 +1,61 @@
+// Who depends on whom: the static graph of a description, computed at the first use and shared by its node maps.
+//
+// An edge x -> y means that y must forget what it knows when x changes. Edges come from
+//   - every link that is read for a value, limit, address, length or formula (the linked node -> the node with the
+//   link),
+//   - pValueCopy, guards (pIsImplemented, pIsAvailable, pIsLocked, pBlockPolling), pInvalidator and pPort, likewise,
+//   - selectors (the selector -> each pSelected target), entries (-> their enumeration) and features (-> their
+//   category).
+// Writing links, pError, pAlias and pCastAlias make no edge. All walks are iterative.
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "GenApi/Types.h"
+#include "description/NodeIndex.h"
+
+namespace GENAPI_NAMESPACE {
+
+class Description;
+
+// Working memory for walks that are too large to be remembered; one per node map, under its lock.
+struct WalkScratch {
+  std::vector<uint32_t> mark;
+  uint32_t epoch = 0;
+  std::vector<NodeIndex> found;
+};
+
+class DependencyGraph {
+ public:
+  explicit DependencyGraph(const Description& description);
+  ~DependencyGraph();
+
+  // Nodes with a direct edge from x, each once.
+  std::span<const NodeIndex> directDependents(NodeIndex x) const;
+  // Everything reachable from x in description order; x itself only when a cycle leads back to it. Remembered within
+  // kMaxClosureBytes for the whole description; past that computed into the scratch, where it is valid until the next
+  // use.
+  std::span<const NodeIndex> dependents(NodeIndex x, WalkScratch& scratch) const;
+  // Nodes that have a reading link to x (the links of GetParents), each once, description order.
+  std::span<const NodeIndex> readingParents(NodeIndex x) const;
+  // Selectors that name x directly or through the reading parents of what they select; description order.
+  std::vector<NodeIndex> selecting(NodeIndex x) const;
+  // The pSelected targets of x in XML order, then their reading parents, transitively, without categories.
+  std::vector<NodeIndex> selected(NodeIndex x) const;
+
+  // The node's own Cachable combined with the caching modes of everything it reads.
+  ECachingMode cachingMode(NodeIndex x) const;
+  // False when some value the access mode depends on may not be cached.
+  bool accessModeCacheable(NodeIndex x) const;
+  // Reachable from the category Root through pFeature.
+  bool isFeature(NodeIndex x) const;
+
+ private:
+  struct Data;
+  std::unique_ptr<Data> data_;
+};
+
+}  // namespace GENAPI_NAMESPACE

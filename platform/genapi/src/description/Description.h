@@ -1,0 +1,133 @@
+// A description after loading: immutable, and shared by all node maps of one camera model.
+//
+// Everything is flat: one record per node in description order, one property per element in XML order, links already
+// resolved to node indices. Texts point into the parsed buffer, which the description owns.
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Base/GCTypes.h"
+#include "GenApi/Findings.h"
+#include "GenApi/Types.h"
+#include "description/DependencyGraph.h"
+#include "description/Element.h"
+#include "description/NodeIndex.h"
+
+namespace GENAPI_NAMESPACE {
+
+// One element of a node. Numbers were parsed and words recognised while loading, so a node that is not defective may
+// use them without a check.
+struct Property {
+  Element element;
+  uint8_t word;            // elements with a fixed vocabulary: the value of the enumeration (EYesNo, EVisibility, ...)
+  uint16_t attributeSize;  // bytes
+  uint32_t valueSize;      // bytes
+  const char* valueData;
+  const char* attributeData;  // Name of pVariable, Constant, Expression; else null
+  union {
+    NodeIndex target;  // links, and EnumEntry: the node
+    int64_t integer;   // integer-valued elements; Constant of integer formulas
+    double real;  // Value, Min, Max, Inc, ValueIndexed, ValueDefault of Float; NumericValue; Constant of float formulas
+  };
+  std::string_view value() const { return {valueData, valueSize}; }
+  std::string_view attribute() const { return {attributeData, attributeSize}; }
+};
+
+struct NodeRecord {
+  const char* nameData;
+  uint32_t nameSize;       // bytes
+  uint32_t firstProperty;  // index into the description's properties
+  uint32_t propertyCount;
+  uint32_t sourceOffset;  // byte offset of the element in the text, for line numbers
+  NodeIndex owner;        // EnumEntry: its Enumeration; TextDesc, IntKey: the ConfRom; internal knife: the register
+  NodeType type;
+  uint8_t nameSpace;          // ENameSpace
+  uint8_t visibility;         // EVisibility, own element
+  uint8_t imposedAccessMode;  // EAccessMode, own element, RW without
+  bool streamable, deprecated, exposeStatic;
+  bool defective;  // the node reports NI; Description::defectText says why
+  int8_t mergePriority;
+  std::string_view name() const { return {nameData, nameSize}; }
+};
+
+struct DeviceTexts {
+  std::string_view modelName, vendorName, toolTip, standardNameSpace, productGuid, versionGuid;
+  GENICAM_NAMESPACE::Version_t schemaVersion{}, deviceVersion{};
+};
+
+// A finding without its file name, which belongs to the map that was loaded from the file.
+struct FindingRecord {
+  ESeverity severity;
+  uint32_t line;   // 0 unknown
+  NodeIndex node;  // kNoNode when none
+  std::string element, reason;
+};
+
+class NodeLayout;  // where each node lies in a node map's arena; made by the node map
+
+class Description {
+ public:
+  Description();
+  ~Description();
+  Description(const Description&) = delete;
+  Description& operator=(const Description&) = delete;
+
+  size_t nodeCount() const { return nodes_.size(); }
+  const NodeRecord& node(NodeIndex index) const { return nodes_[index]; }
+  std::span<const Property> properties(NodeIndex index) const {
+    const NodeRecord& record = nodes_[index];
+    return {properties_.data() + record.firstProperty, record.propertyCount};
+  }
+  // The first property of that element, or null.
+  const Property* find(NodeIndex index, Element element) const;
+
+  // By plain name; kNoNode when there is none.
+  NodeIndex indexOf(std::string_view name) const;
+
+  const DeviceTexts& device() const { return device_; }
+  bool isSchema10() const { return device_.schemaVersion.Major == 1 && device_.schemaVersion.Minor == 0; }
+
+  // Notes and defects found by the load, in the order in which they were found.
+  std::span<const FindingRecord> findings() const { return findings_; }
+  // Why a defective node cannot be used: "<line>: <NodeType> '<Name>': <Element>: <reason>", or empty.
+  std::string defectText(NodeIndex index) const;
+  // "<line>: <NodeType> '<Name>': <Element>: <reason>"; leaves out what is unknown.
+  std::string findingText(const FindingRecord& finding) const;
+  uint32_t lineOf(NodeIndex index) const;
+
+  // Computed at the first use, then shared; never null.
+  const DependencyGraph& graph() const;
+
+  // Ports that carry a chunk ID, and nodes with an EventID, in description order.
+  std::span<const NodeIndex> chunkPorts() const { return chunkPorts_; }
+  std::span<const NodeIndex> eventNodes() const { return eventNodes_; }
+  // Nodes with a PollingTime (registers, commands, enumerations), in description order.
+  std::span<const NodeIndex> polledNodes() const { return polledNodes_; }
+
+  // The text as it came; what the description cache compares.
+  std::string_view sourceText() const { return sourceText_; }
+
+  // A slot for what the node map derives once per description; the loser of a race deletes its copy.
+  mutable std::atomic<const NodeLayout*> layout{nullptr};
+  void (*deleteLayout)(const NodeLayout*) = nullptr;
+
+ private:
+  friend class DescriptionBuilder;
+  std::string sourceText_;
+  std::unique_ptr<char[]> parsedText_;             // the copy that the XML parser worked in; views point into it
+  std::vector<std::unique_ptr<char[]>> moreText_;  // texts that do not stand in one piece in the source
+  std::vector<NodeRecord> nodes_;
+  std::vector<Property> properties_;
+  std::vector<NodeIndex> nameTable_;  // open addressing, power of two
+  DeviceTexts device_;
+  std::vector<FindingRecord> findings_;
+  std::vector<NodeIndex> chunkPorts_, eventNodes_, polledNodes_;
+  mutable std::atomic<const DependencyGraph*> graph_{nullptr};
+};
+
+}  // namespace GENAPI_NAMESPACE
