@@ -1,6 +1,5 @@
 // The exceptions of the GenApi programming interface and the macros that build them from a printf format.
-#ifndef BASE_GCEXCEPTION_H
-#define BASE_GCEXCEPTION_H
+#pragma once
 
 #include <Base/GCTypes.h>
 
@@ -114,5 +113,3 @@ class ExceptionReporter {
 #define ACCESS_EXCEPTION GENICAM_EXCEPTION_REPORT(AccessException)
 #define TIMEOUT_EXCEPTION GENICAM_EXCEPTION_REPORT(TimeoutException)
 #define DYNAMICCAST_EXCEPTION GENICAM_EXCEPTION_REPORT(DynamicCastException)
-
-#endif

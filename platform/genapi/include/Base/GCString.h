@@ -1,8 +1,7 @@
 // gcstring: the string type of the GenApi programming interface. A value type over one byte string; the engine keeps
 // UTF-8 in it. All members offer the guarantees of the std::string members of the same name; allocation failure is
 // std::bad_alloc, a position past the end std::out_of_range.
-#ifndef BASE_GCSTRING_H
-#define BASE_GCSTRING_H
+#pragma once
 
 #include <Base/GCTypes.h>
 
@@ -188,5 +187,3 @@ inline std::istream& getline(std::istream& stream, gcstring& text, char delimite
 }
 
 }  // namespace GENICAM_NAMESPACE
-
-#endif

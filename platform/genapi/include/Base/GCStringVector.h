@@ -1,6 +1,5 @@
 // gcstring_vector: the list of strings of the GenApi programming interface.
-#ifndef BASE_GCSTRINGVECTOR_H
-#define BASE_GCSTRINGVECTOR_H
+#pragma once
 
 #include <Base/GCString.h>
 
@@ -56,5 +55,3 @@ class gcstring_vector {
 };
 
 }  // namespace GENICAM_NAMESPACE
-
-#endif

@@ -1,6 +1,5 @@
 // Fixed-width integers, the names of the two namespaces, and the version number type.
-#ifndef BASE_GCTYPES_H
-#define BASE_GCTYPES_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -24,5 +23,3 @@ inline constexpr bool operator==(const Version_t& a, const Version_t& b) noexcep
 }
 
 }  // namespace GENICAM_NAMESPACE
-
-#endif

@@ -1,6 +1,5 @@
 // Integer casts that test their range.
-#ifndef BASE_GCUTILITIES_H
-#define BASE_GCUTILITIES_H
+#pragma once
 
 #include <Base/GCException.h>
 
@@ -31,5 +30,3 @@ inline Target INTEGRAL_CAST(Source value) {
 }
 
 }  // namespace GENICAM_NAMESPACE
-
-#endif

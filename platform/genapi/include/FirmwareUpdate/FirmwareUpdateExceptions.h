@@ -1,6 +1,5 @@
 // The exceptions that only firmware updates raise.
-#ifndef FIRMWAREUPDATE_FIRMWAREUPDATEEXCEPTIONS_H
-#define FIRMWAREUPDATE_FIRMWAREUPDATEEXCEPTIONS_H
+#pragma once
 
 #include <Base/GCException.h>
 
@@ -24,5 +23,3 @@ class FormatException : public GENICAM_NAMESPACE::GenericException {
 // Builds a firmware exception object: throw FIRMWARE_EXCEPTION(FormatException)("member '%s' is missing", name);
 #define FIRMWARE_EXCEPTION(type) \
   ::GENICAM_NAMESPACE::ExceptionReporter< ::GENAPI_NAMESPACE::type>(__FILE__, __LINE__).Report
-
-#endif

@@ -1,6 +1,5 @@
 // Text converters of the enumerations: EAccessModeClass::ToString(RO) is "RO".
-#ifndef GENAPI_ENUMCLASSES_H
-#define GENAPI_ENUMCLASSES_H
+#pragma once
 
 #include <GenApi/Types.h>
 
@@ -41,5 +40,3 @@ using EGenApiSchemaVersionClass = EnumClass<EGenApiSchemaVersion>;
 using EXMLValidationClass = EnumClass<EXMLValidation>;
 
 }  // namespace GENAPI_NAMESPACE
-
-#endif

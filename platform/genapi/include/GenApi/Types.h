@@ -1,7 +1,6 @@
 // All enumerations of the programming interface, and what can be asked of their values alone. The numbers are part of
 // the contract: descriptions can read some of them in formulas, and callers store them.
-#ifndef GENAPI_TYPES_H
-#define GENAPI_TYPES_H
+#pragma once
 
 #include <Base/GCString.h>
 #include <Base/GCStringVector.h>
@@ -166,5 +165,3 @@ inline constexpr bool IsCacheable(ECachingMode mode) noexcept {
 }
 
 }  // namespace GENAPI_NAMESPACE
-
-#endif

@@ -1,0 +1,58 @@
+#include "text/Utf8.h"
+
+namespace GENAPI_NAMESPACE::text {
+namespace {
+
+bool isContinuation(char byte) noexcept {
+  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+// Length of the well-formed character at `at`, 0 if there is none.
+size_t characterLength(std::string_view text, size_t at) noexcept {
+  const auto byteAt = [&](size_t index) { return static_cast<unsigned char>(text[index]); };
+  const unsigned char lead = byteAt(at);
+  if (lead < 0x80) return 1;
+  const size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() - at < length) return 0;
+  for (size_t i = 1; i < length; ++i) {
+    if (!isContinuation(text[at + i])) return 0;
+  }
+  // The second byte rules out overlong forms, surrogates, and what lies above U+10FFFF.
+  const unsigned char second = byteAt(at + 1);
+  if (lead == 0xE0 && second < 0xA0) return 0;
+  if (lead == 0xED && second > 0x9F) return 0;
+  if (lead == 0xF0 && second < 0x90) return 0;
+  if (lead == 0xF4 && second > 0x8F) return 0;
+  return length;
+}
+
+}  // namespace
+
+size_t findMalformedUtf8(std::string_view text) noexcept {
+  for (size_t at = 0; at < text.size();) {
+    const size_t length = characterLength(text, at);
+    if (length == 0) return at;
+    at += length;
+  }
+  return std::string_view::npos;
+}
+
+size_t countCharacters(std::string_view text) noexcept {
+  size_t count = 0;
+  for (size_t at = 0; at < text.size(); ++count) {
+    const size_t length = characterLength(text, at);
+    at += length == 0 ? 1 : length;
+  }
+  return count;
+}
+
+std::string_view firstCharacters(std::string_view text, size_t characters) noexcept {
+  size_t at = 0;
+  for (size_t count = 0; count < characters && at < text.size(); ++count) {
+    const size_t length = characterLength(text, at);
+    at += length == 0 ? 1 : length;
+  }
+  return text.substr(0, at);
+}
+
+}  // namespace GENAPI_NAMESPACE::text

@@ -1,0 +1,25 @@
+// UTF-8 as far as the engine must know it: is a text valid, and where can it be cut.
+#pragma once
+
+#include "Base/GCTypes.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace GENAPI_NAMESPACE::text {
+
+// The offset of the first byte that starts no well-formed character (overlong forms, surrogates and code points above
+// U+10FFFF are malformed); npos for a valid text.
+size_t findMalformedUtf8(std::string_view text) noexcept;
+
+inline bool isUtf8(std::string_view text) noexcept {
+  return findMalformedUtf8(text) == std::string_view::npos;
+}
+
+// The characters of a text; a malformed byte counts as one.
+size_t countCharacters(std::string_view text) noexcept;
+
+// The first `characters` characters of a text, all of it if it has no more.
+std::string_view firstCharacters(std::string_view text, size_t characters) noexcept;
+
+}  // namespace GENAPI_NAMESPACE::text

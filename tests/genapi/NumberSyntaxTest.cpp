@@ -1,0 +1,226 @@
+#include "text/NumberSyntax.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <clocale>
+#include <cmath>
+#include <cstdio>
+#include <random>
+
+#include "text/Utf8.h"
+
+using namespace GENAPI_NAMESPACE;
+using namespace GENAPI_NAMESPACE::text;
+
+TEST(NumberSyntax, ReadsIntegers) {
+  const struct {
+    std::string_view text;
+    int64_t value;
+  } cases[] = {{"0", 0},
+               {"0815", 815},
+               {" -14\n", -14},
+               {"+7", 7},
+               {"0x10", 16},
+               {"0XfF", 255},
+               {"-0x10", -16},
+               {"9223372036854775807", INT64_MAX},
+               {"-9223372036854775808", INT64_MIN},
+               {"9007199254740993", 9007199254740993},
+               {"0x7fffffffffffffff", INT64_MAX},
+               {"0xFFFFFFFFFFFFFFFF", -1},
+               {"0x8000000000000000", INT64_MIN}};
+  for (const auto& expected : cases) EXPECT_EQ(expected.value, parseInteger(expected.text)) << expected.text;
+  for (std::string_view text : {"", " ", "-", "+-1", "- 1", "0x", "0x1 2", "1.5", "1e3", "abc", "&hFF", "12 3", "7z",
+                                "9223372036854775808", "-9223372036854775809", "0x12345678901234567", "0x-1"}) {
+    EXPECT_FALSE(parseInteger(text)) << text;
+  }
+}
+
+TEST(NumberSyntax, ReadsFloats) {
+  const struct {
+    std::string_view text;
+    double value;
+  } cases[] = {{".5", 0.5},
+               {"1.", 1},
+               {"1e+06", 1e6},
+               {"-2E-3", -2e-3},
+               {" +12.5 ", 12.5},
+               {"0x10", 16},
+               {"18446744073709551616", 18446744073709551616.0},
+               {"1.7976931348623157e308", DBL_MAX},
+               {"4.9406564584124654e-324", 4.9406564584124654e-324},
+               {"1e-400", 0},
+               {"0.0000001e-400", 0},
+               {"0e999", 0},
+               {"INF", HUGE_VAL},
+               {"-INF", -HUGE_VAL}};
+  for (const auto& expected : cases) EXPECT_EQ(expected.value, parseFloat(expected.text)) << expected.text;
+  EXPECT_TRUE(std::isnan(parseFloat("NaN").value()));
+  for (std::string_view text : {"", ".", "e5", "1e", "1e+", "1,5", "1.5.2", "abc", "inf", "nan", "infinity", "1e999",
+                                "-1e999", "0x", "0x1.8p1", "1.5f", "--1", "1_0"}) {
+    EXPECT_FALSE(parseFloat(text)) << text;
+  }
+}
+
+TEST(NumberSyntax, ReadsEachRepresentationOrAPlainNumber) {
+  EXPECT_EQ(0x56789ABC, parseInteger("86.120.154.188", IPV4Address));
+  EXPECT_EQ(12, parseInteger("12", IPV4Address));
+  EXPECT_EQ(0x123456789ABC, parseInteger("12:34:56:78:9A:bc", MACAddress));
+  EXPECT_EQ(1, parseInteger("true", Boolean));
+  EXPECT_EQ(0, parseInteger("false", Boolean));
+  EXPECT_EQ(255, parseInteger("0xff", Linear));
+  for (std::string_view text : {"1.2.3", "1.2.3.256", "1.2.3.4.5", "1..2.3", "1.2.3.-4", "1.2.3.0004", "a.b.c.d"}) {
+    EXPECT_FALSE(parseInteger(text, IPV4Address)) << text;
+  }
+  for (std::string_view text : {"12:34:56:78:9a", "12:34:56:78:9a:bg", "12-34-56-78-9a-bc", "1:34:56:78:9a:bc0"}) {
+    EXPECT_FALSE(parseInteger(text, MACAddress)) << text;
+  }
+  EXPECT_FALSE(parseInteger("true", Linear));
+  EXPECT_EQ(true, parseBoolean(" true "));
+  EXPECT_FALSE(parseBoolean("True"));
+  EXPECT_FALSE(parseBoolean("2"));
+}
+
+TEST(NumberSyntax, PrintsEachRepresentation) {
+  EXPECT_EQ("-14", printInteger(-14, Linear));
+  EXPECT_EQ("0x123456789abcdef", printInteger(0x123456789abcdef, HexNumber));
+  EXPECT_EQ("0xffffffffffffffff", printInteger(-1, HexNumber));
+  EXPECT_EQ("86.120.154.188", printInteger(0x1256789ABC, IPV4Address));
+  EXPECT_EQ("12:34:56:78:9a:bc", printInteger(0x7F00123456789ABC, MACAddress));
+  EXPECT_EQ("true", printInteger(2, Boolean));
+  EXPECT_EQ("false", printInteger(0, Boolean));
+}
+
+TEST(NumberSyntax, IntegersSurviveTheRoundTripInEveryRepresentation) {
+  for (int64_t value : {int64_t{0}, int64_t{1}, int64_t{-1}, INT64_MAX, INT64_MIN, INT64_MAX - 1, int64_t{1} << 53}) {
+    for (ERepresentation representation : {Linear, Logarithmic, PureNumber, HexNumber}) {
+      EXPECT_EQ(value, parseInteger(printInteger(value, representation), representation)) << value;
+    }
+  }
+  EXPECT_EQ(0xFFFFFFFF, parseInteger(printInteger(-1, IPV4Address), IPV4Address));
+  EXPECT_EQ(0xFFFFFFFFFFFF, parseInteger(printInteger(-1, MACAddress), MACAddress));
+}
+
+TEST(NumberSyntax, PrintsFloatsByNotationAndPrecision) {
+  const struct {
+    double value;
+    EDisplayNotation notation;
+    int64_t precision;
+    std::string_view text;
+  } cases[] = {{12.3456789, fnAutomatic, 6, "12.3457"},
+               {12.3456789e99, fnAutomatic, 6, "1.23457e+100"},
+               {12.3456789, fnScientific, 4, "1.2346e+01"},
+               {12.3456789, fnFixed, 5, "12.34568"},
+               {12.3456789, fnAutomatic, 3, "12.3"},
+               {12.3456789, _UndefinedEDisplayNotation, 3, "12.3"},
+               {0.1, fnAutomatic, 0, "0.1"},
+               {0.1, fnAutomatic, -1, "0.1"},
+               {2.5, fnFixed, 0, "2"},
+               {20000, fnAutomatic, 6, "20000"},
+               {HUGE_VAL, fnFixed, 2, "inf"},
+               {-HUGE_VAL, fnFixed, 2, "-inf"},
+               {-std::nan(""), fnFixed, 2, "nan"}};
+  for (const auto& expected : cases) {
+    EXPECT_EQ(expected.text, printFloat(expected.value, expected.notation, expected.precision)) << expected.text;
+  }
+  EXPECT_EQ(309u + 1 + kMaxDisplayPrecision, printFloat(DBL_MAX, fnFixed, INT64_MAX).size());
+  EXPECT_EQ(DBL_MAX, parseFloat(printFloatExactly(DBL_MAX)));
+}
+
+TEST(NumberSyntax, StepsARoundedNumberBackInsideItsLimits) {
+  const struct {
+    double value, min, max;
+    EDisplayNotation notation;
+    int64_t precision;
+    std::string_view text;
+  } cases[] = {{3.14159, 0, 3.14159, fnFixed, 4, "3.1415"},
+               {-3.14159, -3.14159, 0, fnFixed, 4, "-3.1415"},
+               {3.14151, 3.14151, 9, fnFixed, 4, "3.1416"},
+               {-3.14151, -9, -3.14151, fnFixed, 4, "-3.1416"},
+               {12.996, 0, 12.996, fnAutomatic, 4, "12.99"},
+               {9.9996, 0, 9.9996, fnAutomatic, 4, "9.999"},
+               {9.9996, 0, 9.9996, fnScientific, 3, "9.999e+00"},
+               {9.994, 9.994, 10, fnAutomatic, 3, "10"},
+               {0.7, 0, 0.7, fnFixed, 0, "0"},
+               {0.3, 0.3, 1, fnFixed, 0, "1"},
+               {DBL_MAX, 0, DBL_MAX, fnAutomatic, 3, "1.79e+308"},
+               {3.14159, 3.14158, 3.14159, fnFixed, 4, "3.1416"},  // none of four decimals lies inside
+               {5, 0, 3, fnFixed, 4, "5.0000"},                    // outside before it was rounded
+               {2, 0, 3, fnFixed, 4, "2.0000"}};
+  for (const auto& expected : cases) {
+    const std::string plain = printFloat(expected.value, expected.notation, expected.precision);
+    EXPECT_EQ(expected.text, stepInsideLimits(plain, expected.value, expected.min, expected.max, expected.notation,
+                                              expected.precision))
+        << plain;
+  }
+}
+
+TEST(NumberSyntax, ALimitPrintedWithAnyPrecisionStaysInside) {
+  std::mt19937_64 random(7);
+  std::uniform_real_distribution<double> mantissa(1, 10), exponent(-300, 300);
+  for (int round = 0; round < 2000; ++round) {
+    const double value = mantissa(random) * std::pow(10, std::round(exponent(random)));
+    for (int64_t precision : {1, 6, 15, 16, 17}) {
+      for (EDisplayNotation notation : {fnAutomatic, fnScientific}) {
+        const std::string plain = printFloat(value, notation, precision);
+        EXPECT_LE(parseFloat(stepInsideLimits(plain, value, -DBL_MAX, value, notation, precision)), value) << plain;
+        EXPECT_GE(parseFloat(stepInsideLimits(plain, value, value, DBL_MAX, notation, precision)), value) << plain;
+      }
+    }
+  }
+}
+
+TEST(NumberSyntax, RegisterTextIsExactlyAsLongAsItsRegister) {
+  uint8_t bytes[3] = {9, 9, 9};
+  for (std::string_view text : {"1", "0x", "0x1", "0x010203 04", "0x01020", "0x0102", "0x01020304", "0x01020g"}) {
+    EXPECT_FALSE(parseRegisterText(text, bytes)) << text;
+  }
+  EXPECT_EQ("0x090909", printRegisterText(bytes));
+  EXPECT_TRUE(parseRegisterText("0X01aBfF", bytes));
+  EXPECT_EQ("0x01abff", printRegisterText(bytes));
+  EXPECT_EQ("0x", printRegisterText({}));
+  EXPECT_TRUE(parseRegisterText("0x", std::span<uint8_t>()));
+}
+
+TEST(NumberSyntax, IdentifiersAreHexDigitsPaddedToBytes) {
+  EXPECT_EQ((std::vector<uint8_t>{0x0A, 0xBC}), parseHexId("abc"));
+  EXPECT_EQ((std::vector<uint8_t>{0x9E, 0xFC, 0x2C, 0xDB}), parseHexId("9EFC2CDB"));
+  EXPECT_FALSE(parseHexId("0x12"));
+  EXPECT_FALSE(parseHexId(""));
+}
+
+TEST(NumberSyntax, IgnoresTheProcessLocale) {
+  const std::string before = std::setlocale(LC_ALL, nullptr);
+  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed";
+  char probe[8];
+  std::snprintf(probe, sizeof probe, "%.1f", 1.5);
+  const std::string text = printFloat(1234.5, fnFixed, 1);
+  const std::optional<double> value = parseFloat("1.5"), comma = parseFloat("1,5");
+  std::setlocale(LC_ALL, before.c_str());
+  EXPECT_STREQ("1,5", probe);
+  EXPECT_EQ("1234.5", text);
+  EXPECT_EQ(1.5, value);
+  EXPECT_FALSE(comma);
+}
+
+TEST(Utf8, FindsTheFirstMalformedByte) {
+  const size_t valid = std::string_view::npos;
+  const struct {
+    std::string_view text;
+    size_t at;
+  } cases[] = {{"plain", valid},
+               {"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", valid},
+               {"a\xC3", 1},
+               {"ab\x80", 2},
+               {"\xC0\x80", 0},
+               {"\xE0\x9F\xBF", 0},
+               {"\xED\xA0\x80", 0},
+               {"\xF0\x8F\xBF\xBF", 0},
+               {"\xF4\x90\x80\x80", 0},
+               {"\xF5\x80\x80\x80", 0},
+               {"x\xE2\x82y", 1}};
+  for (const auto& expected : cases) EXPECT_EQ(expected.at, findMalformedUtf8(expected.text)) << expected.text;
+  EXPECT_EQ("a\xC3\xA4", firstCharacters("a\xC3\xA4z", 2));
+  EXPECT_EQ(3u, countCharacters("a\xC3\xA4\xFF"));
+}
