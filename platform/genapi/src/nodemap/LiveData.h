@@ -32,7 +32,7 @@ class MapEndObserver {
   }
 
  protected:
-  ~MapEndObserver() { leave(); }
+  virtual ~MapEndObserver() { leave(); }
   MapEndObserver* next() const { return next_; }
 
  private:

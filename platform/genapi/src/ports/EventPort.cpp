@@ -1,0 +1,127 @@
+#include "GenApi/EventPort.h"
+
+#include "Base/GCException.h"
+#include "GenApi/INodeMap.h"
+#include "ports/ByteWindow.h"
+#include "ports/EventPortState.h"
+#include "ports/SingleNodeChange.h"
+
+namespace GENAPI_NAMESPACE {
+
+std::string CEventPort::State::name() const {
+  return binding.node() ? binding.node()->GetName().c_str() : "event port";
+}
+
+void CEventPort::State::checkPayload(const std::string& receiver, const uint8_t* bytes, int64_t length) {
+  if (length < 0)
+    throw INVALID_ARGUMENT_EXCEPTION("%s: the event length %lld is negative", receiver.c_str(),
+                                     static_cast<long long>(length));
+  if (!bytes && length > 0) throw INVALID_ARGUMENT_EXCEPTION("%s: the event's data is null", receiver.c_str());
+  if (length > kMaxEventBytes)
+    throw INVALID_ARGUMENT_EXCEPTION("%s: an event of %lld bytes exceeds the limit of %lld bytes", receiver.c_str(),
+                                     static_cast<long long>(length), static_cast<long long>(kMaxEventBytes));
+}
+
+CEventPort::CEventPort() : state_(std::make_unique<State>()) {}
+
+CEventPort::CEventPort(INode* pNode) : CEventPort() {
+  AttachNode(pNode);
+}
+
+CEventPort::~CEventPort() {
+  // The binding disconnects while this object is still a port: the map calls SetPortImpl on it.
+  state_->binding.release();
+}
+
+bool CEventPort::AttachNode(INode* pNode) {
+  if (!pNode) throw INVALID_ARGUMENT_EXCEPTION("event port: the node is null");
+  const std::string idText = pNode->GetEventID().c_str();
+  if (idText.empty()) throw INVALID_ARGUMENT_EXCEPTION("%s: the node has no event ID", pNode->GetName().c_str());
+  const bool isPort = dynamic_cast<IPortConstruct*>(pNode) != nullptr;
+  State& state = *state_;
+  if (!state.binding.bind(pNode, isPort ? this : nullptr)) return false;
+  state.isPortNode = isPort;
+  state.idText = idText;
+  state.id.parse(idText);
+  return true;
+}
+
+void CEventPort::DetachNode() {
+  state_->binding.release();
+  state_->id.clear();
+}
+
+void CEventPort::AttachEvent(uint8_t* pBaseAddress, int64_t Length) {
+  State& state = *state_;
+  State::checkPayload(state.name(), pBaseAddress, Length);
+  BoundLock lock(state.binding.map());
+  state.reserve(Length);
+  state.store(pBaseAddress, Length);
+  if (state.binding.live() && state.isPortNode) state.binding.live()->dropPortSilently(state.binding.node());
+}
+
+void CEventPort::DetachEvent() {
+  State& state = *state_;
+  changeNode(state.binding, [&state] {
+    if (!state.delivered) return false;
+    state.delivered = false;
+    state.payload.clear();
+    return true;
+  });
+}
+
+void CEventPort::InvalidateNode() {
+  if (state_->binding.node()) state_->binding.node()->InvalidateNode();
+}
+
+int CEventPort::GetEventIDLength() {
+  return state_->binding.node() ? state_->id.byteLength() : 0;
+}
+
+bool CEventPort::CheckEventID(uint8_t* pEventID, int Length) const {
+  return state_->binding.node() && state_->id.equals(pEventID, Length);
+}
+
+bool CEventPort::CheckEventID(uint64_t EventID) const {
+  return state_->binding.node() && state_->id.equals(EventID);
+}
+
+EAccessMode CEventPort::GetAccessMode() const {
+  return state_->delivered ? RO : NA;
+}
+
+void CEventPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
+  State& state = *state_;
+  if (Length < 0)
+    throw INVALID_ARGUMENT_EXCEPTION("%s: the access length %lld is negative", state.name().c_str(),
+                                     static_cast<long long>(Length));
+  if (!pBuffer && Length > 0) throw INVALID_ARGUMENT_EXCEPTION("%s: the buffer is null", state.name().c_str());
+  BoundLock lock(state.binding.map());
+  if (!state.delivered) throw RUNTIME_EXCEPTION("%s: no event has been delivered", state.name().c_str());
+  if (Length == 0) return;
+  const auto size = static_cast<int64_t>(state.payload.size());
+  const int64_t start = startWithin(Address, Length, size);
+  if (start < 0)
+    throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the event %s of %lld bytes", state.name().c_str(),
+                           static_cast<long long>(Address), static_cast<long long>(lastByte(Address, Length)),
+                           state.idText.c_str(), static_cast<long long>(size));
+  std::memcpy(pBuffer, state.payload.data() + start, static_cast<size_t>(Length));
+}
+
+void CEventPort::Write(const void*, int64_t, int64_t) {
+  throw ACCESS_EXCEPTION("%s: an event's data is read-only", state_->name().c_str());
+}
+
+void CEventPort::SetPortImpl(IPort* pPort) {
+  State& state = *state_;
+  if (!state.binding.connectionChanged(pPort)) return;
+  state.isPortNode = true;
+  state.idText = state.binding.node()->GetEventID().c_str();
+  state.id.parse(state.idText);
+}
+
+EYesNo CEventPort::GetSwapEndianess() {
+  return No;
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,69 @@
+// A chunk or event ID: hexadecimal text, compared as bytes without leading zeros.
+#pragma once
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Base/GCTypes.h"
+
+namespace GENAPI_NAMESPACE {
+
+class HexId {
+ public:
+  // Two digits per byte, big end first, any case, odd counts allowed. False, and an ID that matches nothing, for an
+  // empty text or other characters.
+  bool parse(std::string_view text) {
+    clear();
+    if (text.empty()) return false;
+    std::string bytes;
+    size_t digitsLeft = text.size();
+    unsigned byte = 0;
+    for (const char c : text) {
+      const int digit = digitOf(c);
+      if (digit < 0) return false;
+      byte = (byte << 4) | static_cast<unsigned>(digit);
+      if (--digitsLeft % 2 == 0) {
+        if (byte != 0 || !bytes.empty()) bytes.push_back(static_cast<char>(byte));
+        byte = 0;
+      }
+    }
+    significant_.swap(bytes);
+    byteLength_ = static_cast<int>((text.size() + 1) / 2);
+    return true;
+  }
+  void clear() {
+    significant_.clear();
+    byteLength_ = 0;
+  }
+
+  bool readable() const { return byteLength_ != 0; }
+  int byteLength() const { return byteLength_; }
+  // The bytes from the first that is not zero: two readable IDs are equal exactly when these are.
+  const std::string& significant() const { return significant_; }
+
+  bool equals(const uint8_t* bytes, int length) const {
+    if (!readable() || length < 0 || (!bytes && length > 0)) return false;
+    std::string_view other(reinterpret_cast<const char*>(bytes), static_cast<size_t>(length));
+    while (!other.empty() && other.front() == '\0') other.remove_prefix(1);
+    return other == significant_;
+  }
+  bool equals(uint64_t number) const {
+    if (!readable() || significant_.size() > sizeof(number)) return false;
+    uint64_t own = 0;
+    for (const char c : significant_) own = (own << 8) | static_cast<uint8_t>(c);
+    return own == number;
+  }
+
+ private:
+  static int digitOf(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+  }
+
+  std::string significant_;
+  int byteLength_ = 0;
+};
+
+}  // namespace GENAPI_NAMESPACE
