@@ -3,6 +3,7 @@
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
 
 #include "DeviceFailure.h"
 #include "RegisterBank.h"
