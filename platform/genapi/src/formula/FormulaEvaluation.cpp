@@ -1,0 +1,302 @@
+// The evaluator: one loop over the instructions. Values already computed in this evaluation (variables, Expressions)
+// are remembered, so each is fetched or computed at most once.
+#include "Base/GCException.h"
+#include "formula/FormulaArithmetic.h"
+#include "formula/FormulaProgram.h"
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
+namespace GENAPI_NAMESPACE::formula {
+namespace {
+
+// Evaluations that need no more than this work in the caller's own stack frame. Links between nodes recurse through
+// it, so it stays small.
+constexpr size_t kLocalWords = 64;
+
+template <class Number>
+Number& as(Value& value) noexcept {
+  if constexpr (std::is_same_v<Number, int64_t>) {
+    return value.integer;
+  } else {
+    return value.real;
+  }
+}
+
+// One bit for each remembered value.
+class KnownMarks {
+ public:
+  KnownMarks(Value* words, size_t count) noexcept : words_(words) { std::fill_n(words, count, Value{}); }
+  bool has(size_t number) const noexcept { return (words_[number / 64].integer >> (number % 64) & 1) != 0; }
+  void set(size_t number) noexcept {
+    int64_t& word = words_[number / 64].integer;
+    word = static_cast<int64_t>(static_cast<uint64_t>(word) | uint64_t{1} << (number % 64));
+  }
+
+ private:
+  Value* words_;
+};
+
+size_t markWords(size_t count) noexcept {
+  return (count + 63) / 64;
+}
+
+}  // namespace
+
+template <class Number>
+Number FormulaProgram::run(VariableSource& source, Number argument, Value* scratch) const {
+  namespace math = arithmetic;
+  // The parts of the scratch memory; an unused word below the stack lets an empty stack have a top.
+  Value* top = scratch;
+  Value* const remembered = scratch + 1 + stackWords_;
+  KnownMarks known(remembered + rememberedWords_, markWords(rememberedWords_));
+  Value* calls = remembered + rememberedWords_ + markWords(rememberedWords_);
+
+  const Instruction* at = code_.data();
+  const auto check = [&](math::Problem problem) {
+    if (problem != nullptr) [[unlikely]]
+      fail(source, static_cast<size_t>(at - code_.data()), problem);
+  };
+  const auto push = [&](Number value) { as<Number>(*++top) = value; };
+  const auto unary = [&](auto operation) { check(operation(as<Number>(*top), as<Number>(*top))); };
+  const auto binary = [&](auto operation) {
+    --top;
+    check(operation(as<Number>(top[0]), as<Number>(top[1]), as<Number>(top[0])));
+  };
+  const auto compare = [&](auto operation) {
+    --top;
+    as<Number>(top[0]) = operation(as<Number>(top[0]), as<Number>(top[1])) ? Number{1} : Number{0};
+  };
+  // Functions that only float formulas have.
+  const auto real = [&](auto operation) {
+    if constexpr (std::is_same_v<Number, double>) check(operation(top->real, top->real));
+  };
+
+  for (;; ++at) {
+    switch (at->operation) {
+      case Operation::PushConstant:
+        *++top = at->constant;
+        break;
+      case Operation::PushArgument:
+        push(argument);
+        break;
+      case Operation::PushVariable: {
+        Value& value = remembered[at->operand];
+        if (!known.has(at->operand)) {
+          if constexpr (std::is_same_v<Number, int64_t>) {
+            value.integer = source.integerVariable(variables_[at->operand]);
+          } else {
+            value.real = source.floatVariable(variables_[at->operand]);
+          }
+          known.set(at->operand);
+        }
+        *++top = value;
+        break;
+      }
+      case Operation::PushExpression: {
+        const size_t slot = variables_.size() + at->operand;
+        if (known.has(slot)) {
+          *++top = remembered[slot];
+          break;
+        }
+        (calls++)->integer = at - code_.data();
+        at = code_.data() + entryPoints_[at->operand] - 1;
+        break;
+      }
+      case Operation::Return: {
+        if (at->operand == kWholeFormula) {
+          if constexpr (std::is_same_v<Number, double>) {
+            if (!std::isfinite(top->real)) [[unlikely]]
+              check("result is not a finite number");
+          }
+          return as<Number>(*top);
+        }
+        const size_t slot = variables_.size() + at->operand;
+        remembered[slot] = *top;
+        known.set(slot);
+        at = code_.data() + (--calls)->integer;
+        break;
+      }
+      case Operation::Jump:
+        at += at->operand - 1;
+        break;
+      case Operation::JumpIfZero:
+        if (as<Number>(*top--) == Number{0}) at += at->operand - 1;
+        break;
+      case Operation::JumpIfFalse:
+        if (as<Number>(*top) == Number{0}) {
+          as<Number>(*top) = Number{0};
+          at += at->operand - 1;
+        } else {
+          --top;
+        }
+        break;
+      case Operation::JumpIfTrue:
+        if (as<Number>(*top) != Number{0}) {
+          as<Number>(*top) = Number{1};
+          at += at->operand - 1;
+        } else {
+          --top;
+        }
+        break;
+      case Operation::MakeBoolean:
+        as<Number>(*top) = as<Number>(*top) != Number{0} ? Number{1} : Number{0};
+        break;
+      case Operation::Add:
+        binary([](Number a, Number b, Number& result) { return math::add(a, b, result); });
+        break;
+      case Operation::Subtract:
+        binary([](Number a, Number b, Number& result) { return math::subtract(a, b, result); });
+        break;
+      case Operation::Multiply:
+        binary([](Number a, Number b, Number& result) { return math::multiply(a, b, result); });
+        break;
+      case Operation::Divide:
+        binary([](Number a, Number b, Number& result) { return math::divide(a, b, result); });
+        break;
+      case Operation::Remainder:
+        binary([](Number a, Number b, Number& result) { return math::remainder(a, b, result); });
+        break;
+      case Operation::Power:
+        binary([](Number a, Number b, Number& result) { return math::power(a, b, result); });
+        break;
+      case Operation::ShiftLeft:
+        binary([](Number a, Number b, Number& result) { return math::shiftLeft(a, b, result); });
+        break;
+      case Operation::ShiftRight:
+        binary([](Number a, Number b, Number& result) { return math::shiftRight(a, b, result); });
+        break;
+      case Operation::BitAnd:
+        binary([](Number a, Number b, Number& result) { return math::bitAnd(a, b, result); });
+        break;
+      case Operation::BitXor:
+        binary([](Number a, Number b, Number& result) { return math::bitXor(a, b, result); });
+        break;
+      case Operation::BitOr:
+        binary([](Number a, Number b, Number& result) { return math::bitOr(a, b, result); });
+        break;
+      case Operation::Less:
+        compare([](Number a, Number b) { return a < b; });
+        break;
+      case Operation::LessOrEqual:
+        compare([](Number a, Number b) { return a <= b; });
+        break;
+      case Operation::Greater:
+        compare([](Number a, Number b) { return a > b; });
+        break;
+      case Operation::GreaterOrEqual:
+        compare([](Number a, Number b) { return a >= b; });
+        break;
+      case Operation::Equal:
+        compare([](Number a, Number b) { return a == b; });
+        break;
+      case Operation::NotEqual:
+        compare([](Number a, Number b) { return a != b; });
+        break;
+      case Operation::Negate:
+        unary([](Number a, Number& result) { return math::negate(a, result); });
+        break;
+      case Operation::Complement:
+        unary([](Number a, Number& result) { return math::complement(a, result); });
+        break;
+      case Operation::Absolute:
+        unary([](Number a, Number& result) { return math::absolute(a, result); });
+        break;
+      case Operation::Sign: {
+        const Number value = as<Number>(*top);
+        as<Number>(*top) = static_cast<Number>((value > Number{0}) - (value < Number{0}));
+        break;
+      }
+      case Operation::Sine:
+        real([](double x, double& result) { return math::checked(std::sin(x), result); });
+        break;
+      case Operation::Cosine:
+        real([](double x, double& result) { return math::checked(std::cos(x), result); });
+        break;
+      case Operation::Tangent:
+        real([](double x, double& result) { return math::checked(std::tan(x), result); });
+        break;
+      case Operation::ArcSine:
+        real([](double x, double& result) { return math::checked(std::asin(x), result); });
+        break;
+      case Operation::ArcCosine:
+        real([](double x, double& result) { return math::checked(std::acos(x), result); });
+        break;
+      case Operation::ArcTangent:
+        real([](double x, double& result) { return math::checked(std::atan(x), result); });
+        break;
+      case Operation::Exponential:
+        real([](double x, double& result) { return math::checked(std::exp(x), result); });
+        break;
+      case Operation::NaturalLogarithm:
+        real([](double x, double& result) { return math::logarithm(x, std::log(x), result); });
+        break;
+      case Operation::DecimalLogarithm:
+        real([](double x, double& result) { return math::logarithm(x, std::log10(x), result); });
+        break;
+      case Operation::SquareRoot:
+        real([](double x, double& result) { return math::checked(std::sqrt(x), result); });
+        break;
+      case Operation::Truncate:
+        real([](double x, double& result) { return math::checked(std::trunc(x), result); });
+        break;
+      case Operation::Floor:
+        real([](double x, double& result) { return math::checked(std::floor(x), result); });
+        break;
+      case Operation::Ceiling:
+        real([](double x, double& result) { return math::checked(std::ceil(x), result); });
+        break;
+      case Operation::Fraction:
+        real([](double x, double& result) { return math::checked(x - std::trunc(x), result); });
+        break;
+      case Operation::Round:
+        real([](double x, double& result) { return math::checked(std::round(x), result); });
+        break;
+      case Operation::RoundToPlaces:
+        --top;
+        real([&](double x, double& result) { return math::roundToPlaces(x, top[1].real, result); });
+        break;
+    }
+  }
+}
+
+template <class Number>
+Number FormulaProgram::evaluate(VariableSource& source, Number argument) const {
+  const size_t words = size_t{1} + stackWords_ + rememberedWords_ + markWords(rememberedWords_) + callWords_;
+  if (words <= kLocalWords) [[likely]] {
+    Value local[kLocalWords];
+    return run(source, argument, local);
+  }
+  const std::unique_ptr<Value[]> scratch(new Value[words]);
+  return run(source, argument, scratch.get());
+}
+
+int64_t FormulaProgram::evaluateInteger(VariableSource& source, int64_t argument) const {
+  if (!ok()) refuse(source, defect_);
+  if (arithmetic_ != Arithmetic::Integer) refuse(source, "a float formula cannot be evaluated in whole numbers");
+  return evaluate(source, argument);
+}
+
+double FormulaProgram::evaluateFloat(VariableSource& source, double argument) const {
+  if (!ok()) refuse(source, defect_);
+  if (arithmetic_ != Arithmetic::Float) refuse(source, "an integer formula cannot be evaluated in floating point");
+  return evaluate(source, argument);
+}
+
+void FormulaProgram::fail(VariableSource& source, size_t instruction, const char* what) const {
+  const auto after = std::upper_bound(parts_.begin(), parts_.end(), instruction,
+                                      [](size_t index, const Part& part) { return index < part.firstInstruction; });
+  refuse(source, describeProblem(what, columns_[instruction], std::prev(after)->quotedText));
+}
+
+void FormulaProgram::refuse(VariableSource& source, const std::string& reason) const {
+  source.evaluationFailed(reason);
+  throw LOGICAL_ERROR_EXCEPTION("%s", reason.c_str());
+}
+
+void VariableSource::evaluationFailed(const std::string& reason) {
+  throw LOGICAL_ERROR_EXCEPTION("%s", reason.c_str());
+}
+
+}  // namespace GENAPI_NAMESPACE::formula

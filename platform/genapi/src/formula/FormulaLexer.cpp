@@ -1,0 +1,111 @@
+#include "formula/FormulaLexer.h"
+
+#include "text/Utf8.h"
+
+namespace GENAPI_NAMESPACE::formula {
+namespace {
+
+bool isDigit(char character) noexcept {
+  return character >= '0' && character <= '9';
+}
+
+bool isHexDigit(char character) noexcept {
+  return isDigit(character) || (character >= 'a' && character <= 'f') || (character >= 'A' && character <= 'F');
+}
+
+bool isLetter(char character) noexcept {
+  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_';
+}
+
+bool isWord(char character) noexcept {
+  return isLetter(character) || isDigit(character);
+}
+
+// Two-character operators stand before the one-character operators they begin with.
+constexpr struct {
+  std::string_view text;
+  TokenKind kind;
+} kOperators[] = {{"**", TokenKind::Power},
+                  {"<<", TokenKind::ShiftLeft},
+                  {"<=", TokenKind::LessOrEqual},
+                  {"<>", TokenKind::NotEqual},
+                  {"<", TokenKind::Less},
+                  {">>", TokenKind::ShiftRight},
+                  {">=", TokenKind::GreaterOrEqual},
+                  {">", TokenKind::Greater},
+                  {"&&", TokenKind::AndAnd},
+                  {"&", TokenKind::And},
+                  {"||", TokenKind::OrOr},
+                  {"|", TokenKind::Or},
+                  {"*", TokenKind::Times},
+                  {"+", TokenKind::Plus},
+                  {"-", TokenKind::Minus},
+                  {"/", TokenKind::Over},
+                  {"%", TokenKind::Percent},
+                  {"~", TokenKind::Tilde},
+                  {"=", TokenKind::Equal},
+                  {"^", TokenKind::Xor},
+                  {"?", TokenKind::Question},
+                  {":", TokenKind::Colon},
+                  {",", TokenKind::Comma},
+                  {"(", TokenKind::Open},
+                  {")", TokenKind::Close}};
+
+}  // namespace
+
+Token FormulaLexer::take(TokenKind kind, size_t length) noexcept {
+  const Token token{kind, formula_.substr(at_, length), at_};
+  at_ += token.text.size();
+  return token;
+}
+
+Token FormulaLexer::next() noexcept {
+  while (at_ < formula_.size() && std::string_view(" \t\r\n").find(formula_[at_]) != std::string_view::npos) ++at_;
+  if (at_ == formula_.size()) return {TokenKind::End, {}, at_};
+  if (isLetter(peek(0))) return name();
+  if (isDigit(peek(0)) || (peek(0) == '.' && isDigit(peek(1)))) return number();
+  for (const auto& candidate : kOperators) {
+    if (startsWith(candidate.text)) return take(candidate.kind, candidate.text.size());
+  }
+  return take(TokenKind::Unknown, text::firstCharacters(formula_.substr(at_), 1).size());
+}
+
+Token FormulaLexer::number() noexcept {
+  size_t length = 0;
+  const auto digits = [&] {
+    while (isDigit(peek(length))) ++length;
+  };
+  bool complete = true;
+  if (peek(0) == '0' && (peek(1) == 'x' || peek(1) == 'X')) {
+    length = 2;
+    while (isHexDigit(peek(length))) ++length;
+    complete = length > 2;
+  } else {
+    digits();
+    if (peek(length) == '.') {
+      ++length;
+      digits();
+    }
+    if (peek(length) == 'e' || peek(length) == 'E') {
+      ++length;
+      if (peek(length) == '+' || peek(length) == '-') ++length;
+      complete = isDigit(peek(length));
+      digits();
+    }
+  }
+  if (complete && !isWord(peek(length)) && peek(length) != '.') return take(TokenKind::Number, length);
+  while (isWord(peek(length)) || peek(length) == '.') ++length;
+  return take(TokenKind::Malformed, length);
+}
+
+Token FormulaLexer::name() noexcept {
+  size_t length = 0;
+  while (isWord(peek(length))) ++length;
+  while (peek(length) == '.' && isWord(peek(length + 1))) {
+    ++length;
+    while (isWord(peek(length))) ++length;
+  }
+  return take(TokenKind::Name, length);
+}
+
+}  // namespace GENAPI_NAMESPACE::formula
