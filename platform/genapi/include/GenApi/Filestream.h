@@ -66,9 +66,10 @@ class FileProtocolAdapter : public IFileProtocolAdapter {
   // False when the device refuses.
   virtual bool deleteFile(const char* pFileName);
 
-  // Why attach answered false: the name of the feature; empty otherwise.
+  // Why attach answered false: the name of the feature; empty otherwise and for a null node map.
   const std::string& missingFeature() const;
-  // The symbolic name of the status that the latest operation ended with.
+  // Why the latest operation did what it did: "Success", another symbolic name of FileOperationStatus, or what the
+  // device refused before it was asked to execute.
   const std::string& lastStatus() const;
 
  private:
@@ -97,6 +98,8 @@ class ODevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
   // Writes what the buffer still holds and closes the file, whatever fails. Null when no file is open. Throws
   // RuntimeException when the last block or the close is refused.
   ODevFileStreamBuf* close();
+  // Takes the source to its end straight into the block; the number of characters. Exceptions of either side pass.
+  std::streamsize copyFrom(std::basic_streambuf<CharType, Traits>& source);
 
  protected:
   int_type overflow(int_type c) override;
