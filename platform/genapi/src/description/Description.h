@@ -52,6 +52,7 @@ struct NodeRecord {
   bool streamable, deprecated, exposeStatic;
   bool defective;  // the node reports NI; Description::defectText says why
   int8_t mergePriority;
+  uint16_t entryNameOffset;  // EnumEntry: where in the name the entry's own name begins
   std::string_view name() const { return {nameData, nameSize}; }
 };
 
@@ -86,11 +87,17 @@ class Description {
   // The first property of that element, or null.
   const Property* find(NodeIndex index, Element element) const;
 
+  // The name that an EnumEntry has inside its Enumeration; any other node's name.
+  std::string_view entryName(NodeIndex index) const {
+    return nodes_[index].name().substr(nodes_[index].entryNameOffset);
+  }
+
   // By plain name; kNoNode when there is none.
   NodeIndex indexOf(std::string_view name) const;
 
   const DeviceTexts& device() const { return device_; }
-  bool isSchema10() const { return device_.schemaVersion.Major == 1 && device_.schemaVersion.Minor == 0; }
+  // Whether the rules of schema 1.0 hold; what the device texts report as the schema version may be missing.
+  bool isSchema10() const { return schema10_; }
 
   // Notes and defects found by the load, in the order in which they were found.
   std::span<const FindingRecord> findings() const { return findings_; }
@@ -118,14 +125,29 @@ class Description {
 
  private:
   friend class DescriptionBuilder;
+  // What lines are counted in.
+  std::string_view lineText() const { return decodedText_.empty() ? sourceText_ : decodedText_; }
+
+  struct NameSlot {
+    uint32_t tag;  // the hash bits that do not choose the slot
+    NodeIndex node;
+  };
+  struct NodeDefect {
+    NodeIndex node;
+    uint32_t finding;
+  };
+
   std::string sourceText_;
+  std::string decodedText_;                        // the same as UTF-8, if it came in another encoding
   std::unique_ptr<char[]> parsedText_;             // the copy that the XML parser worked in; views point into it
   std::vector<std::unique_ptr<char[]>> moreText_;  // texts that do not stand in one piece in the source
   std::vector<NodeRecord> nodes_;
   std::vector<Property> properties_;
-  std::vector<NodeIndex> nameTable_;  // open addressing, power of two
+  std::vector<NameSlot> nameTable_;  // open addressing, power of two
   DeviceTexts device_;
+  bool schema10_ = false;
   std::vector<FindingRecord> findings_;
+  std::vector<NodeDefect> defects_;  // the first defect of each defective node, by node
   std::vector<NodeIndex> chunkPorts_, eventNodes_, polledNodes_;
   mutable std::atomic<const DependencyGraph*> graph_{nullptr};
 };

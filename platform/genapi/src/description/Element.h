@@ -1,6 +1,8 @@
 // The words of the description language: element names and node types.
 #pragma once
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "Base/GCTypes.h"
@@ -35,6 +37,8 @@ enum class NodeType : uint8_t {
 };
 inline constexpr size_t kNodeTypes = 24;
 std::string_view nodeTypeName(NodeType type);  // as in the XML
+// Also knows "DcamLock", an older name of AdvFeatureLock.
+std::optional<NodeType> nodeTypeOf(std::string_view name);
 
 // Elements a node may carry. The attributes that carry a number or a link of their own follow their element as a
 // property: pIndex with Offset / pOffset, ValueIndexed and pValueIndexed with Index.
@@ -133,6 +137,9 @@ enum class Element : uint8_t {
   pOffset,
   Index
 };
+inline constexpr size_t kElements = static_cast<size_t>(Element::Index) + 1;
 std::string_view elementName(Element element);  // as in the XML
+// Unknown for other names; attributes are no elements.
+Element elementOf(std::string_view name);
 
 }  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,65 @@
+#include "description/Description.h"
+
+#include <algorithm>
+
+#include "description/BuildFindings.h"
+#include "description/NameHash.h"
+
+namespace GENAPI_NAMESPACE {
+
+Description::Description() = default;
+
+Description::~Description() {
+  delete graph_.load(std::memory_order_acquire);
+  const NodeLayout* const nodeLayout = layout.load(std::memory_order_acquire);
+  if (nodeLayout != nullptr && deleteLayout != nullptr) deleteLayout(nodeLayout);
+}
+
+const Property* Description::find(NodeIndex index, Element element) const {
+  for (const Property& property : properties(index)) {
+    if (property.element == element) return &property;
+  }
+  return nullptr;
+}
+
+NodeIndex Description::indexOf(std::string_view name) const {
+  const size_t mask = nameTable_.size() - 1;
+  const uint64_t hash = hashName(name);
+  const uint32_t tag = static_cast<uint32_t>(hash >> 32);
+  for (size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+    const NameSlot& entry = nameTable_[slot];
+    if (entry.node == kNoNode) return kNoNode;
+    if (entry.tag == tag && nodes_[entry.node].name() == name) return entry.node;
+  }
+}
+
+std::string Description::defectText(NodeIndex index) const {
+  const auto defect = std::lower_bound(defects_.begin(), defects_.end(), index,
+                                       [](const NodeDefect& a, NodeIndex node) { return a.node < node; });
+  if (defect == defects_.end() || defect->node != index) return {};
+  return findingText(findings_[defect->finding]);
+}
+
+std::string Description::findingText(const FindingRecord& finding) const {
+  std::string text;
+  if (finding.line != 0) text = std::to_string(finding.line) + ": ";
+  if (finding.node == kNoNode) return text + placedText("", "", finding.element, finding.reason);
+  const NodeRecord& record = nodes_[finding.node];
+  return text + placedText(nodeTypeName(record.type), record.name(), finding.element, finding.reason);
+}
+
+uint32_t Description::lineOf(NodeIndex index) const {
+  return lineAt(lineText(), nodes_[index].sourceOffset);
+}
+
+const DependencyGraph& Description::graph() const {
+  const DependencyGraph* graph = graph_.load(std::memory_order_acquire);
+  if (graph != nullptr) return *graph;
+  auto made = std::make_unique<const DependencyGraph>(*this);
+  if (graph_.compare_exchange_strong(graph, made.get(), std::memory_order_acq_rel, std::memory_order_acquire)) {
+    return *made.release();
+  }
+  return *graph;
+}
+
+}  // namespace GENAPI_NAMESPACE

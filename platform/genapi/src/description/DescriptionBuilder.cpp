@@ -1,0 +1,149 @@
+#include "description/DescriptionBuilder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <pugixml.hpp>
+
+#include "description/DocumentAttributes.h"
+#include "description/Limits.h"
+#include "description/NameHash.h"
+#include "description/NodeReader.h"
+#include "description/SourceText.h"
+
+namespace GENAPI_NAMESPACE {
+namespace {
+
+// Texts directly inside their elements, which spares a DOM node each; comments, processing instructions and white space
+// between elements are not kept. A document type is kept, to be refused.
+constexpr unsigned kParseFlags = pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol |
+                                 pugi::parse_wconv_attribute | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata |
+                                 pugi::parse_doctype;
+
+pugi::xml_node rootOf(const pugi::xml_document& document, const BuildFindings& findings, size_t bufferOffset) {
+  pugi::xml_node root;
+  for (const pugi::xml_node child : document.children()) {
+    if (child.type() == pugi::node_doctype) findings.fatal(bufferOffset, "a document type declaration is not allowed");
+    if (child.type() != pugi::node_element) continue;
+    if (root) findings.fatal(kNoOffset, "not well-formed: more than one root element");
+    root = child;
+  }
+  return root;
+}
+
+}  // namespace
+
+std::shared_ptr<const Description> DescriptionBuilder::build(std::string&& source) {
+  const auto result = std::make_shared<Description>();
+  Description& description = *result;
+  description.sourceText_ = std::move(source);
+  description.decodedText_ = decodedCopy(description.sourceText_);
+  const std::string_view text = description.lineText();
+  BuildFindings findings(text);
+  const SourceShape shape = examineSource(text, findings);
+
+  description.parsedText_.reset(new char[text.size()]);
+  char* const buffer = description.parsedText_.get();
+  std::memcpy(buffer, text.data(), text.size());
+  pugi::xml_document document;
+  const pugi::xml_parse_result parsed =
+      document.load_buffer_inplace(buffer + shape.start, text.size() - shape.start, kParseFlags, pugi::encoding_utf8);
+  if (parsed.status == pugi::status_out_of_memory) throw std::bad_alloc();
+  if (!parsed) {
+    const size_t offset = shape.start + static_cast<size_t>(std::max<ptrdiff_t>(parsed.offset, 0));
+    findings.fatal(offset, std::string("not well-formed: ") + parsed.description());
+  }
+
+  TextArena texts(description.moreText_);
+  DescriptionParts parts{buffer, text.size(), description.nodes_, description.properties_, description.device_,
+                         texts,  findings};
+  const pugi::xml_node root = rootOf(document, findings, shape.start);
+  const DocumentKind kind = readDocumentAttributes(root, parts);
+  description.schema10_ = kind.schema10;
+  // Every property has an opening tag and mostly a closing one; a node has five elements or more.
+  parts.properties.reserve(shape.tags / 2 + 64);
+  parts.nodes.reserve(shape.tags / 8 + 64);
+  NodeReader(parts).readDocument(root, kind.prefix);
+  fillNameTable(description, parts);
+  resolveLinks(parts, description);
+  refuseCycles(parts, kind.schema10);
+  fillLists(description);
+  if (shape.references) noteReferences(description, parts);
+  description.findings_ = findings.take();
+  listDefects(description);
+  return result;
+}
+
+void DescriptionBuilder::fillNameTable(Description& description, const DescriptionParts& parts) {
+  size_t size = 16;
+  while (size < parts.nodes.size() * 2) size *= 2;
+  std::vector<Description::NameSlot>& table = description.nameTable_;
+  table.assign(size, {0, kNoNode});
+  for (NodeIndex node = 0; node < parts.nodes.size(); ++node) {
+    const NodeRecord& record = parts.nodes[node];
+    const uint64_t hash = hashName(record.name());
+    const uint32_t tag = static_cast<uint32_t>(hash >> 32);
+    size_t slot = hash & (size - 1);
+    for (; table[slot].node != kNoNode; slot = (slot + 1) & (size - 1)) {
+      const NodeRecord& other = parts.nodes[table[slot].node];
+      if (table[slot].tag == tag && other.name() == record.name()) {
+        parts.fatal(record.sourceOffset, record, "Name",
+                    "already the name of the " + std::string(nodeTypeName(other.type)) + " in line " +
+                        std::to_string(lineAt(description.lineText(), other.sourceOffset)));
+      }
+    }
+    table[slot] = {tag, node};
+  }
+}
+
+void DescriptionBuilder::fillLists(Description& description) {
+  for (NodeIndex node = 0; node < description.nodes_.size(); ++node) {
+    for (const Property& property : description.properties(node)) {
+      switch (property.element) {
+        case Element::ChunkID:
+        case Element::pChunkID:
+          description.chunkPorts_.push_back(node);
+          break;
+        case Element::EventID:
+          description.eventNodes_.push_back(node);
+          break;
+        case Element::PollingTime:
+          description.polledNodes_.push_back(node);
+          break;
+        default:
+          break;
+      }
+    }
+  }
+}
+
+void DescriptionBuilder::noteReferences(const Description& description, const DescriptionParts& parts) {
+  const std::vector<size_t> places = unknownReferences(description.lineText());
+  if (places.empty()) return;
+  std::vector<NodeIndex> order;
+  for (NodeIndex node = 0; node < parts.nodes.size(); ++node) order.push_back(node);
+  std::stable_sort(order.begin(), order.end(),
+                   [&](NodeIndex a, NodeIndex b) { return parts.nodes[a].sourceOffset < parts.nodes[b].sourceOffset; });
+  size_t next = 0;
+  for (size_t place : places) {
+    while (next < order.size() && parts.nodes[order[next]].sourceOffset < place) ++next;
+    const std::string_view text = description.lineText().substr(place, 40);
+    const size_t end = text.find_first_of(";< \t\r\n");
+    const bool ended = end != std::string_view::npos && text[end] == ';';
+    parts.findings.note(place, next == 0 ? kNoNode : order[next - 1], "",
+                        "unknown reference " + quoted(text.substr(0, ended ? end + 1 : end)) + " stays as written");
+  }
+}
+
+void DescriptionBuilder::listDefects(Description& description) {
+  std::vector<Description::NodeDefect>& defects = description.defects_;
+  for (uint32_t i = 0; i < description.findings_.size(); ++i) {
+    const FindingRecord& finding = description.findings_[i];
+    if (finding.severity == svDefect && finding.node != kNoNode) defects.push_back({finding.node, i});
+  }
+  std::sort(defects.begin(), defects.end(),
+            [](const auto& a, const auto& b) { return a.node != b.node ? a.node < b.node : a.finding < b.finding; });
+  const auto sameNode = [](const auto& a, const auto& b) { return a.node == b.node; };
+  defects.erase(std::unique(defects.begin(), defects.end(), sameNode), defects.end());
+}
+
+}  // namespace GENAPI_NAMESPACE

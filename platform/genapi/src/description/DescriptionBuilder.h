@@ -1,0 +1,55 @@
+// Makes a Description of a text: parse, walk the elements once and emit flat arrays, resolve links, look for cycles.
+#pragma once
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "description/BuildFindings.h"
+#include "description/Description.h"
+#include "description/TextArena.h"
+
+namespace GENAPI_NAMESPACE {
+
+// What the steps of a build work on: the parts of the description that comes into being.
+struct DescriptionParts {
+  const char* buffer;  // what the parser works in; offsets in it are offsets in the text
+  size_t bufferSize;
+  std::vector<NodeRecord>& nodes;
+  std::vector<Property>& properties;
+  DeviceTexts& device;
+  TextArena& texts;
+  BuildFindings& findings;
+
+  // Where a text stands that points into the buffer; `otherwise` for one that was put together.
+  size_t offsetOf(const char* text, size_t otherwise) const {
+    return text >= buffer && text < buffer + bufferSize ? static_cast<size_t>(text - buffer) : otherwise;
+  }
+  // A fault of one node, with what is known of it.
+  [[noreturn]] void fatal(size_t offset, const NodeRecord& node, std::string_view element,
+                          std::string_view reason) const {
+    findings.fatal(offset, placedText(nodeTypeName(node.type), node.name(), element, reason));
+  }
+};
+
+class DescriptionBuilder {
+ public:
+  // Throws LoadFault, and std::bad_alloc when memory ran out.
+  static std::shared_ptr<const Description> build(std::string&& source);
+
+ private:
+  static void fillNameTable(Description& description, const DescriptionParts& parts);
+  static void fillLists(Description& description);
+  static void noteReferences(const Description& description, const DescriptionParts& parts);
+  static void listDefects(Description& description);
+};
+
+// The steps, each in its own file.
+
+// Checks links in the order of nodes and properties; replaces names by indices; leaves out descriptive links that lead
+// nowhere.
+void resolveLinks(DescriptionParts& parts, const Description& description);
+// Fatal for cycles of links that must not have any.
+void refuseCycles(const DescriptionParts& parts, bool isSchema10);
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,125 @@
+#include "description/DescriptionLoader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include "Base/GCException.h"
+#include "description/DescriptionBuilder.h"
+#include "description/DescriptionCache.h"
+#include "description/Limits.h"
+#include "description/ZippedDescription.h"
+
+namespace GENAPI_NAMESPACE {
+namespace {
+
+// An archive may hold more than the description.
+constexpr size_t kMaxFileBytes = 2 * kMaxDescriptionBytes;
+
+class OpenFile {
+ public:
+  explicit OpenFile(const std::string& name) : descriptor_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  ~OpenFile() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+[[noreturn]] void refuseFile() {
+  throw LoadFault{0, std::string("cannot be read: ") + std::strerror(errno)};
+}
+
+std::string readFile(const std::string& name) {
+  const OpenFile file(name);
+  if (file.descriptor() < 0) refuseFile();
+  struct stat status {};
+  if (::fstat(file.descriptor(), &status) != 0) refuseFile();
+  size_t expected = 4096;
+  if (S_ISREG(status.st_mode)) expected = std::min(static_cast<size_t>(status.st_size), kMaxFileBytes) + 1;
+  std::string bytes(expected, '\0');
+  size_t size = 0;
+  for (;;) {
+    if (size > kMaxFileBytes) throw LoadFault{0, "larger than " + std::to_string(kMaxFileBytes) + " bytes"};
+    if (size == bytes.size()) bytes.resize(bytes.size() * 2);
+    const ssize_t read = ::read(file.descriptor(), bytes.data() + size, bytes.size() - size);
+    if (read < 0 && errno == EINTR) continue;
+    if (read < 0) refuseFile();
+    if (read == 0) break;
+    size += static_cast<size_t>(read);
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
+// Takes the text over if it can, else copies it, but only when nobody has a description of it yet.
+template <class Text>
+std::shared_ptr<const Description> describe(Text&& text) {
+  if (text.size() > kMaxDescriptionBytes) {
+    throw LoadFault{0, std::to_string(text.size()) + " bytes, more than " + std::to_string(kMaxDescriptionBytes)};
+  }
+  const uint64_t hash = DescriptionCache::hashOf(text);
+  if (std::shared_ptr<const Description> known = DescriptionCache::find(hash, text)) return known;
+  return DescriptionCache::add(hash, DescriptionBuilder::build(std::string(std::forward<Text>(text))));
+}
+
+void checkContent(bool zip, EContentType contentType) {
+  if (zip && contentType == ContentType_Xml) throw LoadFault{0, "a zip archive, XML was asked for"};
+  if (!zip && contentType == ContentType_ZippedXml) throw LoadFault{0, "not a zip archive"};
+}
+
+template <class Bytes>
+void load(Bytes&& bytes, EContentType contentType, LoadedDescription& loaded) {
+  const bool zip = isZip(bytes);
+  checkContent(zip, contentType);
+  if (!zip) {
+    loaded.description = describe(std::forward<Bytes>(bytes));
+    return;
+  }
+  ZipMember member = readZippedDescription(bytes);
+  loaded.sourceName += '(' + member.name + ')';
+  loaded.description = describe(std::move(member.text));
+}
+
+// Runs a load and gives its faults the form that callers see.
+template <class Load>
+LoadedDescription reportingFaults(std::string sourceName, Load&& run) {
+  LoadedDescription loaded{nullptr, std::move(sourceName)};
+  try {
+    run(loaded);
+    return loaded;
+  } catch (const LoadFault& fault) {
+    std::string text = loaded.sourceName + ':';
+    if (fault.line != 0) text += std::to_string(fault.line) + ':';
+    text += ' ' + fault.text;
+    throw GENICAM_NAMESPACE::RuntimeException(text.c_str(), __FILE__, __LINE__);
+  } catch (const std::bad_alloc&) {
+    throw BAD_ALLOC_EXCEPTION("out of memory while a description was loaded");
+  } catch (const std::length_error&) {
+    throw BAD_ALLOC_EXCEPTION("out of memory while a description was loaded");
+  }
+}
+
+}  // namespace
+
+LoadedDescription loadDescriptionFile(const std::string& fileName, EContentType contentType) {
+  return reportingFaults(fileName, [&](LoadedDescription& loaded) { load(readFile(fileName), contentType, loaded); });
+}
+
+LoadedDescription loadDescriptionText(std::string_view bytes, EContentType contentType) {
+  return reportingFaults("<description>", [&](LoadedDescription& loaded) { load(bytes, contentType, loaded); });
+}
+
+void clearDescriptionCache() {
+  DescriptionCache::removeUnused();
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,278 @@
+#include <cstring>
+
+#include "description/Limits.h"
+#include "description/NodeReader.h"
+#include "description/TrimmedText.h"
+#include "text/NumberSyntax.h"
+
+namespace GENAPI_NAMESPACE {
+namespace {
+
+bool isHexText(std::string_view digits) {
+  return !digits.empty() && digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
+// Numbers separated by ';', with or without one at the end.
+bool isIntegerSet(std::string_view set) {
+  while (!set.empty()) {
+    const size_t end = set.find(';');
+    if (!text::parseInteger(set.substr(0, end))) return false;
+    if (end == std::string_view::npos) break;
+    set = trimmed(set.substr(end + 1));
+  }
+  return true;
+}
+
+}  // namespace
+
+void NodeReader::readElements(pugi::xml_node parent, NodeDraft& draft, const ElementSet& leaveOut, Pass pass) {
+  for (pugi::xml_node xml = parent.first_child(); xml; xml = xml.next_sibling()) {
+    if (*xml.name() == '\0') continue;  // text between elements
+    checkDepth(depth_ + 1, xml);
+    const Element element = elementOf(localName(xml));
+    if (pass != Pass::Own) {
+      if (++inherited_ > kMaxProperties) {
+        parts_.fatal(offsetOf(xml), draft.record, "", "more than " + std::to_string(kMaxProperties) + " elements");
+      }
+      if (element == Element::StructEntry || leaveOut.has(element)) continue;
+    }
+    readElement(xml, draft, element, pass);
+  }
+}
+
+void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element element, Pass pass) {
+  const NodeType type = draft.record.type;
+  if (element == Element::Extension) return skip(xml, depth_ + 1);
+  if (element == Element::Comment) return;
+  if (!belongsTo(element, type)) {
+    if (pass != Pass::InheritedAgain) noteUnknown(xml);
+    return;
+  }
+  const Form form = formOf(element, type);
+  const size_t offset = offsetOf(xml);
+  Property property{};
+  property.element = element;
+  if (form == Form::Child) {
+    if (isRefused(draft, element, offset, pass)) return;
+    children_.push_back({xml, parts_.properties.size()});
+    countLink(draft, offset);
+    parts_.properties.push_back(property);
+    return;
+  }
+  std::string_view value = textOf(xml);
+  if (form != Form::Verbatim) {
+    value = trimmed(value);
+    if (value.empty()) return;  // not given
+  }
+  if (isRefused(draft, element, offset, pass)) return;
+  setText(property, value);
+  switch (form) {
+    case Form::Word:
+      if (!readWord(draft, property, offset)) return;
+      break;
+    case Form::Integer:
+    case Form::Real:
+    case Form::Boolean:
+      readNumber(draft, property, form, offset);
+      break;
+    case Form::HexDigits:
+      if (!isHexText(value)) setDefective(draft, offset, elementName(element), quoted(value) + " is not a hex number");
+      break;
+    case Form::IntegerSet:
+      if (!isIntegerSet(value)) {
+        setDefective(draft, offset, elementName(element), quoted(value) + " is not a list of integers");
+      }
+      break;
+    case Form::Link:
+      property.target = kNoNode;
+      countLink(draft, offset);
+      break;
+    default:
+      break;
+  }
+  parts_.properties.push_back(property);
+  readOwnAttributes(xml, draft, element, offset);
+}
+
+bool NodeReader::isRefused(NodeDraft& draft, Element element, size_t offset, Pass pass) {
+  const auto refuse = [&](std::string reason) {
+    if (pass != Pass::InheritedAgain) parts_.findings.note(offset, kNoNode, elementName(element), std::move(reason));
+    return true;
+  };
+  if (draft.seen.has(element)) {
+    if (!mayRepeat(element, draft.record.type)) return refuse("given twice, the first one counts");
+    return false;
+  }
+  if (const uint8_t number = alternativeOf(element)) {
+    const Element first = draft.alternatives[number];
+    const bool both = (first == Element::LSB && element == Element::MSB) ||  //
+                      (first == Element::MSB && element == Element::LSB);
+    if (first != Element::Unknown && !both) return refuse("left out, " + std::string(elementName(first)) + " counts");
+    draft.alternatives[number] = element;
+  }
+  draft.seen.add(element);
+  return false;
+}
+
+bool NodeReader::readWord(NodeDraft& draft, Property& property, size_t offset) {
+  const Element element = property.element;
+  if (!parseWord(element, property.value(), property.word)) {
+    std::string reason = "unknown word " + quoted(property.value());
+    if (!isDescriptiveWord(element)) {
+      setDefective(draft, offset, elementName(element), std::move(reason));
+      return true;
+    }
+    parts_.findings.note(offset, kNoNode, elementName(element), std::move(reason));
+    return false;
+  }
+  NodeRecord& record = draft.record;
+  switch (element) {
+    case Element::Visibility:
+      record.visibility = property.word;
+      break;
+    case Element::ImposedAccessMode:
+      record.imposedAccessMode = property.word;
+      break;
+    case Element::Streamable:
+      record.streamable = property.word == Yes;
+      break;
+    case Element::IsDeprecated:
+      record.deprecated = property.word == Yes;
+      break;
+    default:
+      break;
+  }
+  return true;
+}
+
+void NodeReader::readNumber(NodeDraft& draft, Property& property, Form form, size_t offset) {
+  const std::string_view value = property.value();
+  const auto refuse = [&](const char* what) {
+    setDefective(draft, offset, elementName(property.element), quoted(value) + what);
+  };
+  if (form == Form::Integer) {
+    const std::optional<int64_t> number = text::parseInteger(value);
+    property.integer = number.value_or(0);
+    if (!number) refuse(" is not an integer");
+  } else if (form == Form::Real) {
+    const std::optional<double> number = text::parseFloat(value);
+    property.real = number.value_or(0);
+    if (!number) refuse(" is not a number");
+  } else {
+    const std::optional<bool> number = text::parseBoolean(value);
+    property.integer = number.value_or(false) ? 1 : 0;
+    if (!number) refuse(" is neither true nor false");
+  }
+}
+
+void NodeReader::readOwnAttributes(pugi::xml_node xml, NodeDraft& draft, Element element, size_t offset) {
+  switch (element) {
+    case Element::pVariable:
+    case Element::Constant:
+    case Element::Expression: {
+      Property& property = parts_.properties.back();
+      const std::string_view name = trimmed(xml.attribute("Name").value());
+      if (name.size() > kMaxNameBytes) parts_.fatal(offset, draft.record, elementName(element), "Name: too long");
+      property.attributeData = name.data();
+      property.attributeSize = static_cast<uint16_t>(name.size());
+      if (name.empty()) setDefective(draft, offset, elementName(element), "Name: missing");
+      break;
+    }
+    case Element::pIndex:
+      if (!kRegisterKinds.has(draft.record.type)) break;
+      if (const pugi::xml_attribute constant = xml.attribute("Offset")) {
+        addAttribute(draft, Element::Offset, constant.value(), offset);
+        if (xml.attribute("pOffset")) {
+          parts_.findings.note(offset, kNoNode, "pOffset", "left out, Offset counts");
+        }
+      } else if (const pugi::xml_attribute link = xml.attribute("pOffset")) {
+        addAttribute(draft, Element::pOffset, link.value(), offset);
+      }
+      break;
+    case Element::ValueIndexed:
+    case Element::pValueIndexed:
+      if (const pugi::xml_attribute index = xml.attribute("Index")) {
+        addAttribute(draft, Element::Index, index.value(), offset);
+      } else {
+        setDefective(draft, offset, elementName(element), "Index: missing");
+      }
+      break;
+    default:
+      break;
+  }
+}
+
+void NodeReader::addAttribute(NodeDraft& draft, Element attribute, std::string_view value, size_t offset) {
+  Property property{};
+  property.element = attribute;
+  setText(property, trimmed(value));
+  if (attribute == Element::pOffset) {
+    property.target = kNoNode;
+    countLink(draft, offset);
+  } else {
+    readNumber(draft, property, Form::Integer, offset);
+  }
+  parts_.properties.push_back(property);
+}
+
+void NodeReader::countLink(NodeDraft& draft, size_t offset) {
+  if (++draft.links <= kMaxLinksPerNode) return;
+  const bool entries = draft.record.type == NodeType::Enumeration;
+  static_assert(kMaxLinksPerNode == kMaxEnumEntries);
+  parts_.fatal(offset, draft.record, "",
+               "more than " + std::to_string(kMaxLinksPerNode) + (entries ? " entries and links" : " links"));
+}
+
+std::string_view NodeReader::textOf(pugi::xml_node xml) {
+  if (!xml.first_child()) return xml.value();
+  return joinedText(xml);
+}
+
+std::string_view NodeReader::joinedText(pugi::xml_node xml) {
+  std::string_view only = xml.value();
+  std::string joined(only);
+  for (pugi::xml_node piece = xml.first_child(); piece; piece = piece.next_sibling()) {
+    if (piece.type() == pugi::node_element) {
+      noteUnknown(piece);
+      continue;
+    }
+    const std::string_view more = piece.value();
+    if (only.empty()) only = more;
+    joined += more;
+  }
+  return joined.size() == only.size() ? only : parts_.texts.join({joined});
+}
+
+void NodeReader::noteUnknown(pugi::xml_node xml) {
+  const std::string_view name = xml.name();
+  const bool known = elementOf(localName(xml)) != Element::Unknown;
+  parts_.findings.note(offsetOf(xml), kNoNode, name.substr(0, 40), known ? "has no meaning here" : "unknown element");
+  skip(xml, depth_ + 1);
+}
+
+void NodeReader::skip(pugi::xml_node subtree, int depth) const {
+  const int start = depth;
+  pugi::xml_node at = subtree;
+  for (;;) {
+    checkDepth(depth, at);
+    if (const pugi::xml_node child = at.first_child()) {
+      at = child;
+      ++depth;
+      continue;
+    }
+    while (depth > start && !at.next_sibling()) {
+      at = at.parent();
+      --depth;
+    }
+    if (depth <= start) return;
+    at = at.next_sibling();
+  }
+}
+
+void NodeReader::checkDepth(int depth, pugi::xml_node xml) const {
+  if (depth > kMaxXmlDepth) {
+    parts_.findings.fatal(offsetOf(xml), "more than " + std::to_string(kMaxXmlDepth) + " nested elements");
+  }
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,110 @@
+// What the description language says about its elements: their form, which node types carry them, how often.
+#pragma once
+#include <cstdint>
+#include <string_view>
+
+#include "description/Element.h"
+
+namespace GENAPI_NAMESPACE {
+
+class ElementSet {
+ public:
+  constexpr ElementSet() = default;
+  template <class... Elements>
+  constexpr explicit ElementSet(Elements... elements) {
+    (add(elements), ...);
+  }
+  constexpr void add(Element element) { bits_[word(element)] |= bit(element); }
+  constexpr bool has(Element element) const { return (bits_[word(element)] & bit(element)) != 0; }
+  constexpr bool hasAny(ElementSet other) const {
+    return ((bits_[0] & other.bits_[0]) | (bits_[1] & other.bits_[1])) != 0;
+  }
+  constexpr ElementSet operator|(ElementSet other) const {
+    other.bits_[0] |= bits_[0];
+    other.bits_[1] |= bits_[1];
+    return other;
+  }
+  constexpr bool empty() const { return (bits_[0] | bits_[1]) == 0; }
+
+ private:
+  static constexpr size_t word(Element element) { return static_cast<size_t>(element) / 64; }
+  static constexpr uint64_t bit(Element element) { return uint64_t{1} << (static_cast<size_t>(element) % 64); }
+  uint64_t bits_[2] = {0, 0};
+};
+static_assert(kElements <= 128);
+
+class NodeTypeSet {
+ public:
+  constexpr NodeTypeSet() = default;
+  template <class... Types>
+  constexpr explicit NodeTypeSet(Types... types) : bits_(((uint32_t{1} << static_cast<uint32_t>(types)) | ...)) {}
+  constexpr bool has(NodeType type) const { return (bits_ >> static_cast<uint32_t>(type) & 1) != 0; }
+  constexpr NodeTypeSet operator|(NodeTypeSet other) const {
+    other.bits_ |= bits_;
+    return other;
+  }
+
+ private:
+  uint32_t bits_ = 0;
+};
+
+inline constexpr NodeTypeSet kIntegerKinds(NodeType::Integer, NodeType::IntReg, NodeType::MaskedIntReg,
+                                           NodeType::IntConverter, NodeType::IntSwissKnife, NodeType::IntKey,
+                                           NodeType::AdvFeatureLock, NodeType::SmartFeature);
+inline constexpr NodeTypeSet kFloatKinds(NodeType::Float, NodeType::FloatReg, NodeType::Converter,
+                                         NodeType::SwissKnife);
+inline constexpr NodeTypeSet kStringKinds(NodeType::String, NodeType::StringReg, NodeType::TextDesc);
+inline constexpr NodeTypeSet kRegisterKinds(NodeType::IntReg, NodeType::MaskedIntReg, NodeType::FloatReg,
+                                            NodeType::StringReg, NodeType::Register, NodeType::ConfRom,
+                                            NodeType::AdvFeatureLock, NodeType::SmartFeature);
+// What stands where a number is needed.
+inline constexpr NodeTypeSet kNumericKinds =
+    kIntegerKinds | kFloatKinds | NodeTypeSet(NodeType::Boolean, NodeType::Enumeration);
+
+// How the text of an element is read.
+enum class Form : uint8_t {
+  Text,      // trimmed
+  Verbatim,  // as it stands, blanks included; an empty one counts as given
+  Integer,
+  Real,
+  Boolean,  // true, false, 1, 0
+  Word,     // a fixed vocabulary
+  HexDigits,
+  IntegerSet,  // integers separated by ';'
+  Link,
+  Child,  // EnumEntry, IntSwissKnife, TextDesc, IntKey: a node of its own
+  Ignored
+};
+
+Form formOf(Element element, NodeType type);
+// Whether that element has a meaning in nodes of that type.
+bool belongsTo(Element element, NodeType type);
+bool mayRepeat(Element element, NodeType type);
+// Elements of which a node has one or the other (Value, pValue) share a number above 0.
+inline constexpr size_t kAlternatives = 10;
+uint8_t alternativeOf(Element element);
+
+// Elements whose text names another node.
+bool isLink(Element element);
+// Links that may be left out when they lead nowhere.
+bool isDescriptiveLink(Element element);
+// Kinds of nodes that a link of such a node may name.
+NodeTypeSet linkTargets(Element element, NodeType type);
+
+// Elements whose value is a number or link that a node's own value is computed from when it is read ...
+inline constexpr ElementSet kWritingLinks(Element::pValue, Element::pValueCopy, Element::pValueIndexed,
+                                          Element::pValueDefault);
+// ... the links read for values, limits, addresses and lengths, which also make somebody a parent.
+inline constexpr ElementSet kReadingLinks(Element::pValue, Element::pMin, Element::pMax, Element::pInc, Element::pIndex,
+                                          Element::pValueIndexed, Element::pValueDefault, Element::pVariable,
+                                          Element::pAddress, Element::IntSwissKnife, Element::pOffset, Element::pLength,
+                                          Element::pCommandValue, Element::pChunkID);
+inline constexpr ElementSet kGuards(Element::pIsImplemented, Element::pIsAvailable, Element::pIsLocked,
+                                    Element::pBlockPolling);
+
+// Reads a word of the element's vocabulary into the value of its enumeration; false for any other word.
+bool parseWord(Element element, std::string_view text, uint8_t& word);
+// A wrong word is only noted and the default stands; other wrong words make a node unusable.
+bool isDescriptiveWord(Element element);
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,96 @@
+#include "description/NodeTraits.h"
+
+#include "description/ElementRules.h"
+
+namespace GENAPI_NAMESPACE {
+namespace {
+
+// Links whose target has a say in the node's own access mode: sources, copies, variables, addresses, entries.
+constexpr ElementSet kAccessLinks(Element::pValue, Element::pValueCopy, Element::pIndex, Element::pValueIndexed,
+                                  Element::pValueDefault, Element::pVariable, Element::pAddress, Element::IntSwissKnife,
+                                  Element::pOffset, Element::pLength, Element::pCommandValue, Element::EnumEntry);
+
+ECachingMode ownCachingMode(const Description& description, NodeIndex node) {
+  const NodeType type = description.node(node).type;
+  if (kRegisterKinds.has(type)) {
+    const Property* const cachable = description.find(node, Element::Cachable);
+    if (cachable != nullptr) return static_cast<ECachingMode>(cachable->word);
+    return type == NodeType::FloatReg ? WriteAround : WriteThrough;
+  }
+  return type == NodeType::Float && description.find(node, Element::Value) != nullptr ? WriteAround : WriteThrough;
+}
+
+}  // namespace
+
+NodeTraits::NodeTraits(const Description& description, const AdjacencyLists& parents)
+    : traits_(description.nodeCount()) {
+  findCachingModes(description, parents);
+  findUncacheableAccess(description);
+  findFeatures(description);
+}
+
+void NodeTraits::findCachingModes(const Description& description, const AdjacencyLists& parents) {
+  const NodeIndex count = static_cast<NodeIndex>(traits_.size());
+  std::vector<NodeIndex> reached[2];  // NoCache first: what it reaches is decided
+  for (NodeIndex node = 0; node < count; ++node) {
+    const ECachingMode mode = ownCachingMode(description, node);
+    traits_[node].cachingMode = static_cast<uint8_t>(mode);
+    if (mode == NoCache) reached[0].push_back(node);
+    if (mode == WriteAround) reached[1].push_back(node);
+  }
+  for (size_t pass = 0; pass < 2; ++pass) {
+    const ECachingMode mode = pass == 0 ? NoCache : WriteAround;
+    for (size_t i = 0; i < reached[pass].size(); ++i) {
+      for (NodeIndex parent : parents.of(reached[pass][i])) {
+        const ECachingMode before = static_cast<ECachingMode>(traits_[parent].cachingMode);
+        if (Combine(before, mode) == before) continue;
+        traits_[parent].cachingMode = static_cast<uint8_t>(mode);
+        reached[pass].push_back(parent);
+      }
+    }
+  }
+}
+
+void NodeTraits::findUncacheableAccess(const Description& description) {
+  const NodeIndex count = static_cast<NodeIndex>(traits_.size());
+  const auto forEachDecider = [&](auto&& visit) {
+    for (NodeIndex node = 0; node < count; ++node) {
+      for (const Property& property : description.properties(node)) {
+        if (kAccessLinks.has(property.element) || kGuards.has(property.element)) visit(property.target, node);
+      }
+    }
+  };
+  std::vector<NodeIndex> reached;
+  const auto mark = [&](NodeIndex node) {
+    if (!traits_[node].accessModeCacheable) return;
+    traits_[node].accessModeCacheable = false;
+    reached.push_back(node);
+  };
+  for (NodeIndex node = 0; node < count; ++node) {
+    for (const Property& property : description.properties(node)) {
+      if (kGuards.has(property.element) && cachingMode(property.target) == NoCache) mark(node);
+    }
+  }
+  if (reached.empty()) return;
+  const AdjacencyLists deciders(count, forEachDecider);
+  for (size_t i = 0; i < reached.size(); ++i) {
+    for (NodeIndex dependent : deciders.of(reached[i])) mark(dependent);
+  }
+}
+
+void NodeTraits::findFeatures(const Description& description) {
+  const NodeIndex root = description.indexOf("Root");
+  if (root == kNoNode || description.node(root).type != NodeType::Category) return;
+  std::vector<NodeIndex> categories(1, root);
+  while (!categories.empty()) {
+    const NodeIndex category = categories.back();
+    categories.pop_back();
+    for (const Property& property : description.properties(category)) {
+      if (property.element != Element::pFeature || traits_[property.target].feature) continue;
+      traits_[property.target].feature = true;
+      if (description.node(property.target).type == NodeType::Category) categories.push_back(property.target);
+    }
+  }
+}
+
+}  // namespace GENAPI_NAMESPACE

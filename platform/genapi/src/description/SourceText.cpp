@@ -1,0 +1,207 @@
+#include "description/SourceText.h"
+
+#include <emmintrin.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "description/Limits.h"
+#include "text/Utf8.h"
+
+namespace GENAPI_NAMESPACE {
+namespace {
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+void appendUtf8(std::string& text, uint32_t code) {
+  if (code < 0x80) {
+    text += static_cast<char>(code);
+    return;
+  }
+  if (code < 0x800) {
+    text += static_cast<char>(0xC0 | code >> 6);
+  } else {
+    if (code < 0x10000) {
+      text += static_cast<char>(0xE0 | code >> 12);
+    } else {
+      text += static_cast<char>(0xF0 | code >> 18);
+      text += static_cast<char>(0x80 | (code >> 12 & 0x3F));
+    }
+    text += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+  }
+  text += static_cast<char>(0x80 | (code & 0x3F));
+}
+
+std::string fromUtf16(std::string_view bytes, bool bigEndian) {
+  constexpr uint32_t kReplacement = 0xFFFD;
+  const auto unitAt = [&](size_t at) {
+    const uint32_t first = static_cast<unsigned char>(bytes[at]);
+    const uint32_t second = static_cast<unsigned char>(bytes[at + 1]);
+    return bigEndian ? first << 8 | second : second << 8 | first;
+  };
+  std::string text;
+  text.reserve(bytes.size() / 2);
+  for (size_t at = 2; at + 1 < bytes.size(); at += 2) {
+    uint32_t code = unitAt(at);
+    if (code >= 0xDC00 && code < 0xE000) code = kReplacement;
+    if (code >= 0xD800 && code < 0xDC00) {
+      const uint32_t low = at + 3 < bytes.size() ? unitAt(at + 2) : 0;
+      if (low >= 0xDC00 && low < 0xE000) {
+        code = 0x10000 + ((code - 0xD800) << 10 | (low - 0xDC00));
+        at += 2;
+      } else {
+        code = kReplacement;
+      }
+    }
+    appendUtf8(text, code);
+  }
+  return text;
+}
+
+std::string upperCase(std::string_view text) {
+  std::string result(text);
+  for (char& character : result) {
+    if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
+  }
+  return result;
+}
+
+// The encoding that the XML declaration names, in capitals; empty without one.
+std::string declaredEncoding(std::string_view text) {
+  const size_t start = text.substr(0, kMaxLeadingText).find('<');
+  if (start == std::string_view::npos || text.substr(start, 5) != "<?xml") return {};
+  std::string_view declaration = text.substr(start, 256);
+  declaration = declaration.substr(0, declaration.find("?>"));
+  const size_t name = declaration.find("encoding");
+  if (name == std::string_view::npos) return {};
+  const size_t open = declaration.find_first_of("'\"", name);
+  if (open == std::string_view::npos) return {};
+  const size_t close = declaration.find(declaration[open], open + 1);
+  if (close == std::string_view::npos) return {};
+  return upperCase(declaration.substr(open + 1, close - open - 1));
+}
+
+bool isLatin1(std::string_view encoding) {
+  return encoding == "ISO-8859-1" || encoding == "ISO8859-1" || encoding == "ISO_8859-1" || encoding == "LATIN1" ||
+         encoding == "LATIN-1";
+}
+
+struct Counts {
+  size_t tags = 0, references = 0;
+  bool ascii = true;
+};
+
+// One pass over everything, sixteen bytes at a time: the first look at a description must cost next to nothing.
+Counts countAll(std::string_view text) {
+  Counts counts;
+  const __m128i tag = _mm_set1_epi8('<'), reference = _mm_set1_epi8('&');
+  __m128i seen = _mm_setzero_si128();
+  size_t at = 0;
+  for (; at + 16 <= text.size(); at += 16) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
+    const int tags = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, tag));
+    const int references = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, reference));
+    if (tags != 0) counts.tags += static_cast<size_t>(__builtin_popcount(static_cast<unsigned>(tags)));
+    if (references != 0) ++counts.references;
+    seen = _mm_or_si128(seen, bytes);
+  }
+  counts.ascii = _mm_movemask_epi8(seen) == 0;
+  for (; at < text.size(); ++at) {
+    counts.tags += text[at] == '<';
+    counts.references += text[at] == '&';
+    counts.ascii = counts.ascii && static_cast<unsigned char>(text[at]) < 0x80;
+  }
+  return counts;
+}
+
+bool isBlank(char character) {
+  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+}
+
+// The length of a reference at `at` that the parser resolves ("&amp;", "&#10;", "&#xA;"), or 0.
+size_t knownReference(std::string_view text, size_t at) {
+  for (std::string_view known : {"&lt;", "&gt;", "&amp;", "&apos;", "&quot;"}) {
+    if (text.substr(at, known.size()) == known) return known.size();
+  }
+  if (text.substr(at, 2) != "&#") return 0;
+  const bool hex = text.substr(at + 2, 1) == "x";
+  const size_t first = at + (hex ? 3 : 2);
+  const size_t end = text.find_first_not_of(hex ? "0123456789abcdefABCDEF" : "0123456789", first);
+  return end != std::string_view::npos && end > first && text[end] == ';' ? end + 1 - at : 0;
+}
+
+}  // namespace
+
+std::string decodedCopy(std::string_view bytes) {
+  if (bytes.substr(0, 2) == "\xFF\xFE") return fromUtf16(bytes, false);
+  if (bytes.substr(0, 2) == "\xFE\xFF") return fromUtf16(bytes, true);
+  if (bytes.substr(0, 3) == kUtf8Mark || !isLatin1(declaredEncoding(bytes)) || countAll(bytes).ascii) return {};
+  std::string text;
+  text.reserve(bytes.size() + bytes.size() / 8);
+  for (char byte : bytes) appendUtf8(text, static_cast<unsigned char>(byte));
+  return text;
+}
+
+SourceShape examineSource(std::string_view text, BuildFindings& findings) {
+  const size_t mark = text.substr(0, 3) == kUtf8Mark ? 3 : 0;
+  const size_t start = text.substr(0, mark + kMaxLeadingText + 1).find('<', mark);
+  if (start == std::string_view::npos) {
+    const std::string_view rest = text.substr(mark);
+    if (rest.empty()) findings.fatal(kNoOffset, "neither XML nor zip: the text is empty");
+    findings.fatal(kNoOffset, "neither XML nor zip: the text begins with " + quoted(rest));
+  }
+  const std::string_view leading = text.substr(mark, start - mark);
+  if (!std::all_of(leading.begin(), leading.end(), isBlank)) {
+    findings.note(mark, kNoNode, "", "text before the first tag is skipped: " + quoted(leading));
+  }
+  const Counts counts = countAll(text);
+  if (counts.tags > kMaxXmlTags) {
+    findings.fatal(kNoOffset, std::to_string(counts.tags) + " tags, more than " + std::to_string(kMaxXmlTags));
+  }
+  if (!counts.ascii) {
+    const size_t malformed = text::findMalformedUtf8(text);
+    if (malformed != std::string_view::npos) {
+      findings.note(malformed, kNoNode, "", "bytes that are not UTF-8 are kept as they are");
+    }
+  }
+  const std::string encoding = declaredEncoding(text);
+  if (!encoding.empty() && encoding != "UTF-8" && encoding != "UTF8" && encoding != "US-ASCII" && encoding != "ASCII" &&
+      encoding != "UTF-16" && !isLatin1(encoding)) {
+    findings.note(start, kNoNode, "", "unknown encoding " + quoted(encoding) + ", read as UTF-8");
+  }
+  return {start, counts.tags, counts.references != 0};
+}
+
+std::vector<size_t> unknownReferences(std::string_view text) {
+  size_t at = text.find('&');
+  while (at != std::string_view::npos) {
+    const size_t length = knownReference(text, at);
+    if (length == 0) break;
+    at = text.find('&', at + length);
+  }
+  if (at == std::string_view::npos) return {};
+  // Rare: something is odd, so now it matters whether it stands in a comment or CDATA, where anything goes.
+  std::vector<size_t> unknown;
+  const auto skipPast = [&](std::string_view end) {
+    at = text.find(end, at);
+    at = at == std::string_view::npos ? text.size() : at + end.size();
+  };
+  for (at = 0; (at = text.find_first_of("<&", at)) != std::string_view::npos && unknown.size() < kMaxNotes;) {
+    if (text.substr(at, 4) == "<!--") {
+      skipPast("-->");
+    } else if (text.substr(at, 9) == "<![CDATA[") {
+      skipPast("]]>");
+    } else if (text.substr(at, 2) == "<?") {
+      skipPast("?>");
+    } else if (text[at] == '<') {
+      ++at;
+    } else {
+      const size_t length = knownReference(text, at);
+      if (length == 0) unknown.push_back(at);
+      at += std::max<size_t>(length, 1);
+    }
+  }
+  return unknown;
+}
+
+}  // namespace GENAPI_NAMESPACE
