@@ -310,6 +310,7 @@ TEST(Formula, NamesTheDefectAndItsColumn) {
   EXPECT_EQ("'ROUND' takes 1 or 2 arguments, got 3 at column 1 of 'ROUND(A,B,1)'", floatResult("ROUND(A,B,1)"));
   EXPECT_EQ("function 'Sin' is not available in integer formulas at column 3 of '1+Sin(A)'", integerResult("1+Sin(A)"));
   EXPECT_EQ("constant 'PI' is not available in integer formulas at column 1 of 'PI'", integerResult("PI"));
+  EXPECT_EQ("unexpected character ' ' at column 2 of '1 +'", integerResult(std::string_view("1\0+", 3)));
   const std::string longName(70, 'N');
   EXPECT_EQ("unknown name '" + longName.substr(0, 40) + "' at column 1 of '" + longName.substr(0, 60) + "'",
             integerResult(longName));

@@ -223,4 +223,5 @@ TEST(Utf8, FindsTheFirstMalformedByte) {
   for (const auto& expected : cases) EXPECT_EQ(expected.at, findMalformedUtf8(expected.text)) << expected.text;
   EXPECT_EQ("a\xC3\xA4", firstCharacters("a\xC3\xA4z", 2));
   EXPECT_EQ(3u, countCharacters("a\xC3\xA4\xFF"));
+  EXPECT_EQ("a\xC3\xA4? ", excerpt("a\xC3\xA4\xFF\nz", 4));
 }

@@ -21,13 +21,8 @@ std::string inUpperCase(std::string_view text) {
   return upper;
 }
 
-// The start of a formula, fit for a message of one line.
 std::string quotable(std::string_view formula) {
-  std::string start(text::firstCharacters(formula, kMaxQuotedFormula));
-  for (char& character : start) {
-    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) character = ' ';
-  }
-  return start;
+  return text::excerpt(formula, kMaxQuotedFormula);
 }
 
 // Whether the part of a variable's name after its first dot names something that can be asked of a node.

@@ -432,7 +432,7 @@ class Parser {
 
   static std::string quoted(std::string_view text) {
     constexpr size_t kMaxQuotedToken = 40;
-    return "'" + std::string(text::firstCharacters(text, kMaxQuotedToken)) + "'";
+    return "'" + text::excerpt(text, kMaxQuotedToken) + "'";
   }
 
   std::string_view text_;

@@ -55,4 +55,22 @@ std::string_view firstCharacters(std::string_view text, size_t characters) noexc
   return text.substr(0, at);
 }
 
+std::string excerpt(std::string_view text, size_t characters) {
+  std::string result;
+  size_t at = 0;
+  for (size_t count = 0; count < characters && at < text.size(); ++count) {
+    const size_t length = characterLength(text, at);
+    const unsigned char lead = static_cast<unsigned char>(text[at]);
+    if (length == 0) {
+      result += '?';
+    } else if (lead < 0x20 || lead == 0x7F) {
+      result += ' ';
+    } else {
+      result += text.substr(at, length);
+    }
+    at += length == 0 ? 1 : length;
+  }
+  return result;
+}
+
 }  // namespace GENAPI_NAMESPACE::text

@@ -4,6 +4,7 @@
 #include "Base/GCTypes.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace GENAPI_NAMESPACE::text {
@@ -21,5 +22,8 @@ size_t countCharacters(std::string_view text) noexcept;
 
 // The first `characters` characters of a text, all of it if it has no more.
 std::string_view firstCharacters(std::string_view text, size_t characters) noexcept;
+
+// The same, fit to be quoted in a message of one line: control characters become blanks, malformed bytes '?'.
+std::string excerpt(std::string_view text, size_t characters);
 
 }  // namespace GENAPI_NAMESPACE::text
