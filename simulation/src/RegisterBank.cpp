@@ -54,11 +54,12 @@ RegisterBank::RegisterBank(int32_t fileBufferLength) {
   std::sort(byAddress_.begin(), byAddress_.end(),
             [&](uint16_t a, uint16_t b) { return cells_[a].address < cells_[b].address; });
   storage_.resize(offset);
-  powerOn();
+  powerOn(false);
 }
 
-void RegisterBank::powerOn() {
+void RegisterBank::powerOn(bool again) {
   for (std::size_t i = 0; i < cells_.size(); ++i) {
+    if (again && (kRegisters[i].flags & kKept) != 0) continue;
     const Initial& initial = kRegisters[i].initial;
     const auto id = static_cast<RegisterId>(i);
     if (cells_[i].length > 8 && initial.kind == Initial::kInteger) {

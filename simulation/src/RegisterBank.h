@@ -43,8 +43,8 @@ class RegisterBank {
   std::span<const uint8_t> bytes(RegisterId id) const;
   int32_t elementCount(RegisterId id) const { return cells_[index(id)].count; }
 
-  /// Gives every register its value at power on.
-  void powerOn();
+  /// Gives every register its value at power on, except, `again`, those that keep theirs over a reset.
+  void powerOn(bool again);
 
  private:
   struct Cell {

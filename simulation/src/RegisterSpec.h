@@ -13,6 +13,7 @@ enum RegisterFlags : uint8_t {
   kPlain = 0,
   kUserSet = 1,  // stored in and restored from user sets
   kLocked = 2,   // refuses writes while TLParamsLocked is not 0
+  kKept = 4,     // keeps its value over a reset
 };
 
 /// Value at power on: an integer, a floating point number or a text.

@@ -18,8 +18,8 @@ inline constexpr RegisterSpec kRegisters[] = {
     {"DeviceVersion", 0x88, 32, 1, kReadOnly, kBig, kPlain, "HW C"},
     {"DeviceManufacturerInfo", 0xA8, 48, 1, kReadOnly, kBig, kPlain, "simulated, no sensor inside"},
     {"DeviceSerialNumber", 0xD8, 16, 1, kReadOnly, kBig, kPlain, "SIM-000200"},
-    {"DeviceUserID", 0xE8, 16, 1, kReadWrite, kBig, kPlain, ""},
-    {"DeviceFirmwareVersion", 0x10020, 32, 1, kReadOnly, kBig, kPlain, "FW 1.4.2"},
+    {"DeviceUserID", 0xE8, 16, 1, kReadWrite, kBig, kKept, ""},
+    {"DeviceFirmwareVersion", 0x10020, 32, 1, kReadOnly, kBig, kKept, "FW 1.4.2"},
     {"DeviceLinkSelector", 0x10040, 4, 1, kReadWrite, kBig, kPlain, 0},
     {"DeviceLinkSpeed", 0x10048, 8, 1, kReadOnly, kBig, kPlain, 125000000.0},
     {"DeviceLinkThroughputLimitMode", 0x10050, 4, 1, kReadWrite, kBig, kUserSet | kLocked, 0},
@@ -140,8 +140,8 @@ inline constexpr RegisterSpec kRegisters[] = {
     {"UserSetSelector", 0x17000, 4, 1, kReadWrite, kBig, kPlain, 0},
     {"UserSetLoad", 0x17004, 4, 1, kReadWrite, kBig, kLocked, 0},
     {"UserSetSave", 0x17008, 4, 1, kReadWrite, kBig, kPlain, 0},
-    {"UserSetDefault", 0x1700C, 4, 1, kReadWrite, kBig, kPlain, 0},
-    {"UserSetDescription", 0x17010, 32, 3, kReadWrite, kBig, kPlain, ""},
+    {"UserSetDefault", 0x1700C, 4, 1, kReadWrite, kBig, kKept, 0},
+    {"UserSetDescription", 0x17010, 32, 3, kReadWrite, kBig, kKept, ""},
     // Transport Layer Control
     {"PayloadSize", 0x18000, 4, 1, kReadOnly, kBig, kPlain, 0},
     {"TLParamsLocked", 0x18004, 4, 1, kReadWrite, kBig, kPlain, 0},
@@ -149,10 +149,10 @@ inline constexpr RegisterSpec kRegisters[] = {
     {"GevCurrentIPAddress", 0x18010, 4, 1, kReadOnly, kBig, kPlain, 0xc0a80a14},
     {"GevCurrentSubnetMask", 0x18014, 4, 1, kReadOnly, kBig, kPlain, 0xffffff00},
     {"GevCurrentDefaultGateway", 0x18018, 4, 1, kReadOnly, kBig, kPlain, 0xc0a80a01},
-    {"GevPersistentIPAddress", 0x1801C, 4, 1, kReadWrite, kBig, kPlain, 0xc0a80a14},
-    {"GevPersistentSubnetMask", 0x18020, 4, 1, kReadWrite, kBig, kPlain, 0xffffff00},
-    {"GevPersistentDefaultGateway", 0x18024, 4, 1, kReadWrite, kBig, kPlain, 0xc0a80a01},
-    {"GevIPConfiguration", 0x18028, 4, 1, kReadWrite, kBig, kPlain, 7},
+    {"GevPersistentIPAddress", 0x1801C, 4, 1, kReadWrite, kBig, kKept, 0xc0a80a14},
+    {"GevPersistentSubnetMask", 0x18020, 4, 1, kReadWrite, kBig, kKept, 0xffffff00},
+    {"GevPersistentDefaultGateway", 0x18024, 4, 1, kReadWrite, kBig, kKept, 0xc0a80a01},
+    {"GevIPConfiguration", 0x18028, 4, 1, kReadWrite, kBig, kKept, 7},
     {"GevHeartbeatTimeout", 0x1802C, 4, 1, kReadWrite, kBig, kPlain, 3000},
     {"GevSCPSPacketSize", 0x18030, 4, 1, kReadWrite, kBig, kLocked, 1500},
     {"GevSCPD", 0x18034, 4, 1, kReadWrite, kBig, kPlain, 0},
@@ -242,6 +242,11 @@ inline constexpr RegisterSpec kRegisters[] = {
     // Test Deep Category
     {"TestNested", 0x1C198, 4, 1, kReadWrite, kBig, kPlain, 9},
     {"TestEmptyChoice", 0x1C19C, 4, 1, kReadWrite, kBig, kPlain, 0},
+    // In no description: what the camera has to remember while it takes pictures
+    {"FrameCounter", 0x1F000, 8, 1, kReadOnly, kBig, kPlain, 0},
+    {"TimestampOrigin", 0x1F008, 8, 1, kReadOnly, kBig, kPlain, 0},
+    {"AcquisitionRunning", 0x1F010, 4, 1, kReadOnly, kBig, kPlain, 0},
+    {"FramesLeft", 0x1F014, 4, 1, kReadOnly, kBig, kPlain, 0},
     // File Access Control
     {"FileAccessBuffer", 0x40000, 4096, 1, kReadWrite, kBig, kPlain, 0},
 };

@@ -7,7 +7,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "OxSimulation/FileAccess.h"
+#include "OxSimulation/Frame.h"
 #include "OxSimulation/RegisterDevice.h"
 
 namespace ox::simulation {
@@ -20,6 +23,8 @@ struct CameraOptions {
   Clock clock;
   /// Bytes of FileAccessBuffer: what one file operation moves at most. 64 .. 1048576.
   int32_t fileBufferBytes = 4096;
+  /// Time that a restart takes, in nanoseconds: so long accessMode() is kPortNotAvailable and every access is refused.
+  int64_t restartNs = 0;
 };
 
 /// All members may be called from any thread; one access at a time takes place.
@@ -36,6 +41,24 @@ class SimulatedCamera final : public RegisterDevice {
   /// The description (XML text) that fits a camera fresh from the factory.
   static std::string_view description();
 
+  /// The description that fits the firmware now running. The text lives as long as the program.
+  std::string_view currentDescription() const;
+
+  /// Hands out the oldest event message that is due and not yet fetched; false, and `event` as it was, if there is
+  /// none. At most 1024 wait; then the oldest is dropped and the register EventQueueLost counts it.
+  bool nextEvent(CameraEvent& event);
+
+  /// Hands out the oldest picture that nobody fetched (at most 16 wait). Without one, a camera that runs freely takes
+  /// the next picture at once; one that waits for a trigger or does not run gives a frame without data. Throws
+  /// std::bad_alloc.
+  Frame acquireFrame();
+
+  /// Content of a file of the camera, named as in FileSelector. Throws std::invalid_argument for an unknown name.
+  std::vector<uint8_t> fileContent(std::string_view file) const;
+  void setFileContent(std::string_view file, std::vector<uint8_t> content);
+  /// Lets `judge` decide how each file operation ends; an empty one restores normal behaviour.
+  void judgeFileOperations(FileJudge judge);
+
   /// Writes everything the camera remembers: registers, user sets, files, firmware. Failures show in the stream.
   void saveState(std::ostream& out) const;
   /// Takes over what saveState() wrote. Registers that this version does not know are skipped; those that the text
@@ -44,6 +67,8 @@ class SimulatedCamera final : public RegisterDevice {
 
   /// What a power cycle does: registers return to their values at power on, an activated firmware starts.
   void reset();
+  /// Restarts since construction, by reset() or by the command DeviceReset.
+  int64_t resetCount() const;
 
  private:
   struct Parts;
