@@ -1,0 +1,192 @@
+// Counted references and the creation of objects in containers.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <type_traits>
+
+#include "Probe.h"
+
+namespace {
+
+using orxBase::shared_ref;
+using orxBase::weak_ref;
+using orxBase::detail::make_shared_t;
+
+// The shape of the library's own objects: an abstract interface and a base class that carries the weak link.
+class IShape : public virtual ORX::IDisposableType {
+ public:
+  virtual ~IShape() = default;
+  virtual int corners() const = 0;
+};
+class ShapeBase : public IShape, public orxBase::enable_shared_from_this<ShapeBase> {
+ public:
+  using InterfaceType = IShape;
+  static uint64_t interfaceId() { return 46; }
+};
+class Triangle : public ShapeBase {
+ public:
+  explicit Triangle(int& ends) : ends_(ends) {}
+  ~Triangle() override { ++ends_; }
+  int corners() const override { return 3; }
+
+ private:
+  int& ends_;
+};
+
+TEST(SharedRef, DerivedObjectIsFoundThroughItsInterfaceAndEndsAsAWhole) {
+  int ends = 0;
+  {
+    const shared_ref<ShapeBase> shape = make_shared_t<Triangle>(ends);
+    void* found = nullptr;
+    ASSERT_EQ(OxIfaceContainerQuery(shape.container(), 46, &found), OX_OK);
+    EXPECT_EQ(static_cast<IShape*>(found)->corners(), 3);
+    const shared_ref<ShapeBase> self = shape->shared_from_this();
+    EXPECT_EQ(self, shape);
+    EXPECT_EQ(self.get(), shape.get());
+  }
+  EXPECT_EQ(ends, 1);
+}
+
+TEST(SharedRef, ListInterfacesFollowsTheCountProtocol) {
+  int ends = 0;
+  const auto shape = make_shared_t<Triangle>(ends);
+  size_t count = 77;
+  EXPECT_EQ(shape->ListInterfaces(nullptr, &count), OX_OK);
+  EXPECT_EQ(count, 1u);
+  ORX::InterfaceEntry entries[2] = {};
+  count = 0;
+  EXPECT_EQ(shape->ListInterfaces(entries, &count), OX_E_INVALID_ARGUMENT);
+  EXPECT_EQ(entries[0].Id, 0u);
+  count = 2;
+  EXPECT_EQ(shape->ListInterfaces(entries, &count), OX_OK);
+  EXPECT_EQ(entries[0].Id, 46u);
+  EXPECT_EQ(entries[0].Interface, static_cast<IShape*>(shape.get()));
+  EXPECT_EQ(entries[1].Id, 0u);
+}
+
+TEST(SharedRef, CopiesMovesAndReleaseKeepTheCountRight) {
+  std::atomic<int> ends{0};
+  ProbeRef first = makeProbe(ends);
+  ProbeRef copy = first;
+  ProbeRef moved = std::move(first);
+  EXPECT_FALSE(first);
+  copy = copy;
+  moved = copy;
+  copy.reset();
+  EXPECT_EQ(ends, 0);
+  const OxHandle handle = moved.release();
+  EXPECT_FALSE(moved);
+  EXPECT_EQ(ends, 0);
+  {
+    const ProbeRef added = ProbeRef::add(handle, nullptr);
+    const ProbeRef adopted = ProbeRef::adopt(handle, nullptr);
+    EXPECT_EQ(added, adopted);
+  }
+  EXPECT_EQ(ends, 1);
+  EXPECT_FALSE(ProbeRef::add(handle, nullptr)) << "a dead handle gives an empty reference";
+}
+
+TEST(SharedRef, WeakReferenceLocksOnlyWhileTheObjectLives) {
+  std::atomic<int> ends{0};
+  ProbeRef strong = makeProbe(ends);
+  const weak_ref<Probe> weak = strong->weak_from_this();
+  EXPECT_EQ(weak.lock().get(), strong.get());
+  const OxHandle handle = strong.release();
+  OxIfaceContainerReleaseUseCounter(handle);
+  EXPECT_FALSE(weak.lock());
+  EXPECT_TRUE(weak.expired());
+  EXPECT_EQ(weak.container(), handle);
+  EXPECT_FALSE(weak_ref<Probe>().lock());
+}
+
+TEST(SharedRef, SelfReferenceIsRefusedBeforeAndAfterLife) {
+  struct Curious : Probe {
+    explicit Curious(std::atomic<int>& ends)
+        : Probe(ends, [this] { EXPECT_THROW(shared_from_this(), orxBase::bad_weak_ptr); }) {
+      EXPECT_THROW(shared_from_this(), orxBase::bad_weak_ptr);
+      EXPECT_EQ(weak_from_this().container(), nullptr);
+    }
+  };
+  std::atomic<int> ends{0};
+  make_shared_t<Curious>(ends);
+  EXPECT_EQ(ends, 1);
+}
+
+TEST(SharedRef, LivingSelfLinkIsKeptAndADeadOneReplaced) {
+  std::atomic<int> ends{0};
+  ProbeRef first = makeProbe(ends), second = makeProbe(ends);
+  first->linkToContainer(second.container());
+  EXPECT_EQ(first->weak_from_this().container(), first.container());
+
+  Probe onStack(ends);
+  onStack.linkToContainer(first.container());
+  const OxHandle former = first.container();
+  first.reset();
+  onStack.linkToContainer(second.container());
+  EXPECT_EQ(onStack.weak_from_this().container(), second.container());
+  EXPECT_EQ(OxIfaceContainerReleaseWeakCounter(former), OX_E_INVALID_HANDLE) << "the former link was given back";
+}
+
+// Answers the container's question for its interfaces with a status of the test's choice.
+class Refused : public Probe {
+ public:
+  Refused(std::atomic<int>& ends, int32_t answer) : Probe(ends), answer_(answer) {}
+  int32_t ListInterfaces(ORX::InterfaceEntry*, size_t*) noexcept override { return answer_; }
+
+ private:
+  int32_t answer_;
+};
+
+TEST(MakeShared, RefusedPublicationDestroysTheObjectAndThrowsByStatus) {
+  const auto fails = [](int32_t answer, const std::type_info& type, const char* text) {
+    std::atomic<int> ends{0};
+    try {
+      make_shared_t<Refused>(ends, answer);
+      ADD_FAILURE() << "published";
+    } catch (const orxBase::exception& e) {
+      EXPECT_EQ(typeid(e), type);
+      EXPECT_EQ(e.code(), answer);
+      EXPECT_EQ(e.message(), text);
+    }
+    EXPECT_EQ(ends, 1);
+  };
+  fails(OX_E_INVALID_ARGUMENT, typeid(orxBase::invalid_argument), "Interface in ptr present this container");
+  fails(OX_E_OUT_OF_MEMORY, typeid(orxBase::bad_alloc), "");
+  fails(orxBase::resultCode(0x80000013), typeid(orxBase::exception), "");
+}
+
+TEST(MakeShared, ThrowingConstructorPassesThroughAndFreesTheContainer) {
+  struct Thrower : Probe {
+    Thrower(std::atomic<int>& ends) : Probe(ends) { throw std::runtime_error("not today"); }
+  };
+  std::atomic<int> ends{0};
+  EXPECT_THROW(make_shared_t<Thrower>(ends), std::runtime_error);
+}
+
+TEST(MakeShared, TooLargeAnObjectIsOutOfMemory) {
+  struct Huge : Probe {
+    using Probe::Probe;
+    std::array<char, size_t{1} << 50> bytes;
+  };
+  std::atomic<int> ends{0};
+  try {
+    make_shared_t<Huge>(ends);
+    ADD_FAILURE() << "created";
+  } catch (const orxBase::bad_alloc& e) {
+    EXPECT_EQ(e.code(), OX_E_OUT_OF_MEMORY);
+    EXPECT_EQ(e.message(), "");
+  }
+}
+
+TEST(Exceptions, FamilyCarriesMessageAndCodeAndIsNotAStandardException) {
+  const orxBase::exception generic;
+  EXPECT_EQ(generic.code(), orxBase::resultCode(0x80000001));
+  EXPECT_STREQ(generic.what(), "");
+  const orxBase::out_of_range own("past the end", -5);
+  EXPECT_EQ(own.code(), -5);
+  EXPECT_EQ(own.message(), "past the end");
+  EXPECT_EQ(orxBase::bad_alloc("text").code(), OX_E_OUT_OF_MEMORY);
+  EXPECT_FALSE((std::is_base_of_v<std::exception, orxBase::exception>));
+}
+
+}  // namespace
