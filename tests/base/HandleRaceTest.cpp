@@ -29,7 +29,8 @@ TEST(HandleRace, NobodyHoldsADeadObjectAndItEndsOnce) {
       if (self == 0) {
         OxIfaceContainerReleaseUseCounter(handle);
       } else {
-        while (OxIfaceContainerCheckedAddUseCounter(handle) >= 0) {
+        // Bounded, or the checkers keep the object alive for each other.
+        for (int i = 0; i < 20 && OxIfaceContainerCheckedAddUseCounter(handle) >= 0; ++i) {
           void* object = nullptr;
           OxIfaceContainerQuery(handle, Probe::interfaceId(), &object);
           if (object == nullptr || static_cast<Probe*>(object)->alive != 1) ++heldDead;
@@ -38,7 +39,7 @@ TEST(HandleRace, NobodyHoldsADeadObjectAndItEndsOnce) {
       }
       finish.arrive_and_wait();
       if (self == 0) {
-        ASSERT_EQ(ends, round + 1);
+        EXPECT_EQ(ends, round + 1);
       }
     }
   });
@@ -46,18 +47,20 @@ TEST(HandleRace, NobodyHoldsADeadObjectAndItEndsOnce) {
 }
 
 TEST(HandleRace, WeakReferencesRaceTheLastRelease) {
-  constexpr int kRounds = 1000;
+  constexpr int kRounds = 500;
   std::atomic<int> ends{0};
   for (int round = 0; round < kRounds; ++round) {
     ProbeRef strong = makeProbe(ends);
     const orxBase::weak_ref<Probe> weak(strong);
-    std::jthread other([copy = weak] {
-      while (const ProbeRef locked = copy.lock()) EXPECT_EQ(locked->alive, 1);
-    });
-    strong.reset();
-    EXPECT_TRUE(weak.expired() || ends == round);
+    {
+      std::jthread other([copy = weak] {
+        while (const ProbeRef locked = copy.lock()) EXPECT_EQ(locked->alive, 1);
+      });
+      strong.reset();
+    }
+    EXPECT_TRUE(weak.expired());
+    EXPECT_EQ(ends, round + 1);
   }
-  EXPECT_EQ(ends, kRounds);
 }
 
 TEST(HandleRace, StaleHandlesArePokedWhileBlocksAreReused) {

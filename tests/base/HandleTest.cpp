@@ -220,6 +220,13 @@ TEST(Handle, SecondObjectIsRefusedAndTheFirstStays) {
   EXPECT_EQ(first.destroyed + same.destroyed + different.destroyed + twice.destroyed, 1);
 }
 
+TEST(Handle, HeldUntilTheProcessEndsIsNoLeak) {
+  // Only the container leads to this object; the leak check of the address sanitizer decides at exit.
+  static std::atomic<int> ends{0};
+  static OxHandle kept = makeProbe(ends).release();
+  EXPECT_NE(look(kept), nullptr);
+}
+
 TEST(Handle, InterfaceNamesGetLastingIdsAboveTheFixedOnes) {
   const uint64_t one = OxRegisterInterface("TestInterfaceOne");
   const uint64_t two = OxRegisterInterface("TestInterfaceTwo");
