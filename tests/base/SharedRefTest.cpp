@@ -70,7 +70,8 @@ TEST(SharedRef, CopiesMovesAndReleaseKeepTheCountRight) {
   ProbeRef copy = first;
   ProbeRef moved = std::move(first);
   EXPECT_FALSE(first);
-  copy = copy;
+  const ProbeRef& itself = copy;
+  copy = itself;
   moved = copy;
   copy.reset();
   EXPECT_EQ(ends, 0);

@@ -20,8 +20,9 @@ inline constexpr size_t kStepBytes = size_t{1} << 20;
 inline constexpr size_t kQuarantinedBlocks = 16384;
 
 // First byte of the range, and the number of its bytes that hold blocks: the high-water mark, which only grows.
-extern std::atomic<uintptr_t> rangeBegin;
-extern std::atomic<uintptr_t> rangeUsed;
+// Declared hidden, so that a check reads them without a detour through the global offset table.
+extern std::atomic<uintptr_t> rangeBegin __attribute__((visibility("hidden")));
+extern std::atomic<uintptr_t> rangeUsed __attribute__((visibility("hidden")));
 
 // The block that a handle value names, null when it names none. Says nothing about whether the block is alive.
 inline ControlBlock* findBlock(const void* handle) noexcept {
