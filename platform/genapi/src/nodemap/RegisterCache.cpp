@@ -1,0 +1,152 @@
+#include "nodemap/RegisterCache.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "description/Limits.h"
+#include "nodemap/NodeMap.h"
+
+namespace GENAPI_NAMESPACE {
+
+Place& RegisterCache::obtain(const PlaceKey& key, NodeIndex user) {
+  auto found = places_.find(key);
+  if (found == places_.end()) {
+    if (places_.size() >= kMaxCachedPlaces) retireOldest();
+    std::unique_ptr<uint8_t[]> more;
+    if (key.length > static_cast<int64_t>(sizeof(Place::few_))) {
+      more = std::make_unique<uint8_t[]>(static_cast<size_t>(key.length));
+    }
+    int64_t& longest = longest_[key.port];
+    found = places_.try_emplace(key, key).first;
+    Place& made = found->second;
+    made.more_ = std::move(more);
+    longest = std::max(longest, key.length);
+    (newest_ ? newest_->newer_ : oldest_) = &made;
+    newest_ = &made;
+    ++made_;
+  }
+  Place& place = found->second;
+  if (std::find(place.users_.begin(), place.users_.end(), user) == place.users_.end()) place.users_.push_back(user);
+  return place;
+}
+
+void RegisterCache::retireOldest() {
+  Place* place = oldest_;
+  oldest_ = place->newer_;
+  if (!oldest_) newest_ = nullptr;
+  const std::vector<NodeIndex> users = std::move(place->users_);
+  for (const NodeIndex user : users) map_.forgetPlace(user);
+  const PlaceKey key = place->key_;
+  places_.erase(key);
+  ++retirements_;
+}
+
+void RegisterCache::forgetComputed(const Place& place, NodeIndex except) {
+  for (const NodeIndex user : place.users_) {
+    if (user == except) continue;
+    map_.state(user).flags &= static_cast<uint16_t>(~kHasValue);
+    map_.dropDependents(user);
+  }
+}
+
+void RegisterCache::fillFromRead(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex reader) {
+  const auto length = static_cast<size_t>(place.key_.length);
+  const bool changed = place.known_ && std::memcmp(place.bytes(), bytes, length) != 0;
+  if (!place.known_ || changed) std::memcpy(place.storage(), bytes, length);
+  place.known_ = place.filled_ = true;
+  place.fromWrite_ = false;
+  place.fillStamp_ = stamp;
+  if (changed) {
+    map_.sparingEvaluations([&] {
+      forgetComputed(place, reader);
+      map_.dropDependents(reader);
+    });
+  }
+}
+
+void RegisterCache::fillFromWrite(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex writer) {
+  const auto length = static_cast<size_t>(place.key_.length);
+  const bool changed = !place.filled_ || std::memcmp(place.bytes(), bytes, length) != 0;
+  std::memcpy(place.storage(), bytes, length);
+  place.known_ = place.filled_ = true;
+  place.fromWrite_ = true;
+  place.fillStamp_ = stamp;
+  for (const NodeIndex user : place.users_) {
+    if (user != writer && !map_.mayUseWritten(user)) {
+      map_.state(user).flags &= static_cast<uint16_t>(~(kHasValue | kValid));
+      map_.dropDependents(user);
+    }
+  }
+  if (changed) forgetComputed(place, writer);
+}
+
+void RegisterCache::keepWritten(Place& place, const uint8_t* bytes, NodeIndex writer) {
+  const auto length = static_cast<size_t>(place.key_.length);
+  if (!place.lastWritten_) place.lastWritten_ = std::make_unique<uint8_t[]>(length);
+  std::memcpy(place.lastWritten_.get(), bytes, length);
+  drop(place);
+  forgetComputed(place, writer);
+}
+
+void RegisterCache::patch(Place& place, const uint8_t* bytes, int64_t length, NodeIndex writer) {
+  std::memcpy(place.storage(), bytes, static_cast<size_t>(length));
+  place.fromWrite_ = true;
+  forgetComputed(place, writer);
+}
+
+void RegisterCache::drop(Place& place) noexcept {
+  place.filled_ = false;
+  for (const NodeIndex user : place.users_) map_.state(user).flags &= static_cast<uint16_t>(~(kHasValue | kValid));
+}
+
+void RegisterCache::dropOverlapping(const PlaceKey& range, Place* except) {
+  // A place that overlapped nothing keeps that answer until another place is made.
+  if (except && except->clearOfOverlap_ == made_) return;
+  const auto longest = longest_.find(range.port);
+  if (longest == longest_.end()) return;
+  constexpr int64_t kLowest = std::numeric_limits<int64_t>::min();
+  const int64_t reach = longest->second - 1;
+  const int64_t from = range.address < kLowest + reach ? kLowest : range.address - reach;
+  bool clear = true;
+  for (auto each = places_.lower_bound(PlaceKey{range.port, from, 0}); each != places_.end(); ++each) {
+    Place& place = each->second;
+    if (place.key_.port != range.port) break;
+    // Distances are taken unsigned: addresses may lie at both ends of their range.
+    const bool after = place.key_.address >= range.address;
+    if (after && static_cast<uint64_t>(place.key_.address) - static_cast<uint64_t>(range.address) >=
+                     static_cast<uint64_t>(range.length)) {
+      break;
+    }
+    if (!after && static_cast<uint64_t>(range.address) - static_cast<uint64_t>(place.key_.address) >=
+                      static_cast<uint64_t>(place.key_.length)) {
+      continue;
+    }
+    if (&place == except) continue;
+    clear = false;
+    if (!place.filled_) continue;
+    drop(place);
+    forgetComputed(place, kNoNode);
+  }
+  if (except && clear) except->clearOfOverlap_ = made_;
+}
+
+void RegisterCache::leave(Place& place, NodeIndex user) noexcept {
+  const auto found = std::find(place.users_.begin(), place.users_.end(), user);
+  if (found == place.users_.end()) return;
+  *found = place.users_.back();
+  place.users_.pop_back();
+}
+
+void RegisterCache::dropAll() noexcept {
+  for (auto& [key, place] : places_) drop(place);
+}
+
+void RegisterCache::dropPort(NodeIndex port) noexcept {
+  const PlaceKey first{port, std::numeric_limits<int64_t>::min(), 0};
+  for (auto each = places_.lower_bound(first); each != places_.end() && each->first.port == port; ++each) {
+    drop(each->second);
+  }
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,50 @@
+#include "GenApi/Synch.h"
+
+#include <pthread.h>
+
+namespace GENAPI_NAMESPACE {
+
+namespace {
+uintptr_t self() {
+  return static_cast<uintptr_t>(pthread_self());
+}
+}  // namespace
+
+void CLock::Lock() {
+  const uintptr_t me = self();
+  if (owner_.load(std::memory_order_relaxed) == me) {
+    ++depth_;
+    return;
+  }
+  uint32_t expected = 0;
+  if (!state_.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed))
+    lockContended();
+  owner_.store(me, std::memory_order_relaxed);
+  depth_ = 1;
+}
+
+void CLock::lockContended() {
+  // A holder that sees 2 on release wakes one waiter; every waiter leaves 2 behind, since others may wait too.
+  while (state_.exchange(2, std::memory_order_acquire) != 0) state_.wait(2, std::memory_order_relaxed);
+}
+
+bool CLock::TryLock() {
+  const uintptr_t me = self();
+  if (owner_.load(std::memory_order_relaxed) == me) {
+    ++depth_;
+    return true;
+  }
+  uint32_t expected = 0;
+  if (!state_.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed)) return false;
+  owner_.store(me, std::memory_order_relaxed);
+  depth_ = 1;
+  return true;
+}
+
+void CLock::Unlock() {
+  if (--depth_ != 0) return;
+  owner_.store(0, std::memory_order_relaxed);
+  if (state_.exchange(0, std::memory_order_release) == 2) state_.notify_one();
+}
+
+}  // namespace GENAPI_NAMESPACE

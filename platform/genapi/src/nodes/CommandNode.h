@@ -1,0 +1,41 @@
+// Command: writes a value that the device takes as an order, and asks whether it has finished.
+#pragma once
+#include "GenApi/ICommand.h"
+#include "nodes/NodeBase.h"
+
+namespace GENAPI_NAMESPACE {
+
+class CommandNode final : public NodeBase, public ICommand {
+ public:
+  CommandNode(NodeMap& map, NodeIndex index);
+
+  // IValue, ICommand
+  INode* GetNode() override { return this; }
+  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
+  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
+  bool IsValueCacheValid() const override;
+  void Execute(bool Verify) override;
+  bool IsDone(bool Verify) override;
+  EInterfaceType GetPrincipalInterfaceType() const override { return intfICommand; }
+
+  // inner operations
+  EAccessMode typeMode() override;
+
+  // For polling: only a command that is executing and can be asked is polled.
+  bool isExecuting() const { return executing_; }
+  bool canBeAsked();
+  // Asks the device past every cache; true when it has finished. Noticing that it just has drops and collects
+  // everything that depends on the command and its source.
+  bool ask();
+
+ private:
+  void start(bool verify);
+  int64_t commandValue();
+
+  NodeIndex link_ = kNoNode;
+  NodeIndex commandLink_ = kNoNode;
+  int64_t command_ = 0;
+  bool executing_ = false;
+};
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,164 @@
+#include "nodes/FormulaSet.h"
+
+#include "Base/GCException.h"
+#include "nodes/EnumerationNode.h"
+
+namespace GENAPI_NAMESPACE {
+
+using formula::Arithmetic;
+using formula::DeclaredName;
+using formula::FormulaProgram;
+
+FormulaSet::Aspect FormulaSet::aspectOf(std::string_view declared, std::string_view& entry) {
+  const size_t dot = declared.find('.');
+  if (dot == std::string_view::npos) return Aspect::Value;
+  const std::string_view suffix = declared.substr(dot + 1);
+  if (suffix == "Value") return Aspect::Value;
+  if (suffix == "Min") return Aspect::Min;
+  if (suffix == "Max") return Aspect::Max;
+  if (suffix == "Inc") return Aspect::Increment;
+  if (suffix == "AccessMode") return Aspect::AccessMode;
+  if (suffix == "Visibility") return Aspect::Visibility;
+  if (suffix == "CachingMode") return Aspect::CachingMode;
+  constexpr std::string_view kEntry = "Entry.";
+  if (!suffix.starts_with(kEntry)) return Aspect::Unknown;
+  entry = suffix.substr(kEntry.size());
+  return Aspect::Entry;
+}
+
+FormulaSet::FormulaSet(const Description& description, NodeIndex node) {
+  const NodeRecord& record = description.node(node);
+  title_ = std::string(nodeTypeName(record.type)) + " '" + std::string(record.name()) + "'";
+  const bool isInteger = record.type == NodeType::IntSwissKnife || record.type == NodeType::IntConverter;
+  arithmetic_ = isInteger ? Arithmetic::Integer : Arithmetic::Float;
+  foldCase_ = description.isSchema10();
+
+  std::string_view value, inverse;
+  for (const Property& each : description.properties(node)) {
+    DeclaredName name;
+    name.name = each.attribute();
+    Variable variable;
+    switch (each.element) {
+      case Element::pVariable:
+        name.kind = DeclaredName::Kind::Variable;
+        variable.node = each.target;
+        variable.aspect = aspectOf(name.name, variable.entry);
+        if (variable.aspect == Aspect::Unknown && badVariable_.empty()) {
+          badVariable_ = "variable '" + std::string(name.name) + "' has an unknown suffix";
+        }
+        break;
+      case Element::Constant:
+        name.kind = isInteger ? DeclaredName::Kind::IntegerConstant : DeclaredName::Kind::FloatConstant;
+        (isInteger ? static_cast<void>(name.integerConstant = each.integer)
+                   : static_cast<void>(name.floatConstant = each.real));
+        break;
+      case Element::Expression:
+        name.kind = DeclaredName::Kind::Expression;
+        name.expression = each.value();
+        break;
+      case Element::Formula:
+      case Element::FormulaFrom:
+        value = each.value();
+        continue;
+      case Element::FormulaTo:
+        inverse = each.value();
+        continue;
+      default:
+        continue;
+    }
+    names_.push_back(name);
+    variables_.push_back(variable);
+  }
+  if (!badVariable_.empty()) defects_.push_back(title_ + ": " + badVariable_);
+  const bool isConverter = record.type == NodeType::Converter || record.type == NodeType::IntConverter;
+  if (!record.defective) {
+    value_ = compile(value, isConverter ? "TO" : "");
+    if (isConverter) inverse_ = compile(inverse, "FROM");
+  }
+  std::vector<DeclaredName>().swap(names_);
+}
+
+std::unique_ptr<const FormulaProgram> FormulaSet::compile(std::string_view text, std::string_view argument) {
+  auto program = FormulaProgram::compile(text, arithmetic_, foldCase_, names_, argument);
+  if (!program->ok()) defects_.push_back(title_ + ": " + program->defect());
+  return program;
+}
+
+const FormulaSet& FormulaSet::of(const Description& description, NodeIndex node) {
+  return NodeLayout::of(description).derived<FormulaSet>(node, [&] {
+    return std::make_unique<const FormulaSet>(description, node);
+  });
+}
+
+const FormulaSet* FormulaSet::ifKnown(const Description& description, NodeIndex node) {
+  return static_cast<const FormulaSet*>(NodeLayout::of(description).knownDerived(node));
+}
+
+int64_t FormulaVariables::integerVariable(size_t declaredIndex) {
+  const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
+  NodeBase& node = node_.map().node(variable.node);
+  switch (variable.aspect) {
+    case FormulaSet::Aspect::Value:
+      return node.readInteger({});
+    case FormulaSet::Aspect::Min:
+      return node.integerMin();
+    case FormulaSet::Aspect::Max:
+      return node.integerMax();
+    case FormulaSet::Aspect::Increment:
+      return node.integerIncrement();
+    case FormulaSet::Aspect::AccessMode:
+      return node.accessMode();
+    case FormulaSet::Aspect::Visibility:
+      return node.GetVisibility();
+    case FormulaSet::Aspect::CachingMode:
+      return node.GetCachingMode();
+    case FormulaSet::Aspect::Entry:
+      if (node.record().type == NodeType::Enumeration) {
+        return static_cast<EnumerationNode&>(node).entryValue(variable.entry);
+      }
+      throw RUNTIME_EXCEPTION("%s: '%s' is no enumeration and has no entry '%s'", node_.map().pathTo(node_).c_str(),
+                              zeroTerminated(node.name()).c_str(), zeroTerminated(variable.entry).c_str());
+    case FormulaSet::Aspect::Unknown:
+      break;
+  }
+  throw LOGICAL_ERROR_EXCEPTION("%s", formulas_.defects_.front().c_str());
+}
+
+double FormulaVariables::floatVariable(size_t declaredIndex) {
+  const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
+  NodeBase& node = node_.map().node(variable.node);
+  switch (variable.aspect) {
+    case FormulaSet::Aspect::Value:
+      return node.readFloat({});
+    case FormulaSet::Aspect::Min:
+      return node.floatMin();
+    case FormulaSet::Aspect::Max:
+      return node.floatMax();
+    case FormulaSet::Aspect::Increment:
+      return node.floatIncrement();
+    default:
+      return static_cast<double>(integerVariable(declaredIndex));
+  }
+}
+
+void FormulaVariables::evaluationFailed(const std::string& reason) {
+  throw LOGICAL_ERROR_EXCEPTION("%s: %s", formulas_.title_.c_str(), reason.c_str());
+}
+
+void FormulaVariables::requireVariables() const {
+  if (!formulas_.badVariable_.empty()) {
+    throw LOGICAL_ERROR_EXCEPTION("%s: %s", formulas_.title_.c_str(), formulas_.badVariable_.c_str());
+  }
+}
+
+EAccessMode restrictedByVariables(NodeBase& node, EAccessMode mode) {
+  for (const Property& each : node.properties()) {
+    if (each.element != Element::pVariable) continue;
+    const EAccessMode variable = node.map().node(each.target).accessMode();
+    if (variable == NI) return NI;
+    if (!IsReadable(variable)) mode = Combine(mode, NA);
+  }
+  return mode;
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,221 @@
+// The properties of a node: its elements as texts, plus what follows from them.
+#include <algorithm>
+#include <map>
+#include <string>
+
+#include "GenApi/EnumClasses.h"
+#include "nodes/NodeBase.h"
+#include "text/NumberSyntax.h"
+
+namespace GENAPI_NAMESPACE {
+
+using GENICAM_NAMESPACE::gcstring;
+using GENICAM_NAMESPACE::gcstring_vector;
+
+namespace {
+
+struct PropertyText {
+  std::string value, attribute;
+  bool hasAttribute = false;
+};
+using PropertyTexts = std::map<std::string, PropertyText, std::less<>>;
+
+class PropertyCollector {
+ public:
+  explicit PropertyCollector(const NodeBase& node) : node_(node), description_(node.map().description()) {}
+
+  PropertyTexts collect() {
+    addIdentity();
+    for (const Property& each : node_.properties()) addElement(each);
+    addDefaults();
+    addRelations();
+    return std::move(texts_);
+  }
+
+ private:
+  // Appends a value; several values of one property are joined by tabs, and so are their attributes.
+  void add(std::string_view name, std::string_view value, std::string_view attribute = {}, bool hasAttribute = false) {
+    auto found = texts_.find(name);
+    const bool first = found == texts_.end();
+    if (first) found = texts_.emplace(name, PropertyText()).first;
+    PropertyText& text = found->second;
+    if (!first) text.value += '\t';
+    text.value += value;
+    if (!first && (text.hasAttribute || hasAttribute)) text.attribute += '\t';
+    text.attribute += attribute;
+    text.hasAttribute |= hasAttribute;
+  }
+  void addOnce(std::string_view name, std::string_view value) {
+    if (texts_.find(name) == texts_.end()) add(name, value);
+  }
+  std::string_view nameOf(NodeIndex index) const { return description_.node(index).name(); }
+  static std::string_view yesNo(bool value) { return value ? "Yes" : "No"; }
+
+  void addIdentity() {
+    const NodeRecord& record = node_.record();
+    add("Name", record.name());
+    add("NameSpace", ENameSpaceClass::ToString(static_cast<ENameSpace>(record.nameSpace)).view());
+    add("DeviceName", node_.GetDeviceName().view());
+    add("NodeType", nodeTypeName(record.type));
+    add("Visibility", EVisibilityClass::ToString(node_.GetVisibility()).view());
+    add("ImposedAccessMode", EAccessModeClass::ToString(static_cast<EAccessMode>(record.imposedAccessMode)).view());
+    add("ExposeStatic", yesNo(record.exposeStatic));
+    add("IsDeprecated", yesNo(record.deprecated));
+    add("IsFeature", yesNo(node_.IsFeature()));
+    add("Streamable", yesNo(record.streamable));
+    if (record.mergePriority != 0) add("MergePriority", std::to_string(record.mergePriority));
+  }
+
+  void addElement(const Property& each) {
+    switch (each.element) {
+      case Element::Visibility:
+      case Element::ImposedAccessMode:
+      case Element::IsDeprecated:
+      case Element::Streamable:
+        return;  // told with the identity
+      case Element::Offset:
+      case Element::pOffset:
+      case Element::Index:
+        return;  // told with the element that carries them
+      case Element::IntSwissKnife:
+        return add("pAddress", nameOf(each.target));
+      case Element::pIndex:
+        return add("pIndex", nameOf(each.target), offsetOf(each), true);
+      case Element::ValueIndexed:
+        return add("ValueIndexed", each.value(), indexOf(each), true);
+      case Element::pValueIndexed:
+        return add("pValueIndexed", nameOf(each.target), indexOf(each), true);
+      case Element::Address:
+      case Element::Length:
+        return add(elementName(each.element), std::to_string(each.integer));
+      case Element::EnumEntry:
+        return add("pEnumEntry", nameOf(each.target));
+      case Element::pVariable:
+        return add("pVariable", nameOf(each.target), each.attribute(), true);
+      case Element::Constant:
+      case Element::Expression:
+        return add(elementName(each.element), each.value(), each.attribute(), true);
+      case Element::Value:
+        return add("Value", heldText(each));
+      default:
+        break;
+    }
+    const std::string_view name = elementName(each.element);
+    add(name, name.starts_with('p') && each.target < description_.nodeCount() && isLink(each.element)
+                  ? nameOf(each.target)
+                  : each.value());
+  }
+
+  static bool isLink(Element element) {
+    return element != Element::PollingTime && elementName(element).starts_with('p');
+  }
+
+  // A string that holds its own text shows the present one.
+  std::string heldText(const Property& each) const {
+    if (node_.record().type != NodeType::String) return std::string(each.value());
+    auto& node = const_cast<NodeBase&>(node_);
+    return std::string(node_.map().operate(&node, [&] { return node.readText({}); }).view());
+  }
+
+  // The property behind an element holds the attribute that carries a number or link of its own.
+  const Property* attributeOf(const Property& element) const {
+    const auto all = node_.properties();
+    const Property* next = &element + 1;
+    if (next == all.data() + all.size()) return nullptr;
+    const bool belongs =
+        next->element == Element::Offset || next->element == Element::pOffset || next->element == Element::Index;
+    return belongs ? next : nullptr;
+  }
+  std::string offsetOf(const Property& element) const {
+    const Property* given = attributeOf(element);
+    if (given && given->element == Element::pOffset) return std::string(nameOf(given->target));
+    if (given) return std::to_string(given->integer);
+    const Property* length = node_.find(Element::Length);
+    if (length) return std::to_string(length->integer);
+    const Property* link = node_.find(Element::pLength);
+    return link ? std::string(nameOf(link->target)) : std::string();
+  }
+  std::string indexOf(const Property& element) const {
+    const Property* given = attributeOf(element);
+    return given ? std::to_string(given->integer) : std::string();
+  }
+
+  void addDefaults() {
+    switch (node_.record().type) {
+      case NodeType::IntReg:
+      case NodeType::MaskedIntReg:
+        addOnce("Sign", "Unsigned");
+        addOnce("Representation", "PureNumber");
+        break;
+      case NodeType::Integer:
+      case NodeType::Float:
+      case NodeType::FloatReg:
+      case NodeType::Converter:
+      case NodeType::IntConverter:
+      case NodeType::SwissKnife:
+      case NodeType::IntSwissKnife:
+        addOnce("Representation", "PureNumber");
+        break;
+      default:
+        break;
+    }
+    switch (node_.record().type) {
+      case NodeType::SwissKnife:
+      case NodeType::IntSwissKnife:
+        add("InputDirection", "None");
+        break;
+      case NodeType::Converter:
+      case NodeType::IntConverter:
+        add("InputDirection", "From");
+        break;
+      default:
+        break;
+    }
+  }
+
+  void addNames(std::string_view property, const std::vector<NodeIndex>& nodes) {
+    for (const NodeIndex each : nodes) add(property, nameOf(each));
+  }
+
+  void addRelations() {
+    std::vector<NodeIndex> dependents = node_.related(ctDependingNodes);
+    std::reverse(dependents.begin(), dependents.end());
+    addNames("pDependent", dependents);
+    addNames("pSelecting", node_.map().graph().selecting(node_.index()));
+    switch (node_.record().type) {
+      case NodeType::Node:
+      case NodeType::Category:
+      case NodeType::Port:
+      case NodeType::EnumEntry:
+      case NodeType::SwissKnife:
+      case NodeType::IntSwissKnife:
+        return;
+      default:
+        addNames("pTerminal", node_.related(ctTerminalNodes));
+    }
+  }
+
+  const NodeBase& node_;
+  const Description& description_;
+  PropertyTexts texts_;
+};
+
+}  // namespace
+
+void NodeBase::GetPropertyNames(gcstring_vector& PropertyNames) const {
+  PropertyNames.clear();
+  for (const auto& [name, text] : PropertyCollector(*this).collect()) {
+    PropertyNames.push_back(gcstring(std::string_view(name)));
+  }
+}
+
+bool NodeBase::GetProperty(const gcstring& PropertyName, gcstring& ValueStr, gcstring& AttributeStr) {
+  const PropertyTexts texts = PropertyCollector(*this).collect();
+  const auto found = texts.find(PropertyName.view());
+  const bool present = found != texts.end();
+  ValueStr = gcstring(present ? std::string_view(found->second.value) : std::string_view());
+  AttributeStr = gcstring(present ? std::string_view(found->second.attribute) : std::string_view());
+  return present;
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,84 @@
+#include "nodes/PlainNodes.h"
+
+#include <algorithm>
+
+#include "Base/GCException.h"
+
+namespace GENAPI_NAMESPACE {
+
+using GENICAM_NAMESPACE::gcstring;
+
+gcstring PlainNode::ToString(bool, bool) {
+  return reading([] { return gcstring(); });
+}
+
+void PlainNode::FromString(const gcstring&, bool) {
+  throw ACCESS_EXCEPTION("%s: not writable: a plain node has no value", zeroTerminated(name()).c_str());
+}
+
+gcstring CategoryNode::ToString(bool, bool) {
+  return GetName(true);
+}
+
+void CategoryNode::FromString(const gcstring&, bool) {
+  throw ACCESS_EXCEPTION("%s: not writable: a category has no value", zeroTerminated(name()).c_str());
+}
+
+void CategoryNode::GetFeatures(FeatureList_t& Features) const {
+  Features.clear();
+  for (const NodeIndex each : related(ctReadingChildren)) {
+    if (auto* value = dynamic_cast<IValue*>(&map().node(each))) Features.push_back(value);
+  }
+}
+
+// The most visible of everything below; categories on the way count only by what they hold.
+EVisibility CategoryNode::GetVisibility() const {
+  const Description& description = map().description();
+  EVisibility best = Invisible;
+  std::vector<NodeIndex> waiting{index()};
+  std::vector<bool> visited(description.nodeCount());
+  while (!waiting.empty()) {
+    const NodeIndex current = waiting.back();
+    waiting.pop_back();
+    if (visited[current]) continue;
+    visited[current] = true;
+    for (const Property& each : description.properties(current)) {
+      if (each.element != Element::pFeature) continue;
+      if (description.node(each.target).type == NodeType::Category) {
+        waiting.push_back(each.target);
+      } else {
+        best = std::min(best, map().node(each.target).GetVisibility());
+      }
+    }
+  }
+  const AutoLock lock(map().GetLock());
+  const Imposed* imposed = map().imposed(index());
+  return imposed ? Combine(best, imposed->visibility) : best;
+}
+
+EAccessMode CategoryNode::combinedMode() {
+  if (modeEpoch_ == map().categoryEpoch()) return mode_;
+  const uint32_t epoch = map().categoryEpoch();
+  const EAccessMode mode = computedMode();
+  if (epoch == map().categoryEpoch()) {
+    mode_ = mode;
+    modeEpoch_ = epoch;
+  }
+  return mode;
+}
+
+EAccessMode CategoryNode::computedMode() {
+  if (const Imposed* imposed = map().imposed(index()); imposed && imposed->accessMode == NI) return NI;
+  if (NodeBase* guard = linked(Element::pIsImplemented)) {
+    if (IsReadable(guard->accessMode()) && !guard->readTruth()) return NI;
+  }
+  bool any = false;
+  for (const Property& each : properties()) {
+    if (each.element != Element::pFeature) continue;
+    any = true;
+    if (map().node(each.target).accessMode() != NI) return RO;
+  }
+  return any ? NI : RO;
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,40 @@
+// Nodes without a value of their own: Node and Category.
+#pragma once
+#include "GenApi/ICategory.h"
+#include "nodes/NodeBase.h"
+
+namespace GENAPI_NAMESPACE {
+
+class PlainNode final : public NodeBase, public IValue {
+ public:
+  using NodeBase::NodeBase;
+  INode* GetNode() override { return this; }
+  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
+  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
+  bool IsValueCacheValid() const override { return true; }
+  EInterfaceType GetPrincipalInterfaceType() const override { return intfIValue; }
+};
+
+class CategoryNode final : public NodeBase, public ICategory {
+ public:
+  using NodeBase::NodeBase;
+  EVisibility GetVisibility() const override;
+  INode* GetNode() override { return this; }
+  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
+  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
+  bool IsValueCacheValid() const override { return true; }
+  void GetFeatures(FeatureList_t& Features) const override;
+  EInterfaceType GetPrincipalInterfaceType() const override { return intfICategory; }
+
+ protected:
+  EAccessMode combinedMode() override;
+  bool keepsAccessMode() const override { return false; }
+
+ private:
+  EAccessMode computedMode();
+
+  uint32_t modeEpoch_ = 0;  // the map's category epoch in which the mode was computed
+  EAccessMode mode_ = RO;
+};
+
+}  // namespace GENAPI_NAMESPACE
