@@ -79,12 +79,6 @@ constexpr ElementSet elementsOf(T type) {
   return {};
 }
 
-constexpr std::array<ElementSet, kNodeTypes> makeElementSets() {
-  std::array<ElementSet, kNodeTypes> sets;
-  for (size_t i = 0; i < kNodeTypes; ++i) sets[i] = elementsOf(static_cast<T>(i));
-  return sets;
-}
-
 constexpr ElementSet kRepeatable(E::pError, E::pInvalidator, E::pValueCopy, E::ValueIndexed, E::pValueIndexed,
                                  E::pSelected, E::EnumEntry, E::pEnumEntry, E::Address, E::pAddress, E::IntSwissKnife,
                                  E::pVariable, E::Constant, E::Expression, E::pFeature, E::TextDesc, E::IntKey);
