@@ -14,7 +14,7 @@ enum class FileStatus : uint32_t { kSuccess = 0, kFailure = 1, kUnavailable = 2,
 
 /// An operation that FileOperationExecute has started.
 struct FileRequest {
-  std::string_view file;  ///< entry of FileSelector
+  std::string_view file = {};  ///< entry of FileSelector
   FileOperation operation = FileOperation::kOpen;
   int64_t offset = 0;  ///< bytes, as registers have it
   int64_t length = 0;  ///< bytes, as registers have it

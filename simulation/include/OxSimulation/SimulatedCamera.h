@@ -20,7 +20,7 @@ using Clock = std::function<int64_t()>;
 
 struct CameraOptions {
   /// Time of the camera; empty means the steady clock of the machine. Tests set a clock of their own.
-  Clock clock;
+  Clock clock = {};
   /// Bytes of FileAccessBuffer: what one file operation moves at most. 64 .. 1048576.
   int32_t fileBufferBytes = 4096;
   /// Time that a restart takes, in nanoseconds: so long accessMode() is kPortNotAvailable and every access is refused.

@@ -1,0 +1,124 @@
+// The devices beside the camera: plain memory, and the port that makes things go wrong.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+
+#include "OxSimulation/FaultPort.h"
+#include "OxSimulation/MemoryDevice.h"
+
+using namespace ox::simulation;
+namespace fs = std::filesystem;
+
+TEST(MemoryDevice, HoldsBytesAnywhere) {
+  MemoryDevice memory;
+  const int64_t most = std::numeric_limits<int64_t>::max();
+  for (const int64_t address :
+       {int64_t{0}, int64_t{4094}, int64_t{-3}, most - 8, std::numeric_limits<int64_t>::min()}) {
+    std::vector<uint8_t> written = {1, 2, 3, 4, 5, 6, 7, 8}, seen(8);
+    ASSERT_EQ(memory.write(written.data(), address, 8), 0);
+    ASSERT_EQ(memory.read(seen.data(), address, 8), 0);
+    EXPECT_EQ(seen, written) << address;
+  }
+  uint8_t byte = 9;
+  EXPECT_EQ(memory.read(&byte, 1'000'000, 1), 0);
+  EXPECT_EQ(byte, 0);
+  EXPECT_EQ(memory.read(&byte, most, 2), kInvalidArgument);
+}
+
+TEST(MemoryDevice, FillsWithAPatternThatWritesDoNotDisturb) {
+  MemoryDevice memory(MemoryDevice::Fill::kPattern);
+  uint8_t before[3000], after[3000];
+  memory.read(before, 2000, 3000);
+  EXPECT_EQ(std::count(before, before + 3000, 0), 0);
+  EXPECT_EQ(before[5], MemoryDevice::patternByte(2005));
+  const uint8_t value = 0;
+  memory.write(&value, 3000, 1);
+  memory.read(after, 2000, 3000);
+  before[1000] = 0;
+  EXPECT_TRUE(std::equal(before, before + 3000, after));
+}
+
+TEST(MemoryDevice, KeepsItsImageInAFile) {
+  const std::string path = testing::TempDir() + "memory_image_" + std::to_string(::getpid());
+  {
+    MemoryDevice memory(path);
+    const uint8_t bytes[] = {1, 2, 3};
+    memory.write(bytes, 0xABCDE, 3);
+    memory.write(bytes, -1, 1);
+    memory.save();
+  }
+  MemoryDevice memory(path);
+  uint8_t bytes[3];
+  memory.read(bytes, 0xABCDE, 3);
+  EXPECT_EQ(bytes[2], 3);
+  memory.read(bytes, -1, 1);
+  EXPECT_EQ(bytes[0], 1);
+  std::ofstream(path) << "something else";
+  EXPECT_THROW(MemoryDevice{path}, std::runtime_error);
+  EXPECT_THROW(memory.save("/no/such/folder/image"), std::runtime_error);
+  EXPECT_THROW(MemoryDevice().save(), std::logic_error);
+  fs::remove(path);
+}
+
+TEST(FaultPort, FailsTheAccessesItIsToldTo) {
+  MemoryDevice memory;
+  FaultPort port(memory);
+  uint8_t byte = 1;
+  const auto results = [&](int count) {
+    std::vector<int> codes;
+    for (int i = 0; i < count; ++i) codes.push_back(port.read(&byte, 0x10, 1));
+    return codes;
+  };
+  port.failNth(2, kAccessRefused, "as ordered");
+  EXPECT_EQ(results(3), (std::vector<int>{0, kAccessRefused, 0}));
+  EXPECT_EQ(RegisterDevice::lastFailureText(), "as ordered");
+  port.failEvery(2, kNotSupported);
+  EXPECT_EQ(results(4), (std::vector<int>{0, kNotSupported, 0, kNotSupported}));
+  EXPECT_EQ(RegisterDevice::lastFailureText(), "");
+  port.heal();
+  port.failWhen([](const FaultPort::Access& a) { return a.kind == FaultPort::Kind::kWrite && a.address == 0x20; },
+                kRuntimeFailure);
+  EXPECT_EQ(port.write(&byte, 0x20, 1), kRuntimeFailure);
+  EXPECT_EQ(port.write(&byte, 0x21, 1), 0);
+  EXPECT_EQ(port.read(&byte, 0x20, 1), 0);
+  EXPECT_EQ(byte, 0) << "the refused write did not reach the device";
+  EXPECT_THROW(port.failEvery(0, kNotSupported), std::invalid_argument);
+}
+
+TEST(FaultPort, CountsLiesAndCallsBack) {
+  MemoryDevice memory;
+  FaultPort port(memory);
+  uint8_t bytes[4] = {};
+  port.read(bytes, 0x10, 4);
+  port.read(bytes, 0x10, 2);
+  port.write(bytes, 0x30, 4);
+  EXPECT_EQ(port.reads(), 2);
+  EXPECT_EQ(port.writes(), 1);
+  EXPECT_EQ(port.count(FaultPort::Kind::kRead, 0x10), 2);
+  EXPECT_EQ(port.count(FaultPort::Kind::kWrite, 0x10), 0);
+  EXPECT_EQ(port.log().at(1).length, 2);
+  port.clearCounts();
+  EXPECT_EQ(port.reads(), 0);
+
+  port.reportAccessMode(kPortReadOnly);
+  EXPECT_EQ(port.accessMode(), kPortReadOnly);
+  port.garbleReads();
+  EXPECT_EQ(port.read(bytes, 0x10, 4), 0);
+  EXPECT_NE(std::count(bytes, bytes + 4, 0), 4);
+  port.heal();
+  EXPECT_EQ(port.accessMode(), kPortReadWrite);
+
+  int depth = 0;
+  port.onAccess([&](const FaultPort::Access&) {
+    if (++depth < 3) port.read(bytes, 0x50, 1);  // comes back in while it is being called
+  });
+  EXPECT_EQ(port.read(bytes, 0x40, 1), 0);
+  EXPECT_EQ(depth, 3);
+  EXPECT_EQ(port.count(FaultPort::Kind::kRead, 0x50), 2);
+  port.onAccess([](const FaultPort::Access&) { throw 42; });
+  EXPECT_THROW(port.read(bytes, 0, 1), int);
+}
