@@ -1,6 +1,6 @@
-# Turns a text file into string literals for an #include: cmake -DINPUT=file -DOUTPUT=file -P EmbedText.cmake
-# One literal per few thousand bytes, because compilers limit the length of a single one; cut between lines, so that no
-# character is torn apart.
+# Turns a text file into a list of string literals for an #include: cmake -DINPUT=file -DOUTPUT=file -P EmbedText.cmake
+# One literal per few thousand bytes, because compilers limit the length of one; cut between lines, so that no character
+# is torn apart.
 file(READ "${INPUT}" text)
 string(LENGTH "${text}" length)
 set(delimiter "ox_text")
@@ -18,7 +18,7 @@ while(position LESS length)
     string(LENGTH "${chunk}" cut)
   endif()
   string(SUBSTRING "${chunk}" 0 ${cut} chunk)
-  string(APPEND result "R\"${delimiter}(${chunk})${delimiter}\"\n")
+  string(APPEND result "R\"${delimiter}(${chunk})${delimiter}\",\n")
   math(EXPR position "${position} + ${cut}")
 endwhile()
 file(WRITE "${OUTPUT}" "${result}")

@@ -3,13 +3,18 @@
 namespace ox::simulation {
 
 namespace {
-constexpr char kDescription[] =
+constexpr std::string_view kPieces[] = {
 #include "CameraDescription.inc"
-    ;
+};
 }  // namespace
 
 std::string_view SimulatedCamera::description() {
-  return {kDescription, sizeof(kDescription) - 1};
+  static const std::string text = [] {
+    std::string joined;
+    for (const std::string_view piece : kPieces) joined += piece;
+    return joined;
+  }();
+  return text;
 }
 
 }  // namespace ox::simulation
