@@ -1,0 +1,235 @@
+// The camera as an application sees it: its description loaded into a node map, its registers behind the port.
+#include "CameraThroughEngine.h"
+
+using namespace GENAPI_NAMESPACE;
+using GENICAM_NAMESPACE::gcstring;
+using GENICAM_NAMESPACE::GenericException;
+
+TEST(CameraThroughEngine, LoadsWithoutFindings) {
+  EngineBench bench;
+  std::vector<Finding> findings;
+  dynamic_cast<IFindings&>(*bench.map).GetFindings(findings);
+  for (const Finding& f : findings)
+    ADD_FAILURE() << f.Line << ": " << f.Node.c_str() << ": " << f.Element.c_str() << ": " << f.Reason.c_str();
+  GENICAM_NAMESPACE::gcstring_vector errors;
+  EXPECT_TRUE(bench.map->ParseSwissKnifes(&errors)) << (errors.empty() ? "" : errors[0].c_str());
+}
+
+TEST(CameraThroughEngine, ReadsEveryReadableFeature) {
+  EngineBench bench;
+  NodeList_t nodes;
+  bench.map->GetNodes(nodes);
+  int read = 0;
+  for (INode* node : nodes) {
+    auto* value = dynamic_cast<IValue*>(node);
+    if (!value || !IsReadable(node)) continue;
+    try {
+      value->ToString();
+      ++read;
+    } catch (const GenericException& e) {
+      ADD_FAILURE() << node->GetName().c_str() << ": " << e.GetDescription();
+    }
+  }
+  EXPECT_GT(read, 400);
+}
+
+TEST(CameraThroughEngine, TakesBackEverySetting) {
+  EngineBench bench;
+  NodeList_t nodes;
+  bench.map->GetNodes(nodes);
+  int written = 0;
+  for (INode* node : nodes) {
+    auto* value = dynamic_cast<IValue*>(node);
+    if (!value || !node->IsStreamable() || GetAccess(node) != RW) continue;
+    try {
+      const gcstring text = value->ToString();
+      value->FromString(text);
+      EXPECT_EQ(value->ToString(), text) << node->GetName().c_str();
+      ++written;
+    } catch (const GenericException& e) {
+      ADD_FAILURE() << node->GetName().c_str() << ": " << e.GetDescription();
+    }
+  }
+  EXPECT_GT(written, 60);
+}
+
+// Each row: write the first feature, then the second has that access mode.
+TEST(CameraThroughEngine, ChangesWhatIsAvailableAndLocked) {
+  const struct {
+    const char* written;
+    const char* text;
+    const char* watched;
+    EAccessMode mode;
+  } cases[] = {{"TriggerMode", "Off", "TriggerDelay", NA},
+               {"TriggerMode", "On", "TriggerDelay", RW},
+               {"AcquisitionMode", "MultiFrame", "AcquisitionFrameCount", RW},
+               {"AcquisitionMode", "SingleFrame", "AcquisitionFrameCount", NA},
+               {"AdcBitDepth", "Bpp12", "EnumEntry_PixelFormat_Mono12", RO},
+               {"AdcBitDepth", "Bpp8", "EnumEntry_PixelFormat_Mono12", NA},
+               {"AdcBitDepth", "Bpp8", "EnumEntry_PixelFormat_RGB8", NI},
+               {"AcquisitionStart", "1", "Width", RO},
+               {"AcquisitionStop", "1", "Width", RW},
+               {"GainAuto", "Continuous", "Gain", RO},
+               {"GainAuto", "Off", "Gain", RW},
+               {"TestAvailability", "0", "TestSwitchedFeature", NA},
+               {"TestLock", "1", "TestLockedFeature", RO},
+               {"UserSetSelector", "Default", "UserSetSave", RO},
+               {"UserSetSelector", "UserSet2", "UserSetSave", RW},
+               {"TestBeginner", "1", "WhiteClip", NI},
+               {"TestBeginner", "1", "TestWriteOnly", WO},
+               {"TestBeginner", "1", "TestUnconnected", NI},
+               {"TestBeginner", "1", "ChunkGain", NA}};
+  EngineBench bench;
+  for (const auto& c : cases) {
+    dynamic_cast<IValue&>(*bench.map->GetNode(c.written)).FromString(c.text);
+    EXPECT_EQ(GetAccess(bench.map->GetNode(c.watched)), c.mode)
+        << c.watched << " after " << c.written << " = " << c.text;
+  }
+}
+
+TEST(CameraThroughEngine, ConvertsBetweenUnitsAndRegisters) {
+  EngineBench bench;
+  CFloatPtr exposure = bench.map->GetNode("ExposureTime");
+  EXPECT_DOUBLE_EQ(exposure->GetValue(), 10000);
+  exposure->SetValue(1000.05);
+  EXPECT_DOUBLE_EQ(exposure->GetValue(), 1000.08) << "whole ticks of 80 ns";
+  EXPECT_EQ(bench.get("ExposureTimeRawReg"), 12501u);
+  EXPECT_THROW(exposure->SetValue(1), GenericException);
+
+  CFloatPtr gain = bench.map->GetNode("Gain");
+  CEnumerationPtr selector = bench.map->GetNode("GainSelector");
+  *selector = "Red";
+  gain->SetValue(6.0);
+  EXPECT_NEAR(gain->GetValue(), 6.0, 0.02);
+  EXPECT_EQ(bench.get("GainRawReg", 1), 511u);
+  *selector = "All";
+  EXPECT_DOUBLE_EQ(gain->GetValue(), 0);
+
+  CFloatPtr coarse = bench.map->GetNode("TestFloatCoarse");
+  coarse->SetValue(1.1);
+  EXPECT_EQ(coarse->GetValue(), 1.0);
+  EXPECT_EQ(CValuePtr(bench.map->GetNode("GevMACAddress"))->ToString(), "02:00:5e:10:c2:00");
+  EXPECT_EQ(CValuePtr(bench.map->GetNode("GevCurrentIPAddress"))->ToString(), "192.168.10.20");
+  EXPECT_EQ(CIntegerPtr(bench.map->GetNode("DeviceStatusTrim"))->GetValue(), -3);
+  EXPECT_TRUE(CBooleanPtr(bench.map->GetNode("DeviceStatusLinkUp"))->GetValue());
+}
+
+TEST(CameraThroughEngine, ReportsTheErrorOfAWrite) {
+  EngineBench bench;
+  CIntegerPtr value = bench.map->GetNode("TestErrorValue");
+  try {
+    value->SetValue(101);
+    FAIL() << "accepted";
+  } catch (const GenericException& e) {
+    EXPECT_NE(std::string(e.GetDescription()).find("The value is above 100"), std::string::npos) << e.GetDescription();
+  }
+  EXPECT_EQ(value->GetValue(), 1);
+}
+
+TEST(CameraThroughEngine, SeesUserSetsAndSlowCommands) {
+  EngineBench bench;
+  CIntegerPtr width = bench.map->GetNode("Width");
+  CEnumerationPtr set = bench.map->GetNode("UserSetSelector");
+  width->SetValue(320);
+  *set = "UserSet1";
+  CCommandPtr(bench.map->GetNode("UserSetSave"))->Execute();
+  width->SetValue(640);
+  CCommandPtr(bench.map->GetNode("UserSetLoad"))->Execute();
+  EXPECT_EQ(width->GetValue(), 320) << "the cached 640 is gone";
+
+  CCommandPtr test = bench.map->GetNode("DeviceSelfTest");
+  test->Execute();
+  EXPECT_FALSE(test->IsDone());
+  bench.wait(300);
+  EXPECT_TRUE(test->IsDone());
+  EXPECT_EQ(CValuePtr(bench.map->GetNode("DeviceSelfTestResult"))->ToString(), "Passed");
+
+  CValuePtr automatic = bench.map->GetNode("GainAuto");
+  automatic->FromString("Once");
+  bench.wait(500);
+  EXPECT_EQ(automatic->ToString(), "Off");
+
+  CFloatPtr temperature = bench.map->GetNode("DeviceTemperature");
+  const double before = temperature->GetValue();
+  bench.wait(100'000);
+  EXPECT_EQ(temperature->GetValue(), before) << "not polled yet";
+  bench.map->Poll(1000);
+  EXPECT_GT(temperature->GetValue(), before + 3);
+}
+
+TEST(CameraThroughEngine, FindsItsDataInChunksAndEvents) {
+  EngineBench bench;
+  const auto write = [&](const char* name, const char* text) {
+    dynamic_cast<IValue&>(*bench.map->GetNode(name)).FromString(text);
+  };
+  write("Width", "64");
+  write("ChunkModeActive", "1");
+  for (const char* chunk :
+       {"Timestamp", "ExposureTime", "Gain", "CounterValue", "PixelFormat", "StreamLabel", "Size"}) {
+    write("ChunkSelector", chunk);
+    write("ChunkEnable", "1");
+  }
+  write("EventSelector", "ExposureEnd");
+  write("EventNotification", "On");
+  bench.wait(1000);
+  write("AcquisitionStart", "1");
+  ox::simulation::Frame frame = bench->acquireFrame();
+
+  struct ChunksByLayout : CChunkAdapter {
+    explicit ChunksByLayout(INodeMap* map) : CChunkAdapter(map) {}
+    bool CheckBufferLayout(uint8_t*, int64_t) override { return true; }
+    void AttachBuffer(uint8_t* buffer, int64_t length, AttachStatistics_t*) override {
+      for (const auto& chunk : ox::simulation::ChunkLayout({buffer, static_cast<std::size_t>(length)}))
+        for (CChunkPort* port : *m_ppChunkPorts)
+          if (port->CheckChunkID(chunk.id)) port->AttachChunk(buffer, chunk.offset, chunk.length, true);
+    }
+  };
+  {
+    ChunksByLayout chunks(bench.map);
+    chunks.AttachBuffer(frame.data.data(), static_cast<int64_t>(frame.data.size()), nullptr);
+    const struct {
+      const char* name;
+      const char* text;
+    } cases[] = {{"ChunkTimestamp", "990000000"},
+                 {"ChunkExposureTime", "10000"},
+                 {"ChunkGain", "0"},
+                 {"ChunkPixelFormat", "Mono8"},
+                 {"ChunkWidth", "64"},
+                 {"ChunkHeight", "480"},
+                 {"ChunkImageLength", "30720"},
+                 {"ChunkStreamLabel", "simulated stream"}};
+    for (const auto& c : cases) EXPECT_EQ(CValuePtr(bench.map->GetNode(c.name))->ToString(), c.text) << c.name;
+    EXPECT_EQ(GetAccess(bench.map->GetNode("ChunkLineStatusAll")), NA) << "not enabled";
+  }
+  CEventAdapterGeneric events(bench.map);
+  ox::simulation::CameraEvent event;
+  ASSERT_TRUE(bench->nextEvent(event));
+  events.DeliverMessage(event.payload.data(), static_cast<uint32_t>(event.payload.size()), event.idText().c_str());
+  EXPECT_EQ(CIntegerPtr(bench.map->GetNode("EventExposureEndTimestamp"))->GetValue(), 1'000'000'000);
+  EXPECT_EQ(CIntegerPtr(bench.map->GetNode("EventExposureEndFrameID"))->GetValue(), 1);
+}
+
+TEST(CameraThroughEngine, CarriesFilesAndANewFirmware) {
+  EngineBench bench;
+  const std::vector<uint8_t> image = ox::simulation::FirmwareImage{"2.3.0", std::vector<uint8_t>(20'000, 5)}.encode();
+  {
+    ODevFileStream file(bench.map, "FirmwareImage");
+    file.write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
+    file.close();
+  }
+  EXPECT_EQ(bench->fileContent("FirmwareImage"), image);
+  IDevFileStream back(bench.map, "FactoryCalibration");
+  std::vector<char> calibration(20'000);
+  EXPECT_EQ(back.rdbuf()->sgetn(calibration.data(), 20'000), 10'000);
+  EXPECT_FALSE(IDevFileStream(bench.map, "DebugScript").is_open());
+
+  CCommandPtr(bench.map->GetNode("FirmwareActivate"))->Execute();
+  bench.wait(300);
+  EXPECT_FALSE(bench.map->GetNode("SensorReadoutMode"));
+  CCommandPtr(bench.map->GetNode("DeviceReset"))->Execute();
+  back.close();
+  bench.unload();
+  bench.load();
+  EXPECT_EQ(CValuePtr(bench.map->GetNode("DeviceFirmwareVersion"))->ToString(), "FW 2.3.0");
+  dynamic_cast<IValue&>(*bench.map->GetNode("SensorReadoutMode")).FromString("Fast");
+}
