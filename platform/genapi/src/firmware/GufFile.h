@@ -1,0 +1,84 @@
+// An update file: a zip archive with package.zip stored inside, and the members of that package.
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "firmware/Sha256.h"
+#include "firmware/ZipDirectory.h"
+
+namespace GENAPI_NAMESPACE {
+
+// How a required member that is missing is reported.
+enum class MissingMember { isFormatError, isFileNotFound };
+
+// The outer archive alone.
+struct GufLayout {
+  ByteRange file;
+  ByteRange package;  // package.zip
+  uint64_t signatureOffset = 0;
+  uint64_t signatureSize = 0;  // 0 when there is none
+
+  // Throws FileNotFoundException, FileIOException, FormatException.
+  static GufLayout read(const std::string& path, MissingMember missing);
+};
+
+// One member as a stream of bytes. Inflating counts: more than the directory promised, or more than the limits allow,
+// is refused when it shows.
+class MemberReader {
+ public:
+  ~MemberReader();
+  MemberReader(const MemberReader&) = delete;
+  MemberReader& operator=(const MemberReader&) = delete;
+
+  uint64_t size() const { return member_.size; }
+  // Fills the buffer as far as the member reaches; fewer bytes than asked are its end, which has then been checked
+  // against size and checksum. Throws FileIOException (damaged data), FormatException (limits).
+  size_t read(void* buffer, size_t size);
+
+ private:
+  friend class GufFile;
+  struct Handle;
+  MemberReader(std::string label, const ZipMember& member, std::unique_ptr<Handle> handle);
+
+  std::string label_;
+  const ZipMember& member_;
+  std::unique_ptr<Handle> handle_;
+  uint64_t done_ = 0;
+};
+
+// The package inside an update file, opened for reading its members.
+class GufFile {
+ public:
+  // Reads both directories. Throws as GufLayout::read.
+  GufFile(const std::string& path, MissingMember missing);
+  ~GufFile();
+  GufFile(const GufFile&) = delete;
+  GufFile& operator=(const GufFile&) = delete;
+
+  const std::string& path() const { return layout_.file.path(); }
+  uint64_t fileSize() const { return layout_.file.size(); }
+  // Reads the whole package.
+  Sha256::Digest packageDigest() const;
+
+  // control.xml. Throws when it is missing or longer than kMaxControlBytes, and as MemberReader::read.
+  std::string readControl() const;
+  // A data file. Throws FileNotFoundException (no such member), FormatException (limits). One reader at a time; it must
+  // not outlive this object.
+  MemberReader openMember(std::string_view name) const;
+  // Reads a data file to its end. Throws as openMember and MemberReader::read.
+  void checkMember(std::string_view name) const;
+
+ private:
+  struct Archive;
+  MemberReader open(const ZipMember& member) const;
+  std::string labelOf(std::string_view member) const;
+
+  GufLayout layout_;
+  MissingMember missing_;
+  ZipDirectory directory_;
+  std::unique_ptr<Archive> archive_;
+};
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,216 @@
+#include "firmware/UpdateRun.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+#include <thread>
+
+#include "FirmwareUpdate/FirmwareUpdateExceptions.h"
+#include "GenApi/ICommand.h"
+#include "GenApi/INode.h"
+#include "GenApi/INodeMap.h"
+#include "GenApi/IValue.h"
+#include "files/DeviceFile.h"
+
+namespace GENAPI_NAMESPACE {
+
+using GENICAM_NAMESPACE::gcstring;
+using GENICAM_NAMESPACE::GenericException;
+
+namespace {
+
+constexpr std::chrono::milliseconds kCommandPoll{10};
+constexpr std::chrono::milliseconds kShortestCommandLimit{60000};
+
+}  // namespace
+
+const UpdateCondition* unmetCondition(INodeMap& map, const CFirmwareUpdateInfo::Content& update) {
+  for (const UpdateCondition& condition : update.conditions) {
+    auto* value = dynamic_cast<IValue*>(map.GetNode(condition.feature.c_str()));
+    if (!IsReadable(value) || !condition.pattern.matches(value->ToString().view())) return &condition;
+  }
+  return nullptr;
+}
+
+UpdateRun::UpdateRun(IFirmwareUpdatableDevice& device, const CFirmwareUpdateInfo& info,
+                     IFirmwareUpdateProgressObserver* observer, const char* language)
+    : device_(device), info_(info), update_(*info_.content()), observer_(observer), language_(language) {}
+
+void UpdateRun::run() {
+  device_.PrepareForFirmwareUpdate();
+  try {
+    carryOut();
+  } catch (...) {
+    file_.reset();
+    reportFailure();
+    try {
+      device_.CleanupAfterFirmwareUpdate();
+    } catch (...) {  // the first failure is the one to report
+    }
+    throw;
+  }
+  file_.reset();
+  device_.CleanupAfterFirmwareUpdate();
+}
+
+void UpdateRun::carryOut() {
+  map_ = device_.GetNodeMapOfDeviceToUpdate();
+  if (!map_) throw RUNTIME_EXCEPTION("device has no node map");
+  if (observer_) observer_->OnFirmwareUpdateBegin(info_, update_.estimatedMs);
+  wrapped(ProgressStepType_CheckPreconditions, 0, "", [this] { checkPreconditions(); });
+  wrapped(ProgressStepType_AcquireUpdateData, 0, "", [this] { acquireData(); });
+  for (const UpdateStep& step : procedure_.steps) {
+    const size_t next = ++stepNumber_;
+    const bool beforeReset =
+        next < procedure_.steps.size() && procedure_.steps[next].type == ProgressStepType_DeviceReset;
+    const LocalizedText* description = chooseLanguage(step.descriptions, language_);
+    wrapped(step.type, step.estimatedMs, description ? description->text.c_str() : "",
+            [&] { carryOut(step, beforeReset); });
+  }
+  if (observer_) observer_->OnFirmwareUpdateEnd();
+}
+
+void UpdateRun::checkPreconditions() {
+  if (const UpdateCondition* unmet = unmetCondition(*map_, update_))
+    throw INVALID_ARGUMENT_EXCEPTION("the update is not for this device: %s does not match '%s'",
+                                     unmet->feature.c_str(), unmet->pattern.text().c_str());
+}
+
+// Everything that can be wrong with the file shows here, before the device is touched.
+void UpdateRun::acquireData() {
+  file_ = std::make_unique<GufFile>(update_.path, MissingMember::isFileNotFound);
+  if (file_->fileSize() != update_.fileSize || file_->packageDigest() != update_.packageDigest)
+    throw RUNTIME_EXCEPTION("'%s': has changed since it was read", update_.path.c_str());
+  const UpdateControl control(file_->readControl(), "'" + update_.path + "': control.xml");
+  const UpdateProcedure* procedure = control.procedure(update_.procedure);
+  if (!procedure)
+    throw FIRMWARE_EXCEPTION(FormatException)("'%s': control.xml: has no procedure '%s'", update_.path.c_str(),
+                                              update_.procedure.c_str());
+  procedure_ = *procedure;
+  std::set<std::string> checked;
+  for (const UpdateStep& step : procedure_.steps)
+    if (step.type == ProgressStepType_FileUpload && checked.insert(step.file).second) file_->checkMember(step.file);
+}
+
+void UpdateRun::carryOut(const UpdateStep& step, bool beforeReset) {
+  switch (step.type) {
+    case ProgressStepType_FeatureWrite:
+      return write(step);
+    case ProgressStepType_FeatureExecute:
+      return execute(step, !beforeReset);
+    case ProgressStepType_FeatureAssert:
+      return expect(step);
+    case ProgressStepType_FileUpload:
+      return upload(step);
+    case ProgressStepType_DeviceReset:
+      return reset(step);
+    default:
+      throw LOGICAL_ERROR_EXCEPTION("step %zu: is of no known kind", stepNumber_);
+  }
+}
+
+void UpdateRun::write(const UpdateStep& step) {
+  featureOf<IValue>(step, "a feature with a value").FromString(step.value.c_str());
+}
+
+void UpdateRun::execute(const UpdateStep& step, bool wait) {
+  using Clock = std::chrono::steady_clock;
+  auto& command = featureOf<ICommand>(step, "a command");
+  const auto limit = std::max(kShortestCommandLimit, std::chrono::milliseconds(int64_t{3} * step.estimatedMs));
+  const Clock::time_point start = Clock::now();
+  command.Execute();
+  if (!wait) return;  // the device may be on its way down already
+  while (!command.IsDone()) {
+    if (Clock::now() - start > limit)
+      throw TIMEOUT_EXCEPTION("step %zu %s '%s': has not finished within %lld ms", stepNumber_, step.element,
+                              step.feature.c_str(), static_cast<long long>(limit.count()));
+    std::this_thread::sleep_for(kCommandPoll);
+  }
+}
+
+void UpdateRun::expect(const UpdateStep& step) {
+  const gcstring value = featureOf<IValue>(step, "a feature with a value").ToString(false, true);
+  if (!step.pattern.matches(value.view()))
+    throw RUNTIME_EXCEPTION("step %zu %s '%s': value '%s' does not match '%s'", stepNumber_, step.element,
+                            step.feature.c_str(), value.c_str(), step.pattern.text().c_str());
+}
+
+void UpdateRun::upload(const UpdateStep& step) {
+  MemberReader source = file_->openMember(step.file);
+  DeviceFile target;
+  target.openForWriting(&nodeMap(), step.feature.c_str(), std::ios_base::out | std::ios_base::trunc);
+  try {
+    uint64_t done = 0;
+    for (;;) {
+      const size_t count = source.read(target.block().data(), target.block().size());
+      if (count == 0) break;
+      target.write(target.block().data(), static_cast<int64_t>(count));
+      done += count;
+      const double percent = 100.0 * static_cast<double>(done) / static_cast<double>(source.size());
+      tell([&] { observer_->OnFirmwareUpdateProgressStepPartialProgress(step.type, percent); });
+    }
+  } catch (...) {
+    try {
+      target.close();
+    } catch (...) {  // the first failure is the one to report
+    }
+    throw;
+  }
+  target.closeOrThrow();
+}
+
+void UpdateRun::reset(const UpdateStep& step) {
+  map_ = nullptr;  // never touched again, whatever the reset does
+  map_ = device_.DeviceResetWhileUpdatingFirmware(step.estimatedMs, step.delayEnumerationMs);
+}
+
+INodeMap& UpdateRun::nodeMap() const {
+  if (!map_) throw RUNTIME_EXCEPTION("no node map after device reset");
+  return *map_;
+}
+
+template <typename T>
+T& UpdateRun::featureOf(const UpdateStep& step, const char* kind) {
+  INode* node = nodeMap().GetNode(step.feature.c_str());
+  if (!node)
+    throw RUNTIME_EXCEPTION("step %zu %s '%s': the device has no such feature", stepNumber_, step.element,
+                            step.feature.c_str());
+  T* feature = dynamic_cast<T*>(node);
+  if (!feature)
+    throw RUNTIME_EXCEPTION("step %zu %s '%s': is not %s", stepNumber_, step.element, step.feature.c_str(), kind);
+  return *feature;
+}
+
+template <typename Work>
+void UpdateRun::wrapped(EFirmwareUpdateProgressStepType type, uint32_t estimatedMs, const char* description,
+                        Work work) {
+  tell([&] { observer_->OnFirmwareUpdateProgressStepBegin(type, estimatedMs, description); });
+  work();
+  tell([&] { observer_->OnFirmwareUpdateProgressStepEnd(type, estimatedMs); });
+}
+
+// A progress bar must not brick a device.
+template <typename Call>
+void UpdateRun::tell(Call call) const {
+  if (!observer_) return;
+  try {
+    call();
+  } catch (...) {
+  }
+}
+
+// Called while the failure is being handled.
+void UpdateRun::reportFailure() const {
+  if (!observer_) return;
+  try {
+    throw;
+  } catch (const GenericException& failure) {
+    tell([&] { observer_->OnFirmwareUpdateError(failure); });
+  } catch (const std::exception& failure) {
+    tell([&] { observer_->OnFirmwareUpdateError(GENERIC_EXCEPTION("%s", failure.what())); });
+  } catch (...) {
+    tell([&] { observer_->OnFirmwareUpdateError(GENERIC_EXCEPTION("unknown exception")); });
+  }
+}
+
+}  // namespace GENAPI_NAMESPACE

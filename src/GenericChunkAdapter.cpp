@@ -1,0 +1,77 @@
+#include "GenericChunkAdapter.h"
+
+#include <algorithm>
+#include <charconv>
+#include <stdexcept>
+#include <vector>
+
+#include "Base/GCException.h"
+
+namespace orxGenApi {
+namespace {
+
+constexpr const char* kSource = "src/GenericChunkAdapter";
+// Where callers of this class expect these failures to come from.
+constexpr int kAttachChunkLine = 60;
+constexpr int kAttachBufferLine = 64;
+constexpr int kUpdateBufferLine = 83;
+
+[[noreturn]] void throwUninitialized(int line) {
+  throw GENICAM_NAMESPACE::LogicalErrorException("AttachChunk is called on an uninitialized object!", kSource, line);
+}
+
+// Writes the number big end first into the last bytes; false when it needs more bytes than there are.
+bool writeBigEndian(uint32_t value, std::vector<uint8_t>& bytes) {
+  for (size_t i = bytes.size(); value != 0; value >>= 8) {
+    if (i == 0) return false;
+    bytes[--i] = static_cast<uint8_t>(value);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<uint32_t> parseChunkId(std::string_view text) noexcept {
+  if (text.empty()) return std::nullopt;
+  uint32_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value, 16);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
+
+bool CGenericChunkAdapter::CheckBufferLayout(uint8_t*, int64_t) {
+  return false;
+}
+
+void CGenericChunkAdapter::AttachBuffer(uint8_t*, int64_t, GENAPI_NAMESPACE::AttachStatistics_t* pAttachStatistics) {
+  if (pAttachStatistics != nullptr) *pAttachStatistics = {0, 0, 0};
+  throw GENICAM_NAMESPACE::LogicalErrorException(
+      "AttachBuffer not implemented in generic chunk adapter: use AttachChunk!", kSource, kAttachBufferLine);
+}
+
+void CGenericChunkAdapter::UpdateBuffer(uint8_t* pBaseAddress) {
+  if (pBaseAddress != nullptr) {
+    CChunkAdapter::UpdateBuffer(pBaseAddress);
+    return;
+  }
+  if (m_ppChunkPorts == nullptr) throwUninitialized(kUpdateBufferLine);
+  for (auto* port : *m_ppChunkPorts) port->InvalidateNode();
+}
+
+void CGenericChunkAdapter::AttachChunk(const char* ChunkID, uint8_t* pBase, int64_t ChunkOffset, int64_t ChunkLength) {
+  if (m_ppChunkPorts == nullptr) throwUninitialized(kAttachChunkLine);
+  if (m_ppChunkPorts->empty()) return;
+  if (ChunkID == nullptr) throw std::logic_error("null chunk ID");
+  const std::optional<uint32_t> id = parseChunkId(ChunkID);
+  if (!id) return;
+  std::vector<uint8_t> bytes;
+  for (auto* port : *m_ppChunkPorts) {
+    const int length = port->GetChunkIDLength();
+    bytes.assign(static_cast<size_t>(length), 0);  // a negative length is more than a vector can have
+    if (!writeBigEndian(*id, bytes) || !port->CheckChunkID(bytes.data(), length)) continue;
+    port->AttachChunk(pBase, ChunkOffset, ChunkLength, true);
+  }
+}
+
+}  // namespace orxGenApi

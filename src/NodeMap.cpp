@@ -1,0 +1,168 @@
+#include "NodeMap.h"
+
+#include <utility>
+
+#include "Base/GCUtilities.h"
+#include "GenApi/GenApi.h"
+#include "LoadedMap.h"
+#include "Node.h"
+#include "NodeText.h"
+
+namespace orxGenApi {
+
+using GENAPI_NAMESPACE::AutoLock;
+using GENICAM_NAMESPACE::gcstring;
+
+namespace {
+
+[[noreturn]] void refuseAbsent(const std::string& name) {
+  throw orx_error(OXGENAPI_E_NOT_PRESENT, "Node '" + name + "' not present in NodeMap");
+}
+
+// Only these two kinds can be handed out.
+void checkKind(GENAPI_NAMESPACE::INode* node) {
+  if (dynamic_cast<GENAPI_NAMESPACE::IValue*>(node) || dynamic_cast<GENAPI_NAMESPACE::IPort*>(node)) return;
+  throw orx_error(OXGENAPI_E_FEATURE_TYPE,
+                  std::string("Feature '") + node->GetName().c_str() + "' is not a value or port type");
+}
+
+}  // namespace
+
+NodeMap::~NodeMap() {
+  if (loaded_) loaded_->retire();
+}
+
+Operation NodeMap::operation(const char* tag, const FailureRules& rules) const noexcept {
+  return {rules, tag, this, [](std::string& text, const void* self) {
+            const auto load = static_cast<const NodeMap*>(self)->current();
+            text += load ? load->map()->GetDeviceName().c_str() : "<nullptr>";
+          }};
+}
+
+std::shared_ptr<LoadedMap> NodeMap::current() const noexcept {
+  AutoLock lock(cacheLock_);
+  return loaded_;
+}
+
+std::shared_ptr<LoadedMap> NodeMap::loaded() noexcept {
+  return current();
+}
+
+std::shared_ptr<LoadedMap> NodeMap::required(const char* otherwise) const {
+  auto load = current();
+  if (!load) throw orx_error(OXGENAPI_E_INVALID_STATE, otherwise);
+  return load;
+}
+
+orxBase::shared_ref<Node> NodeMap::nodeFor(const std::shared_ptr<LoadedMap>& load,
+                                           GENAPI_NAMESPACE::INode* engineNode) {
+  checkKind(engineNode);
+  const gcstring name = engineNode->GetName();
+  {
+    AutoLock lock(cacheLock_);
+    if (loaded_ == load) {
+      const auto known = nodeCache_.find(name);
+      if (known != nodeCache_.end()) {
+        if (auto node = known->second.lock()) return node;
+      }
+    }
+  }
+  // What the lock guards is prepared before it and ends after it.
+  auto built = orxBase::detail::make_shared_t<Node>(shared_from_this(), load, engineNode);
+  std::map<gcstring, orxBase::weak_ref<Node>> entry;
+  entry.emplace(name, orxBase::weak_ref<Node>(built));
+  orxBase::shared_ref<Node> other;
+  AutoLock lock(cacheLock_);
+  if (loaded_ != load) return built;  // of an earlier load: nobody else may find it
+  const auto known = nodeCache_.find(name);
+  if (known == nodeCache_.end()) {
+    nodeCache_.merge(entry);
+    return built;
+  }
+  other = known->second.lock();
+  if (other) {  // another thread was faster; its node is the one
+    std::swap(built, other);
+  } else {
+    std::swap(known->second, entry.begin()->second);
+  }
+  return built;
+}
+
+uint32_t NodeMap::GetNode(const char* name, NODE* node) noexcept {
+  *node = nullptr;
+  return guarded(operation("-NodeMap::GetNode", kLoading), [&] {
+    const auto load = required();
+    const gcstring key(name == nullptr ? "" : name);
+    GENAPI_NAMESPACE::INode* engineNode = load->map()->GetNode(key);
+    if (engineNode == nullptr) refuseAbsent(key.c_str());
+    *node = static_cast<NODE>(nodeFor(load, engineNode).release());
+  });
+}
+
+uint32_t NodeMap::GetNodeCount(uint32_t* count) noexcept {
+  return guarded(operation("-NodeMap::GetNodeCount", kAsking),
+                 [&] { *count = GENICAM_NAMESPACE::INTEGRAL_CAST<uint32_t>(required()->map()->GetNumNodes()); });
+}
+
+std::string NodeMap::listedName(uint32_t index) const {
+  const auto load = required();
+  const auto& nodes = load->nodes();
+  if (index >= nodes.size()) throwIndexOutOfRange(index, nodes.size());
+  return nodes[index]->GetName(true).c_str();
+}
+
+uint32_t NodeMap::ListNode(uint32_t index, char* name, size_t& size) noexcept {
+  return guardedText(operation("-NodeMap::ListNode", kDelivering), name, size, [&] { return listedName(index); });
+}
+
+uint32_t NodeMap::ListNodeW(uint32_t index, wchar_t* name, size_t& size) noexcept {
+  return guardedText(operation("-NodeMap::ListNode", kDelivering), name, size, [&] { return listedName(index); });
+}
+
+uint32_t NodeMap::PollNodes(int32_t elapsedMilliseconds) noexcept {
+  return guarded(operation("-NodeMap::PollNodes", kPolling), [&] {
+    const auto load = required();
+    load->map()->Poll(elapsedMilliseconds);
+  });
+}
+
+uint32_t NodeMap::ConnectPort(TReadMem read, TWriteMem write, TPortAccessMode accessMode, void* userData,
+                              const char* portName) noexcept {
+  return guarded(operation("-NodeMap::ConnectPort", kConnecting), [&] {
+    const auto load = required("No NodeMap available to connect to");
+    const gcstring name(portName == nullptr ? "" : portName);
+    if (!load->connect(std::make_shared<Port>(read, write, accessMode, userData), name)) refuseAbsent(name.c_str());
+  });
+}
+
+void NodeMap::install(GENAPI_NAMESPACE::CNodeMapFactory& factory) {
+  constexpr bool kReleaseText = true;
+  LoadedMap::EngineMap map(factory.CreateNodeMap("Device", kReleaseText));
+  auto load = std::make_shared<LoadedMap>(std::move(map));
+  std::map<gcstring, orxBase::weak_ref<Node>> formerNodes;
+  {
+    AutoLock lock(cacheLock_);
+    loaded_.swap(load);
+    nodeCache_.swap(formerNodes);
+  }
+  if (load) load->retire();
+}
+
+uint32_t NodeMap::LoadXMLFile(const char* fileName) noexcept {
+  return guarded(operation("-NodeMap::LoadXMLFile", kLoading), [&] {
+    GENAPI_NAMESPACE::CNodeMapFactory factory(GENAPI_NAMESPACE::ContentType_Auto,
+                                              gcstring(fileName == nullptr ? "" : fileName),
+                                              GENAPI_NAMESPACE::CacheUsage_Automatic, false);
+    install(factory);
+  });
+}
+
+uint32_t NodeMap::LoadXMLString(const char* text, size_t length) noexcept {
+  return guarded(operation("-NodeMap::LoadXMLString", kLoading), [&] {
+    GENAPI_NAMESPACE::CNodeMapFactory factory(GENAPI_NAMESPACE::ContentType_Auto, text, length,
+                                              GENAPI_NAMESPACE::CacheUsage_Automatic, false);
+    install(factory);
+  });
+}
+
+}  // namespace orxGenApi

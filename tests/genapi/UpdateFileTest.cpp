@@ -1,0 +1,298 @@
+// Update files: what is read from good ones, and how bad ones are refused.
+#include <FirmwareUpdate/FirmwareUpdate.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <sstream>
+
+#include "firmware/Sha256.h"
+#include "genapi/GufBuilder.h"
+
+namespace {
+
+using namespace GENAPI_NAMESPACE;
+using namespace GENICAM_NAMESPACE;
+using testing::HasSubstr;
+
+const std::string kControl = R"(<?xml version="1.0" encoding="utf-8"?>
+<FirmwareUpdateControl SchemaMajorVersion="1" SchemaMinorVersion="0">
+  <Update Procedure="Main" Later="ignored">
+    <Info Key="Description" Lang="en">Faster readout</Info>
+    <Info Key="Description" Lang="de">Schnellere Auslese</Info>
+    <Info Key="Version">2.1.0</Info>
+    <Info Key="VersionStyle">dotted</Info>
+    <Info Key="VersionExtractionPattern">FW ([0-9]+\.[0-9]+\.[0-9]+).*</Info>
+    <Info Key="Weather">sunny</Info>
+    <Condition Feature="DeviceModelName">EX-(100|200)</Condition>
+  </Update>
+  <Update Procedure="Main">
+    <Info Key="Version">3</Info>
+    <Info Key="Description" Lang="fr">Rien</Info>
+    <Condition Feature="DeviceModelName">EX-300</Condition>
+  </Update>
+  <Procedure Name="Main">
+    <FeatureWrite Feature="AcquisitionMode" Value="SingleFrame" EstimatedDurationMs="5"/>
+    <FileUpload FileSelector="FirmwareImage" File="data/main.bin" EstimatedDurationMs="45000">
+      <Description Lang="en">Writing</Description>
+    </FileUpload>
+    <DeviceReset EstimatedDurationMs="20000" DelayEnumerationMs="5000"/>
+  </Procedure>
+</FirmwareUpdateControl>)";
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  const size_t at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  return text.replace(at, from.size(), to);
+}
+
+std::string lastByteFlipped(std::string bytes, const std::string& of) {
+  bytes[bytes.find(of) + of.size() - 1] ^= 1;
+  return bytes;
+}
+
+const std::vector<ZipEntry> kData{{"data/main.bin", std::string(5000, 'x'), true}, {"unused.txt", "-"}};
+
+std::string failureOf(const std::function<void()>& call, std::string& type) {
+  try {
+    call();
+  } catch (const FileNotFoundException& e) {
+    type = "notfound";
+    return e.GetDescription();
+  } catch (const FileIOException& e) {
+    type = "io";
+    return e.GetDescription();
+  } catch (const FormatException& e) {
+    type = "format";
+    return e.GetDescription();
+  } catch (const RuntimeException& e) {
+    type = "runtime";
+    return e.GetDescription();
+  }
+  type = "none";
+  return "";
+}
+
+std::string verify(const std::string& bytes, std::string& type) {
+  const TemporaryFile file(bytes);
+  return failureOf([&] { CFirmwareUpdater().VerifyGufFile(file.path()); }, type);
+}
+
+CFirmwareUpdateDefaultInfoCollector infosOf(const std::string& bytes, const char* language = nullptr) {
+  const TemporaryFile file(bytes);
+  CFirmwareUpdateDefaultInfoCollector collector;
+  CFirmwareUpdater().ReadFirmwareUpdateInfos(file.path(), collector, language);
+  return collector;
+}
+
+TEST(UpdateFile, InfosKeepTheirOrderAndOneLanguageEach) {
+  const auto infos = infosOf(guf(kControl, kData), "DE");
+  ASSERT_EQ(infos.size(), 2u);
+  const CFirmwareUpdateInfo& first = infos[0];
+  ASSERT_EQ(first.GetCountOfInfos(), 5u);
+  EXPECT_STREQ(first.GetInfoKey(size_t{0}), "Description");
+  EXPECT_STREQ(first.GetInfo(size_t{0}), "Schnellere Auslese");
+  EXPECT_STREQ(first.GetInfoLanguageCode("Description"), "de");
+  EXPECT_STREQ(first.GetInfo("Weather"), "sunny");
+  EXPECT_STREQ(first.GetInfoLanguageCode("Weather"), "");
+  EXPECT_STREQ(first.GetInfo("NoSuchKey", "none"), "none");
+  EXPECT_STREQ(first.GetInfo(static_cast<const char*>(nullptr)), "");
+  EXPECT_THROW(first.GetInfoKey(size_t{5}), InvalidArgumentException);
+  EXPECT_STREQ(infos[1].GetInfo("Description"), "Rien") << "neither German nor English: the first";
+  EXPECT_STREQ(infosOf(guf(kControl, kData))[0].GetInfo("Description"), "Faster readout") << "English is the default";
+
+  const CFirmwareUpdateInfo& none = infos[2];
+  EXPECT_FALSE(none.IsValid());
+  EXPECT_STREQ(none.GetUpdateFilename(), "");
+  EXPECT_EQ(none.GetCountOfInfos(), 0u);
+  EXPECT_STREQ(none.GetInfo("Version"), "");
+}
+
+TEST(UpdateFile, VersionIsExtractedByTheFirstGroup) {
+  const auto infos = infosOf(guf(kControl, kData));
+  EXPECT_EQ(infos[0].ExtractVersionFromDeviceFirmwareVersion("FW 2.0.13 (release)"), "2.0.13");
+  EXPECT_THROW(infos[0].ExtractVersionFromDeviceFirmwareVersion("my FW 2.0.13"), RuntimeException) << "whole text only";
+  EXPECT_THROW(infos[1].ExtractVersionFromDeviceFirmwareVersion("FW 2.0.13"), LogicalErrorException);
+  EXPECT_THROW(CFirmwareUpdateInfo().ExtractVersionFromDeviceFirmwareVersion("1"), LogicalErrorException);
+}
+
+TEST(UpdateFile, InfosAreEqualForTheSameUpdateOfTheSameFile) {
+  const TemporaryFile file(guf(kControl, kData));
+  CFirmwareUpdateDefaultInfoCollector infos;
+  CFirmwareUpdater updater;
+  updater.ReadFirmwareUpdateInfos(file.path(), infos);
+  updater.ReadFirmwareUpdateInfos(file.path(), infos);
+  ASSERT_EQ(infos.size(), 4u);
+  EXPECT_TRUE(infos[0] == infos[2]);
+  EXPECT_FALSE(infos[0] == infos[1]);
+  EXPECT_FALSE(infos[0] == CFirmwareUpdateInfo());
+  file.write(guf(replaced(kControl, "sunny", "rainy"), kData));
+  updater.ReadFirmwareUpdateInfos(file.path(), infos);
+  EXPECT_FALSE(infos[0] == infos[4]);
+}
+
+TEST(UpdateFile, ACollectorStopsTheReading) {
+  struct First : IFirmwareUpdateInfoCollector {
+    bool OnUpdateRead(const CFirmwareUpdateInfo&) override { return ++count < 1; }
+    int count = 0;
+  } first;
+  const TemporaryFile file(guf(kControl, kData));
+  CFirmwareUpdater().ReadFirmwareUpdateInfos(file.path(), first);
+  EXPECT_EQ(first.count, 1);
+}
+
+TEST(UpdateFile, SignatureRangesPointAtTheMembersBytes) {
+  const std::string bytes = guf(kControl, kData, "SIGNATURE");
+  const TemporaryFile file(bytes);
+  size_t packageAt = 0, packageSize = 0, signatureAt = 0, signatureSize = 0;
+  CFirmwareUpdater().GetSignatureCheckInfo(file.path(), packageAt, packageSize, signatureAt, signatureSize);
+  EXPECT_EQ(bytes.substr(signatureAt, signatureSize), "SIGNATURE");
+  EXPECT_EQ(bytes.substr(packageAt, 4), "PK\3\4");
+  EXPECT_EQ(bytes.substr(packageAt, packageSize), zipped({{"control.xml", kControl, true}, kData[0], kData[1]}));
+
+  const TemporaryFile bare(guf(kControl, kData));
+  CFirmwareUpdater().GetSignatureCheckInfo(bare.path(), packageAt, packageSize, signatureAt, signatureSize);
+  EXPECT_EQ(signatureAt, 0u);
+  EXPECT_EQ(signatureSize, 0u);
+}
+
+TEST(UpdateFile, VerifyTellsWhatIsWrong) {
+  const std::string good = guf(kControl, kData);
+  const std::string package = zipped({{"control.xml", kControl, true}, kData[0]});
+  std::string stored = guf(kControl, {{"data/main.bin", "all the bytes of it"}});
+  const auto control = [](const std::string& from, const std::string& to) {
+    return guf(replaced(kControl, from, to), kData);
+  };
+  const struct {
+    const char* what;
+    std::string bytes;
+    const char* type;
+    const char* text;
+  } cases[] = {
+      {"a good file", good, "none", ""},
+      {"a stored data file", stored, "none", ""},
+      {"not a zip", "PK but nothing of the sort", "format", "is not a zip archive"},
+      {"an empty file", "", "format", "is not a zip archive"},
+      {"cut short", good.substr(0, good.size() / 2), "format", "is not a zip archive"},
+      {"no package", zipped({{"other", "x"}}), "notfound", "package.zip"},
+      {"a compressed package", zipped({{"package.zip", package, true}}), "format", "must be stored"},
+      {"package that is no zip", zipped({{"package.zip", "nothing"}}), "format", "package.zip: is not a zip"},
+      {"no control file", zipped({{"package.zip", zipped({{"data/main.bin", "x"}})}}), "notfound", "control.xml"},
+      {"no data file", guf(kControl), "notfound", "data/main.bin"},
+      {"a damaged data file", lastByteFlipped(stored, "all the bytes of it"), "io", "cannot be extracted"},
+      {"not well-formed", control("</Procedure>", "</Wrong>"), "runtime", "not well-formed"},
+      {"another major version", control("MajorVersion=\"1\"", "MajorVersion=\"2\""), "format", "schema version 2"},
+      {"an unknown procedure", control("Name=\"Main\"", "Name=\"Other\""), "format", "no procedure 'Main'"},
+      {"a DOCTYPE", control("<FirmwareUpdateControl ", "<!DOCTYPE x [<!ENTITY e \"\">]>\n<FirmwareUpdateControl "),
+       "format", "DOCTYPE"},
+      {"no version", control("<Info Key=\"Version\">2.1.0</Info>", ""), "format", "has no Info 'Version'"},
+      {"a version off its style", control(">2.1.0<", ">2.x<"), "format", "Version '2.x'"},
+      {"the same language twice", control("Lang=\"de\"", "Lang=\"EN\""), "format", "twice for language"},
+      {"an unknown style", control(">dotted<", ">roman<"), "format", "neither dotted nor semver"},
+      {"a bad pattern", control("EX-(100|200)", "EX-(100"), "format", "not a regular expression"},
+      {"a long pattern", control("EX-(100|200)", std::string(1001, 'a')), "format", "longer than 1000"},
+      {"an unknown step", control("<DeviceReset ", "<DeviceErase "), "format", "step 3 DeviceErase"},
+      {"an unknown attribute of a step", control("Value=\"SingleFrame\"", "Value=\"1\" If=\"x\""), "format", "'If'"},
+      {"an unknown element in a step", control("<Description Lang=\"en\">Writing</Description>", "<Retry/>"), "format",
+       "'Retry'"},
+      {"an unknown attribute of a condition", control("<Condition ", "<Condition Not=\"1\" "), "format", "'Not'"},
+      {"an estimate beyond 32 bits", control("45000", "4294967296"), "format", "EstimatedDurationMs '4294967296'"},
+      {"a path upwards", control("data/main.bin", "data/../main.bin"), "format", "not a relative path"},
+      {"an absolute path", control("data/main.bin", "/main.bin"), "format", "not a relative path"},
+      {"a drive letter", control("data/main.bin", "C:main.bin"), "format", "not a relative path"},
+      {"a backslash", control("data/main.bin", "data\\main.bin"), "format", "not a relative path"},
+  };
+  for (const auto& c : cases) {
+    std::string type;
+    const std::string text = verify(c.bytes, type);
+    EXPECT_EQ(type, c.type) << c.what << ": " << text;
+    EXPECT_THAT(text, HasSubstr(c.text)) << c.what;
+    EXPECT_EQ(text.find('\n'), std::string::npos) << c.what;
+  }
+  std::string type;
+  failureOf([] { CFirmwareUpdater().VerifyGufFile("/nowhere/at/all.guf"); }, type);
+  EXPECT_EQ(type, "notfound");
+  failureOf([] { CFirmwareUpdater().VerifyGufFile("/tmp"); }, type);
+  EXPECT_EQ(type, "io");
+}
+
+// The directory and the local headers must tell the same story, byte by byte.
+TEST(UpdateFile, ForgedZipHeadersAreRefused) {
+  const std::string good = guf(kControl, {{"data/main.bin", "0123456789"}});
+  const size_t local = 0;
+  const size_t directory = good.rfind("PK\1\2");
+  const size_t end = good.rfind("PK\5\6");
+  const struct {
+    const char* what;
+    size_t at;
+    char value;
+    const char* text;
+  } cases[] = {
+      {"encrypted in both", directory + 8, 1, "is encrypted"},
+      {"another method in the local header", local + 8, 8, "disagrees"},
+      {"another checksum in the local header", local + 14, static_cast<char>(good[14] ^ 1), "disagrees"},
+      {"another size in the local header", local + 18, static_cast<char>(good[18] ^ 1), "disagrees"},
+      {"another name in the local header", local + 30, 'q', "disagrees"},
+      {"a directory that starts too late", end + 16, static_cast<char>(good[end + 16] + 1), "director"},
+      {"more members than there are", end + 10, 2, ""},
+      {"several volumes", end + 4, 1, "several volumes"},
+  };
+  for (const auto& c : cases) {
+    std::string bytes = good;
+    bytes[c.at] = c.value;
+    std::string type;
+    const std::string text = verify(bytes, type);
+    EXPECT_EQ(type, "format") << c.what << ": " << text;
+    EXPECT_THAT(text, HasSubstr(c.text)) << c.what;
+  }
+
+  // Two members of one name: the second is renamed after the archive was made.
+  std::string twins = zipped({{"package.zip", zipped({{"a.bin", "x"}})}, {"package.zap", "y"}});
+  for (size_t at = twins.find("package.zap"); at != std::string::npos; at = twins.find("package.zap", at))
+    twins.replace(at, 11, "package.zip");
+  std::string type;
+  EXPECT_THAT(verify(twins, type), HasSubstr("twice"));
+  EXPECT_EQ(type, "format");
+}
+
+TEST(UpdateFile, InflatingFarBeyondTheStoredSizeIsRefused) {
+  std::string type;
+  const std::string zeros(4 << 20, '\0');
+  EXPECT_THAT(verify(guf(kControl, {{"data/main.bin", zeros, true}}), type), HasSubstr("1000 times"));
+  EXPECT_EQ(type, "format");
+
+  std::string huge = replaced(kControl, "sunny", std::string(5 << 20, ' '));
+  EXPECT_THAT(verify(guf(huge, kData), type), HasSubstr("4 MiB"));
+  EXPECT_EQ(type, "format");
+
+  std::string deep;
+  for (int i = 0; i < 40; ++i) deep += "<a>";
+  for (int i = 0; i < 40; ++i) deep += "</a>";
+  EXPECT_THAT(verify(guf(replaced(kControl, "<Procedure ", deep + "<Procedure "), kData), type), HasSubstr("deeper"));
+  EXPECT_EQ(type, "format");
+
+  std::string wide;
+  for (int i = 0; i < 100'001; ++i) wide += "<a/>";
+  EXPECT_THAT(verify(guf(replaced(kControl, "<Procedure ", wide + "<Procedure "), kData), type), HasSubstr("nodes"));
+  EXPECT_EQ(type, "format");
+}
+
+TEST(UpdateFile, Sha256MatchesPublishedDigests) {
+  const auto hex = [](const std::string& text, size_t pieces) {
+    Sha256 hash;
+    for (size_t at = 0; at < text.size(); at += pieces)
+      hash.update(text.data() + at, std::min(pieces, text.size() - at));
+    std::ostringstream out;
+    for (const uint8_t byte : hash.finish()) out << "0123456789abcdef"[byte >> 4] << "0123456789abcdef"[byte & 15];
+    return out.str();
+  };
+  EXPECT_EQ(hex("", 1), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(hex("abc", 1), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  for (const size_t pieces : {1u, 63u, 64u, 1000u})
+    EXPECT_EQ(hex(std::string(1'000'000, 'a'), pieces),
+              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+}  // namespace
