@@ -1,0 +1,142 @@
+// A node map over a byte array, for tests of the flat interface.
+#pragma once
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "OxBase/OxBase.h"
+#include "OxGenApi/OxGenApi.h"
+
+// What a call left behind: its code and, after a failure, the last error's text.
+struct Outcome {
+  uint32_t code;
+  std::string text;
+  bool operator==(const Outcome&) const = default;
+};
+inline std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+  return stream << "0x" << std::hex << outcome.code << std::dec << " \"" << outcome.text << '"';
+}
+
+inline std::string lastErrorText() {
+  size_t size = 0;
+  OxGetLastError(nullptr, nullptr, &size);
+  std::string text(size, '\0');
+  OxGetLastError(nullptr, text.data(), &size);
+  text.resize(size - 1);
+  return text;
+}
+
+// The last error must carry the code that was returned.
+inline Outcome outcome(uint32_t result) {
+  if (result == 0) return {0, ""};
+  uint32_t code = 0;
+  OxGetLastError(&code, nullptr, nullptr);
+  EXPECT_EQ(code, result);
+  return {result, lastErrorText()};
+}
+inline Outcome succeeds() {
+  return {0, ""};
+}
+inline Outcome fails(uint32_t code, const char* text) {
+  return {code, text};
+}
+
+#define EXPECT_OK(call) EXPECT_EQ(outcome(call), succeeds())
+#define ASSERT_OK(call) ASSERT_EQ(outcome(call), succeeds())
+#define EXPECT_FAILS(call, code, text) EXPECT_EQ(outcome(call), fails(code, text))
+
+// The text that a call hands out: asks for the size first, then for the text.
+template <class Call>
+std::string textOf(Call&& call) {
+  size_t size = 0;
+  EXPECT_OK(call(nullptr, size));
+  std::string text(size, '?');
+  EXPECT_OK(call(text.data(), size));
+  EXPECT_EQ(text.back(), '\0');
+  text.pop_back();
+  return text;
+}
+
+// A description with the nodes given, a category "Root" with the features given, and the port "Device".
+inline std::string description(const std::string& nodes, const std::string& features = "") {
+  return R"(<RegisterDescription ModelName="Model" VendorName="Vendor" ToolTip="A camera" StandardNameSpace="GEV"
+    SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="7" MajorVersion="4" MinorVersion="5"
+    SubMinorVersion="6" ProductGuid="11111111-2222-3333-4444-555555555555"
+    VersionGuid="66666666-7777-8888-9999-AAAAAAAAAAAA" xmlns="http://www.genicam.org/GenApi/Version_1_1">
+    <Category Name="Root">)" +
+         features + "</Category>\n" + nodes + "<Port Name=\"Device\"/></RegisterDescription>";
+}
+
+// A register of the byte array: its element, its address, and more elements.
+inline std::string registerNode(const std::string& element, const std::string& name, int address, int length,
+                                const std::string& more = "") {
+  return "<" + element + " Name=\"" + name + "\"><Address>" + std::to_string(address) + "</Address><Length>" +
+         std::to_string(length) + "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" + more + "</" + element +
+         ">\n";
+}
+
+inline std::string integerRegister(const std::string& name, int address, const std::string& more = "") {
+  return registerNode("IntReg", name, address, 4, more + "<Sign>Signed</Sign><Endianess>LittleEndian</Endianess>");
+}
+
+class Device {
+ public:
+  Device() { EXPECT_OK(CreateNodeMap(map)); }
+  explicit Device(const std::string& nodes, const std::string& features = "") : Device() {
+    load(description(nodes, features));
+    connect();
+  }
+  ~Device() {
+    for (NODE handle : handles_) OxIfaceContainerReleaseUseCounter(handle);
+    OxIfaceContainerReleaseUseCounter(map);
+  }
+  Device(const Device&) = delete;
+  Device& operator=(const Device&) = delete;
+
+  void load(const std::string& xml) { ASSERT_OK(NMLoadXMLString(map, xml.c_str())); }
+  void connect() { ASSERT_OK(NMConnectPort(map, read, write, nullptr, this)); }
+
+  // Released with the device.
+  NODE node(const char* name) {
+    NODE handle = nullptr;
+    EXPECT_OK(NMGetNode(map, name, handle)) << name;
+    handles_.push_back(handle);
+    return handle;
+  }
+
+  int64_t integerAt(size_t address) const {
+    int32_t value = 0;
+    std::memcpy(&value, &memory.at(address), sizeof value);
+    return value;
+  }
+  void setInteger(size_t address, int32_t value) { std::memcpy(&memory.at(address), &value, sizeof value); }
+
+  NODEMAP map = nullptr;
+  std::vector<uint8_t> memory = std::vector<uint8_t>(256);
+  int reads = 0;
+  int writes = 0;
+
+ private:
+  bool holds(int64_t address, int64_t length) const {
+    return address >= 0 && length >= 0 && address + length <= static_cast<int64_t>(memory.size());
+  }
+  static int read(void* buffer, int64_t address, int64_t length, void* self) {
+    auto& device = *static_cast<Device*>(self);
+    if (!device.holds(address, length)) return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
+    ++device.reads;
+    std::memcpy(buffer, device.memory.data() + address, static_cast<size_t>(length));
+    return 0;
+  }
+  static int write(const void* buffer, int64_t address, int64_t length, void* self) {
+    auto& device = *static_cast<Device*>(self);
+    if (!device.holds(address, length)) return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
+    ++device.writes;
+    std::memcpy(device.memory.data() + address, buffer, static_cast<size_t>(length));
+    return 0;
+  }
+
+  std::vector<NODE> handles_;
+};

@@ -1,0 +1,71 @@
+// What the shared library shows to the outside.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "OxGenApi/OxGenApi.h"
+
+extern "C" uint32_t oxCallFromC(void);
+
+namespace {
+
+std::string folder(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value == nullptr ? std::string() : value;
+}
+
+std::set<std::string> dynamicSymbols(const std::string& library) {
+  std::set<std::string> names;
+  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(
+      popen(("nm -D --defined-only --format=posix " + library).c_str(), "r"), &pclose);
+  char line[512];
+  while (pipe && std::fgets(line, sizeof line, pipe.get()) != nullptr) {
+    names.insert(std::string(line).substr(0, std::string(line).find(' ')));
+  }
+  return names;
+}
+
+std::set<std::string> declaredFunctions(const std::string& includeFolder) {
+  std::set<std::string> names;
+  for (const char* header : {"NodeMap.h", "Node.h", "FirmwareUpdate.h", "Version.h"}) {
+    std::stringstream text;
+    text << std::ifstream(includeFolder + header).rdbuf();
+    const std::string source = text.str();
+    const std::regex declaration(R"(OXGENAPI_EXPORT[\w\s\*]*?(\w+)\()");
+    for (std::sregex_iterator match(source.begin(), source.end(), declaration), end; match != end; ++match) {
+      names.insert((*match)[1]);
+    }
+  }
+  return names;
+}
+
+TEST(ExportList, TheLibraryExportsWhatTheHeadersDeclareAndNothingElse) {
+  const std::string build = folder("OX_BUILD_DIR");
+  const std::string source = folder("OX_SOURCE_DIR");
+  if (build.empty() || source.empty()) GTEST_SKIP() << "OX_BUILD_DIR and OX_SOURCE_DIR are not set";
+  const auto declared = declaredFunctions(source + "/include/OxGenApi/");
+  EXPECT_EQ(declared.size(), 101u);
+  EXPECT_EQ(dynamicSymbols(build + "/lib/libOxGenApi.so.3"), declared);
+}
+
+TEST(ExportList, TheHeadersServeC) {
+  EXPECT_EQ(oxCallFromC(), 0u);
+}
+
+TEST(ExportList, VersionsAreFixed) {
+  uint32_t parts[3] = {};
+  EXPECT_EQ(GetGenApiVersion(&parts[0], &parts[1], &parts[2]), 0u);
+  EXPECT_EQ(parts[0] * 100 + parts[1] * 10 + parts[2], 342u);
+  Resource_GetFileVersion(&parts[0], &parts[1], &parts[2]);
+  EXPECT_EQ(parts[0] * 100 + parts[1] * 10 + parts[2], 310u);
+  EXPECT_STREQ(Resource_GetOriginalFileName(), "libOxGenApi.so");
+}
+
+}  // namespace
