@@ -16,8 +16,9 @@ constexpr double kReadoutSeconds = 0.001;  // as the description has it
 constexpr int64_t kLongestNs = 3600 * kSecond;
 
 enum Mode : uint64_t { kContinuous, kSingleFrame, kMultiFrame };
-constexpr int32_t kFrameStart = 0;       // place in TriggerSelector
-constexpr uint64_t kSourceSoftware = 0;  // value of TriggerSource
+constexpr int32_t kFrameStart = 0;  // place in TriggerSelector
+enum TriggerSource : uint64_t { kSourceSoftware, kSourceLine0 };
+enum TriggerActivation : uint64_t { kRisingEdge, kFallingEdge, kAnyEdge };
 
 int64_t nanoseconds(double seconds) {
   if (!(seconds > 0)) return 0;  // also for NaN, which a register may hold
@@ -32,9 +33,13 @@ Acquisition::Acquisition(CameraCore& core) : Behaviour(core) {
   r.onWrite(reg("AcquisitionStop"), [this](int32_t) { stop(); });
   r.onWrite(reg("AcquisitionAbort"), [this](int32_t) { stop(); });
   r.onWrite(reg("TriggerSoftware"), [this](int32_t which) {
-    if (which == kFrameStart && registers().integer(reg("TriggerSource"), kFrameStart) == kSourceSoftware)
-      trigger(nanoseconds(registers().real(reg("TriggerDelay"), kFrameStart) / 1e6));
+    if (which == kFrameStart && registers().integer(reg("TriggerSource"), kFrameStart) == kSourceSoftware) trigger();
   });
+  core.line0Edge = [this](bool rising) {
+    const uint64_t edge = registers().integer(reg("TriggerActivation"), kFrameStart);
+    if (registers().integer(reg("TriggerSource"), kFrameStart) != kSourceLine0) return;
+    if (edge == kAnyEdge || (rising ? edge == kRisingEdge : edge == kFallingEdge)) trigger();
+  };
   r.onRead(reg("AcquisitionStatus"),
            [this](int32_t signal) { registers().setInteger(reg("AcquisitionStatus"), status(signal), signal); });
   r.onRead(reg("PayloadSize"),
@@ -99,8 +104,9 @@ void Acquisition::scheduleNext() {
   timeline().after(reg("AcquisitionStart"), period, [this] { expose(false); });
 }
 
-void Acquisition::trigger(int64_t delayNs) {
+void Acquisition::trigger() {
   if (!running() || !triggered()) return;
+  const int64_t delayNs = nanoseconds(registers().real(reg("TriggerDelay"), kFrameStart) / 1e6);
   timeline().after(reg("TriggerSoftware"), delayNs + exposureNs(), [this] { expose(true); });
   core_.events.send(kEventFrameTrigger, registers().integer(reg("FrameCounter")) + 1);
 }

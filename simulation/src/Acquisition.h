@@ -26,7 +26,7 @@ class Acquisition final : public Behaviour {
   bool running() const;
   bool triggered() const;
   void scheduleNext();
-  void trigger(int64_t delayNs);
+  void trigger();
   void expose(bool byTrigger);
   int64_t exposureNs() const;
   int64_t periodNs() const;

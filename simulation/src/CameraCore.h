@@ -32,6 +32,8 @@ struct CameraCore {
   RegisterBank registers;
   Timeline timeline;
   EventQueue events;
+  /// Told of each edge of line 0, by whoever makes it.
+  std::function<void(bool rising)> line0Edge;
 };
 
 /// One subject of the camera's behaviour. Hooks are installed by the constructor; what has to outlive an access is kept

@@ -74,6 +74,7 @@ class Signals final : public Behaviour {
     timeline().after(reg("LineStatusAll"), next - timeline().now(), [this] {
       const bool rising = timeline().now() / kLine0HalfPeriodNs % 2 == 1;
       core_.events.send(rising ? kEventLine0RisingEdge : kEventLine0FallingEdge);
+      if (core_.line0Edge) core_.line0Edge(rising);
       for (int32_t i = 0; i < 2; ++i) {
         const uint64_t edge = registers().integer(reg("CounterEventActivation"), i);  // rising, falling, any
         if (registers().integer(reg("CounterEventSource"), i) == kCountLine0 && (edge == 2 || (edge == 0) == rising))

@@ -79,6 +79,26 @@ TEST(Acquisition, WaitsForTheTrigger) {
   EXPECT_EQ(fetchIds(bench), (std::vector<std::string>{"9003", "9002"}));
 }
 
+TEST(Acquisition, FollowsTheEdgesOfALine) {
+  const struct {
+    uint64_t activation;
+    int pictures;
+  } cases[] = {{0, 2}, {1, 1}, {2, 3}};  // rising, falling, any: of the edges after 1, 2 and 3 seconds
+  for (const auto& c : cases) {
+    CameraBench bench;
+    bench.set("TriggerModeReg", kOn);
+    bench.set("TriggerSourceReg", 1);
+    bench.set("TriggerActivationReg", c.activation);
+    EXPECT_EQ(bench.trySetReal("TriggerDelayReg", 5000), 0);
+    bench.set("AcquisitionStartReg", 1);
+    bench.wait(3015);
+    int pictures = 0;
+    for (Frame frame; !(frame = bench->acquireFrame()).data.empty(); ++pictures)
+      EXPECT_EQ(frame.timestampNs % 1'000'000'000, 5'000'000u) << "exposure begins after the delay";
+    EXPECT_EQ(pictures, c.pictures) << c.activation;
+  }
+}
+
 TEST(Pictures, FollowFormatAndPattern) {
   const struct {
     uint64_t format;
