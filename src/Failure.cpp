@@ -11,11 +11,13 @@
 namespace orxGenApi {
 
 uint32_t fail(const Operation& operation, uint32_t code, const char* text) noexcept {
-  Telemetry::_OxGenApi::sendRecord(OXT_LEVEL_ERROR, [&](Telemetry::_OxGenApi::Log& record) {
-    if (operation.owner != nullptr) operation.appendOwner(record.message, operation.owner);
-    record.message.append(operation.tag).append(": ").append(text);
-    record["Code"] = int64_t{code};
-  });
+  if (operation.rules.reports) {
+    Telemetry::_OxGenApi::sendRecord(OXT_LEVEL_ERROR, [&](Telemetry::_OxGenApi::Log& record) {
+      if (operation.owner != nullptr) operation.appendOwner(record.message, operation.owner);
+      record.message.append(operation.tag).append(": ").append(text);
+      record["Code"] = int64_t{code};
+    });
+  }
   OxSetLastError(code, text);
   return code;
 }

@@ -31,6 +31,7 @@ struct FailureRules {
   uint32_t unknown = OXGENAPI_E_UNSPECIFIED;    // everything else, with the text below
   const char* unknownText = kUnspecifiedError;  //
   bool describes = true;                        // false: GenApi failures count as unknown ones
+  bool reports = true;                          // false: no telemetry record
 };
 
 inline constexpr FailureRules kReading{.access = OXGENAPI_E_NOT_READABLE};

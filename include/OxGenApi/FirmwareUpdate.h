@@ -26,9 +26,8 @@ OXGENAPI_EXPORT uint32_t CreateFirmwareUpdaterW(const wchar_t* Path, int Verify,
 OXGENAPI_EXPORT uint32_t FWUpdateFileCount(FWUPDATER Updater, size_t* FileCount);
 
 /* How many informations (key, value, language) the entry FileIndex holds; reads the file. Pass an index below
- * FWUpdateFileCount.
- * Errors: UNSPECIFIED with the reason, or "Failed to read firmware update infos.";
- *         FIRMWARE_INDEX "FileIndex not present in guf file." for any other index. */
+ * FWUpdateFileCount; any other is not refused and has none.
+ * Errors: UNSPECIFIED with the reason, or "Failed to read firmware update infos.". */
 OXGENAPI_EXPORT uint32_t FWUpdateFileInfoCount(FWUPDATER Updater, size_t FileIndex, size_t* InfoCount);
 
 /* One text about one information of an entry; reads the file.

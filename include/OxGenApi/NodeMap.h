@@ -135,8 +135,8 @@ OXGENAPI_EXPORT uint32_t NMDetachAllChunks(NODEMAP NodeMap);
 /* ---- Settings ----------------------------------------------------------------------------------------------------
  * Feature values as lines of text: Gain[GainSelector(All)] = "1.5". Callback (may be null) is called with pPrivate for
  * each problem and decides whether to go on; without it the operation goes on. Problems that were passed over do not
- * change the result.
- * Errors of all: nothing loaded; the code and text of the problem at which Callback said stop. */
+ * change the result. A call works to its end on the description that was loaded when it began.
+ * Errors of all: INVALID_STATE "No nodemap loaded"; the code and text of the problem at which Callback said stop. */
 
 /* Applies the lines of a file in their order. Validate: read each value back and compare it with the line.
  * NMLoadSet(W) does not validate.
@@ -158,7 +158,7 @@ OXGENAPI_EXPORT uint32_t NMLoadSetStringW(NODEMAP NodeMap, const wchar_t* Settin
 /* Saves all streamable features, or those named in FeatureNames (separated by "|", in that order), to a file that is
  * created or cut first.
  * Errors: INVALID_ARGUMENT "No feature names" (no file is made); RUNTIME "Filename not readable" when the file cannot
- *         be opened. */
+ *         be opened; RUNTIME "Filename not writable" when it does not take every byte (a full disk). */
 OXGENAPI_EXPORT uint32_t NMSaveSet(NODEMAP NodeMap, const char* Filename, TSettingsCallback Callback, void* pPrivate);
 OXGENAPI_EXPORT uint32_t NMSaveSetW(NODEMAP NodeMap, const wchar_t* Filename, TSettingsCallback Callback,
                                     void* pPrivate);
@@ -170,7 +170,7 @@ OXGENAPI_EXPORT uint32_t NMSaveSetExW(NODEMAP NodeMap, const wchar_t* Filename, 
 /* The same into a buffer. Settings null: SettingsSize receives the size needed, zero included. Otherwise SettingsSize
  * receives the smaller of itself and that size, and as many elements of the text are copied as fit; no zero is written
  * after them, so hand in a buffer filled with zeros. The wide forms widen byte by byte, without decoding UTF-8.
- * Errors: INVALID_ARGUMENT "No feature names". */
+ * Errors: INVALID_ARGUMENT "No feature names", or "Invalid buffer" for a null SettingsSize. */
 OXGENAPI_EXPORT uint32_t NMSaveSetString(NODEMAP NodeMap, char* Settings, size_t* SettingsSize,
                                          TSettingsCallback Callback, void* pPrivate);
 OXGENAPI_EXPORT uint32_t NMSaveSetStringW(NODEMAP NodeMap, wchar_t* Settings, size_t* SettingsSize,
@@ -187,7 +187,9 @@ OXGENAPI_EXPORT uint32_t NMSaveSetStringExW(NODEMAP NodeMap, wchar_t* Settings, 
  * Errors: INVALID_HANDLE "Invalid TStreamType handle" for a type other than ST_Json. */
 OXGENAPI_EXPORT uint32_t NMCreateStream(NODEMAP NodeMap, TStreamType StreamType, NODEMAPSTREAM* Stream);
 
-/* Appends a node as it is now: "Name", "Display Name", "Type" and "Value" (empty when it cannot be read).
+/* Appends a node as it is now: "Name", "Display Name", "Type" and "Value", all texts. The value of categories and
+ * commands, and one that cannot be read, is empty. Bytes that are not UTF-8 become U+FFFD. Pushes and dumps may come
+ * from several threads.
  * Errors: INVALID_HANDLE "Invalid NODEMAPSTREAM handle", then "Invalid NODE handle"; UNSPECIFIED "not a valid node
  * type" for entries, ports, registers and plain nodes. */
 OXGENAPI_EXPORT uint32_t NMStreamPush(NODEMAPSTREAM NodeMapStream, NODE Node);
@@ -195,7 +197,8 @@ OXGENAPI_EXPORT uint32_t NMStreamPush(NODEMAPSTREAM NodeMapStream, NODE Node);
 /* The document as compact JSON text; it stays and may grow further.
  *   Settings, SettingsSize  text buffer (may be null) and its in/out size in elements
  * Errors: INVALID_HANDLE "Invalid NODEMAPSTREAM handle"; INVALID_ARGUMENT "invalid buffer size to read string through
- *         c-interface" for a buffer of size 0. */
+ *         c-interface" for a size that cannot be used: none given (null), or a buffer with size 0 or with more elements
+ *         than any object can have (half the address space and above). */
 OXGENAPI_EXPORT uint32_t NMStreamDump(NODEMAPSTREAM NodeMapStream, char* Settings, size_t* SettingsSize);
 OXGENAPI_EXPORT uint32_t NMStreamDumpW(NODEMAPSTREAM NodeMapStream, wchar_t* Settings, size_t* SettingsSize);
 

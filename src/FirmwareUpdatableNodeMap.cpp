@@ -1,0 +1,84 @@
+#include "FirmwareUpdatableNodeMap.h"
+
+#include <new>
+#include <stdexcept>
+
+#include "ExportFrame.h"
+#include "Failure.h"
+#include "GenApi/GenApi.h"
+#include "OxBase/OxBase.h"
+#include "Port.h"
+
+namespace orxGenApi {
+
+using namespace GENAPI_NAMESPACE;
+using GENICAM_NAMESPACE::gcstring;
+
+namespace {
+
+// The code of a call at the wrong time; it never leaves the library as it is.
+constexpr uint32_t kWrongState = 1;
+
+const uint64_t kInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdatableNodeMap");
+
+}  // namespace
+
+uint64_t CFirmwareUpdateableNodeMap::interfaceId() noexcept {
+  return kInterfaceId;
+}
+
+CFirmwareUpdateableNodeMap::CFirmwareUpdateableNodeMap(orxBase::shared_ref<NodeMapBase> nodeMap) {
+  hold(std::move(nodeMap));
+  if (GetNodeMapOfDeviceToUpdate() == nullptr) throw std::runtime_error("No NodeMap loaded, yet");
+}
+
+void CFirmwareUpdateableNodeMap::hold(orxBase::shared_ref<NodeMapBase> nodeMap) {
+  load_ = nodeMap ? nodeMap->loaded() : nullptr;
+  nodeMap_ = std::move(nodeMap);
+}
+
+void CFirmwareUpdateableNodeMap::PrepareForFirmwareUpdate() {
+  if (state_ != Idle) throw orx_error(kWrongState, "Device is not in idle state.");
+  state_ = Updating;
+}
+
+INodeMap* CFirmwareUpdateableNodeMap::DeviceResetWhileUpdatingFirmware(unsigned int EstimatedDurationMs,
+                                                                       unsigned int DelayEnumerationMs) {
+  if (state_ != Updating) {
+    throw LOGICAL_ERROR_EXCEPTION("Device is not in updating state (status = %d)", static_cast<int>(state_));
+  }
+  hold(nullptr);
+  void* handle = nullptr;
+  bool reopened = false;
+  try {
+    reopened = callback_ != nullptr && callback_(EstimatedDurationMs, DelayEnumerationMs, handle, userData_);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (...) {
+    // What the caller throws may only look like an exception of ours.
+    throw ForeignException();
+  }
+  if (!reopened) return nullptr;
+  const Held<NodeMapBase> answered(handle);
+  if (!answered) throw std::runtime_error("Failed to get device node map after reset.");
+  hold((*answered).shared_from_this());
+  return GetNodeMapOfDeviceToUpdate();
+}
+
+void CFirmwareUpdateableNodeMap::CleanupAfterFirmwareUpdate() {
+  if (state_ != Updating) throw orx_error(kWrongState, "Device is not in updating state.");
+  state_ = Idle;
+  setReset(nullptr, nullptr);
+}
+
+INodeMap* CFirmwareUpdateableNodeMap::GetNodeMapOfDeviceToUpdate() {
+  return load_ ? load_->map() : nullptr;
+}
+
+gcstring CFirmwareUpdateableNodeMap::GetDisplayName() {
+  const CDeviceInfoPtr info(GetNodeMapOfDeviceToUpdate());
+  if (!info.IsValid()) return "Failed to get display name!";
+  return info->GetVendorName() + " " + info->GetModelName();
+}
+
+}  // namespace orxGenApi
