@@ -1,0 +1,271 @@
+// Whole files between the host and a device: the checks in their order, and no failure that passes as success.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "FileDevice.h"
+
+namespace {
+
+std::string pattern(size_t size) {
+  std::string text(size, '\0');
+  for (size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 7 + i / 251);
+  return text;
+}
+
+std::wstring widened(const std::string& text) {
+  return {text.begin(), text.end()};
+}
+
+class HostPath {
+ public:
+  explicit HostPath(const std::string& content) : path(testing::TempDir() + "ox_file_" + std::to_string(::getpid())) {
+    std::ofstream(path, std::ios::binary) << content;
+  }
+  ~HostPath() { std::remove(path.c_str()); }
+  std::string content() const {
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+  }
+  const std::string path;
+};
+
+constexpr uint32_t kMark = 12345;
+void markLastError() {
+  OxSetLastError(kMark, "untouched");
+}
+bool lastErrorIsUntouched() {
+  uint32_t code = 0;
+  OxGetLastError(&code, nullptr, nullptr);
+  return code == kMark;
+}
+
+}  // namespace
+
+TEST(FileTransfer, MovesFilesOfAnySizeBothWays) {
+  for (const size_t size : {size_t{0}, size_t{1}, size_t{63}, size_t{64}, size_t{65}, size_t{1000}, size_t{70000}}) {
+    FileDevice device;
+    device.file("Firmware") = "what was there before, longer than some of what replaces it";
+    const std::string content = pattern(size);
+    const HostPath source(content);
+    ASSERT_EQ(NMUploadFile(device.map, "Firmware", source.path.c_str()), 0u) << lastErrorText();
+    EXPECT_EQ(device.file("Firmware"), content);
+
+    const HostPath target("longer than nothing");
+    ASSERT_EQ(NMDownloadFileW(device.map, L"Firmware", widened(target.path).c_str()), 0u) << lastErrorText();
+    EXPECT_EQ(target.content(), content);
+
+    size_t told = 0;
+    ASSERT_EQ(NMDownloadFileMemory(device.map, "Firmware", nullptr, &told), 0u) << lastErrorText();
+    EXPECT_EQ(told, size);
+    std::string memory(size + 10, '#');
+    size_t room = memory.size();
+    ASSERT_EQ(NMDownloadFileMemoryW(device.map, L"Firmware", memory.data(), &room), 0u) << lastErrorText();
+    EXPECT_EQ(room, size);
+    EXPECT_EQ(memory, content + std::string(10, '#'));
+
+    if (size == 0) continue;
+    ASSERT_EQ(NMUploadFileMemory(device.map, "UserSet", content.data(), size), 0u) << lastErrorText();
+    EXPECT_EQ(device.file("UserSet"), content);
+    ASSERT_EQ(NMUploadFileMemoryW(device.map, L"UserSet", content.data(), 1), 0u);
+    EXPECT_EQ(device.file("UserSet"), content.substr(0, 1));
+  }
+}
+
+TEST(FileTransfer, ABufferTooSmallCutsTheFile) {
+  FileDevice device;
+  device.file("UserSet") = pattern(200);
+  for (const size_t capacity : {size_t{1}, size_t{64}, size_t{100}, size_t{200}}) {
+    std::string memory(capacity, '\0');
+    size_t size = capacity;
+    ASSERT_EQ(NMDownloadFileMemory(device.map, "UserSet", memory.data(), &size), 0u);
+    EXPECT_EQ(size, capacity);
+    EXPECT_EQ(memory, pattern(200).substr(0, capacity));
+  }
+}
+
+TEST(FileTransfer, ChecksInTheirOrder) {
+  FileDevice device;
+  NODEMAP empty{};
+  ASSERT_EQ(CreateNodeMap(empty), 0u);
+  char byte = 0;
+  size_t none = 0, one = 1;
+  const struct {
+    uint32_t result;
+    uint32_t expected;
+    std::string text;
+  } kCases[] = {
+      // The buffer comes before the handle.
+      {NMUploadFileMemory(NODEMAP{}, "UserSet", &byte, 0), 0x80000002, lastErrorText()},
+      {NMUploadFileMemory(NODEMAP{}, "UserSet", nullptr, 1), 0x80000002, lastErrorText()},
+      {NMDownloadFileMemory(NODEMAP{}, "UserSet", &byte, &none), 0x80000002, lastErrorText()},
+      {NMDownloadFileMemory(NODEMAP{}, "UserSet", &byte, nullptr), 0x80000002, lastErrorText()},
+      {NMUploadFileMemory(NODEMAP{}, "UserSet", &byte, 1), 0x8000001D, lastErrorText()},
+      {NMDownloadFileMemory(NODEMAP{}, "UserSet", nullptr, &one), 0x8000001D, lastErrorText()},
+      {NMUploadFile(NODEMAP{}, "UserSet", "/nowhere"), 0x8000001D, lastErrorText()},
+      {NMDownloadFile(NODEMAP{}, "UserSet", "/nowhere/x"), 0x8000001D, lastErrorText()},
+      {NMUploadFile(empty, "UserSet", "/nowhere"), 0x8000001E, lastErrorText()},
+      {NMDownloadFile(empty, "UserSet", "/nowhere/x"), 0x8000001E, lastErrorText()},
+      {NMUploadFileMemory(empty, "UserSet", &byte, 1), 0x8000001E, lastErrorText()},
+      {NMDownloadFileMemory(empty, "UserSet", nullptr, &one), 0x8000001E, lastErrorText()},
+      {NMUploadFile(device.map, "UserSet", "/nowhere"), 0x80000003, lastErrorText()},
+      {NMUploadFile(device.map, "UserSet", nullptr), 0x80000003, lastErrorText()},
+      {NMUploadFile(device.map, "UserSet", testing::TempDir().c_str()), 0x80000003, lastErrorText()},
+      {NMDownloadFile(device.map, "UserSet", "/nowhere/x"), 0x80000003, lastErrorText()},
+  };
+  const auto expectedText = [](uint32_t code) -> std::string {
+    return code == 0x80000002   ? "Buffer must not be empty"
+           : code == 0x8000001D ? "Invalid NODEMAP handle"
+           : code == 0x8000001E ? "Invalid nodemap state"
+                                : "Filename not ";
+  };
+  for (const auto& entry : kCases) {
+    EXPECT_EQ(entry.result, entry.expected);
+    EXPECT_EQ(entry.text.substr(0, expectedText(entry.expected).size()), expectedText(entry.expected));
+  }
+  EXPECT_EQ(lastErrorText(), "Filename not writable");
+  EXPECT_EQ(device.accesses, 0) << "a host path is checked before the device is touched";
+  release(empty);
+
+  // No such file in the device, in each direction.
+  EXPECT_EQ(NMUploadFileMemory(device.map, "Nothing", &byte, 1), 0x8000000Fu);
+  EXPECT_NE(lastErrorText().find("Nothing"), std::string::npos) << lastErrorText();
+  EXPECT_EQ(NMDownloadFileMemory(device.map, nullptr, &byte, &one), 0x8000000Eu);
+}
+
+TEST(FileTransfer, TheSizeQueryNamesWhatIsMissing) {
+  const std::string size = "<Integer Name='FileSize'><Value>77</Value></Integer>";
+  const std::string selector =
+      "<Enumeration Name='FileSelector'><EnumEntry Name='UserSet'><Value>0</Value></EnumEntry>"
+      "<Value>0</Value></Enumeration>";
+  const struct {
+    std::string nodes;
+    uint32_t code;
+    const char* text;  // null: the last error is left alone
+  } kCases[] = {
+      {size, 0x8000002E, "FileSelector not present"},
+      {size + "<Integer Name='FileSelector'><Value>0</Value></Integer>", 0x8000002E, "FileSelector not present"},
+      {FileDevice::nodes("RO"), 0x8000000C, "FileSelector not writable"},
+      {selector, 0x80000001, nullptr},
+      {selector + "<Float Name='FileSize'><Value>7</Value></Float>", 0x80000001, nullptr},
+      {selector + "<Integer Name='FileSize'><ImposedAccessMode>WO</ImposedAccessMode><Value>7</Value></Integer>",
+       0x80000001, nullptr},
+      {selector + "<Integer Name='FileSize'><Value>-1</Value></Integer>", 0x80000001, nullptr},
+  };
+  for (const auto& entry : kCases) {
+    MemoryDevice device(entry.nodes);
+    markLastError();
+    size_t told = 5;
+    EXPECT_EQ(NMDownloadFileMemory(device.map, "UserSet", nullptr, &told), entry.code);
+    EXPECT_EQ(told, 5u);
+    if (entry.text != nullptr) {
+      EXPECT_EQ(lastErrorText(), entry.text);
+    } else {
+      EXPECT_TRUE(lastErrorIsUntouched()) << lastErrorText();
+    }
+  }
+}
+
+TEST(FileTransfer, AFailureOfAnyPortAccessFailsTheTransfer) {
+  const std::string content = pattern(3 * FileDevice::kBlock - 10);
+  const HostPath host(content);
+  const struct {
+    const char* name;
+    uint32_t code;
+    std::function<uint32_t(FileDevice&)> run;
+  } kTransfers[] = {
+      {"upload", 0x8000000F, [&](FileDevice& d) { return NMUploadFile(d.map, "Firmware", host.path.c_str()); }},
+      {"upload memory", 0x8000000F,
+       [&](FileDevice& d) { return NMUploadFileMemory(d.map, "Firmware", content.data(), content.size()); }},
+      {"download", 0x8000000E, [&](FileDevice& d) { return NMDownloadFile(d.map, "Firmware", host.path.c_str()); }},
+      {"download memory", 0x8000000E,
+       [&](FileDevice& d) {
+         std::string memory(content.size() + 1, '\0');
+         size_t size = memory.size();
+         return NMDownloadFileMemory(d.map, "Firmware", memory.data(), &size);
+       }},
+  };
+  for (const auto& transfer : kTransfers) {
+    int64_t failing = 1;
+    for (;; ++failing) {
+      FileDevice device;
+      device.file("Firmware") = content;
+      device.failingAccess = failing;
+      const uint32_t result = transfer.run(device);
+      if (device.accesses < failing) {  // it was never its turn
+        EXPECT_EQ(result, 0u);
+        break;
+      }
+      ASSERT_EQ(result, transfer.code) << transfer.name << ", access " << failing;
+      EXPECT_NE(lastErrorText().find("port broken"), std::string::npos) << lastErrorText();
+    }
+    EXPECT_GT(failing, 20) << transfer.name;
+  }
+}
+
+TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
+  const std::string content = pattern(3 * FileDevice::kBlock - 10);
+  // Operations of an upload: open, three blocks, close.
+  for (const int operation : {1, 2, 3, 4, 5}) {
+    FileDevice device;
+    device.refusedOperation = operation;
+    EXPECT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0x8000000Fu) << operation;
+    EXPECT_NE(lastErrorText().find("Failure"), std::string::npos) << lastErrorText();
+  }
+  for (const int operation : {2, 3, 4}) {
+    FileDevice device;
+    device.shortOperation = operation;
+    const uint32_t result = NMUploadFileMemory(device.map, "Firmware", content.data(), content.size());
+    EXPECT_TRUE(result == 0x8000000F || device.file("Firmware") == content) << operation;
+  }
+  // And of a download: open, three blocks.
+  for (const int operation : {2, 3, 4}) {
+    FileDevice device;
+    device.file("Firmware") = content;
+    ASSERT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0u);  // sets FileSize
+    device.refusedOperation = device.operations + operation;
+    std::string memory(content.size(), '\0');
+    size_t size = memory.size();
+    EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), 0x8000000Eu) << operation;
+    EXPECT_NE(lastErrorText().find("Failure"), std::string::npos) << lastErrorText();
+    EXPECT_EQ(size, content.size()) << "a failing call leaves its outputs alone";
+  }
+  // A device that does not open the file leaves the last error alone.
+  FileDevice device;
+  device.refusedOperation = 1;
+  markLastError();
+  size_t size = 4;
+  char memory[4];
+  EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory, &size), 0x80000016u);
+  EXPECT_TRUE(lastErrorIsUntouched());
+  device.refusedOperation = device.operations + 1;
+  const HostPath host("");
+  EXPECT_EQ(NMDownloadFile(device.map, "Firmware", host.path.c_str()), 0x80000016u);
+  EXPECT_TRUE(lastErrorIsUntouched());
+}
+
+TEST(FileTransfer, AFullDiskFailsTheDownload) {
+  FileDevice device;
+  device.file("Firmware") = pattern(200000);
+  EXPECT_EQ(NMDownloadFile(device.map, "Firmware", "/dev/full"), 0x80000003u);
+  EXPECT_NE(lastErrorText().find("/dev/full"), std::string::npos) << lastErrorText();
+  EXPECT_NE(lastErrorText().find("No space left"), std::string::npos) << lastErrorText();
+
+  const HostPath host("");
+  rlimit former{};
+  getrlimit(RLIMIT_FSIZE, &former);
+  for (const rlim_t limit : {rlim_t{10}, rlim_t{150000}}) {
+    rlimit tight = former;
+    tight.rlim_cur = limit;
+    setrlimit(RLIMIT_FSIZE, &tight);  // past it the system would end the process with a signal
+    const uint32_t result = NMDownloadFile(device.map, "Firmware", host.path.c_str());
+    setrlimit(RLIMIT_FSIZE, &former);
+    EXPECT_EQ(result, 0x80000003u);
+    EXPECT_NE(lastErrorText().find("File too large"), std::string::npos) << lastErrorText();
+  }
+}

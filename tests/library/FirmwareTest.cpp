@@ -1,0 +1,238 @@
+// Update files asked and applied through the flat interface.
+#include <filesystem>
+
+#include "FileDevice.h"
+#include "UpdateFile.h"
+
+namespace {
+
+// A device with files, a model name and a register that says which firmware runs.
+class UpdatableDevice : public FileDevice {
+ public:
+  UpdatableDevice() { load(features()); }
+
+  static std::string features() {
+    return nodes() +
+           "<String Name='DeviceModelName'><Value>EX-100</Value></String>"
+           "<IntReg Name='Mode'><Address>0x200</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+           "<pPort>Device</pPort></IntReg>"
+           "<IntReg Name='Running'><Address>0x204</Address><Length>4</Length><AccessMode>RO</AccessMode>"
+           "<pPort>Device</pPort></IntReg>";
+  }
+};
+
+std::string control(const std::string& steps) {
+  return "<?xml version='1.0'?><FirmwareUpdateControl SchemaMajorVersion='1' SchemaMinorVersion='0'>"
+         "<Update Procedure='Main'><Info Key='Description' Lang='de'>Schneller</Info>"
+         "<Info Key='Description' Lang='en'>Faster \xc3\xa9</Info><Info Key='Version'>2.1.0</Info>"
+         "<Condition Feature='DeviceModelName'>EX-[0-9]+</Condition></Update>"
+         "<Update Procedure='Main'><Info Key='Version'>3</Info><Info Key='Description'>Other</Info>"
+         "<Condition Feature='DeviceModelName'>Another device</Condition></Update>"
+         "<Procedure Name='Main'>" +
+         steps + "</Procedure></FirmwareUpdateControl>";
+}
+
+const std::string kWrite = "<FeatureWrite Feature='Mode' Value='7'/>";
+const std::string kUpload = "<FileUpload FileSelector='Firmware' File='main.bin'/>";
+const std::string kReset = "<DeviceReset EstimatedDurationMs='20000' DelayEnumerationMs='5000'/>";
+const std::string kAssert = "<FeatureAssert Feature='Running' Pattern='2'/>";
+
+class Updater {
+ public:
+  explicit Updater(const std::string& path) {
+    EXPECT_EQ(CreateFirmwareUpdater(path.c_str(), 0, &handle), 0u) << lastErrorText();
+  }
+  ~Updater() { release(handle); }
+  FWUPDATER handle{};
+};
+
+// What the reset callback does and has seen.
+struct Reset {
+  bool answer = true;
+  void* newNodeMap = nullptr;
+  std::function<void()> action;
+  int calls = 0;
+  unsigned duration = 0, delay = 0;
+
+  static bool callback(unsigned duration, unsigned delay, void*& newNodeMap, void* self) {
+    auto& reset = *static_cast<Reset*>(self);
+    ++reset.calls;
+    reset.duration = duration;
+    reset.delay = delay;
+    EXPECT_EQ(newNodeMap, nullptr);
+    newNodeMap = reset.newNodeMap;
+    if (reset.action) reset.action();
+    return reset.answer;
+  }
+};
+
+}  // namespace
+
+TEST(FirmwareQueries, TellEveryTextOfEveryEntry) {
+  const UpdateFile file("ox_queries.guf", control(kWrite), {});
+  const Updater updater(file.path);
+  size_t count = 0;
+  ASSERT_EQ(FWUpdateFileCount(updater.handle, &count), 0u) << lastErrorText();
+  EXPECT_EQ(count, 2u);
+  ASSERT_EQ(FWUpdateFileInfoCount(updater.handle, 0, &count), 0u);
+  EXPECT_EQ(count, 2u);
+  ASSERT_EQ(FWUpdateFileInfoCount(updater.handle, 9, &count), 0u);
+  EXPECT_EQ(count, 0u) << "no such entry, so no informations";
+
+  const struct {
+    size_t file, info;
+    TFirmwareUpdateInfo what;
+    uint32_t code;
+    const char* text;  // the answer, or the last error's text
+  } kCases[] = {
+      {0, 0, FUI_Key, 0, "Description"},
+      {0, 0, FUI_Value, 0, "Faster \xc3\xa9"},
+      {0, 0, FUI_LanguageCode, 0, "en"},
+      {0, 1, FUI_Value, 0, "2.1.0"},
+      {0, 1, FUI_LanguageCode, 0, ""},
+      {1, 0, FUI_Key, 0, "Version"},
+      {0, 2, FUI_Key, 0x80000030, "InfoIndex not present in guf file."},
+      {2, 0, FUI_Key, 0x80000030, "InfoIndex not present in guf file."},
+      {3, 0, FUI_Key, 0x80000030, "FileIndex not present in guf file."},
+      {0, 0, static_cast<TFirmwareUpdateInfo>(3), 0x80000013, "FirmwareUpdateInfo command not supported."},
+  };
+  for (const auto& entry : kCases) {
+    char narrow[64] = "before";
+    size_t size = sizeof narrow;
+    EXPECT_EQ(FWUpdateFileInfo(updater.handle, entry.file, entry.info, entry.what, narrow, &size), entry.code);
+    if (entry.code == 0) {
+      EXPECT_STREQ(narrow, entry.text);
+      ASSERT_EQ(FWUpdateFileInfo(updater.handle, entry.file, entry.info, entry.what, nullptr, &size), 0u);
+      EXPECT_EQ(size, std::strlen(entry.text) + 1);
+    } else {
+      EXPECT_EQ(lastErrorText(), entry.text);
+      EXPECT_STREQ(narrow, "");
+    }
+  }
+  wchar_t wide[32];
+  size_t size = 32;
+  ASSERT_EQ(FWUpdateFileInfoW(updater.handle, 0, 0, FUI_Value, wide, &size), 0u);
+  EXPECT_EQ(std::wstring(wide), L"Faster \u00e9");
+}
+
+TEST(FirmwareQueries, ABadFileShowsWhenItIsRead) {
+  FWUPDATER handle{};
+  for (const char* path : {"/nowhere.guf", "", static_cast<const char*>(nullptr)}) {
+    ASSERT_EQ(CreateFirmwareUpdater(path, 0x100, &handle), 0u) << "only the low byte asks for verification";
+    size_t count = 5;
+    EXPECT_EQ(FWUpdateFileCount(handle, &count), 0x80000001u);
+    EXPECT_NE(lastErrorText(), "");
+    EXPECT_EQ(count, 5u);
+    release(handle);
+    EXPECT_EQ(FWUpdateFileCount(handle, &count), 0x8000001Du);
+    EXPECT_EQ(lastErrorText(), "Invalid FWUPDATER handle");
+
+    handle = reinterpret_cast<FWUPDATER>(1);
+    EXPECT_EQ(CreateFirmwareUpdater(path, 1, &handle), 0x80000003u);
+    EXPECT_NE(lastErrorText(), "");
+    EXPECT_EQ(handle, FWUPDATER{});
+  }
+  const UpdateFile missing("ox_missing.guf", control(kUpload), {});
+  const std::wstring path(missing.path.begin(), missing.path.end());
+  EXPECT_EQ(CreateFirmwareUpdaterW(path.c_str(), 1, &handle), 0x80000003u) << "main.bin is not there";
+  EXPECT_NE(lastErrorText().find("main.bin"), std::string::npos) << lastErrorText();
+  missing.replace(control(kUpload), {{"main.bin", "image"}});
+  ASSERT_EQ(CreateFirmwareUpdaterW(path.c_str(), 1, &handle), 0u) << lastErrorText();
+  release(handle);
+}
+
+TEST(FirmwareUpdate, GoesOnWithTheNodeMapThatTheResetCallbackAnswers) {
+  const std::string image(1000, 'i');
+  const UpdateFile file("ox_reset.guf", control(kWrite + kUpload + kReset + kAssert + kWrite), {{"main.bin", image}});
+  const Updater updater(file.path);
+  auto before = std::make_unique<UpdatableDevice>();
+  UpdatableDevice after;
+  after.memory[0x204] = 2;
+  Reset reset{.newNodeMap = after.map, .action = {}};
+  const NODEMAP former = before->map;
+  reset.action = [&] {
+    EXPECT_EQ(before->memory[0x200], 7);
+    EXPECT_EQ(before->file("Firmware"), image);
+    before.reset();
+  };
+  ASSERT_EQ(FWUpdate(updater.handle, former, 0, &Reset::callback, &reset), 0u) << lastErrorText();
+  EXPECT_FALSE(IsNodeMap(former)) << "the updater holds the new one instead";
+  EXPECT_EQ(reset.calls, 1);
+  EXPECT_EQ(reset.duration, 20000u);
+  EXPECT_EQ(reset.delay, 5000u);
+  EXPECT_EQ(after.memory[0x200], 7);
+}
+
+TEST(FirmwareUpdate, NamesWhatFailed) {
+  const UpdateFile file("ox_failures.guf", control(kReset + kWrite), {});
+  const Updater updater(file.path);
+  const NODE node = UpdatableDevice().node("Mode");  // alive, but not a node map
+  const struct {
+    bool answer;
+    void* newNodeMap;
+    bool throws;
+    const char* text;  // empty: any
+  } kCases[] = {
+      {false, nullptr, false, ""},
+      {true, nullptr, false, "Failed to get device node map after reset."},
+      {true, reinterpret_cast<void*>(node), false, "Failed to get device node map after reset."},
+      {true, nullptr, true, "Unknown error updating firmware"},
+  };
+  for (const auto& entry : kCases) {
+    UpdatableDevice device;
+    Reset reset{.answer = entry.answer, .newNodeMap = entry.newNodeMap, .action = {}};
+    if (entry.throws) reset.action = [] { throw std::runtime_error("not the library's"); };
+    EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, &Reset::callback, &reset), 0x80000001u);
+    EXPECT_EQ(reset.calls, 1);
+    if (*entry.text != 0) {
+      EXPECT_EQ(lastErrorText(), entry.text);
+    }
+    EXPECT_EQ(device.memory[0x200], 0);
+  }
+  release(node);
+
+  UpdatableDevice device;
+  EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0x80000001u) << "nobody can reset";
+  EXPECT_EQ(FWUpdate(updater.handle, device.map, 1, nullptr, nullptr), 0x80000001u) << "for another device";
+  EXPECT_EQ(FWUpdate(updater.handle, device.map, 2, nullptr, nullptr), 0x80000001u) << "no such entry";
+  NODEMAP empty{};
+  ASSERT_EQ(CreateNodeMap(empty), 0u);
+  EXPECT_EQ(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x80000001u);
+  EXPECT_EQ(lastErrorText(), "No NodeMap loaded, yet");
+  release(empty);
+  EXPECT_EQ(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x8000001Du);
+  EXPECT_EQ(lastErrorText(), "Invalid NODEMAP handle");
+  EXPECT_EQ(FWUpdate(FWUPDATER{}, empty, 0, nullptr, nullptr), 0x8000001Du);
+  EXPECT_EQ(lastErrorText(), "Invalid FWUPDATER handle");
+}
+
+TEST(FirmwareUpdate, ASecondUpdateReadsWhatTheFileSaysNow) {
+  UpdatableDevice device;
+  device.memory[0x204] = 1;
+  const UpdateFile file("ox_second.guf", control(kAssert + kWrite), {});
+  const Updater updater(file.path);
+  EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0x80000001u);
+  EXPECT_NE(lastErrorText().find("Running"), std::string::npos) << lastErrorText();
+  EXPECT_EQ(device.memory[0x200], 0);
+
+  file.replace(control(kWrite), {});
+  ASSERT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0u) << lastErrorText();
+  EXPECT_EQ(device.memory[0x200], 7);
+  file.replace(control("<FeatureWrite Feature='Mode' Value='9'/>"), {});
+  ASSERT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0u) << lastErrorText();
+  EXPECT_EQ(device.memory[0x200], 9);
+}
+
+TEST(FirmwareUpdate, TheResetCallbackMayUpdateWithTheSameUpdater) {
+  const UpdateFile file("ox_nested.guf", control(kReset + kWrite), {});
+  const Updater updater(file.path);
+  UpdatableDevice outer, inner;
+  Reset innerReset{.newNodeMap = inner.map, .action = {}};
+  Reset outerReset{.newNodeMap = outer.map, .action = [&] {
+                     EXPECT_EQ(FWUpdate(updater.handle, inner.map, 0, &Reset::callback, &innerReset), 0u)
+                         << lastErrorText();
+                   }};
+  ASSERT_EQ(FWUpdate(updater.handle, outer.map, 0, &Reset::callback, &outerReset), 0u) << lastErrorText();
+  EXPECT_EQ(inner.memory[0x200], 7);
+  EXPECT_EQ(outer.memory[0x200], 7);
+}

@@ -1,0 +1,155 @@
+// A stream collects snapshots of nodes in a JSON document.
+#include <atomic>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "MemoryDevice.h"
+
+namespace {
+
+using nlohmann::json;
+
+class Stream {
+ public:
+  explicit Stream(NODEMAP map) { EXPECT_EQ(NMCreateStream(map, ST_Json, &handle), 0u) << lastErrorText(); }
+  ~Stream() { release(handle); }
+  uint32_t push(const MemoryDevice& device, const char* name) const {
+    const NODE node = device.node(name);
+    const uint32_t result = NMStreamPush(handle, node);
+    release(node);
+    return result;
+  }
+  std::string text() const {
+    size_t size = 0;
+    EXPECT_EQ(NMStreamDump(handle, nullptr, &size), 0u);
+    std::string text(size, '\0');
+    EXPECT_EQ(NMStreamDump(handle, text.data(), &size), 0u);
+    text.pop_back();
+    return text;
+  }
+  NODEMAPSTREAM handle{};
+};
+
+const std::string kNodes =
+    "<IntReg Name='Width'><DisplayName>Width \xc3\xa4</DisplayName><Address>0</Address><Length>4</Length>"
+    "<AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
+    "<Boolean Name='Switch'><Value>true</Value></Boolean>"
+    "<Command Name='Go'><Value>0</Value><CommandValue>1</CommandValue></Command>"
+    "<Float Name='Gain'><Value>1.5</Value></Float>"
+    "<StringReg Name='Text'><Address>0x100</Address><Length>16</Length><AccessMode>RO</AccessMode>"
+    "<pPort>Device</pPort></StringReg>"
+    "<Enumeration Name='Mode'><EnumEntry Name='On'><Value>1</Value></EnumEntry><Value>1</Value></Enumeration>"
+    "<IntReg Name='Hidden'><Address>4</Address><Length>4</Length><AccessMode>WO</AccessMode>"
+    "<pPort>Device</pPort></IntReg>"
+    "<Register Name='Bytes'><Address>8</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+    "<pPort>Device</pPort></Register><Node Name='Plain'/>";
+
+}  // namespace
+
+TEST(NodeMapStream, RecordsNodesInPushOrderWithTheValueOfTheMoment) {
+  MemoryDevice device(kNodes);
+  const Stream stream(device.map);
+  EXPECT_EQ(stream.text(), "[]");
+  ASSERT_EQ(device.set("Width", "1"), 0u);
+  ASSERT_EQ(stream.push(device, "Width"), 0u) << lastErrorText();
+  EXPECT_EQ(stream.text(),
+            "[{\"Display Name\":\"Width \xc3\xa4\",\"Name\":\"Width\",\"Type\":\"Integer\",\"Value\":\"1\"}]");
+  ASSERT_EQ(device.set("Width", "2"), 0u);
+  const char* const kPushed[] = {"Width", "Root", "Switch", "Go", "Gain", "Text", "Mode", "Hidden"};
+  for (const char* name : kPushed) ASSERT_EQ(stream.push(device, name), 0u) << name << ": " << lastErrorText();
+  const json document = json::parse(stream.text());
+  ASSERT_EQ(document.size(), 1 + std::size(kPushed));
+  const char* const kTypes[] = {"Integer", "Category", "Boolean",     "Command",
+                                "Float",   "String",   "Enumeration", "Integer"};
+  const char* const kValues[] = {"2", "", "1", "", "1.5", "", "On", ""};
+  for (size_t i = 0; i < std::size(kPushed); ++i) {
+    EXPECT_EQ(document[i + 1]["Name"], kPushed[i]);
+    EXPECT_EQ(document[i + 1]["Type"], kTypes[i]) << kPushed[i];
+    EXPECT_EQ(document[i + 1]["Value"], kValues[i]) << kPushed[i];
+  }
+  for (const char* name : {"Bytes", "Plain", "EnumEntry_Mode_On", "Device"}) {
+    EXPECT_EQ(stream.push(device, name), 0x80000001u) << name;
+    EXPECT_EQ(lastErrorText(), "not a valid node type");
+  }
+  EXPECT_EQ(json::parse(stream.text()).size(), document.size());
+}
+
+TEST(NodeMapStream, BytesThatAreNotUtf8AreReplaced) {
+  MemoryDevice device(kNodes);
+  std::memcpy(device.memory.data() + 0x100, "a\xff\"\n\xc3(", 6);
+  const Stream stream(device.map);
+  ASSERT_EQ(stream.push(device, "Text"), 0u) << lastErrorText();
+  EXPECT_EQ(json::parse(stream.text())[0]["Value"], "a\xef\xbf\xbd\"\n\xef\xbf\xbd(");
+  wchar_t wide[200];
+  size_t size = 200;
+  ASSERT_EQ(NMStreamDumpW(stream.handle, wide, &size), 0u);
+  EXPECT_NE(std::wstring(wide).find(L"a\ufffd\\\"\\n\ufffd("), std::wstring::npos);
+}
+
+TEST(NodeMapStream, RefusesSizesItCannotUse) {
+  MemoryDevice device("");
+  const Stream stream(device.map);
+  char narrow[8] = "before";
+  wchar_t wide[8] = L"before";
+  for (const size_t size : {size_t{0}, SIZE_MAX, SIZE_MAX / 2 + 1}) {
+    size_t given = size;
+    EXPECT_EQ(NMStreamDump(stream.handle, narrow, &given), 0x80000002u);
+    EXPECT_EQ(lastErrorText(), "invalid buffer size to read string through c-interface");
+    EXPECT_EQ(NMStreamDumpW(stream.handle, wide, &given), 0x80000002u);
+    EXPECT_EQ(given, size);
+    EXPECT_STREQ(narrow, "before");
+  }
+  EXPECT_EQ(NMStreamDump(stream.handle, narrow, nullptr), 0x80000002u);
+  size_t size = 2;
+  EXPECT_EQ(NMStreamDump(stream.handle, narrow, &size), 0u) << "a short buffer gets what fits";
+  EXPECT_STREQ(narrow, "[");
+}
+
+TEST(NodeMapStream, RefusesBadHandlesAndKeepsItsNodeMap) {
+  MemoryDevice device(kNodes);
+  NODEMAPSTREAM made{};
+  EXPECT_EQ(NMCreateStream(NODEMAP{}, ST_Json, &made), 0x8000001Du);
+  EXPECT_EQ(lastErrorText(), "Invalid NODEMAP handle");
+  EXPECT_EQ(NMCreateStream(device.map, static_cast<TStreamType>(1), &made), 0x8000001Du);
+  EXPECT_EQ(lastErrorText(), "Invalid TStreamType handle");
+  EXPECT_EQ(made, NODEMAPSTREAM{});
+  const NODE node = device.node("Width");
+  EXPECT_EQ(NMStreamPush(reinterpret_cast<NODEMAPSTREAM>(device.map), node), 0x8000001Du);
+  EXPECT_EQ(lastErrorText(), "Invalid NODEMAPSTREAM handle");
+  size_t size = 0;
+  EXPECT_EQ(NMStreamDump(made, nullptr, &size), 0x8000001Du);
+
+  NODEMAP map{};
+  ASSERT_EQ(CreateNodeMap(map), 0u);
+  {
+    const Stream stream(map);
+    EXPECT_EQ(NMStreamPush(stream.handle, NODE{}), 0x8000001Du);
+    EXPECT_EQ(lastErrorText(), "Invalid NODE handle");
+    release(map);
+    EXPECT_TRUE(IsNodeMap(map));
+  }
+  EXPECT_FALSE(IsNodeMap(map));
+  release(node);
+}
+
+TEST(NodeMapStream, TakesPushesAndDumpsFromSeveralThreads) {
+  MemoryDevice device(kNodes);
+  const Stream stream(device.map);
+  const NODE node = device.node("Gain");
+  constexpr int kPushes = 500;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 3; ++i) {
+    threads.emplace_back([&] {
+      for (int n = 0; n < kPushes; ++n) EXPECT_EQ(NMStreamPush(stream.handle, node), 0u);
+    });
+  }
+  std::string buffer(1 << 20, '\0');
+  for (int n = 0; n < 50; ++n) {
+    size_t size = buffer.size();
+    ASSERT_EQ(NMStreamDump(stream.handle, buffer.data(), &size), 0u);
+    EXPECT_TRUE(json::accept(buffer.c_str()));
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(json::parse(stream.text()).size(), 3u * kPushes);
+  release(node);
+}
