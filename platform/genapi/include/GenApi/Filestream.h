@@ -7,6 +7,8 @@
 #include <ostream>
 #include <streambuf>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "Base/GCTypes.h"
 
@@ -163,7 +165,21 @@ class ODevFileStreamBase : public std::basic_ostream<CharType, Traits> {
   // Copies the source to its end, block by block. Exceptions of either side pass; failbit (no exception) when nothing
   // was copied.
   ODevFileStreamBase& operator<<(std::basic_streambuf<CharType, Traits>* source);
-  using std::basic_ostream<CharType, Traits>::operator<<;
+  // Everything else goes to the usual inserters. A using-declaration would make their members compete with the free
+  // ones for characters and texts.
+  template <typename Value>
+  requires(!std::is_convertible_v<Value, std::basic_streambuf<CharType, Traits>*>) std::basic_ostream<CharType, Traits>
+  &operator<<(Value&& value) {
+    return static_cast<std::basic_ostream<CharType, Traits>&>(*this) << std::forward<Value>(value);
+  }
+  std::basic_ostream<CharType, Traits>& operator<<(
+      std::basic_ostream<CharType, Traits>& (*manipulator)(std::basic_ostream<CharType, Traits>&)) {
+    return manipulator(*this);
+  }
+  std::basic_ostream<CharType, Traits>& operator<<(std::ios_base& (*manipulator)(std::ios_base&)) {
+    manipulator(*this);
+    return *this;
+  }
 
  private:
   StreamBuf buffer_;

@@ -1,0 +1,302 @@
+// Device files as streams, and how each failure shows.
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+#include "genapi/FileCamera.h"
+
+namespace {
+
+using namespace GENAPI_NAMESPACE;
+using namespace GENICAM_NAMESPACE;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::string pattern(size_t size) {
+  std::string text(size, '\0');
+  for (size_t i = 0; i < size; ++i) text[i] = static_cast<char>('a' + i % 23);
+  return text;
+}
+
+std::string upload(FileBench& bench, const std::string& content) {
+  ODevFileStream out(bench.map.get(), "Firmware");
+  out.write(content.data(), static_cast<std::streamsize>(content.size()));
+  out.close();
+  return bench.camera.files[1];
+}
+
+TEST(DeviceFile, MovesAnySizeThroughTheBuffer) {
+  for (const size_t size : {0u, 1u, 11u, 12u, 13u, 24u, 100u, 1000u}) {
+    FileBench bench;
+    const std::string content = pattern(size);
+    EXPECT_EQ(upload(bench, content), content) << size;
+    EXPECT_EQ(bench.camera.opened, 0) << size;
+    const auto blocks = static_cast<int>((size + 11) / 12);
+    EXPECT_EQ(bench.camera.executions, 2 + blocks) << "an empty file is opened and closed, not written";
+
+    for (const bool hasSize : {true, false}) {
+      for (const bool failsAtEnd : {true, false}) {
+        FileBench reading(fileDescription("", hasSize ? "" : "FileSize"));
+        reading.camera.files[0] = content;
+        reading.camera.failsAtEnd = failsAtEnd;
+        IDevFileStream in(reading.map.get(), "UserSet");
+        std::string got(2000, '\0');
+        got.resize(static_cast<size_t>(in.rdbuf()->sgetn(got.data(), 2000)));
+        EXPECT_EQ(got, content) << size;
+        EXPECT_EQ(in.rdbuf()->sgetn(got.data(), 1), 0);
+        in.close();
+        EXPECT_FALSE(in.fail());
+        EXPECT_EQ(reading.camera.opened, 0);
+      }
+    }
+  }
+}
+
+TEST(DeviceFile, CopiesAnotherStreamAndMixesSmallPieces) {
+  FileBench bench;
+  const std::string content = pattern(50);
+  {
+    std::istringstream source(content);
+    ODevFileStream out(bench.map.get(), "Firmware");
+    out << source.rdbuf();
+    EXPECT_TRUE(out.good());
+    out.close();
+  }
+  EXPECT_EQ(bench.camera.files[1], content);
+  {
+    ODevFileStream out(bench.map.get(), "Firmware");
+    out << "12" << 3;
+    out << ' ' << std::hex;
+    out << "text" << std::flush;
+    out.put('!');
+    out.flush();
+    out << std::string(20, '-');
+    out.close();
+  }
+  EXPECT_EQ(bench.camera.files[1], "123 text!" + std::string(20, '-'));
+  {
+    std::istringstream empty("");
+    ODevFileStream out(bench.map.get(), "Firmware");
+    out << empty.rdbuf();
+    EXPECT_TRUE(out.fail() && !out.bad()) << "nothing copied is a fail bit, not an exception";
+    out.close();
+  }
+  EXPECT_EQ(bench.camera.files[1], "");
+  bench.camera.files[0] = "12 34";
+  IDevFileStream in(bench.map.get(), "UserSet");
+  int a = 0, b = 0;
+  in >> a >> b;
+  EXPECT_EQ(a + b, 46);
+  EXPECT_TRUE(in.eof());
+}
+
+TEST(DeviceFile, ABlockCostsSevenPortAccesses) {
+  FileBench bench;
+  bench.camera.failsAtEnd = false;
+  const auto accesses = [&](size_t blocks) {
+    const int before = bench.camera.accesses;
+    upload(bench, pattern(12 * blocks));
+    return bench.camera.accesses - before;
+  };
+  accesses(2);
+  const int one = accesses(1);
+  EXPECT_EQ(accesses(11) - one, 10 * 7);
+
+  IDevFileStream in(bench.map.get(), "Firmware");
+  std::string block(12, '\0');
+  in.rdbuf()->sgetn(block.data(), 12);
+  const int before = bench.camera.accesses;
+  for (int i = 0; i < 5; ++i) in.rdbuf()->sgetn(block.data(), 12);
+  EXPECT_EQ(bench.camera.accesses - before, 5 * 7);
+}
+
+TEST(DeviceFile, TwoStreamsTakeTurns) {
+  FileBench bench;
+  FileProtocolAdapter first, second;
+  ASSERT_TRUE(first.attach(bench.map.get()));
+  ASSERT_TRUE(second.attach(bench.map.get()));
+  bench.camera.files[0] = "first file here";
+  bench.camera.files[1] = "the second file";
+  char a[6] = {}, b[6] = {};
+  EXPECT_EQ(first.read(a, 0, 5, "UserSet"), 5);
+  EXPECT_EQ(second.read(b, 0, 5, "Firmware"), 5);
+  EXPECT_EQ(first.read(a, 6, 4, "UserSet"), 4);
+  EXPECT_STREQ(a, "filet");
+  EXPECT_STREQ(b, "the s");
+  EXPECT_TRUE(first.deleteFile("Firmware"));
+  EXPECT_EQ(bench.camera.files[1], "");
+}
+
+TEST(DeviceFile, BlocksFitBufferLimitAndIncrement) {
+  const struct {
+    const char* extra;
+    int64_t block;
+  } cases[] = {{"", 12},
+               {"<Max>10</Max>", 10},
+               {"<Max>10</Max><Inc>4</Inc>", 8},
+               {"<Min>2</Min><Max>100</Max><Inc>4</Inc>", 10},
+               {"<Max>0</Max>", 1}};
+  for (const auto& c : cases) {
+    FileBench bench(fileDescription(c.extra));
+    FileProtocolAdapter adapter;
+    ASSERT_TRUE(adapter.attach(bench.map.get()));
+    EXPECT_EQ(adapter.getBufSize("Firmware", std::ios_base::out), c.block) << c.extra;
+  }
+  // The last short block is rounded up only where the increment forbids its length.
+  FileBench stepped(fileDescription("<Max>12</Max><Inc>4</Inc>"));
+  EXPECT_EQ(upload(stepped, pattern(14)), pattern(14) + std::string(2, '\0'));
+  EXPECT_THAT(stepped.camera.lengths, ElementsAre(12, 4));
+  FileBench plain;
+  EXPECT_EQ(upload(plain, pattern(14)), pattern(14));
+  EXPECT_THAT(plain.camera.lengths, ElementsAre(12, 2));
+}
+
+TEST(DeviceFile, RefusedOrUnfitDevicesFailWhereTheFileIsOpened) {
+  for (const char* missing :
+       {"FileSelector", "FileOperationSelector", "FileOpenMode", "FileOperationStatus", "FileOperationExecute",
+        "FileAccessOffset", "FileAccessLength", "FileOperationResult", "FileAccessBuffer"}) {
+    FileBench bench(fileDescription("", missing));
+    EXPECT_EQ(thrown<RuntimeException>([&] { ODevFileStream out(bench.map.get(), "Firmware"); }),
+              std::string("file 'Firmware' could not be opened for writing: the device has no ") + missing);
+    EXPECT_TRUE(IDevFileStream(bench.map.get(), "Firmware").fail());
+  }
+  FileBench bench;
+  bench.camera.refusesOpen = true;
+  EXPECT_EQ(thrown<RuntimeException>([&] { ODevFileStream out(bench.map.get(), "Firmware"); }),
+            "file 'Firmware' could not be opened for writing: status Failure");
+  IDevFileStream in(bench.map.get(), "Firmware");
+  EXPECT_TRUE(in.fail());
+  EXPECT_FALSE(in.is_open());
+  bench.camera.refusesOpen = false;
+  EXPECT_THROW(IDevFileStream(bench.map.get(), "NoSuchFile"), InvalidArgumentException);
+  EXPECT_THROW(ODevFileStream(bench.map.get(), "NoSuchFile"), InvalidArgumentException);
+  EXPECT_TRUE(IDevFileStream(nullptr, "Firmware").fail());
+  FileProtocolAdapter adapter;
+  ASSERT_TRUE(adapter.attach(bench.map.get()));
+  EXPECT_FALSE(adapter.openFile("UserSet", std::ios_base::in | std::ios_base::out)) << "there is no entry ReadWrite";
+  EXPECT_THROW(FileProtocolAdapter().openFile("UserSet", std::ios_base::in), LogicalErrorException);
+}
+
+TEST(DeviceFile, AnUploadThatIsCutShortIsNeverASuccess) {
+  FileBench bench;
+  bench.camera.capacity = 30;
+  {
+    ODevFileStream out(bench.map.get(), "Firmware");
+    const std::string content = pattern(100);
+    EXPECT_EQ(thrown<RuntimeException>([&] { out.write(content.data(), 100); }),
+              "writing file 'Firmware' stopped at byte 24: status Failure");
+    EXPECT_TRUE(out.bad());
+    out.close();
+  }
+  EXPECT_EQ(bench.camera.opened, 0);
+  {
+    std::istringstream source(pattern(100));
+    ODevFileStream out(bench.map.get(), "Firmware");
+    EXPECT_THAT(thrown<RuntimeException>([&] { out << source.rdbuf(); }), HasSubstr("stopped at byte 24"));
+    EXPECT_TRUE(out.bad());
+  }
+  {
+    ODevFileStream out(bench.map.get(), "Firmware");
+    out << std::string(24, 'x') << "1234567";
+    EXPECT_THAT(thrown<RuntimeException>([&] { out.close(); }), HasSubstr("stopped at byte 24"));
+    EXPECT_FALSE(out.is_open());
+  }
+  bench.camera.refusesClose = true;
+  {
+    ODevFileStream out(bench.map.get(), "Firmware");
+    out << "abc";
+    EXPECT_EQ(thrown<RuntimeException>([&] { out.close(); }), "file 'Firmware' could not be closed: status Failure");
+  }
+  { ODevFileStream silent(bench.map.get(), "Firmware"); }
+  IDevFileStream in(bench.map.get(), "UserSet");
+  in.close();
+  EXPECT_TRUE(in.fail());
+  bench.camera.refusesClose = false;
+  bench.camera.shortCount = 5;
+  EXPECT_EQ(upload(bench, pattern(30)), pattern(30)) << "a short count only needs another block";
+}
+
+TEST(DeviceFile, AFailureBelowTheFileSizeIsNoEndOfFile) {
+  // The device stops with a status other than success in the middle.
+  struct Broken : FileCamera {
+    void written(int64_t address) override {
+      FileCamera::written(address);
+      if (address == Execute && word(Operation) == FileCamera::Read && word(Offset) >= 12) setWord(Status, 1);
+    }
+  };
+  for (const bool hasSize : {true, false}) {
+    Broken camera;
+    camera.files[0] = pattern(40);
+    TestNodeMap map(fileDescription("", hasSize ? "" : "FileSize"));
+    map->Connect(&camera);
+    IDevFileStream in(map.get(), "UserSet");
+    std::string got(100, '\0');
+    if (hasSize) {
+      EXPECT_EQ(thrown<RuntimeException>([&] { in.read(got.data(), 100); }),
+                "reading file 'UserSet' stopped at byte 12 of 40: status Failure");
+    } else {
+      EXPECT_EQ(in.rdbuf()->sgetn(got.data(), 100), 12);
+    }
+    in.close();
+    map->Connect(static_cast<IPort*>(nullptr));
+  }
+}
+
+// Whatever access fails, the port's own text arrives, nothing is reported as done, and the next transfer works.
+TEST(DeviceFile, EveryPortFailureArrivesUnchanged) {
+  FileBench bench;
+  const std::string content = pattern(30);
+  int failures = 0;
+  for (int n = 1;; ++n) {
+    bench.map->InvalidateNodes();
+    bench.camera.files[1] = "old";
+    bench.camera.failAt = bench.camera.accesses + n;
+    std::string text;
+    try {
+      std::istringstream source(content);
+      ODevFileStream out(bench.map.get(), "Firmware");
+      out << source.rdbuf();
+      out.close();
+    } catch (const TimeoutException& e) {
+      text = e.what();
+    }
+    const bool failed = bench.camera.accesses >= bench.camera.failAt;
+    bench.camera.failAt = 0;
+    EXPECT_EQ(text, failed ? "the line is dead" : "") << n;
+    if (!failed) break;
+    ++failures;
+    bench.camera.opened = 0;  // a dead line may leave it open
+  }
+  EXPECT_EQ(bench.camera.files[1], content);
+  EXPECT_GT(failures, 30);
+
+  failures = 0;
+  for (int n = 1;; ++n) {
+    bench.map->InvalidateNodes();
+    bench.camera.failAt = bench.camera.accesses + n;
+    std::string text;
+    std::string got(100, '\0');
+    try {
+      IDevFileStream in(bench.map.get(), "Firmware");
+      ASSERT_FALSE(in.fail());
+      got.resize(static_cast<size_t>(in.rdbuf()->sgetn(got.data(), 100)));
+      in.close();
+    } catch (const TimeoutException& e) {
+      text = e.what();
+    }
+    const bool failed = bench.camera.accesses >= bench.camera.failAt;
+    bench.camera.failAt = 0;
+    EXPECT_EQ(text, failed ? "the line is dead" : "") << n;
+    bench.camera.opened = 0;
+    if (failed) {
+      ++failures;
+      continue;
+    }
+    EXPECT_EQ(got, content);
+    break;
+  }
+  EXPECT_GT(failures, 30);
+}
+
+}  // namespace

@@ -1,0 +1,210 @@
+// Applying an update: the order of calls, and what happens when something fails on the way.
+#include <FirmwareUpdate/FirmwareUpdate.h>
+#include <gmock/gmock.h>
+
+#include "genapi/FileCamera.h"
+#include "genapi/GufBuilder.h"
+
+namespace {
+
+using namespace GENAPI_NAMESPACE;
+using namespace GENICAM_NAMESPACE;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// What happened, in order; device and observer write into it.
+using Story = std::vector<std::string>;
+
+struct Device : IFirmwareUpdatableDevice {
+  Device(Story& itsStory, INodeMap* itsMap) : story(itsStory), map(itsMap) {}
+  void PrepareForFirmwareUpdate() override {
+    story.push_back("prepare");
+    if (failsToPrepare) throw std::runtime_error("not now");
+  }
+  INodeMap* DeviceResetWhileUpdatingFirmware(unsigned int estimated, unsigned int delay) override {
+    story.push_back("reset " + std::to_string(estimated) + " " + std::to_string(delay));
+    return afterReset;
+  }
+  void CleanupAfterFirmwareUpdate() override {
+    story.push_back("cleanup");
+    if (failsToCleanUp) throw std::runtime_error("dirt left");
+  }
+  INodeMap* GetNodeMapOfDeviceToUpdate() override { return map; }
+  gcstring GetDisplayName() override { return "device"; }
+
+  Story& story;
+  INodeMap* map;
+  INodeMap* afterReset = nullptr;
+  bool failsToPrepare = false;
+  bool failsToCleanUp = false;
+};
+
+struct Observer : IFirmwareUpdateProgressObserver {
+  explicit Observer(Story& itsStory) : story(itsStory) {}
+  void OnFirmwareUpdateBegin(const CFirmwareUpdateInfo&, unsigned int estimated) override {
+    story.push_back("begin " + std::to_string(estimated));
+    if (throwsAtBegin) throw std::runtime_error("user said no");
+  }
+  void OnFirmwareUpdateProgressStepBegin(EFirmwareUpdateProgressStepType type, unsigned int estimated,
+                                         const char* text) override {
+    story.push_back("step " + std::to_string(type) + " " + std::to_string(estimated) + " " + text);
+    throw std::runtime_error("a broken progress bar");
+  }
+  void OnFirmwareUpdateProgressStepPartialProgress(EFirmwareUpdateProgressStepType, double percent) override {
+    story.push_back(std::to_string(static_cast<int>(percent)) + "%");
+    throw 1;
+  }
+  void OnFirmwareUpdateProgressStepEnd(EFirmwareUpdateProgressStepType type, unsigned int) override {
+    story.push_back("end " + std::to_string(type));
+  }
+  void OnFirmwareUpdateEnd() override { story.push_back("done"); }
+  void OnFirmwareUpdateError(const GenericException& e) override {
+    story.push_back(std::string("error ") + e.GetDescription());
+    throw 1;
+  }
+  Story& story;
+  bool throwsAtBegin = false;
+};
+
+std::string control(const std::string& steps) {
+  return R"(<FirmwareUpdateControl SchemaMajorVersion="1"><Update Procedure="Main"><Info Key="Version">1</Info>
+    <Info Key="Description">d</Info><Condition Feature="DeviceModelName">EX-(100|200)</Condition></Update>
+    <Procedure Name="Main">)" +
+         steps + "</Procedure></FirmwareUpdateControl>";
+}
+
+struct Attempt {
+  explicit Attempt(const std::string& steps)
+      : file(guf(control(steps), {{"data/main.bin", "0123456789abcdefghijklmn!", true}})) {
+    CFirmwareUpdateDefaultInfoCollector infos;
+    CFirmwareUpdater().ReadFirmwareUpdateInfos(file.path(), infos);
+    info = infos[0];
+  }
+  void apply(const char* language = nullptr) { CFirmwareUpdater().ApplyUpdate(&device, info, &observer, language); }
+
+  FileBench bench;
+  TemporaryFile file;
+  CFirmwareUpdateInfo info;
+  Story story;
+  Device device{story, bench.map.get()};
+  Observer observer{story};
+};
+
+const char kUpload[] = R"(<FileUpload FileSelector="Firmware" File="data/main.bin" EstimatedDurationMs="7">
+  <Description Lang="en">Writing</Description><Description Lang="de">Schreibe</Description></FileUpload>)";
+
+TEST(FirmwareApply, CarriesOutEveryStepInOrder) {
+  Attempt run(std::string(R"(<FeatureWrite Feature="Mode" Value="5" EstimatedDurationMs="1"/>)") + kUpload +
+              R"(<FeatureExecute Feature="Activate"/><DeviceReset EstimatedDurationMs="20" DelayEnumerationMs="3"/>
+             <FeatureAssert Feature="Mode" Pattern="5|6"/>)");
+  FileBench after;
+  after.camera.setWord(FileCamera::Mode, 6);
+  run.device.afterReset = after.map.get();
+  run.bench.camera.setWord(FileCamera::Activate, 0);
+  run.apply("DE");
+  EXPECT_THAT(run.story, ElementsAre("prepare", "begin 28", "step 0 0 ", "end 0", "step 1 0 ", "end 1", "step 2 1 ",
+                                     "end 2", "step 5 7 Schreibe", "48%", "96%", "100%", "end 5", "step 3 0 ", "end 3",
+                                     "step 6 20 ", "reset 20 3", "end 6", "step 4 0 ", "end 4", "done", "cleanup"));
+  EXPECT_EQ(run.bench.camera.files[1], "0123456789abcdefghijklmn!");
+  EXPECT_EQ(run.bench.camera.word(FileCamera::Mode), 5u);
+  EXPECT_EQ(run.bench.camera.opened, 0);
+}
+
+TEST(FirmwareApply, AFailedStepIsReportedCleanedUpAndRethrown) {
+  const struct {
+    const char* steps;
+    const char* text;
+  } cases[] = {
+      {R"(<FeatureWrite Feature="Nothing" Value="5"/>)",
+       "step 1 FeatureWrite 'Nothing': the device has no such feature"},
+      {R"(<FeatureExecute Feature="Mode"/>)", "step 1 FeatureExecute 'Mode': is not a command"},
+      {R"(<FeatureWrite Feature="Mode" Value="2"/><FeatureAssert Feature="Mode" Pattern="3"/>)",
+       "step 2 FeatureAssert 'Mode': value '2' does not match '3'"},
+      {R"(<DeviceReset/><FeatureWrite Feature="Mode" Value="2"/>)", "no node map after device reset"},
+      {R"(<DeviceReset/><FileUpload FileSelector="Firmware" File="data/main.bin"/>)", "no node map after device reset"},
+  };
+  for (const auto& c : cases) {
+    Attempt run(c.steps);
+    run.device.failsToCleanUp = true;
+    EXPECT_EQ(thrown<RuntimeException>([&] { run.apply(); }), c.text);
+    ASSERT_GE(run.story.size(), 2u);
+    EXPECT_EQ(run.story[run.story.size() - 2], std::string("error ") + c.text);
+    EXPECT_EQ(run.story.back(), "cleanup");
+    EXPECT_EQ(std::count(run.story.begin(), run.story.end(), "cleanup"), 1);
+  }
+  Attempt last("<DeviceReset/>");
+  last.apply();
+  EXPECT_EQ(last.story.back(), "cleanup") << "a reset without a new node map may be the last step";
+}
+
+TEST(FirmwareApply, NothingIsWrittenWhenFileOrDeviceDoNotFit) {
+  Attempt changed(kUpload);
+  changed.file.write(guf(control(kUpload), {{"data/main.bin", "other bytes of it"}}));
+  EXPECT_THAT(thrown<RuntimeException>([&] { changed.apply(); }), HasSubstr("has changed since it was read"));
+  EXPECT_EQ(changed.bench.camera.executions, 0);
+
+  Attempt other(kUpload);
+  std::memcpy(&other.bench.camera.memory[FileCamera::Model], "EX-300", 6);
+  EXPECT_THAT(thrown<InvalidArgumentException>([&] { other.apply(); }), HasSubstr("DeviceModelName"));
+  EXPECT_EQ(other.story.back(), "cleanup");
+  EXPECT_FALSE(CFirmwareUpdater().FirmwareUpdateMatchesDevice(other.bench.map.get(), other.info));
+  EXPECT_EQ(other.bench.camera.executions, 0);
+
+  Attempt stopped(kUpload);
+  stopped.observer.throwsAtBegin = true;
+  EXPECT_EQ(thrown<std::runtime_error>([&] { stopped.apply(); }), "user said no");
+  EXPECT_EQ(stopped.story.back(), "cleanup");
+  EXPECT_EQ(stopped.bench.camera.accesses, 0);
+
+  Attempt unprepared(kUpload);
+  unprepared.device.failsToPrepare = true;
+  EXPECT_EQ(thrown<std::runtime_error>([&] { unprepared.apply(); }), "not now");
+  EXPECT_THAT(unprepared.story, ElementsAre("prepare"));
+
+  Attempt mapless(kUpload);
+  mapless.device.map = nullptr;
+  EXPECT_EQ(thrown<RuntimeException>([&] { mapless.apply(); }), "device has no node map");
+  EXPECT_EQ(mapless.story.back(), "cleanup");
+
+  EXPECT_THROW(CFirmwareUpdater().ApplyUpdate(nullptr, changed.info), InvalidArgumentException);
+  EXPECT_THROW(CFirmwareUpdater().ApplyUpdate(&changed.device, CFirmwareUpdateInfo()), InvalidArgumentException);
+  EXPECT_TRUE(CFirmwareUpdater().FirmwareUpdateMatchesDevice(changed.bench.map.get(), changed.info));
+  EXPECT_FALSE(CFirmwareUpdater().FirmwareUpdateMatchesDevice(changed.bench.map.get(), CFirmwareUpdateInfo()));
+  EXPECT_THROW(CFirmwareUpdater().FirmwareUpdateMatchesDevice(nullptr, changed.info), InvalidArgumentException);
+}
+
+TEST(FirmwareApply, AFailureOfCleaningUpAfterSuccessLeaves) {
+  Attempt run(R"(<FeatureWrite Feature="Mode" Value="5"/>)");
+  run.device.failsToCleanUp = true;
+  EXPECT_EQ(thrown<std::runtime_error>([&] { run.apply(); }), "dirt left");
+  EXPECT_EQ(run.story[run.story.size() - 2], "done");
+  run.device.failsToCleanUp = false;
+  run.apply();
+  EXPECT_EQ(run.story.back(), "cleanup") << "the same updater and device again";
+}
+
+TEST(FirmwareApply, EveryPortFailureIsReportedAndCleanedUp) {
+  const std::string steps = std::string(R"(<FeatureWrite Feature="Mode" Value="5"/>)") + kUpload;
+  int failures = 0;
+  for (int n = 1;; ++n) {
+    Attempt run(steps);
+    run.bench.camera.failAt = n;
+    std::string text;
+    try {
+      run.apply();
+    } catch (const TimeoutException& e) {
+      text = e.what();
+    }
+    EXPECT_EQ(run.story.back(), "cleanup");
+    if (run.bench.camera.accesses < n) {
+      EXPECT_EQ(text, "");
+      break;
+    }
+    ++failures;
+    EXPECT_EQ(text, "the line is dead") << n;
+    EXPECT_EQ(run.story[run.story.size() - 2], "error the line is dead") << n;
+  }
+  EXPECT_GT(failures, 20);
+}
+
+}  // namespace
