@@ -1,0 +1,214 @@
+// Loading, finding nodes, and what the description says about itself.
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "Device.h"
+
+namespace {
+
+TEST(NodeMap, RefusesUntilSomethingIsLoaded) {
+  Device empty;
+  NODE node = nullptr;
+  uint32_t count = 7;
+  size_t size = 0;
+  int64_t number = 0;
+  const char* const kNothing = "No NodeMap object available";
+  EXPECT_FAILS(NMGetNode(empty.map, "Width", node), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_FAILS(NMNodeCount(empty.map, count), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_EQ(count, 7u);
+  EXPECT_FAILS(NMListNode(empty.map, 0, nullptr, size), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_FAILS(NMInfoAsInteger(empty.map, NMI_VendorName, &number), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_FAILS(NMPollNodes(empty.map, 1), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_FAILS(NMUpdateChunks(empty.map, nullptr), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_FAILS(NMDetachAllChunks(empty.map), OXGENAPI_E_INVALID_STATE, kNothing);
+  EXPECT_FAILS(NMConnectPort(empty.map, nullptr, nullptr, nullptr, nullptr), OXGENAPI_E_INVALID_STATE,
+               "No NodeMap available to connect to");
+}
+
+TEST(NodeMap, FindsNodesByNameAndHandsOutTheSameObject) {
+  Device device(integerRegister("Width", 0));
+  NODE first = nullptr;
+  NODE second = nullptr;
+  ASSERT_OK(NMGetNode(device.map, "Width", first));
+  ASSERT_OK(NMGetNodeW(device.map, L"Width", second));
+  EXPECT_EQ(first, second);
+  EXPECT_GE(OxIfaceContainerReleaseUseCounter(first), 0);
+  EXPECT_TRUE(IsNode(second));
+  EXPECT_GE(OxIfaceContainerReleaseUseCounter(second), 0);
+  EXPECT_FALSE(IsNode(second));
+
+  NODE none = second;
+  EXPECT_FAILS(NMGetNode(device.map, "Height", none), OXGENAPI_E_NOT_PRESENT, "Node 'Height' not present in NodeMap");
+  EXPECT_EQ(none, nullptr);
+  EXPECT_FAILS(NMGetNode(device.map, nullptr, none), OXGENAPI_E_NOT_PRESENT, "Node '' not present in NodeMap");
+}
+
+TEST(NodeMap, ListsItsNodesInDescriptionOrder) {
+  Device device(integerRegister("Width", 0));
+  uint32_t count = 0;
+  ASSERT_OK(NMNodeCount(device.map, count));
+  ASSERT_EQ(count, 3u);
+  std::vector<std::string> names;
+  for (uint32_t i = 0; i < count; ++i) {
+    names.push_back(textOf([&](char* buffer, size_t& size) { return NMListNode(device.map, i, buffer, size); }));
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{"Root", "Width", "Device"}));
+  size_t size = 0;
+  EXPECT_FAILS(NMListNode(device.map, 3, nullptr, size), OXGENAPI_E_INVALID_ARGUMENT, "Index out of range: 0 <= 3 < 3");
+  EXPECT_OK(NMListNodeW(device.map, 1, nullptr, size));
+  EXPECT_EQ(size, 6u);
+}
+
+TEST(NodeMap, TellsWhatTheDescriptionSaysAboutTheDevice) {
+  Device device("");
+  const char* const texts[] = {"Vendor",
+                               "Model",
+                               "1",
+                               "1",
+                               "7",
+                               "4",
+                               "5",
+                               "6",
+                               "GEV",
+                               "11111111-2222-3333-4444-555555555555",
+                               "66666666-7777-8888-9999-AAAAAAAAAAAA",
+                               "A camera"};
+  for (uint32_t command = 0; command <= 12; ++command) {
+    const auto info = static_cast<TNodeMapInfo>(command);
+    const bool isNumber = command >= 2 && command <= 7;
+    int64_t integer = -1;
+    double real = -1;
+    bool boolean = false;
+    const Outcome number = isNumber ? succeeds() : fails(OXGENAPI_E_NOT_SUPPORTED, "Unknown info command");
+    EXPECT_EQ(outcome(NMInfoAsInteger(device.map, info, &integer)), number) << command;
+    EXPECT_EQ(outcome(NMInfoAsFloat(device.map, info, &real)), number) << command;
+    EXPECT_FAILS(NMInfoAsBoolean(device.map, info, &boolean), OXGENAPI_E_NOT_SUPPORTED, "Unknown info command");
+    if (isNumber) {
+      EXPECT_EQ(integer, std::stoi(texts[command]));
+      EXPECT_EQ(real, static_cast<double>(integer));
+    }
+    if (command < std::size(texts)) {
+      EXPECT_EQ(textOf([&](char* b, size_t& size) { return NMInfoAsString(device.map, info, b, size); }),
+                texts[command]);
+    }
+  }
+  char text[4] = "old";
+  size_t size = sizeof text;
+  EXPECT_FAILS(NMInfoAsString(device.map, static_cast<TNodeMapInfo>(12), text, size), OXGENAPI_E_NOT_SUPPORTED,
+               "Unknown info command");
+  EXPECT_STREQ(text, "");
+  wchar_t wide[8];
+  size = 8;
+  EXPECT_OK(NMInfoAsStringW(device.map, NMI_VendorName, wide, size));
+  EXPECT_EQ(std::wstring(wide), L"Vendor");
+}
+
+TEST(NodeMap, LoadsFilesByNarrowAndWideNames) {
+  const std::string start = std::filesystem::temp_directory_path().string() + "/oxgenapi_";
+  const std::string end = std::to_string(getpid()) + ".xml";
+  const std::string path = start + "\xC3\xA9" + end;
+  const std::wstring widePath =
+      std::wstring(start.begin(), start.end()) + L"\u00e9" + std::wstring(end.begin(), end.end());
+  std::ofstream(path) << description(integerRegister("Width", 0));
+  Device narrow;
+  EXPECT_OK(NMLoadXMLFile(narrow.map, path.c_str()));
+  narrow.node("Width");
+  Device wide;
+  EXPECT_OK(NMLoadXMLFileW(wide.map, widePath.c_str()));
+  wide.node("Width");
+  std::filesystem::remove(path);
+  EXPECT_EQ(NMLoadXMLFile(wide.map, path.c_str()), OXGENAPI_E_RUNTIME);
+  EXPECT_NE(lastErrorText().find("oxgenapi_"), std::string::npos);
+}
+
+TEST(NodeMap, AFailedLoadKeepsWhatWasLoaded) {
+  Device device(integerRegister("Width", 0));
+  const NODE width = device.node("Width");
+  EXPECT_EQ(NMLoadXMLString(device.map, "<RegisterDescription"), OXGENAPI_E_RUNTIME);
+  EXPECT_EQ(NMLoadXMLString(device.map, ""), OXGENAPI_E_RUNTIME);
+  EXPECT_EQ(NMLoadXMLString(device.map, nullptr), OXGENAPI_E_RUNTIME);
+  EXPECT_EQ(NMLoadXMLStringW(device.map, nullptr), OXGENAPI_E_RUNTIME);
+  EXPECT_EQ(NMLoadXMLFile(device.map, nullptr), OXGENAPI_E_RUNTIME);
+  EXPECT_EQ(device.node("Width"), width);
+  EXPECT_OK(NSetAsInteger(width, 3));
+  EXPECT_EQ(device.integerAt(0), 3);
+}
+
+TEST(NodeMap, PollingInvalidatesWhatIsDue) {
+  Device device(integerRegister("Width", 0, "<PollingTime>100</PollingTime>"));
+  const NODE width = device.node("Width");
+  const auto read = [&] {
+    int64_t value = -1;
+    EXPECT_OK(NGetAsInteger(width, &value));
+    return value;
+  };
+  EXPECT_EQ(read(), 0);
+  device.setInteger(0, 5);
+  EXPECT_OK(NMPollNodes(device.map, 60));
+  EXPECT_EQ(read(), 0);
+  EXPECT_OK(NMPollNodes(device.map, 60));
+  EXPECT_EQ(read(), 5);
+  EXPECT_EQ(NMPollNodes(device.map, -1), OXGENAPI_E_UNSPECIFIED);
+}
+
+TEST(NodeMap, ANodeKeepsItsNodeMapAlive) {
+  NODEMAP map = nullptr;
+  NODE node = nullptr;
+  ASSERT_OK(CreateNodeMap(map));
+  ASSERT_OK(NMLoadXMLString(map, description("<Integer Name=\"Width\"><Value>4</Value></Integer>").c_str()));
+  ASSERT_OK(NMGetNode(map, "Width", node));
+  EXPECT_GE(OxIfaceContainerReleaseUseCounter(map), 0);
+  int64_t value = 0;
+  EXPECT_OK(NGetAsInteger(node, &value));
+  EXPECT_EQ(value, 4);
+  EXPECT_TRUE(IsNodeMap(map));
+  EXPECT_GE(OxIfaceContainerReleaseUseCounter(node), 0);
+  EXPECT_FALSE(IsNodeMap(map));
+}
+
+struct Notified {
+  NODEMAP internal = nullptr;
+  int calls = 0;
+  uint32_t resultInside = ~0u;
+  static void notify(void* self) {
+    auto& notified = *static_cast<Notified*>(self);
+    ++notified.calls;
+    uint32_t count = 0;
+    notified.resultInside = NMNodeCount(notified.internal, count);
+  }
+};
+
+TEST(NodeMapProxy, StandsForItsNodeMapAndOutlivesItsHandle) {
+  Notified notified;
+  NODEMAP internal = nullptr;
+  NODEMAP proxy = nullptr;
+  NODEMAP proxyOfProxy = nullptr;
+  ASSERT_OK(CreateNodeMap(internal));
+  notified.internal = internal;
+  ASSERT_OK(CreateNodeMapProxy(internal, &Notified::notify, &notified, &proxy));
+  ASSERT_OK(CreateNodeMapProxy(proxy, nullptr, nullptr, &proxyOfProxy));
+  EXPECT_TRUE(IsNodeMap(proxy));
+  OxIfaceContainerReleaseUseCounter(internal);
+  OxIfaceContainerReleaseUseCounter(proxy);
+
+  EXPECT_FAILS(NMAttachChunk(proxyOfProxy, std::vector<TChunkData>(1).data()), OXGENAPI_E_INVALID_ARGUMENT,
+               "Chunk data buffer invalid");
+  ASSERT_OK(NMLoadXMLString(proxyOfProxy, description("<Integer Name=\"Width\"><Value>4</Value></Integer>").c_str()));
+  NODE node = nullptr;
+  ASSERT_OK(NMGetNode(proxyOfProxy, "Width", node));
+  NODE same = nullptr;
+  ASSERT_OK(NMGetNode(internal, "Width", same));  // kept alive by the proxies
+  EXPECT_EQ(node, same);
+  OxIfaceContainerReleaseUseCounter(node);
+  OxIfaceContainerReleaseUseCounter(same);
+
+  EXPECT_EQ(notified.calls, 0);
+  OxIfaceContainerReleaseUseCounter(proxyOfProxy);
+  EXPECT_EQ(notified.calls, 1);
+  EXPECT_EQ(notified.resultInside, 0u);  // the node map was still there
+  EXPECT_FALSE(IsNodeMap(internal));
+}
+
+}  // namespace
