@@ -124,6 +124,7 @@ int SimulatedCamera::accessMode() {
 
 std::string_view SimulatedCamera::currentDescription() const {
   const std::lock_guard lock(parts_->mutex);
+  parts_->core.timeline.advance();
   return parts_->firmware.description();
 }
 
@@ -145,16 +146,19 @@ Frame SimulatedCamera::acquireFrame() {
 
 std::vector<uint8_t> SimulatedCamera::fileContent(std::string_view file) const {
   const std::lock_guard lock(parts_->mutex);
+  parts_->core.timeline.advance();
   return parts_->files.content(file);
 }
 
 void SimulatedCamera::setFileContent(std::string_view file, std::vector<uint8_t> content) {
   const std::lock_guard lock(parts_->mutex);
+  parts_->core.timeline.advance();
   parts_->files.content(file) = std::move(content);
 }
 
 void SimulatedCamera::judgeFileOperations(FileJudge judge) {
   const std::lock_guard lock(parts_->mutex);
+  parts_->core.timeline.advance();
   parts_->files.judgeBy(std::move(judge));
 }
 

@@ -191,10 +191,13 @@ TEST(Firmware, RefusesADamagedImage) {
   EXPECT_EQ(FirmwareImage::decode(good).version, "2.0.0");
   EXPECT_THROW(FirmwareImage({"", {}}).encode(), std::invalid_argument);
 
+  // A damaged image also takes back what an earlier good one had announced.
   FileBench bench;
-  bench->setFileContent("FirmwareImage", damaged(50, 9));
-  bench.set("FirmwareActivateReg", 1);
-  bench.wait(300);
+  for (const auto& image : {good, damaged(50, 9)}) {
+    bench->setFileContent("FirmwareImage", image);
+    bench.set("FirmwareActivateReg", 1);
+    bench.wait(300);
+  }
   EXPECT_EQ(bench.get("FirmwareStatusReg"), 2u);
   bench.set("DeviceResetReg", 1);
   EXPECT_EQ(bench.getText("DeviceFirmwareVersion"), "FW 1.4.2");

@@ -16,12 +16,14 @@ namespace fs = std::filesystem;
 TEST(MemoryDevice, HoldsBytesAnywhere) {
   MemoryDevice memory;
   const int64_t most = std::numeric_limits<int64_t>::max();
-  for (const int64_t address :
-       {int64_t{0}, int64_t{4094}, int64_t{-3}, most - 8, std::numeric_limits<int64_t>::min()}) {
-    std::vector<uint8_t> written = {1, 2, 3, 4, 5, 6, 7, 8}, seen(8);
-    ASSERT_EQ(memory.write(written.data(), address, 8), 0);
-    ASSERT_EQ(memory.read(seen.data(), address, 8), 0);
-    EXPECT_EQ(seen, written) << address;
+  // Pages must not fall together: -3 and 4093 are 4096 apart.
+  const std::vector<int64_t> places = {16, 4090, -3, most - 8, std::numeric_limits<int64_t>::min()};
+  const auto bytesFor = [](std::size_t i) { return std::vector<uint8_t>(8, static_cast<uint8_t>(i + 1)); };
+  for (std::size_t i = 0; i < places.size(); ++i) ASSERT_EQ(memory.write(bytesFor(i).data(), places[i], 8), 0);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    std::vector<uint8_t> seen(8);
+    ASSERT_EQ(memory.read(seen.data(), places[i], 8), 0);
+    EXPECT_EQ(seen, bytesFor(i)) << places[i];
   }
   uint8_t byte = 9;
   EXPECT_EQ(memory.read(&byte, 1'000'000, 1), 0);
