@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <mutex>
 #include <unordered_map>
+#include <utility>
 
 #include "GenApi/INodeMap.h"
 #include "nodemap/NodeMap.h"
@@ -47,9 +48,13 @@ const INodeMap* mapOf(CallbackHandleType handle) {
 
 }  // namespace
 
-CallbackRegistry::~CallbackRegistry() {
-  for (const auto& [node, list] : lists_) {
-    for (const auto& record : list) strike(record->handle());
+void CallbackRegistry::clear() noexcept {
+  const auto ended = std::exchange(lists_, {});  // callbacks destroyed here find no registration any more
+  for (const auto& [node, list] : ended) {
+    for (const auto& record : list) {
+      record->end();
+      strike(record->handle());
+    }
   }
 }
 

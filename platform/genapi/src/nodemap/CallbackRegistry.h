@@ -38,11 +38,13 @@ class CallbackRegistry {
   CallbackRegistry() = default;
   CallbackRegistry(const CallbackRegistry&) = delete;
   CallbackRegistry& operator=(const CallbackRegistry&) = delete;
-  ~CallbackRegistry();
+  ~CallbackRegistry() { clear(); }
   // Takes over the callback, also when it throws std::bad_alloc.
   CallbackHandleType add(const INodeMap& map, NodeIndex node, CNodeCallback* callback);
   // False when the handle is not one of the node's.
   bool remove(NodeIndex node, CallbackHandleType handle);
+  // Ends and destroys all registrations.
+  void clear() noexcept;
   bool has(NodeIndex node) const { return lists_.count(node) != 0; }
   // Appends the node's registrations in the order in which they were made.
   void append(NodeIndex node, CallbackList& list) const;

@@ -50,6 +50,7 @@ NodeMap::NodeMap(LoadedDescription loaded, const gcstring& deviceName)
 
 NodeMap::~NodeMap() {
   endObservers_.end();
+  callbacks_.clear();  // while the nodes they point to still live
   for (NodeIndex index = 0; index < description_->nodeCount(); ++index) {
     if (NodeBase* node = nodeIfBuilt(index)) node->~NodeBase();
   }
@@ -296,12 +297,15 @@ void NodeMap::deregister(CallbackHandleType handle) const {
   if (index != kNoNode) removeCallback(index, handle);
 }
 
+void NodeMap::requireShallowNesting() {
+  if (firingNesting < kMaxOperationNesting) return;
+  throw LOGICAL_ERROR_EXCEPTION("more than %d operations inside the callbacks of each other", kMaxOperationNesting);
+}
+
 void NodeMap::Operation::fire(NodeBase* addressed) {
   std::vector<NodeIndex> nodes = std::move(map_.collected_);
   map_.collected_.clear();
-  if (firingNesting >= kMaxOperationNesting) {
-    throw LOGICAL_ERROR_EXCEPTION("more than %d operations inside the callbacks of each other", kMaxOperationNesting);
-  }
+  requireShallowNesting();
   std::sort(nodes.begin(), nodes.end());
   nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
   if (addressed) {

@@ -100,6 +100,9 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   template <class Body>
   auto operate(NodeBase* addressed, Body&& body) const -> decltype(body());
 
+  // Throws LogicalErrorException inside too many callbacks of callbacks. Writes ask before they change anything.
+  static void requireShallowNesting();
+
   // The number of the last invalidation.
   uint64_t stamp() const { return stamp_; }
   // Drops the caches of everything that depends on the node.

@@ -160,6 +160,7 @@ class NodeBase : public INode, public ISelector {
   template <class Body>
   void writing(bool verify, Body&& body) {
     map_.operate(this, [&] {
+      NodeMap::requireShallowNesting();
       verify ? requireWritable() : requireSound();
       body();
     });
