@@ -189,6 +189,8 @@ class PropertyCollector {
       case NodeType::EnumEntry:
       case NodeType::SwissKnife:
       case NodeType::IntSwissKnife:
+      case NodeType::Converter:
+      case NodeType::IntConverter:
         return;
       default:
         addNames("pTerminal", node_.related(ctTerminalNodes));

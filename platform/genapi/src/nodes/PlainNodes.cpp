@@ -31,29 +31,34 @@ void CategoryNode::GetFeatures(FeatureList_t& Features) const {
   }
 }
 
-// The most visible of everything below; categories on the way count only by what they hold.
+// The most visible of everything below; categories on the way count by what they hold and by what was imposed on them.
 EVisibility CategoryNode::GetVisibility() const {
+  const AutoLock lock(map().GetLock());
   const Description& description = map().description();
   EVisibility best = Invisible;
-  std::vector<NodeIndex> waiting{index()};
-  std::vector<bool> visited(description.nodeCount());
+  struct Waiting {
+    NodeIndex category;
+    EVisibility limit;  // imposed on the way down
+  };
+  std::vector<Waiting> waiting{{index(), Beginner}};
+  std::vector<uint8_t> visited(description.nodeCount(), Invisible);  // the limit with which each was looked into
   while (!waiting.empty()) {
-    const NodeIndex current = waiting.back();
+    const NodeIndex current = waiting.back().category;
+    const Imposed* imposed = map().imposed(current);
+    const EVisibility limit = Combine(waiting.back().limit, imposed ? imposed->visibility : Beginner);
     waiting.pop_back();
-    if (visited[current]) continue;
-    visited[current] = true;
+    if (limit >= best || limit >= visited[current]) continue;  // nothing more visible can come from here
+    visited[current] = static_cast<uint8_t>(limit);
     for (const Property& each : description.properties(current)) {
       if (each.element != Element::pFeature) continue;
       if (description.node(each.target).type == NodeType::Category) {
-        waiting.push_back(each.target);
+        waiting.push_back({each.target, limit});
       } else {
-        best = std::min(best, map().node(each.target).GetVisibility());
+        best = std::min(best, Combine(limit, map().node(each.target).GetVisibility()));
       }
     }
   }
-  const AutoLock lock(map().GetLock());
-  const Imposed* imposed = map().imposed(index());
-  return imposed ? Combine(best, imposed->visibility) : best;
+  return best;
 }
 
 EAccessMode CategoryNode::combinedMode() {
