@@ -2,7 +2,6 @@
 
 #include <exception>
 #include <limits>
-#include <utility>
 
 #include "nodemap/NodeMap.h"
 #include "nodes/CommandNode.h"
@@ -11,25 +10,23 @@
 namespace GENAPI_NAMESPACE {
 
 PollClock::PollClock(NodeMap& map) : map_(map) {
-  for (const NodeIndex node : map.description().polledNodes()) clocks_.push_back({node, 0});
+  for (const NodeIndex node : map.description().polledNodes()) clocks_.push_back({node, 0, 0});
 }
 
-bool PollClock::isDue(size_t clock, int64_t elapsed, bool active) {
-  Clock& mine = clocks_[clock];
-  if (!active) {
-    mine.time = 0;
-    return false;
-  }
-  if (__builtin_add_overflow(mine.time, elapsed, &mine.time)) mine.time = std::numeric_limits<int64_t>::max();
-  const Property* period = map_.description().find(mine.node, Element::PollingTime);
-  if (!period || mine.time < period->integer) return false;
-  mine.time = 0;
+bool PollClock::isDue(Clock& clock, int64_t elapsed, bool active, uint32_t turn) {
+  if (!active || turn != clock.turn) clock.time = 0;
+  clock.turn = turn;
+  if (!active) return false;
+  if (__builtin_add_overflow(clock.time, elapsed, &clock.time)) clock.time = std::numeric_limits<int64_t>::max();
+  const Property* period = map_.description().find(clock.node, Element::PollingTime);
+  if (!period || clock.time < period->integer) return false;
+  clock.time = 0;
   return true;
 }
 
-void PollClock::advanceStates(int64_t elapsed) {
-  for (size_t i = 0; i < clocks_.size(); ++i) {
-    const NodeIndex index = clocks_[i].node;
+void PollClock::advanceStates(int64_t elapsed, Round& round) {
+  for (Clock& clock : clocks_) {
+    const NodeIndex index = clock.node;
     const NodeType type = map_.description().node(index).type;
     if (type != NodeType::Command && type != NodeType::Enumeration) continue;
     NodeBase* node = map_.nodeIfBuilt(index);  // one that nobody has used neither executes nor clears
@@ -37,23 +34,23 @@ void PollClock::advanceStates(int64_t elapsed) {
     try {
       if (type == NodeType::Command) {
         auto& command = static_cast<CommandNode&>(*node);
-        if (!isDue(i, elapsed, command.isExecuting() && command.canBeAsked())) continue;
-        if (!command.ask()) due_.push_back(index);
+        if (!isDue(clock, elapsed, command.isExecuting() && command.canBeAsked(), command.starts())) continue;
+        if (!command.ask()) round.due.push_back(index);
       } else {
         auto& enumeration = static_cast<EnumerationNode&>(*node);
-        if (!isDue(i, elapsed, enumeration.isClearing())) continue;
-        due_.push_back(index);
+        if (!isDue(clock, elapsed, enumeration.isClearing(), enumeration.clearings())) continue;
+        round.due.push_back(index);
         enumeration.readInteger({.ignoreCache = true});
       }
     } catch (...) {
-      if (!failure_) failure_ = std::current_exception();
+      if (!round.failure) round.failure = std::current_exception();
     }
   }
 }
 
-void PollClock::advanceRegisters(int64_t elapsed) {
-  for (size_t i = 0; i < clocks_.size(); ++i) {
-    const NodeIndex index = clocks_[i].node;
+void PollClock::advanceRegisters(int64_t elapsed, Round& round) {
+  for (Clock& clock : clocks_) {
+    const NodeIndex index = clock.node;
     const NodeType type = map_.description().node(index).type;
     if (type == NodeType::Command || type == NodeType::Enumeration) continue;
     bool blocked = false;
@@ -64,19 +61,18 @@ void PollClock::advanceRegisters(int64_t elapsed) {
       }
     } catch (...) {
       blocked = true;
-      if (!failure_) failure_ = std::current_exception();
+      if (!round.failure) round.failure = std::current_exception();
     }
-    if (isDue(i, elapsed, !blocked)) due_.push_back(index);
+    if (isDue(clock, elapsed, !blocked, 0)) round.due.push_back(index);
   }
 }
 
 void PollClock::advance(int64_t elapsed) {
-  due_.clear();
-  failure_ = nullptr;
-  advanceStates(elapsed);
-  advanceRegisters(elapsed);
-  for (const NodeIndex each : due_) map_.invalidated(each);
-  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
+  Round round;
+  advanceStates(elapsed, round);
+  advanceRegisters(elapsed, round);
+  for (const NodeIndex each : round.due) map_.invalidated(each);
+  if (round.failure) std::rethrow_exception(round.failure);
 }
 
 }  // namespace GENAPI_NAMESPACE

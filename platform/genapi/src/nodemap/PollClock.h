@@ -19,18 +19,23 @@ class PollClock {
   void advance(int64_t elapsed);
 
  private:
-  bool isDue(size_t clock, int64_t elapsed, bool active);
-  void advanceStates(int64_t elapsed);
-  void advanceRegisters(int64_t elapsed);
-
   struct Clock {
     NodeIndex node;
-    int64_t time;  // milliseconds since the node was due or became active
+    int64_t time;   // milliseconds since the node was due or became active
+    uint32_t turn;  // of activity, where the node counts them
   };
+  // What one call finds: a port may come back for another call in the middle of it.
+  struct Round {
+    std::vector<NodeIndex> due;
+    std::exception_ptr failure;
+  };
+
+  bool isDue(Clock& clock, int64_t elapsed, bool active, uint32_t turn);
+  void advanceStates(int64_t elapsed, Round& round);
+  void advanceRegisters(int64_t elapsed, Round& round);
+
   NodeMap& map_;
   std::vector<Clock> clocks_;
-  std::vector<NodeIndex> due_;
-  std::exception_ptr failure_;
 };
 
 }  // namespace GENAPI_NAMESPACE

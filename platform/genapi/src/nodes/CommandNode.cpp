@@ -1,5 +1,7 @@
 #include "nodes/CommandNode.h"
 
+#include <utility>
+
 #include "Base/GCException.h"
 
 namespace GENAPI_NAMESPACE {
@@ -29,9 +31,8 @@ int64_t CommandNode::commandValue() {
 void CommandNode::start(bool verify) {
   const EvaluationStep step(map(), *this);
   if (link_ != kNoNode) {
-    NodeBase& source = map().node(link_);
-    source.writeInteger(commandValue(), verify);
-    executing_ = IsReadable(accessMode()) && IsReadable(source.accessMode());
+    map().node(link_).writeInteger(commandValue(), verify);
+    if (!std::exchange(executing_, true)) ++starts_;
   }
   completeWrite();
   if (verify) checkErrors();
@@ -41,9 +42,13 @@ bool CommandNode::canBeAsked() {
   return link_ != kNoNode && IsReadable(accessMode()) && IsReadable(map().node(link_).accessMode());
 }
 
-bool CommandNode::ask() {
+bool CommandNode::isUnderWay() {
   const EvaluationStep step(map(), *this);
-  const bool done = map().node(link_).readInteger({.ignoreCache = true}) != commandValue();
+  return map().node(link_).readInteger({.ignoreCache = true, .asSource = true}) == commandValue();
+}
+
+bool CommandNode::ask() {
+  const bool done = !isUnderWay();
   if (done && executing_) {
     executing_ = false;
     map().invalidated(index());
@@ -66,7 +71,8 @@ bool CommandNode::IsDone(bool) {
 }
 
 gcstring CommandNode::ToString(bool, bool) {
-  return reading([&] { return !canBeAsked() || ask() ? gcstring("0") : gcstring("1"); });
+  // A read: that the command has finished is left for IsDone and polling to notice.
+  return reading([&] { return gcstring(canBeAsked() && isUnderWay() ? "1" : "0"); });
 }
 
 void CommandNode::FromString(const gcstring& ValueStr, bool Verify) {

@@ -21,8 +21,9 @@ class CommandNode final : public NodeBase, public ICommand {
   // inner operations
   EAccessMode typeMode() override;
 
-  // For polling: only a command that is executing and can be asked is polled.
+  // For polling: only a command that is executing and can be asked is polled. Each start from rest is counted.
   bool isExecuting() const { return executing_; }
+  uint32_t starts() const { return starts_; }
   bool canBeAsked();
   // Asks the device past every cache; true when it has finished. Noticing that it just has drops and collects
   // everything that depends on the command and its source.
@@ -31,10 +32,13 @@ class CommandNode final : public NodeBase, public ICommand {
  private:
   void start(bool verify);
   int64_t commandValue();
+  // Whether the device still shows the command value; asked past every cache.
+  bool isUnderWay();
 
   NodeIndex link_ = kNoNode;
   NodeIndex commandLink_ = kNoNode;
   int64_t command_ = 0;
+  uint32_t starts_ = 0;
   bool executing_ = false;
 };
 

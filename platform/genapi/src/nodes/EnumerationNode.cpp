@@ -50,14 +50,24 @@ EAccessMode EnumerationNode::typeMode() {
 
 // While the current entry clears itself, the device is asked each time; a change seen then concerns all dependents.
 void EnumerationNode::noteCurrent(int64_t value) {
+  const bool wasClearing = clearing_;
+  if (wasClearing && value == clearingValue_) return;
   const EntryRecord* entry = entryOf(value);
-  const bool wasClearing = std::exchange(clearing_, entry && entry->isSelfClearing);
-  if (!wasClearing || clearing_) return;
+  clearing_ = false;
+  if (entry && entry->isSelfClearing) beginClearing(value);
+  if (!wasClearing) return;
   if (map().isPolling()) {
     map().changed(index());
   } else {
     map().dropDependents(index());
   }
+}
+
+void EnumerationNode::beginClearing(int64_t value) {
+  if (clearing_ && value == clearingValue_) return;
+  clearing_ = true;
+  clearingValue_ = value;
+  ++clearings_;
 }
 
 int64_t EnumerationNode::value(Reading how) {
@@ -113,7 +123,11 @@ void EnumerationNode::write(const EntryRecord& entry, bool verify) {
   } else {
     map().node(link_).writeInteger(entry.value, verify);
   }
-  clearing_ = entry.isSelfClearing && !isFloating();
+  if (entry.isSelfClearing && !isFloating()) {
+    beginClearing(entry.value);
+  } else {
+    clearing_ = false;
+  }
   completeWrite();
   if (verify) checkErrors();
 }

@@ -34,6 +34,8 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
 
   // For polling: from when a self-clearing entry became current until something else was seen.
   bool isClearing() const { return clearing_; }
+  // How often that has begun.
+  uint32_t clearings() const { return clearings_; }
 
   // The value of the entry with that symbolic name. Throws RuntimeException when there is none.
   int64_t entryValue(std::string_view symbolic);
@@ -47,12 +49,15 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
   int64_t value(Reading how);
   void write(const EntryRecord& entry, bool verify);
   void noteCurrent(int64_t value);
+  void beginClearing(int64_t value);
   void verifyEntry(int64_t value);
   bool isFloating() const { return link_ == kNoNode; }
 
   const EntryTable* table_;
   NodeIndex link_ = kNoNode;
   bool clearing_ = false;
+  uint32_t clearings_ = 0;
+  int64_t clearingValue_ = 0;  // the value of the entry that is to clear itself
   int64_t held_ = 0;
   int64_t value_ = 0;  // kHasValue
 };
