@@ -22,6 +22,7 @@ inline constexpr size_t kMaxClosureBytes = 8u << 20;    // remembered dependency
 inline constexpr int64_t kMaxRegisterBytes = 16 << 20;  // tested before any allocation
 inline constexpr int kMaxLinkDepth = 512;               // nodes that one evaluation may pass through
 inline constexpr size_t kMaxCachedPlaces = 65'536;      // remembered register contents per node map
+inline constexpr int64_t kMaxCachedBytes = 64 << 20;    // their length together; the oldest places go first
 inline constexpr int kMaxOperationNesting = 64;         // operations started inside callbacks
 
 }  // namespace GENAPI_NAMESPACE

@@ -25,7 +25,10 @@ void EvaluationStep::spare(bool on) {
 }
 
 void EvaluationStep::taintUpTo(const NodeBase& node, EvaluationStep* from) {
-  for (EvaluationStep* step = from; step && &step->node_ != &node; step = step->up_) step->tainted_ = true;
+  for (EvaluationStep* step = from; step; step = step->up_) {
+    step->tainted_ = true;
+    if (&step->node_ == &node) return;
+  }
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -28,7 +28,8 @@ class EvaluationStep {
   bool mayBeSpared() const { return !consumed_ && isUnspoiled(); }
   bool isSpared() const { return spared_; }
   void spare(bool on);
-  // The evaluation came back to a node that is still at work and was given a stand-in: results between are not kept.
+  // The evaluation came back to a node that is still at work and was given a stand-in: neither its result nor those
+  // between are kept, so that no answer depends on what was asked before.
   static void taintUpTo(const NodeBase& node, EvaluationStep* from);
 
  private:

@@ -12,7 +12,7 @@ namespace GENAPI_NAMESPACE {
 Place& RegisterCache::obtain(const PlaceKey& key, NodeIndex user) {
   auto found = places_.find(key);
   if (found == places_.end()) {
-    if (places_.size() >= kMaxCachedPlaces) retireOldest();
+    while (oldest_ && (places_.size() >= kMaxCachedPlaces || bytes_ + key.length > kMaxCachedBytes)) retireOldest();
     std::unique_ptr<uint8_t[]> more;
     if (key.length > static_cast<int64_t>(sizeof(Place::few_))) {
       more = std::make_unique<uint8_t[]>(static_cast<size_t>(key.length));
@@ -24,6 +24,7 @@ Place& RegisterCache::obtain(const PlaceKey& key, NodeIndex user) {
     longest = std::max(longest, key.length);
     (newest_ ? newest_->newer_ : oldest_) = &made;
     newest_ = &made;
+    bytes_ += key.length;
     ++made_;
   }
   Place& place = found->second;
@@ -31,18 +32,26 @@ Place& RegisterCache::obtain(const PlaceKey& key, NodeIndex user) {
   return place;
 }
 
+Place* RegisterCache::find(const PlaceKey& key) {
+  const auto found = places_.find(key);
+  return found == places_.end() ? nullptr : &found->second;
+}
+
 void RegisterCache::retireOldest() {
   Place* place = oldest_;
+  // Without the place nobody would tell its users of writes that overlap it.
+  dropWithComputed(*place, kNoNode);
   oldest_ = place->newer_;
   if (!oldest_) newest_ = nullptr;
+  bytes_ -= place->key_.length;
   const std::vector<NodeIndex> users = std::move(place->users_);
   for (const NodeIndex user : users) map_.forgetPlace(user);
   const PlaceKey key = place->key_;
   places_.erase(key);
-  ++retirements_;
 }
 
-void RegisterCache::forgetComputed(const Place& place, NodeIndex except) {
+void RegisterCache::forgetComputed(Place& place, NodeIndex except) {
+  place.used_ = false;
   for (const NodeIndex user : place.users_) {
     if (user == except) continue;
     map_.state(user).flags &= static_cast<uint16_t>(~kHasValue);
@@ -63,6 +72,7 @@ void RegisterCache::fillFromRead(Place& place, const uint8_t* bytes, uint64_t st
       map_.dropDependents(reader);
     });
   }
+  place.used_ = true;
 }
 
 void RegisterCache::fillFromWrite(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex writer) {
@@ -72,27 +82,34 @@ void RegisterCache::fillFromWrite(Place& place, const uint8_t* bytes, uint64_t s
   place.known_ = place.filled_ = true;
   place.fromWrite_ = true;
   place.fillStamp_ = stamp;
-  for (const NodeIndex user : place.users_) {
-    if (user != writer && !map_.mayUseWritten(user)) {
-      map_.state(user).flags &= static_cast<uint16_t>(~(kHasValue | kValid));
-      map_.dropDependents(user);
-    }
-  }
+  dropWhatMayNotUseWritten(place, writer);
   if (changed) forgetComputed(place, writer);
+  place.used_ = true;
 }
 
-void RegisterCache::keepWritten(Place& place, const uint8_t* bytes, NodeIndex writer) {
-  const auto length = static_cast<size_t>(place.key_.length);
-  if (!place.lastWritten_) place.lastWritten_ = std::make_unique<uint8_t[]>(length);
-  std::memcpy(place.lastWritten_.get(), bytes, length);
-  drop(place);
-  forgetComputed(place, writer);
+void RegisterCache::noteWritten(Place& place, const uint8_t* bytes, int64_t length) {
+  if (place.key_.length <= Place::kMergeable) std::memcpy(place.lastWritten_, bytes, static_cast<size_t>(length));
 }
 
 void RegisterCache::patch(Place& place, const uint8_t* bytes, int64_t length, NodeIndex writer) {
   std::memcpy(place.storage(), bytes, static_cast<size_t>(length));
   place.fromWrite_ = true;
+  dropWhatMayNotUseWritten(place, writer);
   forgetComputed(place, writer);
+  place.used_ = true;
+}
+
+void RegisterCache::dropWhatMayNotUseWritten(const Place& place, NodeIndex writer) {
+  for (const NodeIndex user : place.users_) {
+    if (user == writer || map_.mayUseWritten(user)) continue;
+    map_.state(user).flags &= static_cast<uint16_t>(~(kHasValue | kValid));
+    map_.dropDependents(user);
+  }
+}
+
+void RegisterCache::dropWithComputed(Place& place, NodeIndex except) {
+  drop(place);
+  forgetComputed(place, except);
 }
 
 void RegisterCache::drop(Place& place) noexcept {
@@ -103,6 +120,7 @@ void RegisterCache::drop(Place& place) noexcept {
 void RegisterCache::dropOverlapping(const PlaceKey& range, Place* except) {
   // A place that overlapped nothing keeps that answer until another place is made.
   if (except && except->clearOfOverlap_ == made_) return;
+  const bool whole = except && except->key_ == range;
   const auto longest = longest_.find(range.port);
   if (longest == longest_.end()) return;
   constexpr int64_t kLowest = std::numeric_limits<int64_t>::min();
@@ -124,11 +142,9 @@ void RegisterCache::dropOverlapping(const PlaceKey& range, Place* except) {
     }
     if (&place == except) continue;
     clear = false;
-    if (!place.filled_) continue;
-    drop(place);
-    forgetComputed(place, kNoNode);
+    if (place.filled_ || place.used_) dropWithComputed(place, kNoNode);
   }
-  if (except && clear) except->clearOfOverlap_ = made_;
+  if (whole && clear) except->clearOfOverlap_ = made_;
 }
 
 void RegisterCache::leave(Place& place, NodeIndex user) noexcept {
@@ -140,13 +156,6 @@ void RegisterCache::leave(Place& place, NodeIndex user) noexcept {
 
 void RegisterCache::dropAll() noexcept {
   for (auto& [key, place] : places_) drop(place);
-}
-
-void RegisterCache::dropPort(NodeIndex port) noexcept {
-  const PlaceKey first{port, std::numeric_limits<int64_t>::min(), 0};
-  for (auto each = places_.lower_bound(first); each != places_.end() && each->first.port == port; ++each) {
-    drop(each->second);
-  }
 }
 
 }  // namespace GENAPI_NAMESPACE

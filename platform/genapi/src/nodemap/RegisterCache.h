@@ -6,7 +6,8 @@
 //   invalidation.
 //   - Content that came from a write answers only nodes that may both read and write the place by their own AccessMode:
 //     a status and a command may share an address.
-//   - What write-only registers wrote is kept apart, for merging bits, and never answers a read.
+//   - What was written last to a place short enough for a number is kept apart, for merging bits where nothing can be
+//     read, and never answers a read.
 //   - Whenever a place's bytes turn out to have changed, everything computed from them is dropped, silently.
 //   - A write drops what overlaps it.
 // Guarded by the map's lock.
@@ -40,8 +41,9 @@ class Place {
   uint64_t fillStamp() const { return fillStamp_; }
   // The content; meaningful while isFilled().
   const uint8_t* bytes() const { return more_ ? more_.get() : few_; }
-  // What a write-only register wrote last, or null.
-  const uint8_t* lastWritten() const { return lastWritten_.get(); }
+  // What was written last through any node, 0 where nothing was; for places of up to kMergeable bytes.
+  const uint8_t* lastWritten() const { return lastWritten_; }
+  static constexpr int64_t kMergeable = 8;
 
  private:
   friend class RegisterCache;
@@ -53,9 +55,10 @@ class Place {
   bool known_ = false;           // bytes() was filled at least once
   bool filled_ = false;
   bool fromWrite_ = false;
+  bool used_ = false;  // something may have been computed from the content since that was last forgotten
   uint8_t few_[8] = {};
+  uint8_t lastWritten_[kMergeable] = {};
   std::unique_ptr<uint8_t[]> more_;  // for places longer than few_
-  std::unique_ptr<uint8_t[]> lastWritten_;
   std::vector<NodeIndex> users_;
   Place* newer_ = nullptr;
 };
@@ -66,31 +69,33 @@ class RegisterCache {
   RegisterCache(const RegisterCache&) = delete;
   RegisterCache& operator=(const RegisterCache&) = delete;
 
-  // The place with that key, made if need be, with the node among its users. May retire the oldest place.
+  // The place with that key, made if need be, with the node among its users. May retire the oldest places.
   Place& obtain(const PlaceKey& key, NodeIndex user);
+  // The place with that key, or null.
+  Place* find(const PlaceKey& key);
   // Remembers what was read; the operation that read began at `stamp`.
   void fillFromRead(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex reader);
   // Remembers what a node that may also read has written.
   void fillFromWrite(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex writer);
-  // Remembers what a write-only register wrote; its content does not answer reads.
-  void keepWritten(Place& place, const uint8_t* bytes, NodeIndex writer);
-  // Changes part of a filled place after a partial write.
+  // Remembers the first bytes of what was written, for merging only.
+  void noteWritten(Place& place, const uint8_t* bytes, int64_t length);
+  // Changes the first bytes of a filled place after a partial write.
   void patch(Place& place, const uint8_t* bytes, int64_t length, NodeIndex writer);
   // Forgets the content; nodes that decoded it forget their values.
   void drop(Place& place) noexcept;
+  // Forgets the content and, but for the node given, everything that was computed from it.
+  void dropWithComputed(Place& place, NodeIndex except);
   // Drops every place that shares a byte with the range except the one given, with what was computed from them.
   void dropOverlapping(const PlaceKey& range, Place* except);
   void leave(Place& place, NodeIndex user) noexcept;
   // Drops all content of all ports.
   void dropAll() noexcept;
-  void dropPort(NodeIndex port) noexcept;
-  // Counts retirements of places; a pointer to a place is good while this does not change.
-  uint64_t retirements() const { return retirements_; }
   size_t size() const { return places_.size(); }
 
  private:
   void retireOldest();
-  void forgetComputed(const Place& place, NodeIndex except);
+  void forgetComputed(Place& place, NodeIndex except);
+  void dropWhatMayNotUseWritten(const Place& place, NodeIndex writer);
 
   NodeMap& map_;
   std::map<PlaceKey, Place> places_;
@@ -98,7 +103,7 @@ class RegisterCache {
   Place* oldest_ = nullptr;
   Place* newest_ = nullptr;
   uint64_t made_ = 0;
-  uint64_t retirements_ = 0;
+  int64_t bytes_ = 0;  // of all places
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -9,8 +9,11 @@ namespace GENAPI_NAMESPACE {
 template <class Number, class Fetch>
 Number keptLimit(NodeBase& node, StateFlag flag, Number& kept, Number whileBusy, Fetch&& fetch) {
   NodeState& state = node.state();
-  if (state.flags & flag) return kept;
   NodeMap& map = node.map();
+  if (state.flags & flag) {
+    if (EvaluationStep* asking = map.evaluation()) asking->noteConsumption();
+    return kept;
+  }
   if (state.flags & kBusyLimits) {
     EvaluationStep::taintUpTo(node, map.evaluation());
     return whileBusy;

@@ -84,7 +84,9 @@ class NodeBase : public INode, public ISelector {
   // The access mode, from what is remembered where that is allowed.
   EAccessMode accessMode() {
     const NodeState& mine = state();
-    return mine.flags & kHasAccessMode ? static_cast<EAccessMode>(mine.accessMode) : computeAccessMode();
+    if (!(mine.flags & kHasAccessMode)) return computeAccessMode();
+    if (EvaluationStep* asking = map_.evaluation()) asking->noteConsumption();
+    return static_cast<EAccessMode>(mine.accessMode);
   }
   // Throw AccessException with the reason; RuntimeException when the node is defective.
   void requireReadable() {

@@ -159,8 +159,13 @@ void RegisterBlock::read(uint8_t* buffer, int64_t bytes, bool ignoreCache) {
   }
   const uint64_t begun = map.stamp();
   port().readRegister(buffer, at, bytes);
-  // The port may have called back into this map: the place is looked up again, and what was invalidated meanwhile
-  // keeps this content from counting as fresh.
+  if (map.stamp() != begun) {
+    // The port has changed something through this map meanwhile, and nobody knows whether before or after the bytes
+    // were taken: nothing made of them is kept.
+    map.dropDependents(owner_.index());
+    map.dropNode(owner_.index());
+    return;
+  }
   map.registers().fillFromRead(place(at, bytes), buffer, begun, owner_.index());
 }
 
@@ -181,18 +186,17 @@ void RegisterBlock::write(const uint8_t* buffer, int64_t bytes) {
   NodeMap& map = owner_.map();
   const uint64_t begun = map.stamp();
   writeOrForget(buffer, at, bytes);
+  const bool undisturbed = map.stamp() == begun;
   RegisterCache& registers = map.registers();
-  // What a write-only register wrote is kept whatever its caching: nobody can read it back for merging.
-  const bool keeps = !owner_.isUncached() || elementMode_ == WO;
-  Place* mine = keeps ? &place(at, bytes) : nullptr;
+  // What was written into a few bytes is noted whatever the caching: others may have to merge bits with it.
+  Place* mine = !owner_.isUncached() || bytes <= Place::kMergeable ? &place(at, bytes) : nullptr;
   registers.dropOverlapping({port_, at, bytes}, mine);
   if (!mine) return;
-  if (elementMode_ == WO) {
-    registers.keepWritten(*mine, buffer, owner_.index());
-  } else if (owner_.isWriteThrough()) {
+  registers.noteWritten(*mine, buffer, bytes);
+  if (elementMode_ != WO && owner_.isWriteThrough() && undisturbed) {
     registers.fillFromWrite(*mine, buffer, begun, owner_.index());
   } else {
-    registers.drop(*mine);
+    registers.dropWithComputed(*mine, owner_.index());
   }
 }
 
@@ -200,10 +204,12 @@ void RegisterBlock::readStart(uint8_t* buffer, int64_t bytes, int64_t total, boo
   if (bytes == 0) return;
   if (bytes == total) return read(buffer, bytes, ignoreCache);
   const int64_t at = address();
-  if (!owner_.isUncached() && !ignoreCache && place_ && place_->key() == PlaceKey{port_, at, total} &&
-      answers(*place_)) {
-    std::memcpy(buffer, place_->bytes(), static_cast<size_t>(bytes));
-    return;
+  if (!owner_.isUncached() && !ignoreCache) {
+    const Place* known = owner_.map().registers().find({port_, at, total});
+    if (known && answers(*known)) {
+      std::memcpy(buffer, known->bytes(), static_cast<size_t>(bytes));
+      return;
+    }
   }
   port().readRegister(buffer, at, bytes);
 }
@@ -212,26 +218,25 @@ void RegisterBlock::writeStart(const uint8_t* buffer, int64_t bytes, int64_t tot
   if (bytes == 0) return;
   if (bytes == total) return write(buffer, bytes);
   const int64_t at = address();
+  NodeMap& map = owner_.map();
+  const uint64_t begun = map.stamp();
   writeOrForget(buffer, at, bytes);
-  RegisterCache& registers = owner_.map().registers();
-  Place* mine = owner_.isUncached() ? nullptr : &place(at, total);
+  RegisterCache& registers = map.registers();
+  Place* mine = total <= Place::kMergeable ? &place(at, total) : registers.find({port_, at, total});
+  const bool mayPatch = mine && map.stamp() == begun && answers(*mine) && owner_.isWriteThrough() && elementMode_ != WO;
   registers.dropOverlapping({port_, at, bytes}, mine);
   if (!mine) return;
-  if (mine->isFilled() && owner_.isWriteThrough() && elementMode_ != WO) {
+  registers.noteWritten(*mine, buffer, bytes);
+  if (mayPatch) {
     registers.patch(*mine, buffer, bytes, owner_.index());
   } else {
-    registers.drop(*mine);
+    registers.dropWithComputed(*mine, owner_.index());
   }
 }
 
 void RegisterBlock::readForMerging(uint8_t* buffer, int64_t bytes) {
   if (elementMode_ != WO && IsReadable(owner_.accessMode())) return read(buffer, bytes, false);
-  const Place& known = place(address(), bytes);
-  if (const uint8_t* last = known.lastWritten()) {
-    std::memcpy(buffer, last, static_cast<size_t>(bytes));
-  } else {
-    std::memset(buffer, 0, static_cast<size_t>(bytes));
-  }
+  std::memcpy(buffer, place(address(), bytes).lastWritten(), static_cast<size_t>(bytes));
 }
 
 void RegisterBlock::forgetContent() noexcept {
