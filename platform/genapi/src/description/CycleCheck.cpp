@@ -8,12 +8,16 @@ namespace {
 
 class CycleSearch {
  public:
-  CycleSearch(const DescriptionParts& parts, ElementSet links, const char* kind)
-      : parts_(parts), links_(links), kind_(kind), states_(parts.nodes.size(), State::Unseen) {}
+  CycleSearch(const DescriptionParts& parts, const LinkKinds& kinds) : parts_(parts), kinds_(kinds) {}
 
-  void run() {
+  // Fatal if `links`, which are of the kinds in `mask`, form a cycle; `name` says what kind of cycle.
+  void refuse(ElementSet links, uint8_t mask, const char* name) {
+    links_ = links;
+    mask_ = mask;
+    name_ = name;
+    states_.assign(parts_.nodes.size(), State::Unseen);
     for (NodeIndex node = 0; node < parts_.nodes.size(); ++node) {
-      if (states_[node] == State::Unseen) walk(node);
+      if ((kinds_[node] & mask_) != 0 && states_[node] == State::Unseen) walk(node);
     }
   }
 
@@ -33,7 +37,7 @@ class CycleSearch {
         states_[step.node] = State::Done;
         path_.pop_back();
       } else if (states_[target] == State::Open) {
-        refuse(target);
+        refuseAt(target);
       } else if (states_[target] == State::Unseen) {
         open(target);
       }
@@ -45,17 +49,18 @@ class CycleSearch {
     path_.push_back({node, parts_.nodes[node].firstProperty});
   }
 
+  // The next target that links on.
   NodeIndex nextTarget(Step& step) const {
     const NodeRecord& record = parts_.nodes[step.node];
     const uint32_t end = record.firstProperty + record.propertyCount;
     while (step.next < end) {
       const Property& property = parts_.properties[step.next++];
-      if (links_.has(property.element)) return property.target;
+      if (links_.has(property.element) && (kinds_[property.target] & mask_) != 0) return property.target;
     }
     return kNoNode;
   }
 
-  [[noreturn]] void refuse(NodeIndex closing) const {
+  [[noreturn]] void refuseAt(NodeIndex closing) const {
     constexpr size_t kShownNodes = 12;
     size_t first = 0;
     while (path_[first].node != closing) ++first;
@@ -67,24 +72,28 @@ class CycleSearch {
       }
       text += quoted(parts_.nodes[path_[i].node].name()) + " -> ";
     }
-    text += quoted(parts_.nodes[closing].name()) + " form a " + kind_ + " cycle";
+    text += quoted(parts_.nodes[closing].name()) + " form a " + name_ + " cycle";
     parts_.findings.fatal(kNoOffset, std::move(text));
   }
 
   const DescriptionParts& parts_;
-  const ElementSet links_;
-  const char* const kind_;
+  const LinkKinds& kinds_;
+  ElementSet links_;
+  uint8_t mask_ = 0;
+  const char* name_ = "";
   std::vector<State> states_;
   std::vector<Step> path_;
 };
 
 }  // namespace
 
-void refuseCycles(const DescriptionParts& parts, bool isSchema10) {
-  CycleSearch(parts, ElementSet(Element::pSelected), "selector").run();
-  CycleSearch(parts, ElementSet(Element::pFeature), "feature").run();
-  CycleSearch(parts, kWritingLinks, "value").run();
-  if (!isSchema10) CycleSearch(parts, kReadingLinks | kWritingLinks, "dependency").run();
+void refuseCycles(const DescriptionParts& parts, const LinkKinds& kinds, bool isSchema10) {
+  CycleSearch search(parts, kinds);
+  search.refuse(ElementSet(Element::pSelected), kSelects, "selector");
+  search.refuse(ElementSet(Element::pFeature), kLists, "feature");
+  search.refuse(kWritingLinks, kWrites, "value");
+  // Older descriptions may read in circles, which is broken when it happens.
+  if (!isSchema10) search.refuse(kReadingLinks | kWritingLinks, kReads | kWrites, "dependency");
 }
 
 }  // namespace GENAPI_NAMESPACE

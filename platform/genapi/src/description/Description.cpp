@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "description/BuildFindings.h"
-#include "description/NameHash.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -23,14 +22,7 @@ const Property* Description::find(NodeIndex index, Element element) const {
 }
 
 NodeIndex Description::indexOf(std::string_view name) const {
-  const size_t mask = nameTable_.size() - 1;
-  const uint64_t hash = hashName(name);
-  const uint32_t tag = static_cast<uint32_t>(hash >> 32);
-  for (size_t slot = hash & mask;; slot = (slot + 1) & mask) {
-    const NameSlot& entry = nameTable_[slot];
-    if (entry.node == kNoNode) return kNoNode;
-    if (entry.tag == tag && nodes_[entry.node].name() == name) return entry.node;
-  }
+  return names_.find(name, NameTable::hashOf(name), [this](NodeIndex node) { return nodes_[node].name(); });
 }
 
 std::string Description::defectText(NodeIndex index) const {

@@ -16,6 +16,8 @@
 #include "GenApi/Types.h"
 #include "description/DependencyGraph.h"
 #include "description/Element.h"
+#include "description/MemoryBlock.h"
+#include "description/NameTable.h"
 #include "description/NodeIndex.h"
 
 namespace GENAPI_NAMESPACE {
@@ -126,24 +128,22 @@ class Description {
  private:
   friend class DescriptionBuilder;
   // What lines are counted in.
-  std::string_view lineText() const { return decodedText_.empty() ? sourceText_ : decodedText_; }
+  std::string_view lineText() const { return decodedText_.empty() ? sourceText() : decodedText_; }
 
-  struct NameSlot {
-    uint32_t tag;  // the hash bits that do not choose the slot
-    NodeIndex node;
-  };
   struct NodeDefect {
     NodeIndex node;
     uint32_t finding;
   };
 
-  std::string sourceText_;
-  std::string decodedText_;                        // the same as UTF-8, if it came in another encoding
-  std::unique_ptr<char[]> parsedText_;             // the copy that the XML parser worked in; views point into it
+  std::string_view sourceText_;
+  std::string decodedText_;  // the same as UTF-8, if it came in another encoding
+  // In here lie the text as it came, the copy that the XML parser worked in, to which most texts point, and the next
+  // three.
+  DescriptionMemory memory_;
+  std::pmr::vector<NodeRecord> nodes_{&memory_};
+  std::pmr::vector<Property> properties_{&memory_};
+  NameTable names_{&memory_};
   std::vector<std::unique_ptr<char[]>> moreText_;  // texts that do not stand in one piece in the source
-  std::vector<NodeRecord> nodes_;
-  std::vector<Property> properties_;
-  std::vector<NameSlot> nameTable_;  // open addressing, power of two
   DeviceTexts device_;
   bool schema10_ = false;
   std::vector<FindingRecord> findings_;

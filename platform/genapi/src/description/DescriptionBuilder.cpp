@@ -6,7 +6,6 @@
 
 #include "description/DocumentAttributes.h"
 #include "description/Limits.h"
-#include "description/NameHash.h"
 #include "description/NodeReader.h"
 #include "description/SourceText.h"
 
@@ -32,17 +31,23 @@ pugi::xml_node rootOf(const pugi::xml_document& document, const BuildFindings& f
 
 }  // namespace
 
-std::shared_ptr<const Description> DescriptionBuilder::build(std::string&& source) {
+std::shared_ptr<const Description> DescriptionBuilder::build(HeldBytes&& source) {
   const auto result = std::make_shared<Description>();
   Description& description = *result;
-  description.sourceText_ = std::move(source);
-  description.decodedText_ = decodedCopy(description.sourceText_);
+  description.sourceText_ = source.view();
+  description.memory_.provide(std::move(source));
+  description.decodedText_ = decodedCopy(description.sourceText());
   const std::string_view text = description.lineText();
   BuildFindings findings(text);
   const SourceShape shape = examineSource(text, findings);
 
-  description.parsedText_.reset(new char[text.size()]);
-  char* const buffer = description.parsedText_.get();
+  // Every property has an opening tag and mostly a closing one; nodes have about seven properties.
+  const size_t properties = shape.tags / 2 + 64, nodes = shape.tags / 12 + 64;
+  // The parser's copy has some bytes more, so that names may be looked at in blocks.
+  char* const buffer = static_cast<char*>(description.memory_.allocate(text.size() + kElementNamePadding, 1));
+  std::memset(buffer + text.size(), 0, kElementNamePadding);
+  description.properties_.reserve(properties);
+  description.nodes_.reserve(nodes);
   std::memcpy(buffer, text.data(), text.size());
   pugi::xml_document document;
   const pugi::xml_parse_result parsed =
@@ -54,19 +59,22 @@ std::shared_ptr<const Description> DescriptionBuilder::build(std::string&& sourc
   }
 
   TextArena texts(description.moreText_);
-  DescriptionParts parts{buffer, text.size(), description.nodes_, description.properties_, description.device_,
-                         texts,  findings};
+  DescriptionParts parts{buffer,
+                         text.size(),
+                         description.nodes_,
+                         description.properties_,
+                         description.device_,
+                         description.chunkPorts_,
+                         description.eventNodes_,
+                         description.polledNodes_,
+                         texts,
+                         findings};
   const pugi::xml_node root = rootOf(document, findings, shape.start);
   const DocumentKind kind = readDocumentAttributes(root, parts);
   description.schema10_ = kind.schema10;
-  // Every property has an opening tag and mostly a closing one; a node has five elements or more.
-  parts.properties.reserve(shape.tags / 2 + 64);
-  parts.nodes.reserve(shape.tags / 8 + 64);
   NodeReader(parts).readDocument(root, kind.prefix);
   fillNameTable(description, parts);
-  resolveLinks(parts, description);
-  refuseCycles(parts, kind.schema10);
-  fillLists(description);
+  refuseCycles(parts, resolveLinks(parts, description.names_), kind.schema10);
   if (shape.references) noteReferences(description, parts);
   description.findings_ = findings.take();
   listDefects(description);
@@ -74,45 +82,15 @@ std::shared_ptr<const Description> DescriptionBuilder::build(std::string&& sourc
 }
 
 void DescriptionBuilder::fillNameTable(Description& description, const DescriptionParts& parts) {
-  size_t size = 16;
-  while (size < parts.nodes.size() * 2) size *= 2;
-  std::vector<Description::NameSlot>& table = description.nameTable_;
-  table.assign(size, {0, kNoNode});
+  const auto nameOf = [&](NodeIndex node) { return parts.nodes[node].name(); };
+  description.names_.prepare(parts.nodes.size());
   for (NodeIndex node = 0; node < parts.nodes.size(); ++node) {
-    const NodeRecord& record = parts.nodes[node];
-    const uint64_t hash = hashName(record.name());
-    const uint32_t tag = static_cast<uint32_t>(hash >> 32);
-    size_t slot = hash & (size - 1);
-    for (; table[slot].node != kNoNode; slot = (slot + 1) & (size - 1)) {
-      const NodeRecord& other = parts.nodes[table[slot].node];
-      if (table[slot].tag == tag && other.name() == record.name()) {
-        parts.fatal(record.sourceOffset, record, "Name",
-                    "already the name of the " + std::string(nodeTypeName(other.type)) + " in line " +
-                        std::to_string(lineAt(description.lineText(), other.sourceOffset)));
-      }
-    }
-    table[slot] = {tag, node};
-  }
-}
-
-void DescriptionBuilder::fillLists(Description& description) {
-  for (NodeIndex node = 0; node < description.nodes_.size(); ++node) {
-    for (const Property& property : description.properties(node)) {
-      switch (property.element) {
-        case Element::ChunkID:
-        case Element::pChunkID:
-          description.chunkPorts_.push_back(node);
-          break;
-        case Element::EventID:
-          description.eventNodes_.push_back(node);
-          break;
-        case Element::PollingTime:
-          description.polledNodes_.push_back(node);
-          break;
-        default:
-          break;
-      }
-    }
+    const NodeIndex other = description.names_.add(node, nameOf);
+    if (other == kNoNode) continue;
+    const NodeRecord& first = parts.nodes[other];
+    parts.fatal(parts.nodes[node].sourceOffset, parts.nodes[node], "Name",
+                "already the name of the " + std::string(nodeTypeName(first.type)) + " in line " +
+                    std::to_string(lineAt(description.lineText(), first.sourceOffset)));
   }
 }
 

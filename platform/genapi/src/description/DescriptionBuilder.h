@@ -15,9 +15,12 @@ namespace GENAPI_NAMESPACE {
 struct DescriptionParts {
   const char* buffer;  // what the parser works in; offsets in it are offsets in the text
   size_t bufferSize;
-  std::vector<NodeRecord>& nodes;
-  std::vector<Property>& properties;
+  std::pmr::vector<NodeRecord>& nodes;
+  std::pmr::vector<Property>& properties;
   DeviceTexts& device;
+  std::vector<NodeIndex>& chunkPorts;
+  std::vector<NodeIndex>& eventNodes;
+  std::vector<NodeIndex>& polledNodes;
   TextArena& texts;
   BuildFindings& findings;
 
@@ -35,21 +38,24 @@ struct DescriptionParts {
 class DescriptionBuilder {
  public:
   // Throws LoadFault, and std::bad_alloc when memory ran out.
-  static std::shared_ptr<const Description> build(std::string&& source);
+  static std::shared_ptr<const Description> build(HeldBytes&& source);
 
  private:
   static void fillNameTable(Description& description, const DescriptionParts& parts);
-  static void fillLists(Description& description);
   static void noteReferences(const Description& description, const DescriptionParts& parts);
   static void listDefects(Description& description);
 };
 
 // The steps, each in its own file.
 
-// Checks links in the order of nodes and properties; replaces names by indices; leaves out descriptive links that lead
-// nowhere.
-void resolveLinks(DescriptionParts& parts, const Description& description);
+// The kinds of links that must not form cycles. A node has a bit for each kind that leads out of it.
+enum LinkKind : uint8_t { kSelects = 1, kLists = 2, kWrites = 4, kReads = 8 };
+using LinkKinds = std::vector<uint8_t>;
+
+// Replaces names, of which the properties hold the hash, by indices, in the order of nodes and properties; leaves out
+// descriptive links that lead nowhere.
+LinkKinds resolveLinks(DescriptionParts& parts, const NameTable& names);
 // Fatal for cycles of links that must not have any.
-void refuseCycles(const DescriptionParts& parts, bool isSchema10);
+void refuseCycles(const DescriptionParts& parts, const LinkKinds& kinds, bool isSchema10);
 
 }  // namespace GENAPI_NAMESPACE

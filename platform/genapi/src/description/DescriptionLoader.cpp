@@ -38,37 +38,52 @@ class OpenFile {
   throw LoadFault{0, std::string("cannot be read: ") + std::strerror(errno)};
 }
 
-std::string readFile(const std::string& name) {
+HeldBytes readFile(const std::string& name) {
   const OpenFile file(name);
   if (file.descriptor() < 0) refuseFile();
   struct stat status {};
   if (::fstat(file.descriptor(), &status) != 0) refuseFile();
   size_t expected = 4096;
   if (S_ISREG(status.st_mode)) expected = std::min(static_cast<size_t>(status.st_size), kMaxFileBytes) + 1;
-  std::string bytes(expected, '\0');
-  size_t size = 0;
+  HeldBytes bytes{MemoryBlock(HeldBytes::roomFor(expected))};
   for (;;) {
-    if (size > kMaxFileBytes) throw LoadFault{0, "larger than " + std::to_string(kMaxFileBytes) + " bytes"};
-    if (size == bytes.size()) bytes.resize(bytes.size() * 2);
-    const ssize_t read = ::read(file.descriptor(), bytes.data() + size, bytes.size() - size);
+    if (bytes.size > kMaxFileBytes) throw LoadFault{0, "larger than " + std::to_string(kMaxFileBytes) + " bytes"};
+    if (bytes.size == bytes.block.size()) {
+      MemoryBlock larger(HeldBytes::roomFor(bytes.size));
+      std::memcpy(larger.data(), bytes.block.data(), bytes.size);
+      bytes.block = std::move(larger);
+    }
+    const ssize_t read = ::read(file.descriptor(), bytes.block.data() + bytes.size, bytes.block.size() - bytes.size);
     if (read < 0 && errno == EINTR) continue;
     if (read < 0) refuseFile();
-    if (read == 0) break;
-    size += static_cast<size_t>(read);
+    if (read == 0) return bytes;
+    bytes.size += static_cast<size_t>(read);
   }
-  bytes.resize(size);
-  return bytes;
 }
 
-// Takes the text over if it can, else copies it, but only when nobody has a description of it yet.
+std::string_view viewOf(std::string_view bytes) {
+  return bytes;
+}
+std::string_view viewOf(const HeldBytes& bytes) {
+  return bytes.view();
+}
+HeldBytes hold(std::string_view bytes) {
+  return HeldBytes::copyOf(bytes);
+}
+HeldBytes hold(HeldBytes&& bytes) {
+  return std::move(bytes);
+}
+
+// Takes the text over, or copies it, but only when nobody has a description of it yet.
 template <class Text>
 std::shared_ptr<const Description> describe(Text&& text) {
-  if (text.size() > kMaxDescriptionBytes) {
-    throw LoadFault{0, std::to_string(text.size()) + " bytes, more than " + std::to_string(kMaxDescriptionBytes)};
+  const std::string_view view = viewOf(text);
+  if (view.size() > kMaxDescriptionBytes) {
+    throw LoadFault{0, std::to_string(view.size()) + " bytes, more than " + std::to_string(kMaxDescriptionBytes)};
   }
-  const uint64_t hash = DescriptionCache::hashOf(text);
-  if (std::shared_ptr<const Description> known = DescriptionCache::find(hash, text)) return known;
-  return DescriptionCache::add(hash, DescriptionBuilder::build(std::string(std::forward<Text>(text))));
+  const uint64_t hash = DescriptionCache::hashOf(view);
+  if (std::shared_ptr<const Description> known = DescriptionCache::find(hash, view)) return known;
+  return DescriptionCache::add(hash, DescriptionBuilder::build(hold(std::forward<Text>(text))));
 }
 
 void checkContent(bool zip, EContentType contentType) {
@@ -78,15 +93,15 @@ void checkContent(bool zip, EContentType contentType) {
 
 template <class Bytes>
 void load(Bytes&& bytes, EContentType contentType, LoadedDescription& loaded) {
-  const bool zip = isZip(bytes);
+  const bool zip = isZip(viewOf(bytes));
   checkContent(zip, contentType);
   if (!zip) {
     loaded.description = describe(std::forward<Bytes>(bytes));
     return;
   }
-  ZipMember member = readZippedDescription(bytes);
+  const ZipMember member = readZippedDescription(viewOf(bytes));
   loaded.sourceName += '(' + member.name + ')';
-  loaded.description = describe(std::move(member.text));
+  loaded.description = describe(std::string_view(member.text));
 }
 
 // Runs a load and gives its faults the form that callers see.

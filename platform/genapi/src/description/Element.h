@@ -141,5 +141,8 @@ inline constexpr size_t kElements = static_cast<size_t>(Element::Index) + 1;
 std::string_view elementName(Element element);  // as in the XML
 // Unknown for other names; attributes are no elements.
 Element elementOf(std::string_view name);
+// The same for a name that ends in NUL and has so many readable bytes after it.
+inline constexpr size_t kElementNamePadding = 16;
+Element elementAt(const char* name);
 
 }  // namespace GENAPI_NAMESPACE

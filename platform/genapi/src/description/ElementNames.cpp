@@ -1,5 +1,7 @@
 // Names to enumerators and back. Loading looks every element of a description up here, so the tables are hashed at
 // compile time and a lookup is one probe and one comparison.
+#include <emmintrin.h>
+
 #include <array>
 
 #include "description/Element.h"
@@ -150,6 +152,47 @@ constexpr WordTable<128> makeNodeTypeTable() {
 }
 
 constexpr WordTable<512> kElementTable = makeElementTable();
+
+// Most elements of a description are found in here, with neither their length known nor a loop over their bytes: names
+// of up to sixteen bytes as two words, filled up with zeros.
+class ShortNameTable {
+ public:
+  constexpr ShortNameTable() {
+    for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i) {
+      if (kElementNames[i].size() > 16) continue;
+      Entry entry;
+      for (size_t at = 0; at < kElementNames[i].size(); ++at) {
+        const uint64_t byte = static_cast<unsigned char>(kElementNames[i][at]);
+        (at < 8 ? entry.low : entry.high) |= byte << (at % 8 * 8);
+      }
+      entry.element = static_cast<Element>(i);
+      size_t slot = slotOf(entry.low, entry.high);
+      while (entries_[slot].element != Element::Unknown) slot = (slot + 1) % kSize;
+      entries_[slot] = entry;
+    }
+  }
+
+  Element find(uint64_t low, uint64_t high) const {
+    size_t slot = slotOf(low, high);
+    for (; entries_[slot].element != Element::Unknown; slot = (slot + 1) % kSize) {
+      if (entries_[slot].low == low && entries_[slot].high == high) return entries_[slot].element;
+    }
+    return Element::Unknown;
+  }
+
+ private:
+  static constexpr size_t kSize = 256;
+  struct Entry {
+    uint64_t low = 0, high = 0;
+    Element element = Element::Unknown;
+  };
+  static constexpr size_t slotOf(uint64_t low, uint64_t high) {
+    return static_cast<size_t>((low ^ high * 31) * 0x9E3779B97F4A7C15u >> 56);
+  }
+  std::array<Entry, kSize> entries_{};
+};
+
+constexpr ShortNameTable kShortNames;
 constexpr WordTable<128> kNodeTypeTable = makeNodeTypeTable();
 
 }  // namespace
@@ -165,6 +208,18 @@ std::string_view nodeTypeName(NodeType type) {
 Element elementOf(std::string_view name) {
   if (name.empty()) return Element::Unknown;
   return static_cast<Element>(kElementTable.find(name).value);
+}
+
+Element elementAt(const char* name) {
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(name));
+  const unsigned ends = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
+  if (ends == 0) return elementOf(name);
+  const int length = __builtin_ctz(ends);
+  const __m128i positions = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+  const __m128i inside = _mm_cmplt_epi8(positions, _mm_set1_epi8(static_cast<char>(length)));
+  const __m128i text = _mm_and_si128(bytes, inside);
+  return kShortNames.find(static_cast<uint64_t>(_mm_cvtsi128_si64(text)),
+                          static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(text, text))));
 }
 
 std::optional<NodeType> nodeTypeOf(std::string_view name) {

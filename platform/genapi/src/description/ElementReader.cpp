@@ -23,39 +23,49 @@ bool isIntegerSet(std::string_view set) {
   return true;
 }
 
+constexpr ElementSet kWithAttributes(Element::pVariable, Element::Constant, Element::Expression, Element::pIndex,
+                                     Element::ValueIndexed, Element::pValueIndexed);
+
 }  // namespace
 
 void NodeReader::readElements(pugi::xml_node parent, NodeDraft& draft, const ElementSet& leaveOut, Pass pass) {
   for (pugi::xml_node xml = parent.first_child(); xml; xml = xml.next_sibling()) {
-    if (*xml.name() == '\0') continue;  // text between elements
-    checkDepth(depth_ + 1, xml);
-    const Element element = elementOf(localName(xml));
+    const char* const name = xml.name();
+    if (*name == '\0') continue;  // text between elements
+    if (depth_ >= kMaxXmlDepth) checkDepth(depth_ + 1, xml);
+    const Element element = prefix_.empty() ? elementAt(name) : elementOf(localName(name));
     if (pass != Pass::Own) {
       if (++inherited_ > kMaxProperties) {
         parts_.fatal(offsetOf(xml), draft.record, "", "more than " + std::to_string(kMaxProperties) + " elements");
       }
       if (element == Element::StructEntry || leaveOut.has(element)) continue;
     }
-    readElement(xml, draft, element, pass);
+    readElement(xml, draft, element, static_cast<size_t>(name - parts_.buffer), pass);
   }
 }
 
-void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element element, Pass pass) {
-  const NodeType type = draft.record.type;
-  if (element == Element::Extension) return skip(xml, depth_ + 1);
-  if (element == Element::Comment) return;
-  if (!belongsTo(element, type)) {
+void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element element, size_t offset, Pass pass) {
+  const ElementRule rule = ruleOf(element, draft.record.type);
+  if (!rule.belongs) {
     if (pass != Pass::InheritedAgain) noteUnknown(xml);
     return;
   }
-  const Form form = formOf(element, type);
-  const size_t offset = offsetOf(xml);
-  Property property{};
+  const Form form = rule.form;
+  if (form == Form::Ignored) {
+    skip(xml, depth_ + 1);
+    return;
+  }
+  Property property;
   property.element = element;
+  property.word = 0;
+  property.attributeSize = 0;
+  property.attributeData = nullptr;
+  property.integer = 0;
   if (form == Form::Child) {
-    if (isRefused(draft, element, offset, pass)) return;
+    if (isRefused(draft, element, rule, offset, pass)) return;
     children_.push_back({xml, parts_.properties.size()});
     countLink(draft, offset);
+    setText(property, {});
     parts_.properties.push_back(property);
     return;
   }
@@ -64,7 +74,7 @@ void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element eleme
     value = trimmed(value);
     if (value.empty()) return;  // not given
   }
-  if (isRefused(draft, element, offset, pass)) return;
+  if (isRefused(draft, element, rule, offset, pass)) return;
   setText(property, value);
   switch (form) {
     case Form::Word:
@@ -84,31 +94,36 @@ void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element eleme
       }
       break;
     case Form::Link:
-      property.target = kNoNode;
+      property.integer = static_cast<int64_t>(NameTable::hashOf(value));
       countLink(draft, offset);
       break;
     default:
       break;
   }
   parts_.properties.push_back(property);
-  readOwnAttributes(xml, draft, element, offset);
+  if (kWithAttributes.has(element)) readOwnAttributes(xml, draft, element, offset);
 }
 
-bool NodeReader::isRefused(NodeDraft& draft, Element element, size_t offset, Pass pass) {
-  const auto refuse = [&](std::string reason) {
-    if (pass != Pass::InheritedAgain) parts_.findings.note(offset, kNoNode, elementName(element), std::move(reason));
-    return true;
-  };
+bool NodeReader::isRefused(NodeDraft& draft, Element element, const ElementRule& rule, size_t offset, Pass pass) {
   if (draft.seen.has(element)) {
-    if (!mayRepeat(element, draft.record.type)) return refuse("given twice, the first one counts");
-    return false;
+    if (rule.repeats) return false;
+    if (pass != Pass::InheritedAgain) {
+      parts_.findings.note(offset, kNoNode, elementName(element), "given twice, the first one counts");
+    }
+    return true;
   }
-  if (const uint8_t number = alternativeOf(element)) {
-    const Element first = draft.alternatives[number];
+  if (rule.alternative != 0) {
+    const Element first = draft.alternatives[rule.alternative];
     const bool both = (first == Element::LSB && element == Element::MSB) ||  //
                       (first == Element::MSB && element == Element::LSB);
-    if (first != Element::Unknown && !both) return refuse("left out, " + std::string(elementName(first)) + " counts");
-    draft.alternatives[number] = element;
+    if (first != Element::Unknown && !both) {
+      if (pass != Pass::InheritedAgain) {
+        parts_.findings.note(offset, kNoNode, elementName(element),
+                             "left out, " + std::string(elementName(first)) + " counts");
+      }
+      return true;
+    }
+    draft.alternatives[rule.alternative] = element;
   }
   draft.seen.add(element);
   return false;
@@ -207,7 +222,7 @@ void NodeReader::addAttribute(NodeDraft& draft, Element attribute, std::string_v
   property.element = attribute;
   setText(property, trimmed(value));
   if (attribute == Element::pOffset) {
-    property.target = kNoNode;
+    property.integer = static_cast<int64_t>(NameTable::hashOf(property.value()));
     countLink(draft, offset);
   } else {
     readNumber(draft, property, Form::Integer, offset);
@@ -245,7 +260,7 @@ std::string_view NodeReader::joinedText(pugi::xml_node xml) {
 
 void NodeReader::noteUnknown(pugi::xml_node xml) {
   const std::string_view name = xml.name();
-  const bool known = elementOf(localName(xml)) != Element::Unknown;
+  const bool known = elementOf(localName(xml.name())) != Element::Unknown;
   parts_.findings.note(offsetOf(xml), kNoNode, name.substr(0, 40), known ? "has no meaning here" : "unknown element");
   skip(xml, depth_ + 1);
 }

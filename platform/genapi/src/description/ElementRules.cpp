@@ -82,12 +82,6 @@ constexpr ElementSet elementsOf(T type) {
 constexpr ElementSet kRepeatable(E::pError, E::pInvalidator, E::pValueCopy, E::ValueIndexed, E::pValueIndexed,
                                  E::pSelected, E::EnumEntry, E::pEnumEntry, E::Address, E::pAddress, E::IntSwissKnife,
                                  E::pVariable, E::Constant, E::Expression, E::pFeature, E::TextDesc, E::IntKey);
-constexpr ElementSet kLinks = kReadingLinks | kWritingLinks | kGuards |
-                              ElementSet(E::pError, E::pAlias, E::pCastAlias, E::pInvalidator, E::pSelected, E::pPort,
-                                         E::pFeature, E::pEnumEntry, E::p1212Parser);
-constexpr ElementSet kDescriptiveLinks(E::pFeature, E::pSelected, E::pInvalidator, E::pAlias, E::pCastAlias, E::pError,
-                                       E::pBlockPolling);
-
 constexpr Form plainForm(E element) {
   switch (element) {
     case E::EventID:
@@ -151,7 +145,7 @@ constexpr Form plainForm(E element) {
     case E::StructEntry:
       return Form::Ignored;
     default:
-      return kLinks.has(element) ? Form::Link : Form::Text;
+      return kNamingLinks.has(element) ? Form::Link : Form::Text;
   }
 }
 
@@ -176,33 +170,6 @@ constexpr Form formIn(E element, T type) {
   }
 }
 
-// What is asked for every element of a description, in one byte each: the form, and whether it may repeat.
-struct Rule {
-  Form form = Form::Ignored;
-  bool belongs = false;
-  bool repeats = false;
-};
-
-constexpr std::array<std::array<Rule, kElements>, kNodeTypes> makeRules() {
-  std::array<std::array<Rule, kElements>, kNodeTypes> rules;
-  for (size_t t = 0; t < kNodeTypes; ++t) {
-    const T type = static_cast<T>(t);
-    const ElementSet elements = elementsOf(type);
-    for (size_t e = 0; e < kElements; ++e) {
-      const E element = static_cast<E>(e);
-      const bool repeats = kRepeatable.has(element) || (element == E::pIndex && kRegisterKinds.has(type));
-      rules[t][e] = {formIn(element, type), elements.has(element), repeats};
-    }
-  }
-  return rules;
-}
-
-constexpr auto kRules = makeRules();
-
-constexpr const Rule& ruleOf(E element, T type) {
-  return kRules[static_cast<size_t>(type)][static_cast<size_t>(element)];
-}
-
 constexpr std::array<uint8_t, kElements> makeAlternatives() {
   std::array<uint8_t, kElements> numbers{};
   const auto set = [&](uint8_t number, auto... elements) { ((numbers[static_cast<size_t>(elements)] = number), ...); };
@@ -218,7 +185,20 @@ constexpr std::array<uint8_t, kElements> makeAlternatives() {
   return numbers;
 }
 
-constexpr std::array<uint8_t, kElements> kAlternativeNumbers = makeAlternatives();
+constexpr std::array<ElementRules, kNodeTypes> makeRules() {
+  constexpr std::array<uint8_t, kElements> kAlternativeNumbers = makeAlternatives();
+  std::array<ElementRules, kNodeTypes> rules;
+  for (size_t t = 0; t < kNodeTypes; ++t) {
+    const T type = static_cast<T>(t);
+    const ElementSet elements = elementsOf(type);
+    for (size_t e = 0; e < kElements; ++e) {
+      const E element = static_cast<E>(e);
+      const bool repeats = kRepeatable.has(element) || (element == E::pIndex && kRegisterKinds.has(type));
+      rules[t][e] = {formIn(element, type), elements.has(element), repeats, kAlternativeNumbers[e]};
+    }
+  }
+  return rules;
+}
 
 template <class Class, class Enumeration>
 bool wordOf(std::string_view text, uint8_t& word) {
@@ -230,29 +210,7 @@ bool wordOf(std::string_view text, uint8_t& word) {
 
 }  // namespace
 
-Form formOf(Element element, NodeType type) {
-  return ruleOf(element, type).form;
-}
-
-bool belongsTo(Element element, NodeType type) {
-  return ruleOf(element, type).belongs;
-}
-
-bool mayRepeat(Element element, NodeType type) {
-  return ruleOf(element, type).repeats;
-}
-
-uint8_t alternativeOf(Element element) {
-  return kAlternativeNumbers[static_cast<size_t>(element)];
-}
-
-bool isLink(Element element) {
-  return kLinks.has(element) && element != Element::IntSwissKnife;
-}
-
-bool isDescriptiveLink(Element element) {
-  return kDescriptiveLinks.has(element);
-}
+constexpr std::array<ElementRules, kNodeTypes> kElementRules = makeRules();
 
 NodeTypeSet linkTargets(Element element, NodeType type) {
   constexpr NodeTypeSet kAny = kNumericKinds | kStringKinds | kRegisterKinds |

@@ -1,5 +1,6 @@
 // What the description language says about its elements: their form, which node types carry them, how often.
 #pragma once
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -76,22 +77,21 @@ enum class Form : uint8_t {
   Ignored
 };
 
-Form formOf(Element element, NodeType type);
-// Whether that element has a meaning in nodes of that type.
-bool belongsTo(Element element, NodeType type);
-bool mayRepeat(Element element, NodeType type);
-// Elements of which a node has one or the other (Value, pValue) share a number above 0.
+// All of it in one look-up, because it is asked for every element of a description.
+struct ElementRule {
+  Form form = Form::Ignored;
+  bool belongs = false;  // the element has a meaning in nodes of that type
+  bool repeats = false;
+  uint8_t alternative = 0;  // elements of which a node has one or the other (Value, pValue) share a number above 0
+};
+using ElementRules = std::array<ElementRule, kElements>;
+extern const std::array<ElementRules, kNodeTypes> kElementRules;
+inline const ElementRule& ruleOf(Element element, NodeType type) {
+  return kElementRules[static_cast<size_t>(type)][static_cast<size_t>(element)];
+}
 inline constexpr size_t kAlternatives = 10;
-uint8_t alternativeOf(Element element);
 
-// Elements whose text names another node.
-bool isLink(Element element);
-// Links that may be left out when they lead nowhere.
-bool isDescriptiveLink(Element element);
-// Kinds of nodes that a link of such a node may name.
-NodeTypeSet linkTargets(Element element, NodeType type);
-
-// Elements whose value is a number or link that a node's own value is computed from when it is read ...
+// Links that a node's value is written through ...
 inline constexpr ElementSet kWritingLinks(Element::pValue, Element::pValueCopy, Element::pValueIndexed,
                                           Element::pValueDefault);
 // ... the links read for values, limits, addresses and lengths, which also make somebody a parent.
@@ -101,6 +101,21 @@ inline constexpr ElementSet kReadingLinks(Element::pValue, Element::pMin, Elemen
                                           Element::pCommandValue, Element::pChunkID);
 inline constexpr ElementSet kGuards(Element::pIsImplemented, Element::pIsAvailable, Element::pIsLocked,
                                     Element::pBlockPolling);
+// Links that may be left out when they lead nowhere.
+inline constexpr ElementSet kDescriptiveLinks(Element::pFeature, Element::pSelected, Element::pInvalidator,
+                                              Element::pAlias, Element::pCastAlias, Element::pError,
+                                              Element::pBlockPolling);
+// Elements whose text names another node.
+inline constexpr ElementSet kNamingLinks(Element::pIsImplemented, Element::pIsAvailable, Element::pIsLocked,
+                                         Element::pBlockPolling, Element::pError, Element::pAlias, Element::pCastAlias,
+                                         Element::pInvalidator, Element::pSelected, Element::pPort, Element::pFeature,
+                                         Element::pEnumEntry, Element::p1212Parser, Element::pValue,
+                                         Element::pValueCopy, Element::pMin, Element::pMax, Element::pInc,
+                                         Element::pIndex, Element::pValueIndexed, Element::pValueDefault,
+                                         Element::pVariable, Element::pAddress, Element::pOffset, Element::pLength,
+                                         Element::pCommandValue, Element::pChunkID);
+// Kinds of nodes that such a link of such a node may name.
+NodeTypeSet linkTargets(Element element, NodeType type);
 
 // Reads a word of the element's vocabulary into the value of its enumeration; false for any other word.
 bool parseWord(Element element, std::string_view text, uint8_t& word);

@@ -1,6 +1,6 @@
 #include "description/NodeReader.h"
 
-#include <cstring>
+#include <array>
 
 #include "GenApi/EnumClasses.h"
 #include "description/Limits.h"
@@ -10,14 +10,21 @@
 namespace GENAPI_NAMESPACE {
 namespace {
 
-bool isLetter(char character) {
-  return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
+// Letters, digits and the underscore.
+constexpr std::array<bool, 256> makeNameBytes() {
+  std::array<bool, 256> usual{};
+  for (unsigned byte = 'a'; byte <= 'z'; ++byte) usual[byte] = usual[byte - 'a' + 'A'] = true;
+  for (unsigned byte = '0'; byte <= '9'; ++byte) usual[byte] = true;
+  usual['_'] = true;
+  return usual;
 }
 
+constexpr std::array<bool, 256> kNameBytes = makeNameBytes();
+
 bool isUsualName(std::string_view name) {
-  if (!isLetter(name[0])) return false;
+  if (name[0] == '_' || (name[0] >= '0' && name[0] <= '9')) return false;
   for (char character : name) {
-    if (!isLetter(character) && !(character >= '0' && character <= '9') && character != '_') return false;
+    if (!kNameBytes[static_cast<unsigned char>(character)]) return false;
   }
   return true;
 }
@@ -32,11 +39,6 @@ bool isUsableName(std::string_view name) {
 
 }  // namespace
 
-std::string_view NodeReader::localName(pugi::xml_node xml) const {
-  const std::string_view name = xml.name();
-  return !prefix_.empty() && name.substr(0, prefix_.size()) == prefix_ ? name.substr(prefix_.size()) : name;
-}
-
 void NodeReader::readDocument(pugi::xml_node root, std::string_view prefix) {
   prefix_ = prefix;
   readNodes(root, 2);
@@ -47,7 +49,7 @@ void NodeReader::readNodes(pugi::xml_node parent, int depth) {
     if (*xml.name() == '\0') continue;  // text between nodes
     checkDepth(depth, xml);
     depth_ = depth;
-    const std::string_view name = localName(xml);
+    const std::string_view name = localName(xml.name());
     if (const std::optional<NodeType> type = nodeTypeOf(name)) {
       readNode(xml, *type);
     } else if (name == "StructReg") {
@@ -73,7 +75,7 @@ void NodeReader::readStruct(pugi::xml_node xml) {
   constexpr ElementSet kAddresses(Element::Address, Element::pAddress, Element::pIndex, Element::IntSwissKnife);
   Pass pass = Pass::Inherited;
   for (pugi::xml_node entry = xml.first_child(); entry; entry = entry.next_sibling()) {
-    if (localName(entry) != "StructEntry") continue;
+    if (localName(entry.name()) != "StructEntry") continue;
     const size_t firstChild = children_.size();
     ++depth_;
     checkDepth(depth_, entry);
@@ -101,33 +103,40 @@ NodeDraft NodeReader::startNode(pugi::xml_node xml, NodeType type) {
   record.exposeStatic = true;
   record.firstProperty = static_cast<uint32_t>(parts_.properties.size());
   record.sourceOffset = static_cast<uint32_t>(offsetOf(xml));
-  const auto wrongWord = [&](const char* attribute, std::string_view value) {
-    parts_.findings.note(record.sourceOffset, kNoNode, attribute, "unknown word " + quoted(value));
-  };
   for (pugi::xml_attribute attribute = xml.first_attribute(); attribute; attribute = attribute.next_attribute()) {
     const std::string_view name = attribute.name();
     const std::string_view value = trimmed(attribute.value());
     if (name == "Name") {
       record.nameData = value.data();
       record.nameSize = static_cast<uint32_t>(value.size());
-    } else if (name == "NameSpace") {
-      ENameSpace nameSpace = Custom;
-      if (!ENameSpaceClass::FromView(value, &nameSpace)) wrongWord("NameSpace", value);
-      record.nameSpace = static_cast<uint8_t>(nameSpace);
-    } else if (name == "ExposeStatic") {
-      EYesNo expose = Yes;
-      if (!EYesNoClass::FromView(value, &expose)) wrongWord("ExposeStatic", value);
-      record.exposeStatic = expose == Yes;
-    } else if (name == "MergePriority") {
-      const std::optional<int64_t> priority = text::parseInteger(value);
-      if (!priority || *priority < -1 || *priority > 1)
-        wrongWord("MergePriority", value);
-      else
-        record.mergePriority = static_cast<int8_t>(*priority);
+    } else if (!readAttribute(name, value, record)) {
+      parts_.findings.note(record.sourceOffset, kNoNode, name, "unknown word " + quoted(value));
     }
   }
   checkName(draft);
   return draft;
+}
+
+// False for a word that the attribute does not know; its default stands then.
+bool NodeReader::readAttribute(std::string_view name, std::string_view value, NodeRecord& record) {
+  if (name == "NameSpace") {
+    ENameSpace nameSpace = Custom;
+    const bool known = ENameSpaceClass::FromView(value, &nameSpace);
+    record.nameSpace = static_cast<uint8_t>(nameSpace);
+    return known;
+  }
+  if (name == "ExposeStatic") {
+    EYesNo expose = Yes;
+    const bool known = EYesNoClass::FromView(value, &expose);
+    record.exposeStatic = expose == Yes;
+    return known;
+  }
+  if (name == "MergePriority") {
+    const std::optional<int64_t> priority = text::parseInteger(value);
+    if (!priority || *priority < -1 || *priority > 1) return false;
+    record.mergePriority = static_cast<int8_t>(*priority);
+  }
+  return true;
 }
 
 void NodeReader::checkName(const NodeDraft& draft) {
@@ -171,6 +180,10 @@ void NodeReader::emit(NodeDraft& draft) {
   if (parts_.nodes.size() == kMaxNodes) {
     parts_.fatal(draft.record.sourceOffset, draft.record, "", "more than " + std::to_string(kMaxNodes) + " nodes");
   }
+  const NodeIndex node = static_cast<NodeIndex>(parts_.nodes.size());
+  if (draft.seen.hasAny(ElementSet(Element::ChunkID, Element::pChunkID))) parts_.chunkPorts.push_back(node);
+  if (draft.seen.has(Element::EventID)) parts_.eventNodes.push_back(node);
+  if (draft.seen.has(Element::PollingTime)) parts_.polledNodes.push_back(node);
   parts_.nodes.push_back(draft.record);
 }
 
@@ -202,9 +215,9 @@ void NodeReader::readKey(pugi::xml_node xml, NodeType type, NodeIndex confRom, s
   Property parser{};
   parser.element = Element::p1212Parser;
   setText(parser, parts_.nodes[confRom].name());
-  parser.target = confRom;
+  parser.integer = static_cast<int64_t>(NameTable::hashOf(parser.value()));
   parts_.properties.push_back(parser);
-  readElement(xml, draft, Element::Key, Pass::Own);
+  readElement(xml, draft, Element::Key, offsetOf(xml), Pass::Own);
   draft.record.owner = confRom;
   finishNode(draft, children_.size());
 }

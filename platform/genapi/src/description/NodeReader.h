@@ -34,6 +34,7 @@ class NodeReader {
   void readNode(pugi::xml_node xml, NodeType type);
   void readStruct(pugi::xml_node xml);
   NodeDraft startNode(pugi::xml_node xml, NodeType type);
+  static bool readAttribute(std::string_view name, std::string_view value, NodeRecord& record);
   void checkName(const NodeDraft& draft);
   void finishNode(NodeDraft& draft, size_t firstChild);
   void emit(NodeDraft& draft);
@@ -45,8 +46,8 @@ class NodeReader {
 
   // ElementReader.cpp: the elements of one node
   void readElements(pugi::xml_node parent, NodeDraft& draft, const ElementSet& leaveOut, Pass pass);
-  void readElement(pugi::xml_node xml, NodeDraft& draft, Element element, Pass pass);
-  bool isRefused(NodeDraft& draft, Element element, size_t offset, Pass pass);
+  void readElement(pugi::xml_node xml, NodeDraft& draft, Element element, size_t offset, Pass pass);
+  bool isRefused(NodeDraft& draft, Element element, const ElementRule& rule, size_t offset, Pass pass);
   bool readWord(NodeDraft& draft, Property& property, size_t offset);
   void readNumber(NodeDraft& draft, Property& property, Form form, size_t offset);
   void readOwnAttributes(pugi::xml_node xml, NodeDraft& draft, Element element, size_t offset);
@@ -74,7 +75,9 @@ class NodeReader {
   }
   size_t offsetOf(pugi::xml_node xml) const { return parts_.offsetOf(xml.name(), kNoOffset); }
   // Without the prefix that the root element has, if any.
-  std::string_view localName(pugi::xml_node xml) const;
+  std::string_view localName(std::string_view name) const {
+    return prefix_.empty() || !name.starts_with(prefix_) ? name : name.substr(prefix_.size());
+  }
 
   DescriptionParts& parts_;
   std::string_view prefix_;  // "" or "prefix:"

@@ -16,7 +16,7 @@ void NodeReader::checkComplete(NodeDraft& draft) {
     case NodeType::Integer:
     case NodeType::Float:
       require(draft, ElementSet(E::Value, E::pValue, E::pIndex), "Value, pValue or pIndex");
-      if (draft.alternatives[alternativeOf(E::pIndex)] == E::pIndex) {
+      if (draft.alternatives[ruleOf(E::pIndex, NodeType::Integer).alternative] == E::pIndex) {
         require(draft, ElementSet(E::ValueIndexed, E::pValueIndexed), "ValueIndexed or pValueIndexed");
         require(draft, ElementSet(E::ValueDefault, E::pValueDefault), "ValueDefault or pValueDefault");
       }

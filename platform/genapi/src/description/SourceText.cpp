@@ -87,28 +87,34 @@ bool isLatin1(std::string_view encoding) {
 }
 
 struct Counts {
-  size_t tags = 0, references = 0;
-  bool ascii = true;
+  size_t tags = 0;
+  bool references = false, ascii = true;
 };
 
 // One pass over everything, sixteen bytes at a time: the first look at a description must cost next to nothing.
 Counts countAll(std::string_view text) {
   Counts counts;
-  const __m128i tag = _mm_set1_epi8('<'), reference = _mm_set1_epi8('&');
-  __m128i seen = _mm_setzero_si128();
+  const __m128i tag = _mm_set1_epi8('<'), reference = _mm_set1_epi8('&'), zero = _mm_setzero_si128();
+  __m128i all = zero, references = zero, tags = zero;
   size_t at = 0;
-  for (; at + 16 <= text.size(); at += 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
-    const int tags = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, tag));
-    const int references = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, reference));
-    if (tags != 0) counts.tags += static_cast<size_t>(__builtin_popcount(static_cast<unsigned>(tags)));
-    if (references != 0) ++counts.references;
-    seen = _mm_or_si128(seen, bytes);
+  while (at + 16 <= text.size()) {
+    // Each byte lane counts up to 255 tags before the lanes are added up.
+    const size_t stop = std::min(at + 16 * 255, text.size() - 15);
+    __m128i lanes = zero;
+    for (; at < stop; at += 16) {
+      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
+      lanes = _mm_sub_epi8(lanes, _mm_cmpeq_epi8(bytes, tag));
+      references = _mm_or_si128(references, _mm_cmpeq_epi8(bytes, reference));
+      all = _mm_or_si128(all, bytes);
+    }
+    tags = _mm_add_epi64(tags, _mm_sad_epu8(lanes, zero));
   }
-  counts.ascii = _mm_movemask_epi8(seen) == 0;
+  counts.tags = static_cast<size_t>(_mm_cvtsi128_si64(tags) + _mm_cvtsi128_si64(_mm_unpackhi_epi64(tags, tags)));
+  counts.references = _mm_movemask_epi8(references) != 0;
+  counts.ascii = _mm_movemask_epi8(all) == 0;
   for (; at < text.size(); ++at) {
     counts.tags += text[at] == '<';
-    counts.references += text[at] == '&';
+    counts.references = counts.references || text[at] == '&';
     counts.ascii = counts.ascii && static_cast<unsigned char>(text[at]) < 0x80;
   }
   return counts;
@@ -120,10 +126,21 @@ bool isBlank(char character) {
 
 // The length of a reference at `at` that the parser resolves ("&amp;", "&#10;", "&#xA;"), or 0.
 size_t knownReference(std::string_view text, size_t at) {
-  for (std::string_view known : {"&lt;", "&gt;", "&amp;", "&apos;", "&quot;"}) {
-    if (text.substr(at, known.size()) == known) return known.size();
+  const auto begins = [&](std::string_view known) { return text.substr(at, known.size()) == known; };
+  switch (at + 1 < text.size() ? text[at + 1] : '\0') {
+    case 'a':
+      return begins("&amp;") ? 5 : begins("&apos;") ? 6 : 0;
+    case 'l':
+      return begins("&lt;") ? 4 : 0;
+    case 'g':
+      return begins("&gt;") ? 4 : 0;
+    case 'q':
+      return begins("&quot;") ? 6 : 0;
+    case '#':
+      break;
+    default:
+      return 0;
   }
-  if (text.substr(at, 2) != "&#") return 0;
   const bool hex = text.substr(at + 2, 1) == "x";
   const size_t first = at + (hex ? 3 : 2);
   const size_t end = text.find_first_not_of(hex ? "0123456789abcdefABCDEF" : "0123456789", first);
@@ -169,7 +186,7 @@ SourceShape examineSource(std::string_view text, BuildFindings& findings) {
       encoding != "UTF-16" && !isLatin1(encoding)) {
     findings.note(start, kNoNode, "", "unknown encoding " + quoted(encoding) + ", read as UTF-8");
   }
-  return {start, counts.tags, counts.references != 0};
+  return {start, counts.tags, counts.references};
 }
 
 std::vector<size_t> unknownReferences(std::string_view text) {
@@ -186,19 +203,21 @@ std::vector<size_t> unknownReferences(std::string_view text) {
     at = text.find(end, at);
     at = at == std::string_view::npos ? text.size() : at + end.size();
   };
-  for (at = 0; (at = text.find_first_of("<&", at)) != std::string_view::npos && unknown.size() < kMaxNotes;) {
-    if (text.substr(at, 4) == "<!--") {
-      skipPast("-->");
-    } else if (text.substr(at, 9) == "<![CDATA[") {
-      skipPast("]]>");
-    } else if (text.substr(at, 2) == "<?") {
-      skipPast("?>");
-    } else if (text[at] == '<') {
+  for (at = 0; at < text.size() && unknown.size() < kMaxNotes;) {
+    if (text[at] != '<' && text[at] != '&') {
       ++at;
-    } else {
+    } else if (text[at] == '&') {
       const size_t length = knownReference(text, at);
       if (length == 0) unknown.push_back(at);
       at += std::max<size_t>(length, 1);
+    } else if (at + 1 == text.size() || (text[at + 1] != '!' && text[at + 1] != '?')) {
+      ++at;
+    } else if (text.substr(at, 4) == "<!--") {
+      skipPast("-->");
+    } else if (text.substr(at, 9) == "<![CDATA[") {
+      skipPast("]]>");
+    } else {
+      skipPast(">");
     }
   }
   return unknown;

@@ -7,7 +7,9 @@
 namespace GENAPI_NAMESPACE::text {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
+bool isBlank(char character) noexcept {
+  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+}
 
 int hexDigit(char character) noexcept {
   if (character >= '0' && character <= '9') return character - '0';
@@ -81,9 +83,9 @@ DecimalShape shapeOf(std::string_view text) noexcept {
 }  // namespace
 
 std::string_view trimmed(std::string_view text) noexcept {
-  const size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 std::optional<int64_t> parseInteger(std::string_view text) noexcept {

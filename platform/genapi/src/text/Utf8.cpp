@@ -1,5 +1,8 @@
 #include "text/Utf8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace GENAPI_NAMESPACE::text {
 namespace {
 
@@ -30,6 +33,15 @@ size_t characterLength(std::string_view text, size_t at) noexcept {
 
 size_t findMalformedUtf8(std::string_view text) noexcept {
   for (size_t at = 0; at < text.size();) {
+    // Most texts are ASCII nearly everywhere: eight bytes at a time.
+    uint64_t word;
+    if (text.size() - at >= sizeof word) {
+      std::memcpy(&word, text.data() + at, sizeof word);
+      if ((word & UINT64_C(0x8080808080808080)) == 0) {
+        at += sizeof word;
+        continue;
+      }
+    }
     const size_t length = characterLength(text, at);
     if (length == 0) return at;
     at += length;
