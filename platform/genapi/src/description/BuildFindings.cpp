@@ -18,8 +18,10 @@ std::string quoted(std::string_view value) {
 }
 
 uint32_t lineAt(std::string_view text, size_t offset) {
+  uint32_t line = 1;
   const std::string_view before = text.substr(0, offset);
-  return static_cast<uint32_t>(std::count(before.begin(), before.end(), '\n')) + 1;
+  for (size_t at = before.find('\n'); at != before.npos; at = before.find('\n', at + 1)) ++line;
+  return line;
 }
 
 std::string placedText(std::string_view nodeType, std::string_view node, std::string_view element,
@@ -70,7 +72,7 @@ std::vector<FindingRecord> BuildFindings::take() {
   for (size_t i : order) {
     if (offsets_[i] == kNoOffset) break;
     const size_t end = std::min(offsets_[i], text_.size());
-    line += static_cast<uint32_t>(std::count(text_.begin() + at, text_.begin() + end, '\n'));
+    line += lineAt(text_.substr(at), end - at) - 1;
     at = end;
     records_[i].line = line;
   }

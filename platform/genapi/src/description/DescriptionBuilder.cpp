@@ -8,6 +8,7 @@
 #include "description/Limits.h"
 #include "description/NodeReader.h"
 #include "description/SourceText.h"
+#include "description/TrimmedText.h"
 
 namespace GENAPI_NAMESPACE {
 namespace {
@@ -18,15 +19,27 @@ constexpr unsigned kParseFlags = pugi::parse_escapes | pugi::parse_cdata | pugi:
                                  pugi::parse_wconv_attribute | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata |
                                  pugi::parse_doctype;
 
-pugi::xml_node rootOf(const pugi::xml_document& document, const BuildFindings& findings, size_t bufferOffset) {
+pugi::xml_node rootOf(const pugi::xml_document& document, const DescriptionParts& parts) {
   pugi::xml_node root;
   for (const pugi::xml_node child : document.children()) {
-    if (child.type() == pugi::node_doctype) findings.fatal(bufferOffset, "a document type declaration is not allowed");
+    if (child.type() == pugi::node_doctype) {
+      parts.findings.fatal(parts.offsetOf(child.value(), kNoOffset), "a document type declaration is not allowed");
+    }
     if (child.type() != pugi::node_element) continue;
-    if (root) findings.fatal(kNoOffset, "not well-formed: more than one root element");
+    if (root) {
+      parts.findings.fatal(parts.offsetOf(child.name(), kNoOffset), "not well-formed: more than one root element");
+    }
     root = child;
   }
   return root;
+}
+
+// Memory dumps of devices are filled up with zeros. Any other text behind the last tag is none the parser looks at.
+size_t lengthWithoutFilling(std::string_view text, const BuildFindings& findings) {
+  size_t size = text.size();
+  while (size != 0 && (text[size - 1] == '\0' || isXmlBlank(text[size - 1]))) --size;
+  if (size == 0 || text[size - 1] != '>') findings.fatal(size, "not well-formed: the text does not end with a tag");
+  return size;
 }
 
 }  // namespace
@@ -40,6 +53,7 @@ std::shared_ptr<const Description> DescriptionBuilder::build(HeldBytes&& source)
   const std::string_view text = description.lineText();
   BuildFindings findings(text);
   const SourceShape shape = examineSource(text, findings);
+  const size_t size = lengthWithoutFilling(text, findings);
 
   // Every property has an opening tag and mostly a closing one; nodes have about seven properties.
   const size_t properties = shape.tags / 2 + 64, nodes = shape.tags / 12 + 64;
@@ -51,7 +65,7 @@ std::shared_ptr<const Description> DescriptionBuilder::build(HeldBytes&& source)
   std::memcpy(buffer, text.data(), text.size());
   pugi::xml_document document;
   const pugi::xml_parse_result parsed =
-      document.load_buffer_inplace(buffer + shape.start, text.size() - shape.start, kParseFlags, pugi::encoding_utf8);
+      document.load_buffer_inplace(buffer + shape.start, size - shape.start, kParseFlags, pugi::encoding_utf8);
   if (parsed.status == pugi::status_out_of_memory) throw std::bad_alloc();
   if (!parsed) {
     const size_t offset = shape.start + static_cast<size_t>(std::max<ptrdiff_t>(parsed.offset, 0));
@@ -69,7 +83,7 @@ std::shared_ptr<const Description> DescriptionBuilder::build(HeldBytes&& source)
                          description.polledNodes_,
                          texts,
                          findings};
-  const pugi::xml_node root = rootOf(document, findings, shape.start);
+  const pugi::xml_node root = rootOf(document, parts);
   const DocumentKind kind = readDocumentAttributes(root, parts);
   description.schema10_ = kind.schema10;
   NodeReader(parts).readDocument(root, kind.prefix);

@@ -1,4 +1,5 @@
 // What a node must have to be of use, and numbers that do not fit together.
+#include "description/Limits.h"
 #include "description/NodeReader.h"
 
 namespace GENAPI_NAMESPACE {
@@ -29,10 +30,9 @@ void NodeReader::checkComplete(NodeDraft& draft) {
       break;
     case NodeType::MaskedIntReg:
       requireRegister();
-      if (!draft.seen.has(E::Bit)) {
-        require(draft, ElementSet(E::LSB), "LSB or Bit");
-        require(draft, ElementSet(E::MSB), "MSB or Bit");
-      }
+      require(draft, ElementSet(E::Bit, E::LSB, E::MSB), "Bit or LSB and MSB");
+      if (draft.seen.has(E::MSB)) require(draft, ElementSet(E::LSB), "LSB");
+      if (draft.seen.has(E::LSB)) require(draft, ElementSet(E::MSB), "MSB");
       break;
     case NodeType::Boolean:
       requireSource();
@@ -128,6 +128,8 @@ Property* NodeReader::find(const NodeDraft& draft, Element element) const {
 }
 
 void NodeReader::setDefective(NodeDraft& draft, size_t offset, std::string_view element, std::string reason) {
+  // A hostile text must not make findings without end: the first one says why the node cannot be used.
+  if (draft.record.defective && parts_.findings.count() > kMaxNotes) return;
   draft.record.defective = true;
   parts_.findings.defect(offset, kNoNode, element, std::move(reason));
 }
