@@ -90,6 +90,7 @@ std::shared_ptr<const Description> DescriptionBuilder::build(HeldBytes&& source)
   fillNameTable(description, parts);
   refuseCycles(parts, resolveLinks(parts, description.names_), kind.schema10);
   if (shape.references) noteReferences(description, parts);
+  noteSwappingPorts(description, parts);
   description.findings_ = findings.take();
   listDefects(description);
   return result;
@@ -123,6 +124,18 @@ void DescriptionBuilder::noteReferences(const Description& description, const De
     const bool ended = end != std::string_view::npos && text[end] == ';';
     parts.findings.note(place, next == 0 ? kNoNode : order[next - 1], "",
                         "unknown reference " + quoted(text.substr(0, ended ? end + 1 : end)) + " stays as written");
+  }
+}
+
+// GigE Vision fixes the byte order of its registers since schema 1.1.
+void DescriptionBuilder::noteSwappingPorts(const Description& description, const DescriptionParts& parts) {
+  if (description.isSchema10() || description.device().standardNameSpace != "GEV") return;
+  for (NodeIndex node = 0; node < description.nodes_.size(); ++node) {
+    if (description.node(node).type != NodeType::Port) continue;
+    const Property* const swap = description.find(node, Element::SwapEndianess);
+    if (swap == nullptr || swap->word != Yes) continue;
+    parts.findings.note(parts.offsetOf(swap->valueData, description.node(node).sourceOffset), node, "SwapEndianess",
+                        "not allowed for GEV, done all the same");
   }
 }
 

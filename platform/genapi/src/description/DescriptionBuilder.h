@@ -43,6 +43,7 @@ class DescriptionBuilder {
  private:
   static void fillNameTable(Description& description, const DescriptionParts& parts);
   static void noteReferences(const Description& description, const DescriptionParts& parts);
+  static void noteSwappingPorts(const Description& description, const DescriptionParts& parts);
   static void listDefects(Description& description);
 };
 
