@@ -9,11 +9,7 @@ namespace GENAPI_NAMESPACE {
 
 std::string_view entrySymbolic(const Description& description, NodeIndex entry) {
   if (const Property* given = description.find(entry, Element::Symbolic)) return given->value();
-  const NodeRecord& record = description.node(entry);
-  if (record.owner == kNoNode) return record.name();  // an entry that stands alone keeps its name
-  constexpr std::string_view kPrefix = "EnumEntry_";
-  const size_t start = kPrefix.size() + description.node(record.owner).nameSize + 1;
-  return record.name().starts_with(kPrefix) && record.nameSize > start ? record.name().substr(start) : record.name();
+  return description.entryName(entry);
 }
 
 EntryTable::EntryTable(const Description& description, NodeIndex enumeration) {

@@ -20,8 +20,7 @@ struct EntryRecord {
   bool isPlain;  // nothing in the description can make it unavailable
 };
 
-// The name by which an entry is selected: its Symbolic, else the name that the description gave it, which is the end of
-// the node's name "EnumEntry_<Enumeration>_<Entry>".
+// The name by which an entry is selected: its Symbolic, else the name that the description gave it.
 std::string_view entrySymbolic(const Description& description, NodeIndex entry);
 
 class EntryTable final : public Derived {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "GenApi/EnumClasses.h"
+#include "description/ElementRules.h"
 #include "nodes/NodeBase.h"
 #include "text/NumberSyntax.h"
 
@@ -82,37 +83,34 @@ class PropertyCollector {
       case Element::pIndex:
         return add("pIndex", nameOf(each.target), offsetOf(each), true);
       case Element::ValueIndexed:
-        return add("ValueIndexed", each.value(), indexOf(each), true);
+        return add("ValueIndexed", givenText(each), indexOf(each), true);
       case Element::pValueIndexed:
         return add("pValueIndexed", nameOf(each.target), indexOf(each), true);
-      case Element::Address:
-      case Element::Length:
-        return add(elementName(each.element), std::to_string(each.integer));
       case Element::EnumEntry:
         return add("pEnumEntry", nameOf(each.target));
       case Element::pVariable:
         return add("pVariable", nameOf(each.target), each.attribute(), true);
       case Element::Constant:
       case Element::Expression:
-        return add(elementName(each.element), each.value(), each.attribute(), true);
+        return add(elementName(each.element), givenText(each), each.attribute(), true);
       case Element::Value:
         return add("Value", heldText(each));
       default:
         break;
     }
-    const std::string_view name = elementName(each.element);
-    add(name, name.starts_with('p') && each.target < description_.nodeCount() && isLink(each.element)
-                  ? nameOf(each.target)
-                  : each.value());
+    add(elementName(each.element), isLink(each.element) ? std::string(nameOf(each.target)) : givenText(each));
   }
 
-  static bool isLink(Element element) {
-    return element != Element::PollingTime && elementName(element).starts_with('p');
+  // Integers in decimal, whatever the description wrote; a text that is no number as it stands.
+  std::string givenText(const Property& each) const {
+    const bool isInteger = formOf(each.element, node_.record().type) == Form::Integer;
+    const auto number = isInteger ? text::parseInteger(each.value()) : std::nullopt;
+    return number ? std::to_string(*number) : std::string(each.value());
   }
 
   // A string that holds its own text shows the present one.
   std::string heldText(const Property& each) const {
-    if (node_.record().type != NodeType::String) return std::string(each.value());
+    if (node_.record().type != NodeType::String) return givenText(each);
     auto& node = const_cast<NodeBase&>(node_);
     return std::string(node_.map().operate(&node, [&] { return node.readText({}); }).view());
   }
