@@ -160,6 +160,7 @@ TEST(Properties, TellWhatEachTypeCarries) {
       {"Mode", "IsFeature", {"Yes", ""}},
       {"Mode", "pDependent", {"Root", ""}},
       {"EnumEntry_Mode_Off", "pDependent", {"Root\tMode", ""}},
+      {"EnumEntry_Mode_Off", "Value", {"16", ""}},
       {"Table", "MergePriority", {"1", ""}},
       {"Table", "ExposeStatic", {"No", ""}},
       {"Table", "pIndex", {"Other", ""}},
