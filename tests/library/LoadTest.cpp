@@ -1,0 +1,126 @@
+// Loading anew, and many threads at once.
+#include <atomic>
+#include <thread>
+
+#include "Device.h"
+
+namespace {
+
+TEST(Reload, NodesOfTheEarlierDescriptionStayButFindNoPort) {
+  Device device(integerRegister("Width", 0) + "<Integer Name=\"Kept\"><Value>4</Value></Integer>");
+  const NODE width = device.node("Width");
+  const NODE kept = device.node("Kept");
+  device.setInteger(0, 11);
+  device.load(description(integerRegister("Width", 4) + "<Float Name=\"Kept\"><Value>2.5</Value></Float>"));
+  device.connect();
+
+  EXPECT_NE(device.node("Width"), width);
+  TNodeType type = NT_Invalid;
+  EXPECT_OK(NType(device.node("Kept"), &type));
+  EXPECT_EQ(type, NT_Float);
+  EXPECT_OK(NType(kept, &type));
+  EXPECT_EQ(type, NT_Integer);
+  int64_t value = 0;
+  EXPECT_OK(NGetAsInteger(kept, &value));
+  EXPECT_EQ(value, 4);
+  EXPECT_EQ(NGetAsInteger(width, &value), OXGENAPI_E_NOT_READABLE);
+  EXPECT_EQ(NSetAsInteger(width, 1), OXGENAPI_E_NOT_WRITABLE);
+  EXPECT_EQ(device.reads + device.writes, 0);
+  EXPECT_OK(NSetAsInteger(device.node("Width"), 12));
+  EXPECT_EQ(device.integerAt(0), 11);
+  EXPECT_EQ(device.integerAt(4), 12);
+}
+
+TEST(Reload, CallbacksOfEarlierNodesStayWithTheirDescription) {
+  Device device("<Integer Name=\"A\"><Value>4</Value></Integer>");
+  const NODE before = device.node("A");
+  int calls = 0;
+  TCallbackHandle handle = 0;
+  ASSERT_OK(NRegisterUpdate(
+      before, [](NODE, void* count) { ++*static_cast<int*>(count); }, &calls, &handle));
+  device.load(description("<Integer Name=\"A\"><Value>4</Value></Integer>"));
+  EXPECT_OK(NSetAsInteger(device.node("A"), 5));
+  EXPECT_EQ(calls, 0);
+  EXPECT_OK(NSetAsInteger(before, 5));
+  EXPECT_EQ(calls, 1);
+  EXPECT_OK(NDeregisterUpdate(before, handle));
+}
+
+TEST(Reload, AnEarlierDescriptionOutlivesItsNodeMapHandle) {
+  NODEMAP map = nullptr;
+  NODE before = nullptr;
+  ASSERT_OK(CreateNodeMap(map));
+  const std::string xml = description("<Integer Name=\"A\"><Value>4</Value></Integer>");
+  ASSERT_OK(NMLoadXMLString(map, xml.c_str()));
+  ASSERT_OK(NMGetNode(map, "A", before));
+  for (int i = 0; i < 3; ++i) ASSERT_OK(NMLoadXMLString(map, xml.c_str()));
+  OxIfaceContainerReleaseUseCounter(map);
+  EXPECT_OK(NSetAsInteger(before, 6));
+  OxIfaceContainerReleaseUseCounter(before);
+}
+
+// Threads that set, read, invalidate and (de)register; every call must succeed, and no callback may come after its
+// registration has ended.
+TEST(Threads, ShareOneNodeMap) {
+  Device device(integerRegister("Width", 0) + integerRegister("Height", 4) +
+                "<Integer Name=\"Area\"><pValue>Width</pValue><pInvalidator>Height</pInvalidator></Integer>");
+  constexpr int kRounds = 400;
+  std::atomic<int> failures{0};
+  std::atomic<int> callbacks{0};
+  const auto check = [&](uint32_t result) { failures += result != 0; };
+  const auto withNode = [&](const char* name, auto&& work) {
+    NODE node = nullptr;
+    check(NMGetNode(device.map, name, node));
+    work(node);
+    OxIfaceContainerReleaseUseCounter(node);
+  };
+  std::thread threads[] = {
+      std::thread([&] {
+        for (int i = 0; i < kRounds; ++i) withNode("Width", [&](NODE node) { check(NSetAsInteger(node, i)); });
+      }),
+      std::thread([&] {
+        int64_t value = 0;
+        for (int i = 0; i < kRounds; ++i) withNode("Area", [&](NODE node) { check(NGetAsInteger(node, &value)); });
+      }),
+      std::thread([&] {
+        for (int i = 0; i < kRounds; ++i) withNode("Height", [&](NODE node) { check(NInvalidate(node)); });
+      }),
+      std::thread([&] {
+        const auto count = [](NODE, void* counter) { ++*static_cast<std::atomic<int>*>(counter); };
+        for (int i = 0; i < kRounds; ++i) {
+          withNode("Area", [&](NODE node) {
+            TCallbackHandle handle = 0;
+            check(NRegisterUpdate(node, count, &callbacks, &handle));
+            check(NInvalidate(node));
+            if (i % 2 == 0) check(NDeregisterUpdate(node, handle));  // else the node ends it, with its last handle
+          });
+        }
+      }),
+  };
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures, 0);
+  EXPECT_GE(callbacks, kRounds);
+}
+
+// A release on one thread during calls on another: each call succeeds or finds the handle invalid.
+TEST(Threads, AHandleMayBeReleasedDuringCalls) {
+  Device device(integerRegister("Width", 0));
+  for (int round = 0; round < 50; ++round) {
+    NODE node = nullptr;
+    ASSERT_OK(NMGetNode(device.map, "Width", node));
+    std::atomic<bool> started{false};
+    std::thread user([&] {
+      for (uint32_t result = 0; result == 0;) {
+        int64_t value = 0;
+        result = NGetAsInteger(node, &value);
+        started = true;
+        EXPECT_TRUE(result == 0 || result == OXGENAPI_E_INVALID_HANDLE);
+      }
+    });
+    while (!started) std::this_thread::yield();
+    OxIfaceContainerReleaseUseCounter(node);
+    user.join();
+  }
+}
+
+}  // namespace
