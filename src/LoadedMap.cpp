@@ -43,7 +43,11 @@ bool LoadedMap::connect(std::shared_ptr<Port> port, const gcstring& name) {
 
 const GENAPI_NAMESPACE::NodeList_t& LoadedMap::nodes() {
   AutoLock lock(map_->GetLock());
-  if (nodes_.empty()) map_->GetNodes(nodes_);
+  if (nodes_.empty()) {
+    GENAPI_NAMESPACE::NodeList_t nodes;
+    map_->GetNodes(nodes);
+    nodes_.swap(nodes);
+  }
   return nodes_;
 }
 

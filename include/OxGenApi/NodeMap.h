@@ -89,7 +89,8 @@ OXGENAPI_EXPORT uint32_t NMPollNodes(NODEMAP NodeMap, int32_t DeltaMS);
  *   AccessMode         the access at the moment; without one it follows from which of the other two exist
  *   pUserData          given to each callback
  * Errors: INVALID_STATE "No NodeMap available to connect to"; NOT_PRESENT "Node 'Name' not present in NodeMap" when the
- *         description has no port of that name (what was connected before stays); RUNTIME with the description. */
+ *         description has no port of that name (what was connected before stays); NOT_WRITABLE, INVALID_ARGUMENT or
+ *         RUNTIME with the description. */
 OXGENAPI_EXPORT uint32_t NMConnectPort(NODEMAP NodeMap, TReadMem ReadMem, TWriteMem WriteMem,
                                        TPortAccessMode AccessMode, void* pUserData);
 OXGENAPI_EXPORT uint32_t NMConnectPortEx(NODEMAP NodeMap, TReadMem ReadMem, TWriteMem WriteMem,

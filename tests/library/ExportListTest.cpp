@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "OxGenApi/OxGenApi.h"
 
@@ -37,10 +37,13 @@ std::set<std::string> declaredFunctions(const std::string& includeFolder) {
   for (const char* header : {"NodeMap.h", "Node.h", "FirmwareUpdate.h", "Version.h"}) {
     std::stringstream text;
     text << std::ifstream(includeFolder + header).rdbuf();
+    // The name before the parenthesis, after each mark of an export.
+    constexpr std::string_view kMark = "OXGENAPI_EXPORT ";
     const std::string source = text.str();
-    const std::regex declaration(R"(OXGENAPI_EXPORT[\w\s\*]*?(\w+)\()");
-    for (std::sregex_iterator match(source.begin(), source.end(), declaration), end; match != end; ++match) {
-      names.insert((*match)[1]);
+    for (size_t at = source.find(kMark); at != std::string::npos; at = source.find(kMark, at + 1)) {
+      const size_t end = source.find('(', at);
+      const size_t begin = source.find_last_of(" *\n", end) + 1;
+      names.insert(source.substr(begin, end - begin));
     }
   }
   return names;

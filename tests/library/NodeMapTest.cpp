@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "Device.h"
 
@@ -209,6 +210,35 @@ TEST(NodeMapProxy, StandsForItsNodeMapAndOutlivesItsHandle) {
   EXPECT_EQ(notified.calls, 1);
   EXPECT_EQ(notified.resultInside, 0u);  // the node map was still there
   EXPECT_FALSE(IsNodeMap(internal));
+}
+
+// The call itself ends the proxy: a port callback inside it gives back the last handle, and the notification overwrites
+// the last error. What the call reports stays.
+TEST(NodeMapProxy, EndingInsideAFailingCallKeepsTheCallsLastError) {
+  struct Context {
+    NODEMAP proxy = nullptr;
+    int notifications = 0;
+    static int read(void* buffer, int64_t, int64_t, void* self) {
+      OxIfaceContainerReleaseUseCounter(std::exchange(static_cast<Context*>(self)->proxy, nullptr));
+      const uint8_t id[4] = {7, 0, 0, 0};
+      std::memcpy(buffer, id, sizeof id);
+      return 0;
+    }
+    static void notify(void* self) {
+      ++static_cast<Context*>(self)->notifications;
+      OxSetLastError(OXGENAPI_E_RUNTIME, "set while ending");
+    }
+  } context;
+  Device device;
+  device.load(description(integerRegister("Id", 0) + "<Port Name=\"Chunk\"><pChunkID>Id</pChunkID></Port>"));
+  ASSERT_OK(NMConnectPort(device.map, &Context::read, nullptr, nullptr, &context));
+  ASSERT_OK(CreateNodeMapProxy(device.map, &Context::notify, &context, &context.proxy));
+  uint8_t byte = 0;
+  const TChunkDataEx refused{"7", &byte, 0, -1};
+  const uint32_t result = NMAttachChunkEx(context.proxy, &refused);
+  EXPECT_EQ(outcome(result).code, OXGENAPI_E_UNSPECIFIED);
+  EXPECT_NE(lastErrorText(), "set while ending");
+  EXPECT_EQ(context.notifications, 1);
 }
 
 }  // namespace
