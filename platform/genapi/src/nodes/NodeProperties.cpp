@@ -98,12 +98,14 @@ class PropertyCollector {
       default:
         break;
     }
-    add(elementName(each.element), isLink(each.element) ? std::string(nameOf(each.target)) : givenText(each));
+    const Form form = ruleOf(each.element, node_.record().type).form;
+    const bool isLink = form == Form::Link || form == Form::Child;
+    add(elementName(each.element), isLink ? std::string(nameOf(each.target)) : givenText(each));
   }
 
   // Integers in decimal, whatever the description wrote; a text that is no number as it stands.
   std::string givenText(const Property& each) const {
-    const bool isInteger = formOf(each.element, node_.record().type) == Form::Integer;
+    const bool isInteger = ruleOf(each.element, node_.record().type).form == Form::Integer;
     const auto number = isInteger ? text::parseInteger(each.value()) : std::nullopt;
     return number ? std::to_string(*number) : std::string(each.value());
   }
