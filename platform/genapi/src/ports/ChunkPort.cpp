@@ -228,7 +228,8 @@ void CChunkPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
 void CChunkPort::Write(const void* pBuffer, int64_t Address, int64_t Length) {
   State& state = *state_;
   BoundLock lock(state.binding.map());
-  if (checkAccess(*this, state.name(), pBuffer, Length)) return;
+  const bool ready = pBuffer && Length > 0 && state.start;
+  if (!ready && checkAccess(*this, state.name(), pBuffer, Length)) return;
   if (!state.start)
     throw ACCESS_EXCEPTION("%s: the chunk %s is detached, its copy is read-only", state.name().c_str(),
                            state.idText.c_str());

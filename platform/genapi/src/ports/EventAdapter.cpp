@@ -85,7 +85,7 @@ void CEventAdapter::deliver(const uint8_t msg[], uint32_t numBytes, std::string_
   if (!id.parse(eventId))
     throw INVALID_ARGUMENT_EXCEPTION("event ID '%.*s' is not a hexadecimal number",
                                      static_cast<int>(std::min<size_t>(eventId.size(), 64)), eventId.data());
-  CEventPort::State::checkPayload("event adapter", msg, numBytes);
+  CEventPort::State::checkPayload(nullptr, msg, numBytes);
   const auto found = state_->byId.find(id.significant());
   if (found == state_->byId.end()) return;
 

@@ -12,14 +12,15 @@ std::string CEventPort::State::name() const {
   return binding.node() ? binding.node()->GetName().c_str() : "event port";
 }
 
-void CEventPort::State::checkPayload(const std::string& receiver, const uint8_t* bytes, int64_t length) {
+void CEventPort::State::checkPayload(const State* receiver, const uint8_t* bytes, int64_t length) {
+  if (length >= 0 && length <= kMaxEventBytes && (bytes || length == 0)) return;
+  const std::string name = receiver ? receiver->name() : "event adapter";
   if (length < 0)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the event length %lld is negative", receiver.c_str(),
+    throw INVALID_ARGUMENT_EXCEPTION("%s: the event length %lld is negative", name.c_str(),
                                      static_cast<long long>(length));
-  if (!bytes && length > 0) throw INVALID_ARGUMENT_EXCEPTION("%s: the event's data is null", receiver.c_str());
-  if (length > kMaxEventBytes)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: an event of %lld bytes exceeds the limit of %lld bytes", receiver.c_str(),
-                                     static_cast<long long>(length), static_cast<long long>(kMaxEventBytes));
+  if (!bytes) throw INVALID_ARGUMENT_EXCEPTION("%s: the event's data is null", name.c_str());
+  throw INVALID_ARGUMENT_EXCEPTION("%s: an event of %lld bytes exceeds the limit of %lld bytes", name.c_str(),
+                                   static_cast<long long>(length), static_cast<long long>(kMaxEventBytes));
 }
 
 CEventPort::CEventPort() : state_(std::make_unique<State>()) {}
@@ -53,7 +54,7 @@ void CEventPort::DetachNode() {
 
 void CEventPort::AttachEvent(uint8_t* pBaseAddress, int64_t Length) {
   State& state = *state_;
-  State::checkPayload(state.name(), pBaseAddress, Length);
+  State::checkPayload(&state, pBaseAddress, Length);
   BoundLock lock(state.binding.map());
   state.reserve(Length);
   state.store(pBaseAddress, Length);

@@ -20,8 +20,8 @@ struct CEventPort::State {
   std::vector<uint8_t> payload;  // keeps its capacity from message to message
 
   std::string name() const;
-  // Throws InvalidArgumentException for a payload that cannot be taken.
-  static void checkPayload(const std::string& receiver, const uint8_t* bytes, int64_t length);
+  // Throws InvalidArgumentException for a payload that cannot be taken; null stands for an adapter.
+  static void checkPayload(const State* receiver, const uint8_t* bytes, int64_t length);
   // In two steps, so that delivering to several ports changes all of them or none.
   void reserve(int64_t length) {
     if (isPortNode) payload.reserve(static_cast<size_t>(length));
