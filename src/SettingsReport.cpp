@@ -29,11 +29,13 @@ bool SettingsReport::goOn(INode* feature, uint32_t code, const std::string& text
   }
   sendRecord(goesOn ? OXT_LEVEL_WARNING : OXT_LEVEL_ERROR,
              [&](Log& record) { record.message.append("NodeMapSerializer: ").append(text); });
+  sentError_ = !goesOn;
   return goesOn;
 }
 
 void SettingsReport::note(const char* text) {
   sendRecord(OXT_LEVEL_ERROR, [&](Log& record) { record.message = text; });
+  sentError_ = true;
 }
 
 }  // namespace orxGenApi

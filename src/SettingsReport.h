@@ -18,12 +18,15 @@ class SettingsReport final : public SettingsProblems {
 
   bool goOn(GENAPI_NAMESPACE::INode* feature, uint32_t code, const std::string& text) override;
   void note(const char* text) override;
+  // Whether the record of the failure that ends the operation is out: a call sends one.
+  bool hasSentError() const { return sentError_; }
 
  private:
   NodeMapBase& nodeMap_;
   std::shared_ptr<LoadedMap> load_;
   TSettingsCallback callback_;
   void* userData_;
+  bool sentError_ = false;
 };
 
 }  // namespace orxGenApi

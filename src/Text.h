@@ -12,6 +12,14 @@ namespace orxGenApi {
 std::string toNarrow(const wchar_t* text);
 std::string toNarrow(const wchar_t* text, size_t length);
 
+// A text parameter of either form as UTF-8, null as the empty text.
+inline std::string parameterText(const char* text) {
+  return text == nullptr ? std::string() : std::string(text);
+}
+inline std::string parameterText(const wchar_t* text) {
+  return toNarrow(text);
+}
+
 // Code points of UTF-8 text; each malformed sequence becomes one U+FFFD.
 std::wstring toWide(std::string_view text);
 

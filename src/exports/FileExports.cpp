@@ -13,14 +13,6 @@ using GENICAM_NAMESPACE::gcstring;
 
 constexpr const char* kEmptyBuffer = "Buffer must not be empty";
 
-// Both forms of a text parameter, null as the empty text.
-std::string narrow(const char* text) {
-  return text == nullptr ? std::string() : std::string(text);
-}
-std::string narrow(const wchar_t* text) {
-  return toNarrow(text);
-}
-
 // Runs a transfer with the loaded description, which stays for its whole length.
 template <class Transfer, class... NamesAndValues>
 uint32_t onDeviceFiles(NODEMAP handle, const Arguments<NamesAndValues...>& arguments, Transfer&& transfer) {
@@ -33,12 +25,12 @@ uint32_t onDeviceFiles(NODEMAP handle, const Arguments<NamesAndValues...>& argum
 
 template <class Character>
 uint32_t upload(NODEMAP NodeMap, const Character* FileSelectorEntryName, const Character* Filename) {
-  return onDeviceFiles(NodeMap,
-                       args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "Filename", Filename),
-                       [&](INodeMap& map) {
-                         uploadFile(map, gcstring(narrow(FileSelectorEntryName)), narrow(Filename).c_str());
-                         return OXGENAPI_OK;
-                       });
+  return onDeviceFiles(
+      NodeMap, args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "Filename", Filename),
+      [&](INodeMap& map) {
+        uploadFile(map, gcstring(parameterText(FileSelectorEntryName)), parameterText(Filename).c_str());
+        return OXGENAPI_OK;
+      });
 }
 
 template <class Character>
@@ -48,18 +40,18 @@ uint32_t uploadFromMemory(NODEMAP NodeMap, const Character* FileSelectorEntryNam
                               "BufferSize", BufferSize);
   if (pBuffer == nullptr || BufferSize == 0) return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, kEmptyBuffer);
   return onDeviceFiles(NodeMap, arguments, [&](INodeMap& map) {
-    uploadMemory(map, gcstring(narrow(FileSelectorEntryName)), pBuffer, BufferSize);
+    uploadMemory(map, gcstring(parameterText(FileSelectorEntryName)), pBuffer, BufferSize);
     return OXGENAPI_OK;
   });
 }
 
 template <class Character>
 uint32_t download(NODEMAP NodeMap, const Character* FileSelectorEntryName, const Character* Filename) {
-  return onDeviceFiles(NodeMap,
-                       args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "Filename", Filename),
-                       [&](INodeMap& map) {
-                         return downloadFile(map, gcstring(narrow(FileSelectorEntryName)), narrow(Filename).c_str());
-                       });
+  return onDeviceFiles(
+      NodeMap, args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "Filename", Filename),
+      [&](INodeMap& map) {
+        return downloadFile(map, gcstring(parameterText(FileSelectorEntryName)), parameterText(Filename).c_str());
+      });
 }
 
 template <class Character>
@@ -70,7 +62,7 @@ uint32_t downloadToMemory(NODEMAP NodeMap, const Character* FileSelectorEntryNam
     return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, kEmptyBuffer);
   }
   return onDeviceFiles(NodeMap, arguments, [&](INodeMap& map) {
-    const gcstring deviceFile(narrow(FileSelectorEntryName));
+    const gcstring deviceFile(parameterText(FileSelectorEntryName));
     return pBuffer == nullptr ? deviceFileSize(map, deviceFile, *BufferSize)
                               : downloadMemory(map, deviceFile, pBuffer, *BufferSize);
   });

@@ -1,7 +1,9 @@
-#include <cstring>
+#include <algorithm>
 #include <istream>
+#include <new>
 #include <ostream>
 #include <sstream>
+#include <type_traits>
 
 #include "ExportFrame.h"
 #include "HostFile.h"
@@ -13,8 +15,6 @@
 namespace orxGenApi {
 namespace {
 
-using FeatureNames = NodeMapSerializer::FeatureNames;
-
 // Runs the work with a serializer over what is loaded at the moment, which stays for the whole operation.
 template <class Work, class... NamesAndValues>
 uint32_t withSerializer(NODEMAP handle, const Arguments<NamesAndValues...>& arguments, TSettingsCallback callback,
@@ -24,56 +24,49 @@ uint32_t withSerializer(NODEMAP handle, const Arguments<NamesAndValues...>& argu
       const std::shared_ptr<LoadedMap> load = nodeMap.loaded();
       SettingsReport report(nodeMap, load, callback, userData);
       NodeMapSerializer serializer(load ? load->map() : nullptr, report);
-      work(serializer);
+      try {
+        work(serializer);
+      } catch (const orx_error& fault) {
+        if (!report.hasSentError()) throw;
+        OxSetLastError(fault.code(), fault.what());  // the callback may have changed it
+        return fault.code();
+      }
       return OXGENAPI_OK;
     });
   });
 }
 
-// Which features a save is about: all that are streamable, or those of a list "Width|Height".
-struct Selection {
-  bool all = true;
-  const char* names = nullptr;
-
-  void save(NodeMapSerializer& serializer, std::ostream& output, const FeatureNames& listed) const {
-    if (all) {
-      serializer.SaveSet(output);
-    } else {
-      serializer.SaveSet(listed, output);
-    }
+// The names of a list "Width|Height". Throws orx_error for a list without names.
+NodeMapSerializer::FeatureNames namesOf(std::string_view list) {
+  NodeMapSerializer::FeatureNames names;
+  while (!list.empty()) {
+    const std::string_view name = list.substr(0, list.find('|'));
+    if (!name.empty()) names.emplace_back(name);
+    list.remove_prefix(std::min(name.size() + 1, list.size()));
   }
-
-  // Throws orx_error for a list without names.
-  FeatureNames list() const {
-    FeatureNames listed;
-    if (all) return listed;
-    std::string_view rest = names == nullptr ? std::string_view() : names;
-    while (!rest.empty()) {
-      const std::string_view name = rest.substr(0, rest.find('|'));
-      if (!name.empty()) listed.emplace_back(name);
-      rest.remove_prefix(std::min(name.size() + 1, rest.size()));
-    }
-    if (listed.empty()) throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "No feature names");
-    return listed;
-  }
-};
-
-void saveToFile(NodeMapSerializer& serializer, const char* path, const Selection& selection) {
-  const FeatureNames listed = selection.list();
-  HostFileWriter file(path);
-  if (!file.isOpen()) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not readable");
-  std::ostream output(&file);
-  selection.save(serializer, output, listed);
-  const bool complete = file.close();
-  if (output.fail() || !complete) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not writable");
+  if (names.empty()) throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "No feature names");
+  return names;
 }
 
-std::string savedText(NodeMapSerializer& serializer, const Selection& selection) {
-  const FeatureNames listed = selection.list();
-  std::ostringstream output;
-  selection.save(serializer, output, listed);
-  if (output.bad()) throw std::bad_alloc();  // a text in memory fails for no other reason
-  return std::move(output).str();
+// Saving all that is streamable, or what a list names; the list is looked at before anything else is done.
+struct Everything {
+  void operator()(NodeMapSerializer& serializer, std::ostream& output) const { serializer.SaveSet(output); }
+};
+struct Listed {
+  template <class Character>
+  explicit Listed(const Character* list) : names(namesOf(parameterText(list))) {}
+  void operator()(NodeMapSerializer& serializer, std::ostream& output) const { serializer.SaveSet(names, output); }
+  NodeMapSerializer::FeatureNames names;
+};
+
+template <class Save>
+void saveToFile(NodeMapSerializer& serializer, const std::string& path, const Save& save) {
+  HostFileWriter file(path.c_str());
+  if (!file.isOpen()) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not readable");
+  std::ostream output(&file);
+  save(serializer, output);
+  const bool complete = file.close();
+  if (output.fail() || !complete) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not writable");
 }
 
 // The rule of settings buffers: the size becomes what the text would take at most; no zero is added.
@@ -92,26 +85,78 @@ void copySettings(const std::string& text, Character* buffer, size_t& size) {
   }
 }
 
-template <class Character, class... NamesAndValues>
-uint32_t saveToBuffer(NODEMAP handle, const Arguments<NamesAndValues...>& arguments, Character* buffer, size_t* size,
-                      const Selection& selection, TSettingsCallback callback, void* userData) {
-  return withSerializer(handle, arguments, callback, userData, [&](NodeMapSerializer& serializer) {
-    if (size == nullptr) throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Invalid buffer");
-    copySettings(savedText(serializer, selection), buffer, *size);
+template <class Character, class Save>
+void saveToBuffer(NodeMapSerializer& serializer, Character* buffer, size_t* size, const Save& save) {
+  if (size == nullptr) throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Invalid buffer");
+  std::ostringstream output;
+  save(serializer, output);
+  if (output.fail()) throw std::bad_alloc();  // a text in memory fails for no other reason
+  copySettings(std::move(output).str(), buffer, *size);
+}
+
+// What the narrow and the wide form of an export share.
+
+template <class Character>
+uint32_t loadFile(NODEMAP NodeMap, const Character* Filename, bool Validate, TSettingsCallback Callback,
+                  void* pPrivate) {
+  const auto arguments =
+      args("NodeMap", NodeMap, "Filename", Filename, "Validate", Validate, "Callback", Callback, "pPrivate", pPrivate);
+  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
+    HostFileReader file(parameterText(Filename).c_str());
+    if (!file.isReadable()) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not readable");
+    std::istream input(&file);
+    serializer.LoadSet(input, Validate);
   });
 }
 
-void loadFromFile(NodeMapSerializer& serializer, const char* path, bool validate) {
-  HostFileReader file(path);
-  if (!file.isReadable()) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not readable");
-  std::istream input(&file);
-  serializer.LoadSet(input, validate);
+template <class Character>
+uint32_t loadText(NODEMAP NodeMap, const Character* Settings, bool Validate, TSettingsCallback Callback,
+                  void* pPrivate) {
+  const auto arguments =
+      args("NodeMap", NodeMap, "Settings", Settings, "Validate", Validate, "Callback", Callback, "pPrivate", pPrivate);
+  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
+    if (Settings == nullptr) throw orx_error(OXGENAPI_E_RUNTIME, "String not readable");
+    std::istringstream input(parameterText(Settings));
+    serializer.LoadSet(input, Validate);
+  });
 }
 
-void loadFromText(NodeMapSerializer& serializer, const char* text, bool validate) {
-  if (text == nullptr) throw orx_error(OXGENAPI_E_RUNTIME, "String not readable");
-  std::istringstream input{std::string(text)};
-  serializer.LoadSet(input, validate);
+template <class Character>
+uint32_t saveFile(NODEMAP NodeMap, const Character* Filename, TSettingsCallback Callback, void* pPrivate) {
+  const auto arguments = args("NodeMap", NodeMap, "Filename", Filename, "Callback", Callback, "pPrivate", pPrivate);
+  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
+    saveToFile(serializer, parameterText(Filename), Everything());
+  });
+}
+
+template <class Character>
+uint32_t saveFile(NODEMAP NodeMap, const Character* Filename, const Character* FeatureNames, TSettingsCallback Callback,
+                  void* pPrivate) {
+  const auto arguments = args("NodeMap", NodeMap, "Filename", Filename, "FeatureNames", FeatureNames, "Callback",
+                              Callback, "pPrivate", pPrivate);
+  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
+    saveToFile(serializer, parameterText(Filename), Listed(FeatureNames));
+  });
+}
+
+template <class Character>
+uint32_t saveText(NODEMAP NodeMap, Character* Settings, size_t* SettingsSize, TSettingsCallback Callback,
+                  void* pPrivate) {
+  const auto arguments = args("NodeMap", NodeMap, "Settings", Settings, "SettingsSize", SettingsSize, "Callback",
+                              Callback, "pPrivate", pPrivate);
+  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
+    saveToBuffer(serializer, Settings, SettingsSize, Everything());
+  });
+}
+
+template <class Character>
+uint32_t saveText(NODEMAP NodeMap, Character* Settings, size_t* SettingsSize, const Character* FeatureNames,
+                  TSettingsCallback Callback, void* pPrivate) {
+  const auto arguments = args("NodeMap", NodeMap, "Settings", Settings, "SettingsSize", SettingsSize, "FeatureNames",
+                              FeatureNames, "Callback", Callback, "pPrivate", pPrivate);
+  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
+    saveToBuffer(serializer, Settings, SettingsSize, Listed(FeatureNames));
+  });
 }
 
 }  // namespace
@@ -128,100 +173,58 @@ uint32_t NMLoadSetW(NODEMAP NodeMap, const wchar_t* Filename, TSettingsCallback 
 }
 
 uint32_t NMLoadSetEx(NODEMAP NodeMap, const char* Filename, bool Validate, TSettingsCallback Callback, void* pPrivate) {
-  const auto arguments =
-      args("NodeMap", NodeMap, "Filename", Filename, "Validate", Validate, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate,
-                        [&](NodeMapSerializer& serializer) { loadFromFile(serializer, Filename, Validate); });
+  return loadFile(NodeMap, Filename, Validate, Callback, pPrivate);
 }
 
 uint32_t NMLoadSetExW(NODEMAP NodeMap, const wchar_t* Filename, bool Validate, TSettingsCallback Callback,
                       void* pPrivate) {
-  const auto arguments =
-      args("NodeMap", NodeMap, "Filename", Filename, "Validate", Validate, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
-    loadFromFile(serializer, toNarrow(Filename).c_str(), Validate);
-  });
+  return loadFile(NodeMap, Filename, Validate, Callback, pPrivate);
 }
 
 uint32_t NMLoadSetString(NODEMAP NodeMap, const char* Settings, bool Validate, TSettingsCallback Callback,
                          void* pPrivate) {
-  const auto arguments =
-      args("NodeMap", NodeMap, "Settings", Settings, "Validate", Validate, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate,
-                        [&](NodeMapSerializer& serializer) { loadFromText(serializer, Settings, Validate); });
+  return loadText(NodeMap, Settings, Validate, Callback, pPrivate);
 }
 
 uint32_t NMLoadSetStringW(NODEMAP NodeMap, const wchar_t* Settings, bool Validate, TSettingsCallback Callback,
                           void* pPrivate) {
-  const auto arguments =
-      args("NodeMap", NodeMap, "Settings", Settings, "Validate", Validate, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
-    loadFromText(serializer, Settings == nullptr ? nullptr : toNarrow(Settings).c_str(), Validate);
-  });
+  return loadText(NodeMap, Settings, Validate, Callback, pPrivate);
 }
 
 uint32_t NMSaveSet(NODEMAP NodeMap, const char* Filename, TSettingsCallback Callback, void* pPrivate) {
-  const auto arguments = args("NodeMap", NodeMap, "Filename", Filename, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate,
-                        [&](NodeMapSerializer& serializer) { saveToFile(serializer, Filename, {}); });
+  return saveFile(NodeMap, Filename, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetW(NODEMAP NodeMap, const wchar_t* Filename, TSettingsCallback Callback, void* pPrivate) {
-  const auto arguments = args("NodeMap", NodeMap, "Filename", Filename, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate,
-                        [&](NodeMapSerializer& serializer) { saveToFile(serializer, toNarrow(Filename).c_str(), {}); });
+  return saveFile(NodeMap, Filename, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetEx(NODEMAP NodeMap, const char* Filename, const char* FeatureNames, TSettingsCallback Callback,
                      void* pPrivate) {
-  const auto arguments = args("NodeMap", NodeMap, "Filename", Filename, "FeatureNames", FeatureNames, "Callback",
-                              Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
-    saveToFile(serializer, Filename, {.all = false, .names = FeatureNames});
-  });
+  return saveFile(NodeMap, Filename, FeatureNames, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetExW(NODEMAP NodeMap, const wchar_t* Filename, const wchar_t* FeatureNames, TSettingsCallback Callback,
                       void* pPrivate) {
-  const auto arguments = args("NodeMap", NodeMap, "Filename", Filename, "FeatureNames", FeatureNames, "Callback",
-                              Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
-    const std::string names = toNarrow(FeatureNames);
-    saveToFile(serializer, toNarrow(Filename).c_str(), {.all = false, .names = names.c_str()});
-  });
+  return saveFile(NodeMap, Filename, FeatureNames, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetString(NODEMAP NodeMap, char* Settings, size_t* SettingsSize, TSettingsCallback Callback,
                          void* pPrivate) {
-  return saveToBuffer(NodeMap,
-                      args("NodeMap", NodeMap, "Settings", Settings, "SettingsSize", SettingsSize, "Callback", Callback,
-                           "pPrivate", pPrivate),
-                      Settings, SettingsSize, {}, Callback, pPrivate);
+  return saveText(NodeMap, Settings, SettingsSize, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetStringW(NODEMAP NodeMap, wchar_t* Settings, size_t* SettingsSize, TSettingsCallback Callback,
                           void* pPrivate) {
-  return saveToBuffer(NodeMap,
-                      args("NodeMap", NodeMap, "Settings", Settings, "SettingsSize", SettingsSize, "Callback", Callback,
-                           "pPrivate", pPrivate),
-                      Settings, SettingsSize, {}, Callback, pPrivate);
+  return saveText(NodeMap, Settings, SettingsSize, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetStringEx(NODEMAP NodeMap, char* Settings, size_t* SettingsSize, const char* FeatureNames,
                            TSettingsCallback Callback, void* pPrivate) {
-  return saveToBuffer(NodeMap,
-                      args("NodeMap", NodeMap, "Settings", Settings, "SettingsSize", SettingsSize, "FeatureNames",
-                           FeatureNames, "Callback", Callback, "pPrivate", pPrivate),
-                      Settings, SettingsSize, {.all = false, .names = FeatureNames}, Callback, pPrivate);
+  return saveText(NodeMap, Settings, SettingsSize, FeatureNames, Callback, pPrivate);
 }
 
 uint32_t NMSaveSetStringExW(NODEMAP NodeMap, wchar_t* Settings, size_t* SettingsSize, const wchar_t* FeatureNames,
                             TSettingsCallback Callback, void* pPrivate) {
-  const auto arguments = args("NodeMap", NodeMap, "Settings", Settings, "SettingsSize", SettingsSize, "FeatureNames",
-                              FeatureNames, "Callback", Callback, "pPrivate", pPrivate);
-  return withSerializer(NodeMap, arguments, Callback, pPrivate, [&](NodeMapSerializer& serializer) {
-    if (SettingsSize == nullptr) throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Invalid buffer");
-    const std::string names = toNarrow(FeatureNames);
-    copySettings(savedText(serializer, {.all = false, .names = names.c_str()}), Settings, *SettingsSize);
-  });
+  return saveText(NodeMap, Settings, SettingsSize, FeatureNames, Callback, pPrivate);
 }

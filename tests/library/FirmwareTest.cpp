@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "FileDevice.h"
+#include "Records.h"
 #include "UpdateFile.h"
 
 namespace {
@@ -113,6 +114,17 @@ TEST(FirmwareQueries, TellEveryTextOfEveryEntry) {
   size_t size = 32;
   ASSERT_EQ(FWUpdateFileInfoW(updater.handle, 0, 0, FUI_Value, wide, &size), 0u);
   EXPECT_EQ(std::wstring(wide), L"Faster \u00e9");
+}
+
+TEST(FirmwareQueries, CreatingFailsWithoutARecordAskingWithOne) {
+  const Records records;
+  FWUPDATER handle{};
+  EXPECT_EQ(CreateFirmwareUpdater("/nowhere.guf", 1, &handle), 0x80000003u);
+  EXPECT_EQ(records.texts(), std::vector<std::string>{});
+  const Updater updater("/nowhere.guf");
+  size_t count = 0;
+  EXPECT_EQ(FWUpdateFileCount(updater.handle, &count), 0x80000001u);
+  EXPECT_EQ(records.texts().size(), 1u);
 }
 
 TEST(FirmwareQueries, ABadFileShowsWhenItIsRead) {

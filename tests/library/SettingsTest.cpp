@@ -10,6 +10,7 @@
 
 #include "CameraUnderTest.h"
 #include "MemoryDevice.h"
+#include "Records.h"
 
 namespace {
 
@@ -470,6 +471,44 @@ TEST(SettingsLoad, ACallbackMayReloadOrThrow) {
   const auto throwing = [](NODE, uint32_t, void*) -> bool { throw 5; };
   ASSERT_EQ(NMLoadSetString(device.map, "bad\nWidth = 4\n", false, throwing, nullptr), 0u) << "counts as go on";
   EXPECT_EQ(device.memory[0x40], 4);
+}
+
+TEST(SettingsReport, SendsAWarningWhenItGoesOnAndAnErrorWhenItStops) {
+  MemoryDevice device(intReg("Width", "0"));
+  const std::string text = "NodeMapSerializer: Absent: Node not present in node map";
+  size_t size = 0;
+  Heard heard;
+  const auto save = [&] {
+    return NMSaveSetStringEx(device.map, nullptr, &size, "Absent|Width", &Heard::callback, &heard);
+  };
+  {
+    const Records records;
+    EXPECT_EQ(save(), 0u);
+    EXPECT_EQ(records.texts(2), std::vector<std::string>{text});
+    EXPECT_EQ(records.texts(3), std::vector<std::string>{});
+  }
+  heard.goOn = false;
+  const Records records;
+  EXPECT_EQ(save(), 0x8000002Eu);
+  EXPECT_EQ(records.texts(2), std::vector<std::string>{});
+  EXPECT_EQ(records.texts(3), std::vector<std::string>{text}) << "one record for one failure";
+}
+
+TEST(SettingsReport, SendsOneRecordForACallThatCannotBegin) {
+  NODEMAP empty{};
+  ASSERT_EQ(CreateNodeMap(empty), 0u);
+  size_t size = 0;
+  const Records records;
+  EXPECT_EQ(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001Eu);
+  EXPECT_EQ(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001Eu);
+  EXPECT_EQ(NMLoadSet(empty, "/nowhere", nullptr, nullptr), 0x80000003u);
+  const std::vector<std::string> texts = records.texts();
+  ASSERT_EQ(texts.size(), 3u);
+  EXPECT_EQ(texts[0], "NodeMapSerializer::SaveSet: No nodemap loaded.");
+  EXPECT_EQ(texts[1], "NodeMapSerializer::LoadSet: No nodemap loaded");
+  EXPECT_NE(texts[2].find(" Filename=\"/nowhere\""), std::string::npos) << texts[2];
+  EXPECT_NE(texts[2].find("): Filename not readable"), std::string::npos) << texts[2];
+  release(empty);
 }
 
 // Save, change whatever can be changed, load, save again: the same text.
