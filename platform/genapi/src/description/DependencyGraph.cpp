@@ -219,6 +219,14 @@ bool DependencyGraph::accessModeCacheable(NodeIndex x) const {
   return data_->traits.accessModeCacheable(x);
 }
 
+bool DependencyGraph::accessModeFollowsValues(NodeIndex x) const {
+  return data_->traits.accessModeFollowsValues(x);
+}
+
+bool DependencyGraph::limitsFollowValues(NodeIndex x) const {
+  return data_->traits.limitsFollowValues(x);
+}
+
 bool DependencyGraph::isFeature(NodeIndex x) const {
   return data_->traits.isFeature(x);
 }

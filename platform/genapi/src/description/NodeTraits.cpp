@@ -10,6 +10,34 @@ constexpr ElementSet kAccessLinks(Element::pValue, Element::pValueCopy, Element:
                                   Element::pValueDefault, Element::pVariable, Element::pAddress, Element::IntSwissKnife,
                                   Element::pOffset, Element::pLength, Element::pCommandValue, Element::EnumEntry);
 
+// Links whose target has a say in the node's own limits, when it has none of its own.
+constexpr ElementSet kLimitLinks(Element::pValue, Element::pValueCopy, Element::pValueIndexed, Element::pValueDefault);
+
+// Spreads a property of some nodes to every node that has a link of those elements to one of them.
+template <class Has, class Set>
+void spread(const Description& description, ElementSet links, Has&& has, Set&& set) {
+  const NodeIndex count = static_cast<NodeIndex>(description.nodeCount());
+  std::vector<NodeIndex> reached;
+  for (NodeIndex node = 0; node < count; ++node) {
+    if (has(node)) reached.push_back(node);
+  }
+  if (reached.empty()) return;
+  const AdjacencyLists followers(count, [&](auto&& visit) {
+    for (NodeIndex node = 0; node < count; ++node) {
+      for (const Property& property : description.properties(node)) {
+        if (links.has(property.element)) visit(property.target, node);
+      }
+    }
+  });
+  for (size_t i = 0; i < reached.size(); ++i) {
+    for (const NodeIndex follower : followers.of(reached[i])) {
+      if (has(follower)) continue;
+      set(follower);
+      reached.push_back(follower);
+    }
+  }
+}
+
 ECachingMode ownCachingMode(const Description& description, NodeIndex node) {
   const NodeType type = description.node(node).type;
   if (kRegisterKinds.has(type)) {
@@ -26,6 +54,7 @@ NodeTraits::NodeTraits(const Description& description, const AdjacencyLists& par
     : traits_(description.nodeCount()) {
   findCachingModes(description, parents);
   findUncacheableAccess(description);
+  findValueFollowers(description);
   findFeatures(description);
 }
 
@@ -53,29 +82,48 @@ void NodeTraits::findCachingModes(const Description& description, const Adjacenc
 
 void NodeTraits::findUncacheableAccess(const Description& description) {
   const NodeIndex count = static_cast<NodeIndex>(traits_.size());
-  const auto forEachDecider = [&](auto&& visit) {
-    for (NodeIndex node = 0; node < count; ++node) {
-      for (const Property& property : description.properties(node)) {
-        if (kAccessLinks.has(property.element) || kGuards.has(property.element)) visit(property.target, node);
-      }
-    }
-  };
-  std::vector<NodeIndex> reached;
-  const auto mark = [&](NodeIndex node) {
-    if (!traits_[node].accessModeCacheable) return;
-    traits_[node].accessModeCacheable = false;
-    reached.push_back(node);
-  };
   for (NodeIndex node = 0; node < count; ++node) {
     for (const Property& property : description.properties(node)) {
-      if (kGuards.has(property.element) && cachingMode(property.target) == NoCache) mark(node);
+      if (kGuards.has(property.element) && cachingMode(property.target) == NoCache) {
+        traits_[node].accessModeCacheable = false;
+      }
     }
   }
-  if (reached.empty()) return;
-  const AdjacencyLists deciders(count, forEachDecider);
-  for (size_t i = 0; i < reached.size(); ++i) {
-    for (NodeIndex dependent : deciders.of(reached[i])) mark(dependent);
+  spread(
+      description, kAccessLinks | kGuards, [&](NodeIndex node) { return !traits_[node].accessModeCacheable; },
+      [&](NodeIndex node) { traits_[node].accessModeCacheable = false; });
+}
+
+void NodeTraits::findValueFollowers(const Description& description) {
+  const NodeIndex count = static_cast<NodeIndex>(traits_.size());
+  for (NodeIndex node = 0; node < count; ++node) {
+    Traits& traits = traits_[node];
+    const bool isTable = description.find(node, Element::pIndex) && !kRegisterKinds.has(description.node(node).type);
+    traits.accessModeFollowsValues = traits.limitsFollowValues = isTable;
+    for (const Property& property : description.properties(node)) {
+      // Copies whose increments differ cannot be written together.
+      if (kGuards.has(property.element) || property.element == Element::pValueCopy) {
+        traits.accessModeFollowsValues = true;
+      }
+      switch (property.element) {
+        case Element::pMin:
+        case Element::pMax:
+        case Element::pLength:
+        case Element::pVariable:
+          traits.limitsFollowValues = true;
+          break;
+        default:
+          break;
+      }
+    }
   }
+  spread(
+      description, kAccessLinks | ElementSet(Element::pPort),
+      [&](NodeIndex node) { return traits_[node].accessModeFollowsValues; },
+      [&](NodeIndex node) { traits_[node].accessModeFollowsValues = true; });
+  spread(
+      description, kLimitLinks, [&](NodeIndex node) { return traits_[node].limitsFollowValues; },
+      [&](NodeIndex node) { traits_[node].limitsFollowValues = true; });
 }
 
 void NodeTraits::findFeatures(const Description& description) {

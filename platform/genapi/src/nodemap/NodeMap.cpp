@@ -202,11 +202,7 @@ void NodeMap::eventNodes(NodeList_t& nodes) {
 }
 
 void NodeMap::dropPortSilently(INode* portNode) {
-  operate(nullptr, [&] {
-    const NodeIndex index = static_cast<NodeBase*>(portNode)->index();
-    dropDependents(index);
-    dropNode(index);
-  });
+  operate(nullptr, [&] { dropPort(static_cast<NodeBase*>(portNode)->index()); });
 }
 
 void NodeMap::changeTogether(LiveChange& change) {
@@ -215,17 +211,32 @@ void NodeMap::changeTogether(LiveChange& change) {
   });
 }
 
-void NodeMap::dropNode(NodeIndex index) const {
+void NodeMap::dropComputed(NodeIndex index, bool evenSteady) const {
   NodeState& dropped = states_[index];
   dropped.stamp = stamp_;
   const uint16_t flags = dropped.flags;
-  dropped.flags = flags & static_cast<uint16_t>(~kForgettable);
+  uint16_t lost = kForgettable;
+  if (!evenSteady) {
+    if (dropped.traits & kSteadyAccessMode) lost &= static_cast<uint16_t>(~kHasAccessMode);
+    if (dropped.traits & kSteadyLimits) lost &= static_cast<uint16_t>(~(kHasMin | kHasMax));
+  }
+  dropped.flags = flags & static_cast<uint16_t>(~lost);
   if (flags & kHasPlace) placeOf(index)->forgetContent();
+}
+
+void NodeMap::dropNode(NodeIndex index) const {
+  dropComputed(index, true);
 }
 
 void NodeMap::dropDependents(NodeIndex index) const {
   ++stamp_;
+  for (const NodeIndex each : graph().dependents(index, scratch_)) dropComputed(each, false);
+}
+
+void NodeMap::dropPort(NodeIndex index) const {
+  ++stamp_;
   for (const NodeIndex each : graph().dependents(index, scratch_)) dropNode(each);
+  dropNode(index);
 }
 
 void NodeMap::collectDependents(NodeIndex index) const {
@@ -235,15 +246,20 @@ void NodeMap::collectDependents(NodeIndex index) const {
 void NodeMap::changed(NodeIndex index) const {
   ++stamp_;
   for (const NodeIndex each : graph().dependents(index, scratch_)) {
-    dropNode(each);
+    dropComputed(each, false);
     collect(each);
   }
   collect(index);
 }
 
 void NodeMap::invalidated(NodeIndex index) const {
-  changed(index);
+  ++stamp_;
+  for (const NodeIndex each : graph().dependents(index, scratch_)) {
+    dropNode(each);
+    collect(each);
+  }
   dropNode(index);
+  collect(index);
 }
 
 void NodeMap::forgetPlace(NodeIndex user) const noexcept {

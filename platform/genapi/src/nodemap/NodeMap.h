@@ -105,8 +105,10 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
 
   // The number of the last invalidation.
   uint64_t stamp() const { return stamp_; }
-  // Drops the caches of everything that depends on the node.
+  // Drops what followed from the node's value in everything that depends on it.
   void dropDependents(NodeIndex index) const;
+  // The same for a port, which access modes depend on too.
+  void dropPort(NodeIndex index) const;
   // Drops the node's own caches; a register also forgets the content of its place.
   void dropNode(NodeIndex index) const;
   // Adds the node, or everything that depends on it, to what is called back at the end of the operation.
@@ -114,7 +116,7 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
     if (states_[index].flags & kHasCallbacks) collected_.push_back(index);
   }
   void collectDependents(NodeIndex index) const;
-  // Drops and collects what depends on the node; then the node itself is collected too.
+  // The node's value has changed: drops and collects what depends on it; then the node itself is collected too.
   void changed(NodeIndex index) const;
   // Drops and collects the node with everything that depends on it.
   void invalidated(NodeIndex index) const;
@@ -154,6 +156,7 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
 
   NodeBase* placeOf(NodeIndex index) const { return reinterpret_cast<NodeBase*>(arena_ + layout_.offset(index)); }
   void build(NodeIndex index) const;
+  void dropComputed(NodeIndex index, bool evenSteady) const;
   INode* publicNode(NodeIndex index) const;
 
   std::shared_ptr<const Description> description_;

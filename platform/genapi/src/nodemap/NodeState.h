@@ -21,12 +21,19 @@ enum StateFlag : uint16_t {
   kBusyLimits = 1 << 9,
 };
 
+// What a value written elsewhere takes from a node; what no value can change stays (see DependencyGraph).
+enum StateTrait : uint8_t {
+  kSteadyAccessMode = 1 << 0,
+  kSteadyLimits = 1 << 1,
+};
+
 inline constexpr uint16_t kForgettable = kHasValue | kValid | kHasAccessMode | kHasMin | kHasMax | kHasAddress;
 
 struct NodeState {
   uint64_t stamp;  // of the node's last invalidation
   uint16_t flags;
   uint8_t accessMode;
+  uint8_t traits;  // set when something that may be steady is first kept
 };
 
 }  // namespace GENAPI_NAMESPACE

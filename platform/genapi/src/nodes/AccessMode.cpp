@@ -57,6 +57,7 @@ EAccessMode NodeBase::computeAccessMode() {
   if (complete && step.isUnspoiled() && keepsAccessMode() && map_.graph().accessModeCacheable(index_)) {
     mine.accessMode = static_cast<uint8_t>(mode);
     mine.flags |= kHasAccessMode;
+    if (!map_.graph().accessModeFollowsValues(index_)) mine.traits |= kSteadyAccessMode;
   }
   return mode;
 }

@@ -32,6 +32,7 @@ Number keptLimit(NodeBase& node, StateFlag flag, Number& kept, Number whileBusy,
   if (!node.isUncached() && step.isUnspoiled()) {
     kept = limit;
     state.flags |= flag;
+    if (!map.graph().limitsFollowValues(node.index())) state.traits |= kSteadyLimits;
   }
   return limit;
 }

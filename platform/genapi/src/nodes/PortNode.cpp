@@ -37,8 +37,7 @@ void PortNode::connect(IPort* implementation) {
     if (auto* construct = dynamic_cast<IPortConstruct*>(former)) construct->SetPortImpl(nullptr);
   }
   if (auto* construct = dynamic_cast<IPortConstruct*>(implementation)) construct->SetPortImpl(this);
-  map().dropDependents(index());
-  map().dropNode(index());
+  map().dropPort(index());
   map().renewCategories();
 }
 
