@@ -56,25 +56,24 @@ std::shared_ptr<LoadedMap> NodeMap::required(const char* otherwise) const {
 
 orxBase::shared_ref<Node> NodeMap::nodeFor(const std::shared_ptr<LoadedMap>& load,
                                            GENAPI_NAMESPACE::INode* engineNode) {
-  checkKind(engineNode);
-  const gcstring name = engineNode->GetName();
   {
     AutoLock lock(cacheLock_);
     if (loaded_ == load) {
-      const auto known = nodeCache_.find(name);
+      const auto known = nodeCache_.find(engineNode);
       if (known != nodeCache_.end()) {
         if (auto node = known->second.lock()) return node;
       }
     }
   }
+  checkKind(engineNode);
   // What the lock guards is prepared before it and ends after it.
   auto built = orxBase::detail::make_shared_t<Node>(shared_from_this(), load, engineNode);
-  std::map<gcstring, orxBase::weak_ref<Node>> entry;
-  entry.emplace(name, orxBase::weak_ref<Node>(built));
+  NodeCache entry;
+  entry.emplace(engineNode, orxBase::weak_ref<Node>(built));
   orxBase::shared_ref<Node> other;
   AutoLock lock(cacheLock_);
   if (loaded_ != load) return built;  // of an earlier load: nobody else may find it
-  const auto known = nodeCache_.find(name);
+  const auto known = nodeCache_.find(engineNode);
   if (known == nodeCache_.end()) {
     nodeCache_.merge(entry);
     return built;
@@ -139,7 +138,7 @@ void NodeMap::install(GENAPI_NAMESPACE::CNodeMapFactory& factory) {
   constexpr bool kReleaseText = true;
   LoadedMap::EngineMap map(factory.CreateNodeMap("Device", kReleaseText));
   auto load = std::make_shared<LoadedMap>(std::move(map));
-  std::map<gcstring, orxBase::weak_ref<Node>> formerNodes;
+  NodeCache formerNodes;
   {
     AutoLock lock(cacheLock_);
     loaded_.swap(load);

@@ -1,9 +1,9 @@
 // The object behind a NODEMAP handle: what is loaded, and the nodes handed out for it.
 #pragma once
 #include <array>
-#include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "Base/GCString.h"
 #include "Failure.h"
@@ -63,10 +63,13 @@ class NodeMap : public NodeMapBase {
   std::string infoText(TNodeMapInfo info) const;
   void install(GENAPI_NAMESPACE::CNodeMapFactory& factory);
 
+  // The nodes handed out, by what they stand for.
+  using NodeCache = std::unordered_map<const GENAPI_NAMESPACE::INode*, orxBase::weak_ref<Node>>;
+
   // A leaf: while it is held nothing is built, released or called.
   mutable GENAPI_NAMESPACE::CLock cacheLock_;
-  std::shared_ptr<LoadedMap> loaded_;                                         // guarded by cacheLock_
-  std::map<GENICAM_NAMESPACE::gcstring, orxBase::weak_ref<Node>> nodeCache_;  // of loaded_; guarded by cacheLock_
+  std::shared_ptr<LoadedMap> loaded_;  // guarded by cacheLock_
+  NodeCache nodeCache_;                // of loaded_; guarded by cacheLock_
 };
 
 // The text form of a numeric event or chunk ID: hexadecimal digits, lower case, with a leading zero that follows from
