@@ -51,7 +51,7 @@ struct Closure {
   static const Closure* make(std::span<const NodeIndex> list) {
     Closure* const closure = static_cast<Closure*>(::operator new(bytes(list.size())));
     closure->size = static_cast<uint32_t>(list.size());
-    std::memcpy(closure->nodes, list.data(), list.size_bytes());
+    if (!list.empty()) std::memcpy(closure->nodes, list.data(), list.size_bytes());
     return closure;
   }
   static void free(const Closure* closure) { ::operator delete(const_cast<Closure*>(closure)); }
