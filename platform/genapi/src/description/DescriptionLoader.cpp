@@ -99,7 +99,7 @@ void load(Bytes&& bytes, EContentType contentType, LoadedDescription& loaded) {
     loaded.description = describe(std::forward<Bytes>(bytes));
     return;
   }
-  const ZipMember member = readZippedDescription(viewOf(bytes));
+  const UnzippedDescription member = readZippedDescription(viewOf(bytes));
   loaded.sourceName += '(' + member.name + ')';
   loaded.description = describe(std::string_view(member.text));
 }

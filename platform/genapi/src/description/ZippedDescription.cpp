@@ -119,7 +119,7 @@ bool isZip(std::string_view bytes) {
   return bytes.substr(0, 4) == "PK\x03\x04";
 }
 
-ZipMember readZippedDescription(std::string_view bytes) {
+UnzippedDescription readZippedDescription(std::string_view bytes) {
   const Archive archive = openArchive(bytes);
   const zip_stat_t member = findMember(archive.get());
   checkMember(member);

@@ -9,13 +9,13 @@ namespace GENAPI_NAMESPACE {
 
 bool isZip(std::string_view bytes);
 
-struct ZipMember {
+struct UnzippedDescription {
   std::string name;
   std::string text;
 };
 
 // The only member whose name ends in ".xml". Throws LoadFault if there is none or several, if it is encrypted or
 // damaged or packed in a way other than stored and deflated, or if it grows past the limits.
-ZipMember readZippedDescription(std::string_view archive);
+UnzippedDescription readZippedDescription(std::string_view archive);
 
 }  // namespace GENAPI_NAMESPACE
