@@ -38,8 +38,7 @@ class CPointer {
   bool IsValid() const noexcept { return m_pT != nullptr; }
   explicit operator bool() const noexcept { return m_pT != nullptr; }
   bool operator==(const CPointer& other) const { return m_pT == other.m_pT; }
-  bool operator==(T* pT) const { return m_pT == pT; }
-  bool operator==(std::nullptr_t) const { return m_pT == nullptr; }
+  bool operator==(T* pT) const { return m_pT == pT; }  // takes NULL and nullptr, too
 
  protected:
   T* checked() const {

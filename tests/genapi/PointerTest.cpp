@@ -1,0 +1,218 @@
+// Casting pointers, and which interfaces each type of node has.
+#include "NodeNames.h"
+
+namespace {
+
+const std::string kEveryType = R"(
+  <Node Name="Node"/>
+  <Category Name="Category"/>
+  <Integer Name="Integer"><Value>0</Value></Integer>
+  <IntConverter Name="IntConverter"><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom><pValue>Integer</pValue>
+  </IntConverter>
+  <IntSwissKnife Name="IntSwissKnife"><Formula>1</Formula></IntSwissKnife>
+  <MaskedIntReg Name="MaskedIntReg"><Address>0</Address><Length>4</Length><pPort>Device</pPort><Bit>3</Bit>
+  </MaskedIntReg>
+  <Boolean Name="Boolean"><Value>true</Value></Boolean>
+  <Command Name="Command"><Value>0</Value><CommandValue>1</CommandValue></Command>
+  <Enumeration Name="Enumeration"><EnumEntry Name="Off"><Value>0</Value></EnumEntry><Value>0</Value></Enumeration>
+  <Float Name="Float"><Value>0</Value></Float>
+  <Converter Name="Converter"><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom><pValue>Float</pValue></Converter>
+  <SwissKnife Name="SwissKnife"><Formula>1</Formula></SwissKnife>
+  <String Name="String"><Value>x</Value></String>
+  <ConfRom Name="ConfRom"><Address>0</Address><Length>4</Length><pPort>Device</pPort><Unit>0</Unit>
+    <TextDesc Name="TextDesc">1</TextDesc><IntKey Name="IntKey">2</IntKey></ConfRom>
+  <AdvFeatureLock Name="AdvFeatureLock"><Address>0</Address><Length>4</Length><pPort>Device</pPort>
+    <FeatureID>1</FeatureID><Timeout>1</Timeout></AdvFeatureLock>
+  <SmartFeature Name="SmartFeature"><FeatureID>1</FeatureID><Address>0</Address><pPort>Device</pPort></SmartFeature>)" +
+                               reg("IntReg", "IntReg", 0, 4) + reg("FloatReg", "FloatReg", 0, 4) +
+                               reg("StringReg", "StringReg", 0, 4) + reg("Register", "Register", 0, 4);
+
+std::string interfacesOf(INode* node) {
+  std::string found;
+  const auto note = [&](bool has, const char* name) {
+    if (has) found += std::string(name) + " ";
+  };
+  note(CValuePtr(node).IsValid(), "value");
+  note(CIntegerPtr(node).IsValid(), "integer");
+  note(CBooleanPtr(node).IsValid(), "boolean");
+  note(CCommandPtr(node).IsValid(), "command");
+  note(CFloatPtr(node).IsValid(), "float");
+  note(CStringPtr(node).IsValid(), "string");
+  note(CRegisterPtr(node).IsValid(), "register");
+  note(CCategoryPtr(node).IsValid(), "category");
+  note(CEnumerationPtr(node).IsValid(), "enumeration");
+  note(CEnumEntryPtr(node).IsValid(), "entry");
+  note(CPortPtr(node).IsValid(), "port");
+  note(CPortConstructPtr(node).IsValid(), "construct");
+  note(CChunkPortPtr(node).IsValid(), "chunk");
+  EXPECT_TRUE(CNodePtr(node).IsValid());
+  EXPECT_TRUE(CSelectorPtr(node).IsValid());
+  EXPECT_TRUE(CBasePtr(node).IsValid());
+  return found;
+}
+
+TEST(Interfaces, OfANodeAreThoseOfItsTypeAndNoOther) {
+  TestMap map(kEveryType);
+  struct {
+    const char* node;
+    EInterfaceType principal;
+    const char* interfaces;
+  } const cases[] = {
+      {"Node", intfIValue, "value "},
+      {"Category", intfICategory, "value category "},
+      {"Integer", intfIInteger, "value integer "},
+      {"IntConverter", intfIInteger, "value integer "},
+      {"IntSwissKnife", intfIInteger, "value integer "},
+      {"IntKey", intfIInteger, "value integer "},
+      {"IntReg", intfIInteger, "value integer register "},
+      {"MaskedIntReg", intfIInteger, "value integer register "},
+      {"AdvFeatureLock", intfIInteger, "value integer register "},
+      {"SmartFeature", intfIInteger, "value integer register "},
+      {"Boolean", intfIBoolean, "value boolean "},
+      {"Command", intfICommand, "value command "},
+      {"Enumeration", intfIEnumeration, "value enumeration "},
+      {"EnumEntry_Enumeration_Off", intfIEnumEntry, "value entry "},
+      {"Float", intfIFloat, "value float "},
+      {"Converter", intfIFloat, "value float "},
+      {"SwissKnife", intfIFloat, "value float "},
+      {"FloatReg", intfIFloat, "value float register "},
+      {"String", intfIString, "value string "},
+      {"TextDesc", intfIString, "value string "},
+      {"StringReg", intfIString, "value string register "},
+      {"Register", intfIRegister, "value register "},
+      {"ConfRom", intfIRegister, "value register "},
+      {"Device", intfIPort, "port construct chunk "},
+  };
+  EXPECT_EQ(map.map->GetNumNodes(), std::size(cases));
+  for (const auto& each : cases) {
+    INode* node = map.node(each.node);
+    EXPECT_EQ(interfacesOf(node), each.interfaces) << each.node;
+    EXPECT_EQ(node->GetPrincipalInterfaceType(), each.principal) << each.node;
+    EXPECT_EQ(node->GetNodeMap(), map.map) << each.node;
+    const CValuePtr value = node;
+    EXPECT_TRUE(!value || value->GetNode() == node) << each.node;
+  }
+}
+
+TEST(Interfaces, OfTypesThatAreOnlyLoadedRefuseTheirValue) {
+  TestMap map(kEveryType);
+  for (const char* each : {"ConfRom", "TextDesc", "IntKey", "AdvFeatureLock", "SmartFeature"}) {
+    EXPECT_EQ(refusal<RuntimeException>([&] { map.value(each)->ToString(); }),
+              std::string(each) + ": node type " + each + " is not supported");
+    EXPECT_TRUE(IsImplemented(map.mode(each))) << each;
+  }
+}
+
+TEST(Pointers, CastAndTellWhetherTheyHoldSomething) {
+  TestMap map(kEveryType);
+  CIntegerPtr integer = map.map->GetNode("Integer");
+  ASSERT_TRUE(integer.IsValid());
+  EXPECT_TRUE(integer);
+  integer->SetValue(5);
+  EXPECT_EQ((*integer).GetValue(), 5);
+  EXPECT_EQ(integer().GetValue(), 5);
+  IInteger* raw = integer;
+  EXPECT_TRUE(integer == raw);
+  EXPECT_TRUE(integer == CIntegerPtr(map.node("Integer")));
+  EXPECT_FALSE(integer == CIntegerPtr(map.node("IntReg")));
+  EXPECT_TRUE(integer != nullptr);
+
+  integer = map.map->GetNode("Float");
+  EXPECT_FALSE(integer.IsValid()) << "another kind";
+  EXPECT_FALSE(integer);
+  EXPECT_TRUE(!integer);
+  EXPECT_TRUE(integer == nullptr);
+  EXPECT_TRUE(integer == NULL);
+  EXPECT_FALSE(integer != NULL);
+  EXPECT_EQ(static_cast<IInteger*>(integer), nullptr);
+  integer = map.map->GetNode("Nobody");
+  EXPECT_FALSE(integer.IsValid());
+  integer = NULL;
+  EXPECT_FALSE(integer.IsValid());
+  EXPECT_FALSE(CIntegerPtr().IsValid());
+}
+
+TEST(Pointers, RefuseToLeadNowhere) {
+  const CIntegerPtr null;
+  EXPECT_EQ(refusal<LogicalErrorException>([&] { null->GetValue(); }), "NULL pointer dereferenced");
+  EXPECT_THROW((*null).GetValue(), LogicalErrorException);
+  EXPECT_THROW(null().GetValue(), LogicalErrorException);
+  EXPECT_THROW(CFloatPtr().GetIntAlias(), LogicalErrorException);
+}
+
+TEST(Pointers, TakeNodeMapsToo) {
+  TestMap map(kEveryType);
+  EXPECT_TRUE(CNodeMapPtr(map.map).IsValid());
+  EXPECT_STREQ(CDeviceInfoPtr(map.map)->GetModelName(), "Model");
+}
+
+TEST(Pointers, AnswerAccessQuestionsAlsoWhenNull) {
+  TestMap map(R"(
+    <Integer Name="Both"><Value>0</Value></Integer>
+    <Integer Name="OnlyRead"><ImposedAccessMode>RO</ImposedAccessMode><Value>0</Value></Integer>
+    <Float Name="OnlyWrite"><ImposedAccessMode>WO</ImposedAccessMode><Value>0</Value></Float>
+    <Integer Name="Away"><pIsAvailable>Zero</pIsAvailable><Value>0</Value></Integer>
+    <Integer Name="Never"><pIsImplemented>Zero</pIsImplemented><Value>0</Value></Integer>
+    <Integer Name="Zero"><Value>0</Value></Integer>)");
+  const auto answers = [](auto&& asked) {
+    std::string all;
+    if (IsReadable(asked)) all += "r";
+    if (IsWritable(asked)) all += "w";
+    if (IsAvailable(asked)) all += "a";
+    if (IsImplemented(asked)) all += "i";
+    return all;
+  };
+  const std::pair<const char*, const char*> cases[] = {
+      {"Both", "rwai"}, {"OnlyRead", "rai"}, {"OnlyWrite", "wai"}, {"Away", "i"}, {"Never", ""}};
+  for (const auto& [name, expected] : cases) {
+    INode* node = map.node(name);
+    EXPECT_EQ(answers(node->GetAccessMode()), expected) << name;
+    EXPECT_EQ(answers(node), expected) << name;
+    EXPECT_EQ(answers(*node), expected) << name;
+    EXPECT_EQ(answers(CNodePtr(node)), expected) << name;
+    EXPECT_EQ(answers(CValuePtr(node)), expected) << name;
+  }
+  EXPECT_EQ(answers(CFloatPtr(map.node("OnlyWrite"))), "wai");
+  EXPECT_EQ(answers(static_cast<INode*>(nullptr)), "");
+  EXPECT_EQ(answers(CIntegerPtr()), "");
+  EXPECT_EQ(answers(CFloatPtr()), "");
+}
+
+TEST(Pointers, ToFloatsKnowTheirAliases) {
+  TestMap map(R"(
+    <Float Name="ByNumber"><pCastAlias>Steps</pCastAlias><Value>0</Value></Float>
+    <Float Name="ByWord"><pAlias>ByNumber</pAlias><pCastAlias>Mode</pCastAlias><Value>0</Value></Float>
+    <Float Name="Alone"><Value>0</Value></Float>
+    <Integer Name="Steps"><Value>0</Value></Integer>
+    <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry><Value>0</Value></Enumeration>)");
+  const auto real = [&](const char* name) { return CFloatPtr(map.node(name)); };
+  EXPECT_EQ(real("ByNumber").GetIntAlias(), static_cast<IInteger*>(map.integer("Steps")));
+  EXPECT_EQ(real("ByNumber").GetEnumAlias(), nullptr);
+  EXPECT_EQ(real("ByWord").GetEnumAlias(), static_cast<IEnumeration*>(map.enumeration("Mode")));
+  EXPECT_EQ(real("ByWord").GetIntAlias(), nullptr);
+  EXPECT_EQ(real("Alone").GetIntAlias(), nullptr);
+  EXPECT_EQ(map.node("ByWord")->GetAlias(), map.node("ByNumber"));
+  EXPECT_EQ(map.node("ByWord")->GetCastAlias(), map.node("Mode"));
+  EXPECT_EQ(map.node("Alone")->GetAlias(), nullptr);
+  EXPECT_EQ(map.node("Alone")->GetCastAlias(), nullptr);
+}
+
+TEST(Values, CanBeUsedLikeVariables) {
+  TestMap map(kEveryType);
+  *map.integer("Integer") = 7;
+  EXPECT_EQ(**map.integer("Integer"), 7);
+  EXPECT_EQ((*map.integer("Integer"))(), 7);
+  *map.real("Float") = 2.5;
+  EXPECT_EQ(**map.real("Float"), 2.5);
+  EXPECT_EQ((*map.real("Float"))(), 2.5);
+  *map.boolean("Boolean") = false;
+  EXPECT_FALSE((*map.boolean("Boolean"))());
+  *map.text("String") = "new";
+  EXPECT_STREQ(**map.text("String"), "new");
+  EXPECT_STREQ((*map.text("String"))(), "new");
+  *map.enumeration("Enumeration") = "Off";
+  EXPECT_STREQ(**map.enumeration("Enumeration"), "Off");
+  (*map.command("Command"))();
+}
+
+}  // namespace
