@@ -1,3 +1,4 @@
+#include <exception>
 #include <new>
 #include <string>
 
@@ -11,12 +12,13 @@ namespace GENAPI_NAMESPACE {
 using GENICAM_NAMESPACE::gcstring;
 using GENICAM_NAMESPACE::gcstring_vector;
 
-// A file, or bytes; and what was loaded from them, so that one factory makes several maps of one description.
+// What was loaded, or why nothing was; one factory makes several maps of one description. Bytes are loaded at once,
+// since they are the client's and need not be copied for a later look; a file is read when the first map is made.
 struct CNodeMapFactory::Source {
   EContentType contentType = ContentType_Auto;
   std::string fileName;
-  std::string bytes;
   LoadedDescription loaded;
+  std::exception_ptr failure;
 };
 
 CNodeMapFactory::CNodeMapFactory() = default;
@@ -34,23 +36,25 @@ CNodeMapFactory::CNodeMapFactory(EContentType ContentType, const gcstring& FileN
 CNodeMapFactory::CNodeMapFactory(EContentType ContentType, const void* pData, size_t DataSize, ECacheUsage, bool)
     : source_(std::make_shared<Source>()) {
   if (!pData || DataSize == 0) throw INVALID_ARGUMENT_EXCEPTION("the description is empty");
-  source_->contentType = ContentType;
-  source_->bytes.assign(static_cast<const char*>(pData), DataSize);
+  try {
+    source_->loaded = loadDescriptionText({static_cast<const char*>(pData), DataSize}, ContentType);
+  } catch (...) {
+    source_->failure = std::current_exception();
+  }
 }
 
 CNodeMapFactory::CNodeMapFactory(const gcstring& XmlData, ECacheUsage CacheUsage, bool SuppressStringsForNodes)
     : CNodeMapFactory(ContentType_Xml, XmlData.c_str(), XmlData.size(), CacheUsage, SuppressStringsForNodes) {}
 
-INodeMap* CNodeMapFactory::CreateNodeMap(const gcstring& DeviceName, bool ReleaseDescriptionData) {
+// There is no text to release: the description keeps what it needs of it.
+INodeMap* CNodeMapFactory::CreateNodeMap(const gcstring& DeviceName, bool) {
   if (!source_) throw LOGICAL_ERROR_EXCEPTION("the node map factory has no description");
+  if (source_->failure) std::rethrow_exception(source_->failure);
   try {
     if (!source_->loaded.description) {
-      source_->loaded = source_->fileName.empty() ? loadDescriptionText(source_->bytes, source_->contentType)
-                                                  : loadDescriptionFile(source_->fileName, source_->contentType);
+      source_->loaded = loadDescriptionFile(source_->fileName, source_->contentType);
     }
-    auto* map = new NodeMap(source_->loaded, DeviceName);
-    if (ReleaseDescriptionData) std::string().swap(source_->bytes);
-    return map;
+    return new NodeMap(source_->loaded, DeviceName);
   } catch (const std::bad_alloc&) {
     throw BAD_ALLOC_EXCEPTION("out of memory while loading the description");
   }
