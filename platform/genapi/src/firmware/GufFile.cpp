@@ -28,8 +28,8 @@ std::string quoted(const std::string& path) {
   throw FIRMWARE_EXCEPTION(FormatException)("%s: is not an update file: it has no member %s", where.c_str(), name);
 }
 
-const ZipMember* storedMember(const ZipDirectory& directory, const std::string& path, const char* name) {
-  const ZipMember* member = directory.find(name);
+const ArchiveMember* storedMember(const ZipDirectory& directory, const std::string& path, const char* name) {
+  const ArchiveMember* member = directory.find(name);
   if (member && !member->isStored())
     throw FIRMWARE_EXCEPTION(FormatException)("'%s': member %s is compressed; it must be stored", path.c_str(), name);
   return member;
@@ -50,10 +50,10 @@ GufLayout GufLayout::read(const std::string& path, MissingMember missing) {
   if (file.size() > kMaxGufBytes)
     throw FIRMWARE_EXCEPTION(FormatException)("'%s': is longer than the limit of 4 GiB", path.c_str());
   const ZipDirectory directory(file, quoted(path));
-  const ZipMember* package = storedMember(directory, path, kPackageName);
+  const ArchiveMember* package = storedMember(directory, path, kPackageName);
   if (!package) throwMissing(quoted(path), kPackageName, missing);
   GufLayout layout{file, file.part(package->dataOffset, package->size)};
-  if (const ZipMember* signature = storedMember(directory, path, kSignatureName)) {
+  if (const ArchiveMember* signature = storedMember(directory, path, kSignatureName)) {
     layout.signatureOffset = signature->dataOffset;
     layout.signatureSize = signature->size;
   }
@@ -66,7 +66,7 @@ struct MemberReader::Handle {
   std::unique_ptr<zip_file_t, ZipFileClose> file;
 };
 
-MemberReader::MemberReader(std::string label, const ZipMember& member, std::unique_ptr<Handle> handle)
+MemberReader::MemberReader(std::string label, const ArchiveMember& member, std::unique_ptr<Handle> handle)
     : label_(std::move(label)), member_(member), handle_(std::move(handle)) {}
 
 MemberReader::~MemberReader() = default;
@@ -109,7 +109,7 @@ GufFile::GufFile(const std::string& path, MissingMember missing)
       directory_(layout_.package, quoted(path) + ": package.zip"),
       archive_(std::make_unique<Archive>()) {
   uint64_t total = 0;
-  for (const ZipMember& member : directory_.members()) {
+  for (const ArchiveMember& member : directory_.members()) {
     total += std::min(member.size, kMaxInflatedBytes + 1);
     if (total > kMaxInflatedBytes)
       throw FIRMWARE_EXCEPTION(FormatException)("'%s': the members of package.zip inflate to more than 8 GiB",
@@ -134,7 +134,7 @@ std::string GufFile::labelOf(std::string_view member) const {
   return quoted(path()) + ": member '" + std::string(member.substr(0, 200)) + "'";
 }
 
-MemberReader GufFile::open(const ZipMember& member) const {
+MemberReader GufFile::open(const ArchiveMember& member) const {
   const std::string label = labelOf(member.name);
   if (!archive_->zip) {
     // A stream of its own over the same open file, limited to the package.
@@ -172,7 +172,7 @@ MemberReader GufFile::open(const ZipMember& member) const {
 }
 
 std::string GufFile::readControl() const {
-  const ZipMember* member = directory_.find(kControlName);
+  const ArchiveMember* member = directory_.find(kControlName);
   if (!member) throwMissing(quoted(path()) + ": package.zip", kControlName, missing_);
   if (member->size > kMaxControlBytes)
     throw FIRMWARE_EXCEPTION(FormatException)("%s: is longer than the limit of 4 MiB", labelOf(kControlName).c_str());
@@ -183,7 +183,7 @@ std::string GufFile::readControl() const {
 }
 
 MemberReader GufFile::openMember(std::string_view name) const {
-  const ZipMember* member = directory_.find(name);
+  const ArchiveMember* member = directory_.find(name);
   if (!member) throw FIRMWARE_EXCEPTION(FileNotFoundException)("%s: is missing in package.zip", labelOf(name).c_str());
   if (member->size > kMaxDataFileBytes)
     throw FIRMWARE_EXCEPTION(FormatException)("%s: is longer than the limit of 2 GiB", labelOf(name).c_str());

@@ -40,10 +40,10 @@ class MemberReader {
  private:
   friend class GufFile;
   struct Handle;
-  MemberReader(std::string label, const ZipMember& member, std::unique_ptr<Handle> handle);
+  MemberReader(std::string label, const ArchiveMember& member, std::unique_ptr<Handle> handle);
 
   std::string label_;
-  const ZipMember& member_;
+  const ArchiveMember& member_;
   std::unique_ptr<Handle> handle_;
   uint64_t done_ = 0;
 };
@@ -72,7 +72,7 @@ class GufFile {
 
  private:
   struct Archive;
-  MemberReader open(const ZipMember& member) const;
+  MemberReader open(const ArchiveMember& member) const;
   std::string labelOf(std::string_view member) const;
 
   GufLayout layout_;

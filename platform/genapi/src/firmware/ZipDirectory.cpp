@@ -99,7 +99,7 @@ ZipDirectory::ZipDirectory(const ByteRange& archive, const std::string& label) :
 }
 
 void ZipDirectory::readMember(const ByteRange& archive, const uint8_t* record, uint64_t directoryOffset) {
-  ZipMember member;
+  ArchiveMember member;
   const size_t nameSize = number16(record + 28);
   const size_t extraSize = number16(record + 30);
   member.name.assign(reinterpret_cast<const char*>(record + kDirectoryEntryBytes), nameSize);
@@ -160,13 +160,13 @@ void ZipDirectory::checkOverlaps() const {
   std::iota(order.begin(), order.end(), size_t{0});
   std::sort(order.begin(), order.end(), [this](size_t a, size_t b) { return headerOffsets_[a] < headerOffsets_[b]; });
   for (size_t i = 1; i < order.size(); ++i) {
-    const ZipMember& before = members_[order[i - 1]];
+    const ArchiveMember& before = members_[order[i - 1]];
     if (before.dataOffset + before.compressedSize > headerOffsets_[order[i]])
       refuse("member '" + before.name.substr(0, 200) + "' overlaps another member");
   }
 }
 
-const ZipMember* ZipDirectory::find(std::string_view name) const {
+const ArchiveMember* ZipDirectory::find(std::string_view name) const {
   const auto found = byName_.find(std::string(name));
   return found == byName_.end() ? nullptr : &members_[found->second];
 }

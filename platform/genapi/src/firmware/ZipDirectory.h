@@ -10,7 +10,7 @@
 
 namespace GENAPI_NAMESPACE {
 
-struct ZipMember {
+struct ArchiveMember {
   std::string name;  // bytes as stored
   uint16_t method = 0;
   uint32_t checksum = 0;
@@ -28,9 +28,9 @@ class ZipDirectory {
   // `label` names the archive in texts. Throws FormatException, FileIOException.
   ZipDirectory(const ByteRange& archive, const std::string& label);
 
-  const std::vector<ZipMember>& members() const { return members_; }
+  const std::vector<ArchiveMember>& members() const { return members_; }
   // Null when there is none.
-  const ZipMember* find(std::string_view name) const;
+  const ArchiveMember* find(std::string_view name) const;
 
  private:
   void readMember(const ByteRange& archive, const uint8_t* record, uint64_t directoryOffset);
@@ -38,7 +38,7 @@ class ZipDirectory {
   [[noreturn]] void refuse(const std::string& what) const;
 
   std::string label_;
-  std::vector<ZipMember> members_;
+  std::vector<ArchiveMember> members_;
   std::vector<uint64_t> headerOffsets_;  // of the local headers, in the members' order
   std::unordered_map<std::string, size_t> byName_;
 };
