@@ -19,15 +19,16 @@ namespace {
 std::atomic<long> allocations{0};
 }
 
-void* operator new(size_t bytes) {
+// Not inlined: the compiler would take the pair for mismatched.
+[[gnu::noinline]] void* operator new(size_t bytes) {
   allocations.fetch_add(1, std::memory_order_relaxed);
   if (void* memory = std::malloc(bytes)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept {
   std::free(memory);
 }
 
