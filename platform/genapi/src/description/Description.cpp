@@ -11,7 +11,7 @@ Description::Description() = default;
 Description::~Description() {
   delete graph_.load(std::memory_order_acquire);
   const NodeLayout* const nodeLayout = layout.load(std::memory_order_acquire);
-  if (nodeLayout != nullptr && deleteLayout != nullptr) deleteLayout(nodeLayout);
+  if (nodeLayout != nullptr) deleteLayout.load(std::memory_order_acquire)(nodeLayout);
 }
 
 const Property* Description::find(NodeIndex index, Element element) const {

@@ -121,9 +121,10 @@ class Description {
   // The text as it came; what the description cache compares.
   std::string_view sourceText() const { return sourceText_; }
 
-  // A slot for what the node map derives once per description; the loser of a race deletes its copy.
+  // A slot for what the node map derives once per description; the loser of a race deletes its copy. Whoever fills it
+  // first says how it is deleted with the description.
   mutable std::atomic<const NodeLayout*> layout{nullptr};
-  void (*deleteLayout)(const NodeLayout*) = nullptr;
+  mutable std::atomic<void (*)(const NodeLayout*)> deleteLayout{nullptr};
 
  private:
   friend class DescriptionBuilder;

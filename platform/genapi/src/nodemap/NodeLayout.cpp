@@ -23,6 +23,7 @@ const NodeLayout& NodeLayout::of(const Description& description) {
   const NodeLayout* known = description.layout.load(std::memory_order_acquire);
   if (!known) {
     auto made = std::make_unique<const NodeLayout>(description);
+    description.deleteLayout.store([](const NodeLayout* layout) { delete layout; }, std::memory_order_release);
     if (description.layout.compare_exchange_strong(known, made.get(), std::memory_order_acq_rel))
       known = made.release();
   }
