@@ -17,11 +17,12 @@ ROOMS = [
     ("genapi-public", "platform/genapi/include", []),
     ("genapi", "platform/genapi", ["genapi-public"]),
     ("api", "include", []),
-    ("simulation", "simulation", []),
-    ("transport", "transport", ["simulation"]),
+    ("simulation-public", "simulation/include", []),
+    ("simulation", "simulation", ["simulation-public"]),
+    ("transport", "transport", ["simulation-public"]),
     ("library", "src", ["api", "base-public", "telemetry-public", "genapi-public"]),
-    ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation", "transport"]),
-    ("examples", "examples", ["api", "base-public", "simulation"]),
+    ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public", "transport"]),
+    ("examples", "examples", ["api", "base-public", "simulation-public"]),
 ]
 ALLOWED = {name: {name, *below} for name, _, below in ROOMS}
 # Where the compiler looks for "Name/File.h"; a room's own sources come first through the file's own folder.

@@ -1,0 +1,188 @@
+#include <deque>
+#include <memory>
+#include <set>
+#include <unordered_map>
+
+#include "Commands.h"
+#include "Value.h"
+
+namespace tool {
+namespace {
+
+struct DescribeOptions {
+  std::string name;
+  bool dependents = true;
+};
+
+using Readers = std::unordered_map<std::string, std::vector<std::string>>;
+
+// Who reads whom: for every node the nodes that take their value or their limits from it.
+Readers readersOf(const NodeMap& map) {
+  Readers readers;
+  for (const std::string& name : map.nodeNames()) {
+    try {
+      const Node node = map.node(name);
+      if (node.type() == NT_Category) {
+        continue;  // a category lists its features, it does not depend on them
+      }
+      for (const std::string& child : node.list(NL_Children)) {
+        readers[child].push_back(name);
+      }
+    } catch (const Failure&) {
+      continue;  // a node without a handle of its own depends on nothing that could be shown
+    }
+  }
+  return readers;
+}
+
+// The features that change, or may change, with this one.
+std::vector<std::string> dependents(const NodeMap& map, const std::string& name) {
+  const Readers readers = readersOf(map);
+  std::vector<std::string> features;
+  std::set<std::string> seen{name};
+  std::deque<std::string> open{name};
+  while (!open.empty()) {
+    const auto found = readers.find(open.front());
+    open.pop_front();
+    if (found == readers.end()) {
+      continue;
+    }
+    for (const std::string& reader : found->second) {
+      if (!seen.insert(reader).second) {
+        continue;
+      }
+      open.push_back(reader);
+      if (map.node(reader).infoBoolean(NI_IsFeature)) {
+        features.push_back(reader);
+      }
+    }
+  }
+  return features;
+}
+
+// Adds what `read` yields, unless the node has no such information or cannot tell it now.
+template <class Read>
+void add(Json& json, const char* key, Read read) {
+  try {
+    json[key] = read();
+  } catch (const Failure& failure) {
+    if (failure.code() != OXGENAPI_E_NOT_SUPPORTED && failure.code() != OXGENAPI_E_INVALID_HANDLE) {
+      json[key] = Json{{"error", toJson(failure)}};
+    }
+  }
+}
+
+void addNumber(Json& json, const Node& node, const char* key, TNodeInfo info) {
+  if (node.type() == NT_Integer) {
+    add(json, key, [&] { return node.infoInteger(info); });
+  } else if (node.type() == NT_Float) {
+    add(json, key, [&] { return node.infoReal(info); });
+  }
+}
+
+void addText(Json& json, const Node& node, const char* key, TNodeInfo info) {
+  add(json, key, [&] { return node.infoText(info); });
+  if (json.contains(key) && json.at(key) == "") {
+    json.erase(key);
+  }
+}
+
+Json entry(const NodeMap& map, const std::string& name) {
+  const Node node = map.node(name);
+  Json json{{"name", node.text()}};
+  add(json, "value", [&] { return node.integer(); });
+  add(json, "access", [&] { return accessName(node.access()); });
+  return json;
+}
+
+void addLists(Json& json, const NodeMap& map, const Node& node) {
+  if (node.type() == NT_Enumeration) {
+    json["entries"] = Json::array();
+    for (const std::string& name : node.list(NL_EnumEntries)) {
+      json["entries"].push_back(entry(map, name));
+    }
+  }
+  add(json, "selectedBy", [&] { return node.list(NL_SelectingFeatures); });
+  add(json, "selects", [&] { return node.list(NL_SelectedFeatures); });
+  add(json, node.type() == NT_Category ? "features" : "reads", [&] { return node.list(NL_Children); });
+}
+
+Json describe(const NodeMap& map, const Node& node, const DescribeOptions& options) {
+  Json json{{"name", node.name()}, {"type", typeName(node.type())}};
+  addText(json, node, "displayName", NI_DisplayName);
+  addText(json, node, "toolTip", NI_ToolTip);
+  addText(json, node, "description", NI_Description);
+  add(json, "access", [&] { return node.infoText(NI_AccessMode); });
+  add(json, "visibility", [&] { return node.infoText(NI_Visibility); });
+  if (hasValue(node.type())) {
+    add(json, "value", [&] { return valueJson(node); });
+  }
+  addNumber(json, node, "min", NI_Min);
+  addNumber(json, node, "max", NI_Max);
+  addNumber(json, node, "increment", NI_Increment);
+  addText(json, node, "unit", NI_Unit);
+  add(json, "representation", [&] { return node.infoText(NI_Representation); });
+  add(json, "caching", [&] { return node.infoText(NI_CachingMode); });
+  add(json, "pollingTimeMs", [&] { return node.infoInteger(NI_PollingTime); });
+  add(json, "registerAddress", [&] { return node.infoInteger(NI_RegisterAddress); });
+  add(json, "registerLength", [&] { return node.infoInteger(NI_RegisterLength); });
+  addText(json, node, "eventId", NI_EventID);
+  addText(json, node, "alias", NI_AliasName);
+  add(json, "feature", [&] { return node.infoBoolean(NI_IsFeature); });
+  add(json, "streamable", [&] { return node.infoBoolean(NI_IsStreamable); });
+  add(json, "deprecated", [&] { return node.infoBoolean(NI_IsDeprecated); });
+  addLists(json, map, node);
+  if (options.dependents) {
+    json["dependents"] = dependents(map, node.name());
+  }
+  return json;
+}
+
+std::string fieldText(const Json& value) {
+  if (value.is_string()) {
+    return value.get<std::string>();
+  }
+  if (value.is_boolean()) {
+    return value.get<bool>() ? "yes" : "no";
+  }
+  if (value.is_object()) {
+    const Json& error = value.at("error");
+    return error.at("text").get<std::string>() + " (" + error.at("code").get<std::string>() + ")";
+  }
+  if (!value.is_array()) {
+    return value.dump();
+  }
+  std::string text;
+  for (const Json& item : value) {
+    text += text.empty() ? "" : ", ";
+    text += item.is_string() ? item.get<std::string>()
+                             : item.at("name").get<std::string>() + " (" + item.value("value", Json(nullptr)).dump() +
+                                   ", " + item.value("access", std::string("?")) + ")";
+  }
+  return text.empty() ? "none" : text;
+}
+
+void run(Session& session, const DescribeOptions& options) {
+  const NodeMap& map = session.map();
+  const Json json = describe(map, map.node(options.name), options);
+  if (session.output().json()) {
+    session.output().document(json);
+    return;
+  }
+  for (const auto& [key, value] : json.items()) {
+    session.output().field(key, fieldText(value));
+  }
+}
+
+}  // namespace
+
+void addDescribe(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<DescribeOptions>();
+  CLI::App* command = app.add_subcommand("describe", "Show everything that is known about a node");
+  command->add_option("name", options->name, "Node")->required()->type_name("NAME");
+  command->add_flag("!--no-dependents", options->dependents, "Leave out the features that depend on it");
+  command->footer("Example:\n  oxgenapi describe ExposureTime");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

@@ -1,0 +1,179 @@
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "Commands.h"
+#include "Settings.h"
+
+namespace tool {
+namespace {
+
+constexpr uint32_t kFileFailed = 0x80000003;  // the code that the library itself uses for files
+
+struct DiffOptions {
+  std::string left;
+  std::string right;  // empty: the device
+};
+
+std::string readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!file.good() && !file.eof()) {
+    throw Failure(kFileFailed, "'" + path + "' cannot be read");
+  }
+  return text;
+}
+
+std::vector<std::string> featuresOf(const std::vector<Setting>& settings) {
+  std::vector<std::string> features;
+  std::unordered_set<std::string> known;
+  for (const Setting& setting : settings) {
+    if (!setting.feature.empty() && known.insert(setting.feature).second) {
+      features.push_back(setting.feature);
+    }
+  }
+  return features;
+}
+
+// Reading values over all selectors moves the selectors; this puts them back.
+class Selectors {
+ public:
+  Selectors(const NodeMap& map, const std::vector<std::string>& features) : map_(map) {
+    for (const std::string& feature : features) {
+      try {
+        for (const std::string& selector : map.node(feature).list(NL_SelectingFeatures)) {
+          remember(selector);
+        }
+      } catch (const Failure&) {
+        continue;  // no such feature, or one that has no selectors: the comparison tells about it
+      }
+    }
+  }
+
+  void putBack() const {
+    for (const auto& [name, value] : values_) {
+      const Node node = map_.node(name);
+      if (node.writable() && node.text() != value) {
+        node.set(value);
+      }
+    }
+  }
+
+ private:
+  void remember(const std::string& name) {
+    if (std::none_of(values_.begin(), values_.end(), [&](const auto& item) { return item.first == name; })) {
+      values_.emplace_back(name, map_.node(name).text());
+    }
+  }
+
+  const NodeMap& map_;
+  std::vector<std::pair<std::string, std::string>> values_;
+};
+
+// What the device has for the features of `wanted`, without the selector combinations that `wanted` does not name.
+std::vector<Setting> deviceSettings(Session& session, const std::vector<Setting>& wanted) {
+  const NodeMap& map = session.map();
+  const std::vector<std::string> features = featuresOf(wanted);
+  if (features.empty()) {
+    return {};
+  }
+  const Selectors selectors(map, features);
+  std::vector<Setting> settings = parseSettings(settingsText(map, features, [&](const Failure& failure, int64_t) {
+    session.report(failure);
+    return true;
+  }));
+  selectors.putBack();
+  std::unordered_set<std::string> keys;
+  for (const Setting& setting : wanted) {
+    keys.insert(setting.key);
+  }
+  std::erase_if(settings, [&](const Setting& setting) { return !keys.contains(setting.key); });
+  return settings;
+}
+
+class Comparison {
+ public:
+  explicit Comparison(Session& session) : session_(session) {}
+
+  void run(const std::vector<Setting>& left, const std::vector<Setting>& right) {
+    std::unordered_map<std::string, std::string> values;
+    for (const Setting& setting : right) {
+      values[setting.key] = setting.value;  // of several lines for one setting the last one holds
+    }
+    std::unordered_map<std::string, std::string> last;
+    for (const Setting& setting : left) {
+      last[setting.key] = setting.value;
+    }
+    for (const Setting& setting : left) {
+      const auto mine = last.find(setting.key);
+      if (mine == last.end()) {
+        continue;
+      }
+      const auto other = values.find(setting.key);
+      if (other == values.end()) {
+        add(setting.key, mine->second, std::nullopt);
+      } else if (other->second != mine->second) {
+        add(setting.key, mine->second, other->second);
+      }
+      values.erase(setting.key);
+      last.erase(mine);
+    }
+    for (const Setting& setting : right) {
+      if (const auto other = values.find(setting.key); other != values.end()) {
+        add(setting.key, std::nullopt, other->second);
+        values.erase(other);
+      }
+    }
+    if (session_.output().json()) {
+      session_.output().document(differences_);
+    }
+  }
+
+ private:
+  void add(const std::string& key, const std::optional<std::string>& left, const std::optional<std::string>& right) {
+    session_.fail();
+    const Output& output = session_.output();
+    if (output.json()) {
+      differences_.push_back({{"setting", key},
+                              {"left", left ? Json(*left) : Json(nullptr)},
+                              {"right", right ? Json(*right) : Json(nullptr)}});
+      return;
+    }
+    if (left) {
+      output.line(output.bad("- " + key + " = \"" + *left + "\""));
+    }
+    if (right) {
+      output.line(output.good("+ " + key + " = \"" + *right + "\""));
+    }
+  }
+
+  Session& session_;
+  Json differences_ = Json::array();
+};
+
+void run(Session& session, const DiffOptions& options) {
+  const std::vector<Setting> left = parseSettings(readFile(options.left));
+  const std::vector<Setting> right =
+      options.right.empty() ? deviceSettings(session, left) : parseSettings(readFile(options.right));
+  Comparison(session).run(left, right);
+}
+
+}  // namespace
+
+void addDiff(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<DiffOptions>();
+  CLI::App* command =
+      app.add_subcommand("diff", "Compare two settings texts, or one with the device; exit status 1 if they differ");
+  command->add_option("left", options->left, "Settings file")->required()->type_name("FILE")->check(CLI::ExistingFile);
+  command->add_option("right", options->right, "Settings file (default: the device)")
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  command->footer("Example:\n  oxgenapi diff camera.settings");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

@@ -1,0 +1,50 @@
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "Commands.h"
+#include "Value.h"
+
+namespace tool {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kPause{10};
+
+struct ExecOptions {
+  std::string name;
+  double seconds = 5;
+};
+
+void run(Session& session, const ExecOptions& options) {
+  const Node node = session.map().node(options.name);
+  node.execute();
+  // A command that cannot be read is done as soon as it is written.
+  bool done = !node.readable() || node.boolean();
+  const auto end = Clock::now() + std::chrono::duration<double>(options.seconds);
+  while (!done && Clock::now() < end) {
+    std::this_thread::sleep_for(kPause);
+    done = node.boolean();
+  }
+  if (session.output().json()) {
+    session.output().document({{"name", options.name}, {"done", done}});
+  } else {
+    session.output().line(session.output().name(options.name) + (done ? " done" : " started, not done yet"));
+  }
+}
+
+}  // namespace
+
+void addExec(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<ExecOptions>();
+  CLI::App* command = app.add_subcommand("exec", "Execute a command and wait until the device has done it");
+  command->add_option("name", options->name, "Command")->required()->type_name("NAME");
+  command->add_option("--wait", options->seconds, "Longest wait in seconds; 0: none")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  command->footer("Example:\n  oxgenapi exec AcquisitionStart");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

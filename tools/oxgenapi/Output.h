@@ -1,0 +1,55 @@
+// Where commands write: text for people, coloured on a terminal, or one JSON document for scripts.
+#pragma once
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "Failure.h"
+
+namespace tool {
+
+// Members keep the order in which they were added, so that documents read like the text output.
+using Json = nlohmann::ordered_json;
+
+class Output {
+ public:
+  enum class Colour { automatic, always, never };
+
+  Output(bool json, Colour colour);
+
+  // True where the command shall print JSON and nothing else on standard output.
+  bool json() const { return json_; }
+
+  std::string name(std::string_view text) const { return painted("1", text); }
+  std::string dim(std::string_view text) const { return painted("2", text); }
+  std::string good(std::string_view text) const { return painted("32", text); }
+  std::string bad(std::string_view text) const { return painted("31", text); }
+
+  void line(std::string_view text) const;
+  // "Label:       value", the values of successive calls under each other.
+  void field(std::string_view label, std::string_view value) const;
+  // One document, indented; invalid UTF-8 in a device's text is replaced, never an error.
+  void document(const Json& json) const;
+  // One document on one line, flushed: for commands that report while they run.
+  void record(const Json& json) const;
+  // "oxgenapi: ExposureTime: text (0x8000000c)" on standard error.
+  void failure(const Failure& failure) const;
+
+ private:
+  std::string painted(std::string_view code, std::string_view text) const;
+
+  bool json_;
+  bool colours_;
+};
+
+Json toJson(const Failure& failure);
+
+// "01 0a ff"
+std::string hexText(std::span<const std::byte> bytes);
+// Sixteen bytes a line: address, bytes, printable characters.
+std::string hexDump(int64_t address, std::span<const std::byte> bytes);
+
+}  // namespace tool

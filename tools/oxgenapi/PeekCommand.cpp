@@ -1,0 +1,40 @@
+#include <memory>
+
+#include "Commands.h"
+
+namespace tool {
+namespace {
+
+constexpr int64_t kLargestPeek = 16 * 1024 * 1024;  // bytes; a dump of more is a mistyped length
+
+struct PeekOptions {
+  int64_t address = 0;
+  int64_t length = 0;
+  std::string port = "Device";
+};
+
+void run(Session& session, const PeekOptions& options) {
+  const std::vector<std::byte> bytes = session.map().node(options.port).memory(options.address, options.length);
+  if (session.output().json()) {
+    session.output().document({{"address", options.address}, {"bytes", hexText(bytes)}});
+  } else {
+    session.output().line(hexDump(options.address, bytes));
+  }
+}
+
+}  // namespace
+
+void addPeek(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<PeekOptions>();
+  CLI::App* command = app.add_subcommand("peek", "Read bytes of the device's address space");
+  command->add_option("address", options->address, "First address, decimal or 0x...")->required()->type_name("ADDRESS");
+  command->add_option("length", options->length, "Number of bytes")
+      ->required()
+      ->type_name("LENGTH")
+      ->check(CLI::Range(int64_t{1}, kLargestPeek));
+  command->add_option("--port", options->port, "Port node to read through")->capture_default_str();
+  command->footer("Example:\n  oxgenapi peek 0x1000 16");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

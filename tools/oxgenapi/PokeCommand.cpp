@@ -1,0 +1,59 @@
+#include <charconv>
+#include <memory>
+
+#include "Commands.h"
+
+namespace tool {
+namespace {
+
+struct PokeOptions {
+  int64_t address = 0;
+  std::vector<std::string> bytes;
+  std::string port = "Device";
+};
+
+// "0a ff 01", "0aff01" or several arguments: two digits a byte.
+std::vector<std::byte> parse(const std::vector<std::string>& words) {
+  std::string digits;
+  for (const std::string& word : words) {
+    for (const char character : word) {
+      if (character != ' ') {
+        digits += character;
+      }
+    }
+  }
+  std::vector<std::byte> bytes;
+  for (size_t start = 0; start < digits.size(); start += 2) {
+    unsigned value = 0;
+    const char* end = digits.data() + start + 2;
+    if (start + 2 > digits.size() || std::from_chars(digits.data() + start, end, value, 16).ptr != end) {
+      throw UsageError("poke: '" + digits + "' is not bytes of two hexadecimal digits each");
+    }
+    bytes.push_back(static_cast<std::byte>(value));
+  }
+  return bytes;
+}
+
+void run(Session& session, const PokeOptions& options) {
+  const std::vector<std::byte> bytes = parse(options.bytes);
+  session.map().node(options.port).setMemory(options.address, bytes);
+  if (session.output().json()) {
+    session.output().document({{"address", options.address}, {"written", bytes.size()}});
+  } else {
+    session.output().line(std::to_string(bytes.size()) + " bytes written");
+  }
+}
+
+}  // namespace
+
+void addPoke(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<PokeOptions>();
+  CLI::App* command = app.add_subcommand("poke", "Write bytes to the device's address space");
+  command->add_option("address", options->address, "First address, decimal or 0x...")->required()->type_name("ADDRESS");
+  command->add_option("bytes", options->bytes, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");
+  command->add_option("--port", options->port, "Port node to write through")->capture_default_str();
+  command->footer("Example:\n  oxgenapi poke 0x1000 00 00 04 d2");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

@@ -1,0 +1,30 @@
+#include <memory>
+
+#include "Commands.h"
+
+namespace tool {
+namespace {
+
+void run(Session& session, const std::string& name) {
+  const Node node = session.map().node(name);
+  const std::vector<std::byte> bytes = node.registerData();
+  const int64_t address = node.infoInteger(NI_RegisterAddress);
+  if (session.output().json()) {
+    session.output().document(
+        {{"name", name}, {"address", address}, {"length", bytes.size()}, {"bytes", hexText(bytes)}});
+  } else {
+    session.output().line(hexDump(address, bytes));
+  }
+}
+
+}  // namespace
+
+void addRegister(CLI::App& app, Action& chosen) {
+  auto name = std::make_shared<std::string>();
+  CLI::App* command = app.add_subcommand("register", "Read the bytes of a register node");
+  command->add_option("name", *name, "Register node")->required()->type_name("NAME");
+  command->footer("Example:\n  oxgenapi register LUTValueAll");
+  command->callback([&chosen, name] { chosen = [name](Session& session) { run(session, *name); }; });
+}
+
+}  // namespace tool

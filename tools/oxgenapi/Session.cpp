@@ -1,0 +1,85 @@
+#include "Session.h"
+
+#include <algorithm>
+
+namespace tool {
+
+Session::Session(const Options& options) : options_(options), output_(options.json, options.colour) {}
+
+NodeMap& Session::map() {
+  if (!map_) {
+    open();
+  }
+  return *map_;
+}
+
+Device& Session::device() {
+  map();
+  return *device_;
+}
+
+const std::vector<std::string>& Session::ports() {
+  map();
+  return ports_;
+}
+
+void Session::keep() {
+  if (device_) {
+    device_->keep();
+  }
+}
+
+void Session::report(const Failure& failure) {
+  failed_ = true;
+  if (!output_.json()) {
+    output_.failure(failure);
+  }
+}
+
+NodeMap& Session::restart() {
+  map();
+  device_->restart();
+  std::unique_ptr<NodeMap> fresh = load();
+  earlierMaps_.push_back(std::move(map_));
+  map_ = std::move(fresh);
+  return *map_;
+}
+
+void Session::open() {
+  device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.memory);
+  map_ = load();
+}
+
+std::unique_ptr<NodeMap> Session::load() {
+  auto map = std::make_unique<NodeMap>();
+  if (options_.xml.empty()) {
+    map->loadText(cameraDescription());
+  } else {
+    map->loadFile(options_.xml);
+  }
+  connect(*map);
+  return map;
+}
+
+// The device answers "Device", and every other port that nothing serves yet and that is not filled by event messages.
+// A chunk port shows no mark here; connecting it does no harm, attaching a chunk takes its place.
+void Session::connect(NodeMap& map) {
+  ports_.clear();
+  for (const std::string& name : map.nodeNames()) {
+    try {
+      const Node node = map.node(name);
+      if (node.type() != NT_Port) {
+        continue;
+      }
+      const bool vacant = node.access() == 0 && node.infoText(NI_EventID).empty();
+      if (name == "Device" || vacant) {
+        map.connect(name, device_->registers());
+        ports_.push_back(name);
+      }
+    } catch (const Failure&) {
+      continue;  // a node without a handle is no port
+    }
+  }
+}
+
+}  // namespace tool

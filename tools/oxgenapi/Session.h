@@ -1,0 +1,59 @@
+// One run of the tool: the global options, the device they choose, and the node map connected to it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Device.h"
+#include "NodeMap.h"
+#include "Output.h"
+
+namespace tool {
+
+struct Options {
+  std::string xml;     // description file; empty: the simulated camera and its own description
+  std::string memory;  // register image behind `xml`; empty: all zero, kept nowhere
+  std::string state;   // register file of the simulated camera; empty: factory settings, kept nowhere
+  bool json = false;
+  Output::Colour colour = Output::Colour::automatic;
+};
+
+class Session {
+ public:
+  explicit Session(const Options& options);
+
+  const Output& output() const { return output_; }
+  // Opens the device and loads its description on the first call. Throws Failure.
+  NodeMap& map();
+  // The device behind map(), which it opens.
+  Device& device();
+  // Names of the ports that the device answers.
+  const std::vector<std::string>& ports();
+  // Power-cycles the device and connects a node map of its own to it, which takes the place of map(); the one before
+  // stays valid until the session ends. Throws Failure.
+  NodeMap& restart();
+  // Writes the device's registers back, if a device was opened and its registers come from a file.
+  void keep();
+
+  // Reports what failed at one feature; the run goes on and its exit status becomes 1.
+  void report(const Failure& failure);
+  // Makes the exit status 1 without a report.
+  void fail() { failed_ = true; }
+  bool failed() const { return failed_; }
+
+ private:
+  void open();
+  std::unique_ptr<NodeMap> load();
+  void connect(NodeMap& map);
+
+  Options options_;
+  Output output_;
+  std::unique_ptr<Device> device_;  // outlives the map, whose ports read from it
+  std::unique_ptr<NodeMap> map_;
+  std::vector<std::unique_ptr<NodeMap>> earlierMaps_;
+  std::vector<std::string> ports_;
+  bool failed_ = false;
+};
+
+}  // namespace tool

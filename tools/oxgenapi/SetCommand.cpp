@@ -1,0 +1,73 @@
+#include <memory>
+#include <utility>
+
+#include "Commands.h"
+#include "Value.h"
+
+namespace tool {
+namespace {
+
+struct SetOptions {
+  std::vector<std::string> assignments;
+  bool keepGoing = false;
+};
+
+std::pair<std::string, std::string> split(const std::string& assignment) {
+  const size_t equals = assignment.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    throw UsageError("set: '" + assignment + "' is not NAME=VALUE");
+  }
+  return {assignment.substr(0, equals), assignment.substr(equals + 1)};
+}
+
+// What the device made of the value, as far as it can be read back.
+void show(const Session& session, const Node& node, Json& results) {
+  const Output& output = session.output();
+  const bool readable = hasValue(node.type()) && node.readable();
+  if (output.json()) {
+    Json json{{"name", node.name()}};
+    if (readable) {
+      json["value"] = valueJson(node);
+    }
+    results.push_back(json);
+  } else {
+    output.line(output.name(node.name()) + (readable ? " = " + valueText(node) : " written"));
+  }
+}
+
+void run(Session& session, const SetOptions& options) {
+  std::vector<std::pair<std::string, std::string>> assignments;
+  for (const std::string& assignment : options.assignments) {
+    assignments.push_back(split(assignment));
+  }
+  Json results = Json::array();
+  for (const auto& [name, value] : assignments) {
+    try {
+      const Node node = session.map().node(name);
+      node.set(value);
+      show(session, node, results);
+    } catch (const Failure& failure) {
+      results.push_back(Json{{"name", name}, {"error", toJson(failure)}});
+      session.report(failure);
+      if (!options.keepGoing) {
+        break;  // what follows may depend on it
+      }
+    }
+  }
+  if (session.output().json()) {
+    session.output().document(results);
+  }
+}
+
+}  // namespace
+
+void addSet(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<SetOptions>();
+  CLI::App* command = app.add_subcommand("set", "Write features, in the order given, up to the first that fails");
+  command->add_option("assignments", options->assignments, "Values to write")->required()->type_name("NAME=VALUE");
+  command->add_flag("-k,--keep-going", options->keepGoing, "Go on after a failure");
+  command->footer("Example:\n  oxgenapi set ExposureTime=20000 PixelFormat=Mono12");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

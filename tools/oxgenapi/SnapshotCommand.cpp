@@ -1,0 +1,89 @@
+#include <OxBase/OxBase.h>
+
+#include <memory>
+
+#include "Commands.h"
+#include "FileReplacement.h"
+#include "Value.h"
+
+namespace tool {
+namespace {
+
+struct SnapshotOptions {
+  std::vector<std::string> names;
+  std::string file;
+};
+
+// A document of node records, grown by push().
+class Stream {
+ public:
+  explicit Stream(const NodeMap& map) { check(NMCreateStream(map.handle(), ST_Json, &handle_)); }
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+  ~Stream() { OxIfaceContainerReleaseUseCounter(handle_); }
+
+  void push(const Node& node) { check(NMStreamPush(handle_, node.handle()), node.name()); }
+
+  std::string dump() const {
+    size_t size = 0;
+    check(NMStreamDump(handle_, nullptr, &size));
+    std::string text(size, '\0');
+    check(NMStreamDump(handle_, text.data(), &size));
+    text.resize(size - 1);
+    return text;
+  }
+
+ private:
+  NODEMAPSTREAM handle_ = nullptr;
+};
+
+// What the description calls a feature and a record has a type for.
+std::vector<std::string> allFeatures(const NodeMap& map) {
+  std::vector<std::string> names;
+  for (const std::string& name : map.nodeNames()) {
+    try {
+      const Node node = map.node(name);
+      const bool recorded = hasValue(node.type()) && node.type() != NT_Register && node.type() != NT_EnumEntry;
+      if (recorded && node.infoBoolean(NI_IsFeature)) {
+        names.push_back(name);
+      }
+    } catch (const Failure&) {
+      continue;  // a node without a handle is no feature
+    }
+  }
+  return names;
+}
+
+void run(Session& session, const SnapshotOptions& options) {
+  const NodeMap& map = session.map();
+  Stream stream(map);
+  for (const std::string& name : options.names.empty() ? allFeatures(map) : options.names) {
+    try {
+      stream.push(map.node(name));
+    } catch (const Failure& failure) {
+      session.report(failure);
+    }
+  }
+  const std::string text = stream.dump();
+  if (options.file.empty()) {
+    session.output().line(text);
+    return;
+  }
+  FileReplacement file(options.file);
+  file.write(text + "\n");
+  file.commit();
+}
+
+}  // namespace
+
+void addSnapshot(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<SnapshotOptions>();
+  CLI::App* command = app.add_subcommand("snapshot", "Record names, types and values of features as a JSON array");
+  command->add_option("features", options->names, "Features to record, in this order (default: all)")
+      ->type_name("NAME");
+  command->add_option("-o,--output", options->file, "File to write (default: standard output)")->type_name("FILE");
+  command->footer("Example:\n  oxgenapi snapshot ExposureTime Gain -o now.json");
+  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+}
+
+}  // namespace tool

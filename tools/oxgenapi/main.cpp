@@ -1,0 +1,84 @@
+// oxgenapi: drives a GenICam device, simulated or described by a file, through the flat interface.
+#include <exception>
+#include <iostream>
+#include <map>
+
+#include "Commands.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+constexpr const char* kExitStatus =
+    "Exit status: 0 success, 1 a feature or the device failed, 2 wrong usage.\n"
+    "Example:\n"
+    "  oxgenapi --state camera.state set Width=640 Height=480";
+
+void addOptions(CLI::App& app, tool::Options& options) {
+  using Colour = tool::Output::Colour;
+  auto* xml = app.add_option("--xml", options.xml, "Description to load, instead of the simulated camera's own")
+                  ->type_name("FILE")
+                  ->check(CLI::ExistingFile);
+  app.add_option("--memory", options.memory, "Register image behind --xml: what it lacks is zero; it is written back")
+      ->type_name("FILE")
+      ->needs(xml);
+  app.add_option("--state", options.state, "Where the simulated camera keeps its registers between runs")
+      ->type_name("FILE")
+      ->excludes(xml);
+  app.add_flag("--json", options.json, "Print JSON");
+  app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, Colour>{
+          {"auto", Colour::automatic}, {"always", Colour::always}, {"never", Colour::never}}));
+}
+
+void addCommands(CLI::App& app, tool::Action& chosen) {
+  for (const auto add : {tool::addInfo, tool::addTree, tool::addGet, tool::addSet, tool::addExec, tool::addNodes,
+                         tool::addDescribe, tool::addWatch, tool::addPeek, tool::addPoke, tool::addRegister}) {
+    add(app, chosen);
+  }
+}
+
+// The device keeps what was written before a failure, so its registers are kept in every case.
+int run(const tool::Options& options, const tool::Action& command) {
+  tool::Session session(options);
+  try {
+    command(session);
+  } catch (const tool::Failure& failure) {
+    session.report(failure);
+    if (options.json) {
+      session.output().document({{"error", tool::toJson(failure)}});
+    }
+  }
+  try {
+    session.keep();
+  } catch (const tool::Failure& failure) {
+    session.report(failure);
+  }
+  return session.failed() ? kFailed : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Reads, writes and explores the features of a GenICam device", "oxgenapi");
+  tool::Options options;
+  tool::Action chosen;
+  try {
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.footer(kExitStatus);
+    addOptions(app, options);
+    addCommands(app, chosen);
+    app.parse(argc, argv);
+    return run(options, chosen);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kUsage;
+  } catch (const tool::UsageError& error) {
+    std::cerr << "oxgenapi: " << error.what() << '\n';
+    return kUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "oxgenapi: " << error.what() << '\n';
+    return kFailed;
+  }
+}
