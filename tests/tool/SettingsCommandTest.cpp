@@ -1,0 +1,97 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "ToolRun.h"
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+class SettingsCommand : public ToolTest {
+ protected:
+  ToolResult camera(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"--state", path("camera.state")});
+    return run(arguments);
+  }
+};
+
+TEST_F(SettingsCommand, SavedSettingsBringAnotherCameraToTheSameValues) {
+  ASSERT_EQ(camera({"set", "Width=640", "DeviceUserID=north gate"}).status, 0);
+  const ToolResult saved = camera({"save", path("a.settings"), "--features", "Width,DeviceUserID"});
+  EXPECT_EQ(saved.status, 0) << saved.err;
+  EXPECT_EQ(read("a.settings"), "Width = \"640\"\nDeviceUserID = \"north gate\"\n");
+
+  const std::string other = path("other.state");
+  EXPECT_EQ(run({"--state", other, "load", path("a.settings"), "--validate"}).status, 0);
+  EXPECT_EQ(run({"--state", other, "get", "-b", "Width", "DeviceUserID"}).out, "640\nnorth gate\n");
+  EXPECT_EQ(run({"--state", other, "diff", path("a.settings")}).status, 0);
+}
+
+TEST_F(SettingsCommand, AllStreamableFeaturesAreSavedWithOrWithoutProgress) {
+  EXPECT_EQ(camera({"save", path("all.settings")}).status, 0);
+  const ToolResult progress = camera({"save", path("steps.settings"), "--progress"});
+  EXPECT_EQ(progress.status, 0) << progress.err;
+  EXPECT_THAT(progress.err, HasSubstr("[1/"));
+  EXPECT_THAT(read("all.settings"), HasSubstr("Width = \""));
+  EXPECT_EQ(read("all.settings"), read("steps.settings"));
+}
+
+TEST_F(SettingsCommand, AFileIsReplacedAsAWholeAndKeepsItsMode) {
+  const std::string target = write("a.settings", "; older\n");
+  ASSERT_EQ(chmod(target.c_str(), 0600), 0);
+  EXPECT_EQ(camera({"save", target, "--features", "NoSuchFeature,Width"}).status, 1);
+  EXPECT_THAT(read("a.settings"), HasSubstr("Width = "));
+  struct stat status {};
+  ASSERT_EQ(stat(target.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  EXPECT_EQ(files(), (std::vector<std::string>{"a.settings", "camera.state"}));  // nothing is left beside it
+
+  EXPECT_THAT(camera({"save", "-", "--features", "Width"}).out, testing::StartsWith("Width = \""));
+  EXPECT_EQ(camera({"save", path("no-such-folder/a.settings")}).status, 1);
+}
+
+TEST_F(SettingsCommand, LoadReportsBadLinesAndStopsOnlyWhenAsked) {
+  const std::string file = write("bad.settings", "Width = \"none\"\nNoSuchFeature = \"1\"\nHeight = \"64\"\n");
+  const ToolResult result = camera({"load", file});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("line 1"));
+  EXPECT_THAT(result.err, HasSubstr("line 2"));
+  EXPECT_EQ(camera({"get", "-b", "Height"}).out, "64\n");
+
+  ASSERT_EQ(camera({"set", "Height=128"}).status, 0);
+  const json stopped = camera({"load", file, "--stop-on-error", "--json"}).json();
+  EXPECT_EQ(stopped["stopped"], true);
+  EXPECT_EQ(stopped["problems"].size(), 1);
+  EXPECT_EQ(camera({"get", "-b", "Height"}).out, "128\n");
+}
+
+TEST_F(SettingsCommand, DiffComparesSettingsWhateverTheOrderOfSelectorsAndBlanks) {
+  const std::string left = write("left", "; comment\nA[S(1), T(2)] = \"5\"\nB = 1\nC = \"x\"\n");
+  const std::string right = write("right", "B = \"1\"\nA[T(2),S(1)]=\"6\"\nD = \"y\"\n");
+  const ToolResult result = run({"diff", left, right});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "- A[S(1),T(2)] = \"5\"\n+ A[S(1),T(2)] = \"6\"\n- C = \"x\"\n+ D = \"y\"\n");
+  EXPECT_EQ(run({"diff", left, left}).status, 0);
+  const json differences = run({"diff", left, right, "--json"}).json();
+  EXPECT_EQ(differences[1], json({{"setting", "C"}, {"left", "x"}, {"right", nullptr}}));
+}
+
+TEST_F(SettingsCommand, DiffAgainstTheCameraComparesNamedSelectorsAndMovesNone) {
+  ASSERT_EQ(camera({"set", "BlackLevelSelector=All"}).status, 0);
+  const std::string selector = camera({"get", "-b", "BlackLevelSelector"}).out;
+  ASSERT_EQ(camera({"save", path("a"), "--features", "BlackLevel"}).status, 0);
+  ASSERT_EQ(camera({"set", "BlackLevelSelector=All", "BlackLevel=3"}).status, 0);
+  const ToolResult result = camera({"diff", path("a")});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, HasSubstr("+ BlackLevel[BlackLevelSelector(All)] = \"3\""));
+  EXPECT_EQ(camera({"get", "-b", "BlackLevelSelector"}).out, selector);
+}
+
+TEST_F(SettingsCommand, SnapshotRecordsTheNamedFeaturesInOrder) {
+  EXPECT_EQ(camera({"snapshot", "Width", "DeviceVendorName", "-o", path("now.json")}).status, 0);
+  const json records = json::parse(read("now.json"));
+  ASSERT_EQ(records.size(), 2);
+  EXPECT_EQ(records[0]["Name"], "Width");
+  EXPECT_EQ(records[0]["Type"], "Integer");
+  EXPECT_EQ(records[1]["Value"], "OxSimulation");
+  EXPECT_GT(camera({"snapshot"}).json().size(), 100);
+}
