@@ -1,9 +1,7 @@
-#include <deque>
 #include <memory>
-#include <set>
-#include <unordered_map>
 
 #include "Commands.h"
+#include "Dependents.h"
 #include "Value.h"
 
 namespace tool {
@@ -13,52 +11,6 @@ struct DescribeOptions {
   std::string name;
   bool dependents = true;
 };
-
-using Readers = std::unordered_map<std::string, std::vector<std::string>>;
-
-// Who reads whom: for every node the nodes that take their value or their limits from it.
-Readers readersOf(const NodeMap& map) {
-  Readers readers;
-  for (const std::string& name : map.nodeNames()) {
-    try {
-      const Node node = map.node(name);
-      if (node.type() == NT_Category) {
-        continue;  // a category lists its features, it does not depend on them
-      }
-      for (const std::string& child : node.list(NL_Children)) {
-        readers[child].push_back(name);
-      }
-    } catch (const Failure&) {
-      continue;  // a node without a handle of its own depends on nothing that could be shown
-    }
-  }
-  return readers;
-}
-
-// The features that change, or may change, with this one.
-std::vector<std::string> dependents(const NodeMap& map, const std::string& name) {
-  const Readers readers = readersOf(map);
-  std::vector<std::string> features;
-  std::set<std::string> seen{name};
-  std::deque<std::string> open{name};
-  while (!open.empty()) {
-    const auto found = readers.find(open.front());
-    open.pop_front();
-    if (found == readers.end()) {
-      continue;
-    }
-    for (const std::string& reader : found->second) {
-      if (!seen.insert(reader).second) {
-        continue;
-      }
-      open.push_back(reader);
-      if (map.node(reader).infoBoolean(NI_IsFeature)) {
-        features.push_back(reader);
-      }
-    }
-  }
-  return features;
-}
 
 // Adds what `read` yields, unless the node has no such information or cannot tell it now.
 template <class Read>
@@ -133,7 +85,7 @@ Json describe(const NodeMap& map, const Node& node, const DescribeOptions& optio
   add(json, "deprecated", [&] { return node.infoBoolean(NI_IsDeprecated); });
   addLists(json, map, node);
   if (options.dependents) {
-    json["dependents"] = dependents(map, node.name());
+    json["dependents"] = Dependents(map).of(node.name());
   }
   return json;
 }

@@ -1,5 +1,6 @@
 #include "Device.h"
 
+#include <OxSimulation/ChunkLayout.h>
 #include <OxSimulation/MemoryDevice.h>
 #include <OxSimulation/SimulatedCamera.h>
 
@@ -9,6 +10,7 @@
 
 #include "Failure.h"
 #include "FileReplacement.h"
+#include "NodeMap.h"
 
 namespace tool {
 namespace {
@@ -16,8 +18,6 @@ namespace {
 using ox::simulation::MemoryDevice;
 using ox::simulation::RegisterDevice;
 using ox::simulation::SimulatedCamera;
-
-constexpr uint32_t kFileFailed = 0x80000003;  // the code that the library itself uses for files
 
 // The file's failures come as exceptions of the standard library; here each becomes one of the tool's.
 template <class Action>
@@ -49,7 +49,28 @@ class CameraDevice final : public Device {
   }
 
   RegisterDevice& registers() override { return camera_; }
+  void describe(NodeMap& map) override { map.loadText(std::string(camera_.currentDescription())); }
   void restart() override { camera_.reset(); }
+
+  std::optional<EventMessage> nextEvent() override {
+    ox::simulation::CameraEvent event;
+    if (!camera_.nextEvent(event)) {
+      return std::nullopt;
+    }
+    return EventMessage{event.idText(), std::move(event.payload)};
+  }
+
+  Image nextImage() override {
+    ox::simulation::Frame frame = camera_.acquireFrame();
+    Image image{std::move(frame.data), frame.frameId, {}};
+    // An image without chunk mode is pixels up to its last byte.
+    if (image.data.size() > frame.imageBytes) {
+      for (const auto& chunk : ox::simulation::ChunkLayout(image.data)) {
+        image.chunks.push_back({chunk.id, chunk.offset, chunk.length});
+      }
+    }
+    return image;
+  }
 
   void keep() override {
     if (state_.empty()) {
@@ -69,7 +90,7 @@ class CameraDevice final : public Device {
 
 class MemoryImage final : public Device {
  public:
-  explicit MemoryImage(const std::string& image) : image_(image) {
+  MemoryImage(const std::string& xml, const std::string& image) : xml_(xml), image_(image) {
     if (image_.empty()) {
       memory_ = std::make_unique<MemoryDevice>();
     } else {
@@ -78,6 +99,7 @@ class MemoryImage final : public Device {
   }
 
   RegisterDevice& registers() override { return *memory_; }
+  void describe(NodeMap& map) override { map.loadFile(xml_); }
   void restart() override {}  // memory without behaviour keeps its bytes
 
   void keep() override {
@@ -88,21 +110,26 @@ class MemoryImage final : public Device {
 
  private:
   std::unique_ptr<MemoryDevice> memory_;
+  std::string xml_;
   std::string image_;
 };
 
 }  // namespace
 
+std::optional<EventMessage> Device::nextEvent() {
+  throw Failure(OXGENAPI_E_NOT_SUPPORTED, "This device sends no events");
+}
+
+Image Device::nextImage() {
+  throw Failure(OXGENAPI_E_NOT_SUPPORTED, "This device sends no images");
+}
+
 std::unique_ptr<Device> openCamera(const std::string& state) {
   return std::make_unique<CameraDevice>(state);
 }
 
-std::string cameraDescription() {
-  return std::string(SimulatedCamera::description());
-}
-
-std::unique_ptr<Device> openMemory(const std::string& image) {
-  return std::make_unique<MemoryImage>(image);
+std::unique_ptr<Device> openMemory(const std::string& xml, const std::string& image) {
+  return std::make_unique<MemoryImage>(xml, image);
 }
 
 }  // namespace tool

@@ -12,8 +12,6 @@
 namespace tool {
 namespace {
 
-constexpr uint32_t kFileFailed = 0x80000003;  // the code that the library itself uses for files
-
 struct DiffOptions {
   std::string left;
   std::string right;  // empty: the device

@@ -8,6 +8,9 @@
 
 namespace tool {
 
+// The code of a file that cannot be read or written; the library uses the same one.
+inline constexpr uint32_t kFileFailed = 0x80000003;
+
 class Failure : public std::runtime_error {
  public:
   Failure(uint32_t code, const std::string& text, std::string feature = {})

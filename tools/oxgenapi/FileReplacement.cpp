@@ -14,8 +14,6 @@
 namespace tool {
 namespace {
 
-constexpr uint32_t kFileFailed = 0x80000003;  // the code that the library itself uses for files
-
 [[noreturn]] void failed(const std::string& path, const char* what) {
   const int reason = errno;
   throw Failure(kFileFailed, "'" + path + "' " + what + ": " + std::strerror(reason));

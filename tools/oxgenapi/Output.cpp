@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 namespace tool {
 namespace {
@@ -89,6 +91,23 @@ std::string hexText(std::span<const std::byte> bytes) {
     appendHex(text, std::to_integer<uint64_t>(byte), 2);
   }
   return text;
+}
+
+std::vector<std::byte> parseBytes(const std::vector<std::string>& words) {
+  std::string digits;
+  for (const std::string& word : words) {
+    std::copy_if(word.begin(), word.end(), std::back_inserter(digits), [](char character) { return character != ' '; });
+  }
+  std::vector<std::byte> bytes;
+  for (size_t start = 0; start < digits.size(); start += 2) {
+    unsigned value = 0;
+    const char* end = digits.data() + start + 2;
+    if (start + 2 > digits.size() || std::from_chars(digits.data() + start, end, value, 16).ptr != end) {
+      throw UsageError("'" + digits + "' is not bytes of two hexadecimal digits each");
+    }
+    bytes.push_back(static_cast<std::byte>(value));
+  }
+  return bytes;
 }
 
 std::string hexDump(int64_t address, std::span<const std::byte> bytes) {

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Failure.h"
 
@@ -49,6 +50,8 @@ Json toJson(const Failure& failure);
 
 // "01 0a ff"
 std::string hexText(std::span<const std::byte> bytes);
+// The bytes that words such as "0a ff 01" or "0aff01" stand for: two digits a byte. Throws UsageError.
+std::vector<std::byte> parseBytes(const std::vector<std::string>& words);
 // Sixteen bytes a line: address, bytes, printable characters.
 std::string hexDump(int64_t address, std::span<const std::byte> bytes);
 

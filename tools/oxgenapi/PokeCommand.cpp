@@ -1,4 +1,3 @@
-#include <charconv>
 #include <memory>
 
 #include "Commands.h"
@@ -12,30 +11,8 @@ struct PokeOptions {
   std::string port = "Device";
 };
 
-// "0a ff 01", "0aff01" or several arguments: two digits a byte.
-std::vector<std::byte> parse(const std::vector<std::string>& words) {
-  std::string digits;
-  for (const std::string& word : words) {
-    for (const char character : word) {
-      if (character != ' ') {
-        digits += character;
-      }
-    }
-  }
-  std::vector<std::byte> bytes;
-  for (size_t start = 0; start < digits.size(); start += 2) {
-    unsigned value = 0;
-    const char* end = digits.data() + start + 2;
-    if (start + 2 > digits.size() || std::from_chars(digits.data() + start, end, value, 16).ptr != end) {
-      throw UsageError("poke: '" + digits + "' is not bytes of two hexadecimal digits each");
-    }
-    bytes.push_back(static_cast<std::byte>(value));
-  }
-  return bytes;
-}
-
 void run(Session& session, const PokeOptions& options) {
-  const std::vector<std::byte> bytes = parse(options.bytes);
+  const std::vector<std::byte> bytes = parseBytes(options.bytes);
   session.map().node(options.port).setMemory(options.address, bytes);
   if (session.output().json()) {
     session.output().document({{"address", options.address}, {"written", bytes.size()}});

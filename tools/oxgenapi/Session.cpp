@@ -46,17 +46,13 @@ NodeMap& Session::restart() {
 }
 
 void Session::open() {
-  device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.memory);
+  device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.xml, options_.memory);
   map_ = load();
 }
 
 std::unique_ptr<NodeMap> Session::load() {
   auto map = std::make_unique<NodeMap>();
-  if (options_.xml.empty()) {
-    map->loadText(cameraDescription());
-  } else {
-    map->loadFile(options_.xml);
-  }
+  device_->describe(*map);
   connect(*map);
   return map;
 }

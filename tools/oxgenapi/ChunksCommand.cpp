@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+#include <iterator>
+#include <memory>
+
+#include "Commands.h"
+#include "Dependents.h"
+#include "Value.h"
+
+namespace tool {
+namespace {
+
+struct ChunksOptions {
+  std::vector<std::string> enable;
+  int frames = 1;
+  std::string buffer;
+  std::vector<std::string> chunks;
+};
+
+// What depends on a port that the device does not answer and that no event fills: such ports stand for chunks.
+std::vector<std::string> chunkFeatures(Session& session) {
+  const NodeMap& map = session.map();
+  const Dependents dependents(map);
+  const std::vector<std::string>& connected = session.ports();
+  std::vector<std::string> features;
+  for (const std::string& name : map.nodeNames()) {
+    try {
+      const Node node = map.node(name);
+      if (node.type() != NT_Port || !node.infoText(NI_EventID).empty() ||
+          std::find(connected.begin(), connected.end(), name) != connected.end()) {
+        continue;
+      }
+      for (const std::string& feature : dependents.of(name)) {
+        if (std::find(features.begin(), features.end(), feature) == features.end()) {
+          features.push_back(feature);
+        }
+      }
+    } catch (const Failure&) {
+      continue;  // a node without a handle is no port
+    }
+  }
+  return features;
+}
+
+void show(Session& session, const Image& image, const std::vector<std::string>& features) {
+  const Output& output = session.output();
+  Json values = Json::object();
+  if (!output.json()) {
+    output.line(output.name("frame " + std::to_string(image.frameId)) + ", " + std::to_string(image.data.size()) +
+                " bytes, " + std::to_string(image.chunks.size()) + " chunks");
+  }
+  for (const std::string& feature : features) {
+    try {
+      const Node node = session.map().node(feature);
+      if (!hasValue(node.type()) || !node.readable()) {
+        continue;  // this image came without that chunk
+      }
+      values[feature] = valueJson(node);
+      if (!output.json()) {
+        output.line("  " + feature + " = " + valueText(node));
+      }
+    } catch (const Failure& failure) {
+      values[feature] = Json{{"error", toJson(failure)}};
+      session.report(failure);
+    }
+  }
+  if (output.json()) {
+    output.record({{"frame", image.frameId},
+                   {"bytes", image.data.size()},
+                   {"chunks", image.chunks.size()},
+                   {"features", values}});
+  }
+}
+
+// The image's chunks are attached only while this object lives: the features must not look into a buffer that is gone.
+class Attached {
+ public:
+  Attached(const NodeMap& map, Image& image) : map_(map) {
+    std::vector<TChunkData> records;
+    for (const Chunk& chunk : image.chunks) {
+      records.push_back({chunk.id, image.data.data(), chunk.offset, chunk.length});
+    }
+    check(NMAttachChunkList(map_.handle(), records.data(), records.size()));
+  }
+  Attached(const Attached&) = delete;
+  Attached& operator=(const Attached&) = delete;
+  ~Attached() { NMDetachAllChunks(map_.handle()); }
+
+ private:
+  const NodeMap& map_;
+};
+
+void acquire(Session& session, const ChunksOptions& options) {
+  const NodeMap& map = session.map();
+  if (!options.enable.empty()) {
+    map.node("ChunkModeActive").set("true");
+  }
+  for (const std::string& chunk : options.enable) {
+    map.node("ChunkSelector").set(chunk);
+    map.node("ChunkEnable").set("true");
+  }
+  const std::vector<std::string> features = chunkFeatures(session);
+  map.node("AcquisitionStart").execute();
+  for (int frame = 0; frame < options.frames; ++frame) {
+    Image image = session.device().nextImage();
+    if (image.data.empty()) {
+      session.report(Failure(OXGENAPI_E_UNSPECIFIED, "The device sends no image now"));
+      break;
+    }
+    const Attached attached(map, image);
+    show(session, image, features);
+  }
+  map.node("AcquisitionStop").execute();
+}
+
+// "a001:0:8": ID in hexadecimal digits, offset and length in bytes.
+Chunk parse(const std::string& text, size_t bufferSize) {
+  Chunk chunk;
+  const char* end = text.data() + text.size();
+  const auto id = std::from_chars(text.data(), end, chunk.id, 16);
+  if (id.ec == std::errc() && id.ptr != end && *id.ptr == ':') {
+    const auto offset = std::from_chars(id.ptr + 1, end, chunk.offset);
+    if (offset.ec == std::errc() && offset.ptr != end && *offset.ptr == ':') {
+      const auto length = std::from_chars(offset.ptr + 1, end, chunk.length);
+      const auto size = static_cast<int64_t>(bufferSize);
+      if (length.ec == std::errc() && length.ptr == end && chunk.offset >= 0 && chunk.offset <= size &&
+          chunk.length > 0 && chunk.length <= size - chunk.offset) {
+        return chunk;
+      }
+    }
+  }
+  throw UsageError("chunks: '" + text + "' is not ID:OFFSET:LENGTH inside the buffer's " + std::to_string(bufferSize) +
+                   " bytes");
+}
+
+void attach(Session& session, const ChunksOptions& options) {
+  std::ifstream file(options.buffer, std::ios::binary);
+  Image image;
+  image.data.assign(std::istreambuf_iterator<char>(file), {});
+  for (const std::string& chunk : options.chunks) {
+    image.chunks.push_back(parse(chunk, image.data.size()));
+  }
+  const std::vector<std::string> features = chunkFeatures(session);
+  const Attached attached(session.map(), image);
+  show(session, image, features);
+}
+
+}  // namespace
+
+void addChunks(CLI::App& app, Action& chosen) {
+  auto options = std::make_shared<ChunksOptions>();
+  CLI::App* chunks = app.add_subcommand("chunks", "Attach the chunk data of images and show the features in it");
+  chunks->require_subcommand(1);
+  chunks->fallthrough();
+  chunks->footer("Example:\n  oxgenapi chunks acquire --enable Timestamp,ExposureTime --frames 2");
+  CLI::App* live = chunks->add_subcommand("acquire", "Take images with the device");
+  live->add_option("--enable", options->enable, "Chunks to switch on first, entries of ChunkSelector")->delimiter(',');
+  live->add_option("--frames", options->frames, "Number of images")
+      ->check(CLI::Range(1, 1000000))
+      ->capture_default_str();
+  live->callback([&chosen, options] { chosen = [options](Session& session) { acquire(session, *options); }; });
+  CLI::App* given = chunks->add_subcommand("attach", "Attach chunks of a buffer in a file");
+  given->add_option("buffer", options->buffer, "File with the buffer")
+      ->required()
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  given->add_option("chunk", options->chunks, "Chunks: hexadecimal ID, offset and length in bytes")
+      ->required()
+      ->type_name("ID:OFFSET:LENGTH");
+  given->callback([&chosen, options] { chosen = [options](Session& session) { attach(session, *options); }; });
+}
+
+}  // namespace tool
