@@ -72,7 +72,7 @@ TEST_F(FeatureCommand, GetGivesEveryKindOfFeatureItsOwnJsonType) {
   EXPECT_TRUE(values[1]["value"].is_number_float());
   EXPECT_TRUE(values[2]["value"].is_boolean());
   EXPECT_TRUE(values[3]["value"].is_string());
-  EXPECT_EQ(values[4]["value"], "OxSimulation");
+  EXPECT_EQ(values[4]["value"], "Ox Simulation");
   EXPECT_THAT(values[5]["value"].get<std::string>(), testing::MatchesRegex("([0-9a-f]{2} ?)+"));
   EXPECT_EQ(values[1]["type"], "float");
 }
@@ -80,13 +80,13 @@ TEST_F(FeatureCommand, GetGivesEveryKindOfFeatureItsOwnJsonType) {
 TEST_F(FeatureCommand, GetGoesOnAfterAFailureAndExitsWithOne) {
   const ToolResult text = run({"get", "NoSuchFeature", "DeviceVendorName"});
   EXPECT_EQ(text.status, 1);
-  EXPECT_EQ(text.out, "DeviceVendorName = \"OxSimulation\"\n");
+  EXPECT_EQ(text.out, "DeviceVendorName = \"Ox Simulation\"\n");
   EXPECT_EQ(text.err, "oxgenapi: NoSuchFeature: Node 'NoSuchFeature' not present in NodeMap (0x8000002e)\n");
 
   const json values = ToolTest::json({"get", "NoSuchFeature", "DeviceVendorName"}, 1);
   EXPECT_EQ(values[0]["error"]["code"], "0x8000002e");
   EXPECT_EQ(values[0]["error"]["feature"], "NoSuchFeature");
-  EXPECT_EQ(values[1]["value"], "OxSimulation");
+  EXPECT_EQ(values[1]["value"], "Ox Simulation");
 }
 
 TEST_F(FeatureCommand, CameraStateLastsFromRunToRun) {

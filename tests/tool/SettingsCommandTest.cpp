@@ -92,6 +92,6 @@ TEST_F(SettingsCommand, SnapshotRecordsTheNamedFeaturesInOrder) {
   ASSERT_EQ(records.size(), 2);
   EXPECT_EQ(records[0]["Name"], "Width");
   EXPECT_EQ(records[0]["Type"], "Integer");
-  EXPECT_EQ(records[1]["Value"], "OxSimulation");
+  EXPECT_EQ(records[1]["Value"], "Ox Simulation");
   EXPECT_GT(camera({"snapshot"}).json().size(), 100);
 }

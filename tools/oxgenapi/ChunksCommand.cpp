@@ -1,12 +1,11 @@
-#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <iterator>
 #include <memory>
 
+#include "Changes.h"
 #include "Commands.h"
-#include "Dependents.h"
-#include "Value.h"
+#include "ShowValues.h"
 
 namespace tool {
 namespace {
@@ -18,58 +17,18 @@ struct ChunksOptions {
   std::vector<std::string> chunks;
 };
 
-// What depends on a port that the device does not answer and that no event fills: such ports stand for chunks.
-std::vector<std::string> chunkFeatures(Session& session) {
-  const NodeMap& map = session.map();
-  const Dependents dependents(map);
-  const std::vector<std::string>& connected = session.ports();
-  std::vector<std::string> features;
-  for (const std::string& name : map.nodeNames()) {
-    try {
-      const Node node = map.node(name);
-      if (node.type() != NT_Port || !node.infoText(NI_EventID).empty() ||
-          std::find(connected.begin(), connected.end(), name) != connected.end()) {
-        continue;
-      }
-      for (const std::string& feature : dependents.of(name)) {
-        if (std::find(features.begin(), features.end(), feature) == features.end()) {
-          features.push_back(feature);
-        }
-      }
-    } catch (const Failure&) {
-      continue;  // a node without a handle is no port
-    }
-  }
-  return features;
-}
-
-void show(Session& session, const Image& image, const std::vector<std::string>& features) {
+void show(Session& session, const Image& image, Changes& changes) {
   const Output& output = session.output();
-  Json values = Json::object();
   if (!output.json()) {
     output.line(output.name("frame " + std::to_string(image.frameId)) + ", " + std::to_string(image.data.size()) +
                 " bytes, " + std::to_string(image.chunks.size()) + " chunks");
   }
-  for (const std::string& feature : features) {
-    try {
-      const Node node = session.map().node(feature);
-      if (!hasValue(node.type()) || !node.readable()) {
-        continue;  // this image came without that chunk
-      }
-      values[feature] = valueJson(node);
-      if (!output.json()) {
-        output.line("  " + feature + " = " + valueText(node));
-      }
-    } catch (const Failure& failure) {
-      values[feature] = Json{{"error", toJson(failure)}};
-      session.report(failure);
-    }
-  }
+  const Json features = showValues(session, changes.take());
   if (output.json()) {
     output.record({{"frame", image.frameId},
                    {"bytes", image.data.size()},
                    {"chunks", image.chunks.size()},
-                   {"features", values}});
+                   {"features", features}});
   }
 }
 
@@ -100,7 +59,7 @@ void acquire(Session& session, const ChunksOptions& options) {
     map.node("ChunkSelector").set(chunk);
     map.node("ChunkEnable").set("true");
   }
-  const std::vector<std::string> features = chunkFeatures(session);
+  Changes changes(map, valueFeatures(map));
   map.node("AcquisitionStart").execute();
   for (int frame = 0; frame < options.frames; ++frame) {
     Image image = session.device().nextImage();
@@ -108,8 +67,9 @@ void acquire(Session& session, const ChunksOptions& options) {
       session.report(Failure(OXGENAPI_E_UNSPECIFIED, "The device sends no image now"));
       break;
     }
+    changes.take();
     const Attached attached(map, image);
-    show(session, image, features);
+    show(session, image, changes);
   }
   map.node("AcquisitionStop").execute();
 }
@@ -141,9 +101,9 @@ void attach(Session& session, const ChunksOptions& options) {
   for (const std::string& chunk : options.chunks) {
     image.chunks.push_back(parse(chunk, image.data.size()));
   }
-  const std::vector<std::string> features = chunkFeatures(session);
+  Changes changes(session.map(), valueFeatures(session.map()));
   const Attached attached(session.map(), image);
-  show(session, image, features);
+  show(session, image, changes);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr size_t kBytesPerLine = 16;
-constexpr size_t kLabelWidth = 18;
+constexpr size_t kLabelWidth = 20;
 
 bool wantsColours(Output::Colour colour) {
   if (colour != Output::Colour::automatic) {
@@ -66,7 +66,8 @@ void Output::record(const Json& json) const {
 void Output::failure(const Failure& failure) const {
   std::fflush(stdout);
   std::string text = "oxgenapi: ";
-  if (!failure.feature().empty()) {
+  // Most texts of the library begin with the feature's name themselves.
+  if (!failure.feature().empty() && !std::string_view(failure.what()).starts_with(failure.feature())) {
     text += failure.feature() + ": ";
   }
   text += std::string(failure.what()) + " (" + codeText(failure.code()) + ")\n";

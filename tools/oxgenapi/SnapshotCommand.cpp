@@ -2,9 +2,9 @@
 
 #include <memory>
 
+#include "Changes.h"
 #include "Commands.h"
 #include "FileReplacement.h"
-#include "Value.h"
 
 namespace tool {
 namespace {
@@ -37,27 +37,17 @@ class Stream {
   NODEMAPSTREAM handle_ = nullptr;
 };
 
-// What the description calls a feature and a record has a type for.
-std::vector<std::string> allFeatures(const NodeMap& map) {
-  std::vector<std::string> names;
-  for (const std::string& name : map.nodeNames()) {
-    try {
-      const Node node = map.node(name);
-      const bool recorded = hasValue(node.type()) && node.type() != NT_Register && node.type() != NT_EnumEntry;
-      if (recorded && node.infoBoolean(NI_IsFeature)) {
-        names.push_back(name);
-      }
-    } catch (const Failure&) {
-      continue;  // a node without a handle is no feature
-    }
-  }
+// A record has no type for a register's bytes.
+std::vector<std::string> recordableFeatures(const NodeMap& map) {
+  std::vector<std::string> names = valueFeatures(map);
+  std::erase_if(names, [&](const std::string& name) { return map.node(name).type() == NT_Register; });
   return names;
 }
 
 void run(Session& session, const SnapshotOptions& options) {
   const NodeMap& map = session.map();
   Stream stream(map);
-  for (const std::string& name : options.names.empty() ? allFeatures(map) : options.names) {
+  for (const std::string& name : options.names.empty() ? recordableFeatures(map) : options.names) {
     try {
       stream.push(map.node(name));
     } catch (const Failure& failure) {

@@ -6,18 +6,52 @@
 namespace tool {
 namespace {
 
-constexpr int64_t kHexNumber = 4;  // the representation that asks for hexadecimal digits
+// Representations that are no plain number.
+constexpr int64_t kHexNumber = 4;
+constexpr int64_t kIpv4Address = 5;
+constexpr int64_t kMacAddress = 6;
 
+// The digits that tell the value from every other one; of a value that fits a 32-bit register, from every other such.
 std::string shortest(double value) {
   std::array<char, 32> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-  return {digits.data(), end};
+  const auto narrow = static_cast<float>(value);
+  const auto result = static_cast<double>(narrow) == value
+                          ? std::to_chars(digits.data(), digits.data() + digits.size(), narrow)
+                          : std::to_chars(digits.data(), digits.data() + digits.size(), value);
+  return {digits.data(), result.ptr};
 }
 
 std::string hexadecimal(int64_t value) {
   std::array<char, 20> digits;
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<uint64_t>(value), 16).ptr;
   return "0x" + std::string(digits.data(), end);
+}
+
+// The low bytes, most significant first.
+std::string address(int64_t value, int bytes, int base, const char* separator) {
+  std::string text;
+  for (int byte = bytes - 1; byte >= 0; --byte) {
+    std::array<char, 4> digits;
+    const auto part = static_cast<unsigned>((static_cast<uint64_t>(value) >> (8 * byte)) & 0xff);
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), part, base).ptr;
+    text += text.empty() ? "" : separator;
+    text += base == 16 && part < 16 ? "0" : "";
+    text.append(digits.data(), end);
+  }
+  return text;
+}
+
+std::string integerText(int64_t value, int64_t representation) {
+  switch (representation) {
+    case kHexNumber:
+      return hexadecimal(value);
+    case kIpv4Address:
+      return address(value, 4, 10, ".");
+    case kMacAddress:
+      return address(value, 6, 16, ":");
+    default:
+      return std::to_string(value);
+  }
 }
 
 std::string withUnit(const Node& node, std::string value) {
@@ -86,11 +120,8 @@ std::string valueText(const Node& node) {
       return node.boolean() ? "true" : "false";
     case NT_Command:
       return node.boolean() ? "done" : "running";
-    case NT_Integer: {
-      const int64_t value = node.integer();
-      const bool hex = node.infoInteger(NI_Representation) == kHexNumber;
-      return withUnit(node, hex ? hexadecimal(value) : std::to_string(value));
-    }
+    case NT_Integer:
+      return withUnit(node, integerText(node.integer(), node.infoInteger(NI_Representation)));
     case NT_Float:
       return withUnit(node, shortest(node.real()));
     case NT_String:

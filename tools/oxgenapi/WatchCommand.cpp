@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 
+#include "Changes.h"
 #include "Commands.h"
 #include "Value.h"
 
@@ -18,11 +19,6 @@ struct WatchOptions {
   std::vector<std::string> names;
   int pollMs = 100;
   double seconds = 0;  // 0: until interrupted
-};
-
-struct Watched {
-  Node node;
-  bool changed = true;  // the first value counts as a change
 };
 
 int64_t elapsedMs(Clock::time_point since) {
@@ -48,22 +44,17 @@ void show(Session& session, const Node& node, int64_t timeMs) {
 
 void run(Session& session, const WatchOptions& options) {
   const NodeMap& map = session.map();
-  std::vector<std::unique_ptr<Watched>> watched;
-  for (const std::string& name : options.names) {
-    watched.push_back(std::make_unique<Watched>(Watched{map.node(name)}));
-    Watched& item = *watched.back();
-    // Only a mark: reading here, in the middle of the change, could see half of it.
-    item.node.onUpdate([&item] { item.changed = true; });
-  }
+  Changes changes(map, options.names);
   interrupted = 0;
   const auto previous = std::signal(SIGINT, [](int) { interrupted = 1; });
   const auto start = Clock::now();
   auto polled = start;
+  for (const std::string& name : options.names) {
+    show(session, map.node(name), 0);
+  }
   while (true) {
-    for (const auto& item : watched) {
-      if (std::exchange(item->changed, false)) {
-        show(session, item->node, elapsedMs(start));
-      }
+    for (const Node* node : changes.take()) {
+      show(session, *node, elapsedMs(start));
     }
     const double left = options.seconds - std::chrono::duration<double>(Clock::now() - start).count();
     if (interrupted != 0 || (options.seconds > 0 && left <= 0)) {
