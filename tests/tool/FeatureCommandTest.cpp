@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <sstream>
+
 #include "ToolRun.h"
 
 using nlohmann::json;
@@ -66,7 +69,7 @@ TEST_F(FeatureCommand, InfoNamesDeviceVersionsAndPorts) {
 
 TEST_F(FeatureCommand, GetGivesEveryKindOfFeatureItsOwnJsonType) {
   const json values =
-      ToolTest::json({"get", "Width", "ExposureTime", "ReverseX", "TestPattern", "DeviceVendorName", "TestRegister"});
+      runJson({"get", "Width", "ExposureTime", "ReverseX", "TestPattern", "DeviceVendorName", "TestRegister"});
   ASSERT_EQ(values.size(), 6);
   EXPECT_TRUE(values[0]["value"].is_number_integer());
   EXPECT_TRUE(values[1]["value"].is_number_float());
@@ -83,7 +86,7 @@ TEST_F(FeatureCommand, GetGoesOnAfterAFailureAndExitsWithOne) {
   EXPECT_EQ(text.out, "DeviceVendorName = \"Ox Simulation\"\n");
   EXPECT_EQ(text.err, "oxgenapi: NoSuchFeature: Node 'NoSuchFeature' not present in NodeMap (0x8000002e)\n");
 
-  const json values = ToolTest::json({"get", "NoSuchFeature", "DeviceVendorName"}, 1);
+  const json values = runJson({"get", "NoSuchFeature", "DeviceVendorName"}, 1);
   EXPECT_EQ(values[0]["error"]["code"], "0x8000002e");
   EXPECT_EQ(values[0]["error"]["feature"], "NoSuchFeature");
   EXPECT_EQ(values[1]["value"], "Ox Simulation");
@@ -117,11 +120,14 @@ TEST_F(FeatureCommand, ExecRunsACommandAndWaitsForIt) {
   const json done = json::parse(run(camera({"exec", "TestCommand", "--json"})).out);
   EXPECT_EQ(done, json({{"name", "TestCommand"}, {"done", true}}));
   EXPECT_EQ(std::stoi(run(camera({"get", "-b", "TestCommandCount"})).out), before + 1);
-  EXPECT_EQ(run({"exec", "Width"}).status, 0);  // an integer takes the 1 that "true" stands for
+  const ToolResult outside =
+      run({"exec", "Width"});  // an integer takes the 1 that "true" stands for, within its limits
+  EXPECT_EQ(outside.status, 1);
+  EXPECT_THAT(outside.err, HasSubstr("(0x80000002)"));
 }
 
 TEST_F(FeatureCommand, TreeStopsAtDepthAndVisibility) {
-  const json tree = ToolTest::json({"tree", "--depth", "1"});
+  const json tree = runJson({"tree", "--depth", "1"});
   EXPECT_EQ(tree["name"], "Root");
   for (const json& category : tree["features"]) {
     EXPECT_EQ(category["type"], "category");
@@ -129,7 +135,8 @@ TEST_F(FeatureCommand, TreeStopsAtDepthAndVisibility) {
   }
   const auto names = [&](const char* visibility) {
     std::vector<std::string> found;
-    for (const json& feature : ToolTest::json({"tree", "TestControl", "-v", visibility})["features"]) {
+    const json category = runJson({"tree", "TestControl", "-v", visibility});
+    for (const json& feature : category["features"]) {
       found.push_back(feature["name"]);
     }
     return found;
@@ -186,9 +193,9 @@ TEST_F(FeatureCommand, PokedBytesArePeekedAndReadAsFeatures) {
 }
 
 TEST_F(FeatureCommand, RegisterShowsBytesAndRefusesOtherKinds) {
-  const json bytes = ToolTest::json({"register", "TestRegister"});
+  const json bytes = runJson({"register", "TestRegister"});
   EXPECT_EQ(bytes["bytes"].get<std::string>().size(), bytes["length"].get<size_t>() * 3 - 1);
-  const json refused = ToolTest::json({"register", "Width"}, 1);
+  const json refused = runJson({"register", "Width"}, 1);
   EXPECT_EQ(refused["error"]["code"], "0x80000013");
   EXPECT_EQ(refused["error"]["text"], "The node does not implement the IRegister interface");
 }

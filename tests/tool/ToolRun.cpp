@@ -54,7 +54,7 @@ ToolResult ToolTest::run(const std::vector<std::string>& arguments) const {
   return runProgram(command);
 }
 
-nlohmann::json ToolTest::json(std::vector<std::string> arguments, int status) const {
+nlohmann::json ToolTest::runJson(std::vector<std::string> arguments, int status) const {
   arguments.emplace_back("--json");
   const ToolResult result = run(arguments);
   EXPECT_EQ(result.status, status) << result.out << result.err;

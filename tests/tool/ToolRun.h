@@ -25,7 +25,7 @@ class ToolTest : public testing::Test {
 
   ToolResult run(const std::vector<std::string>& arguments) const;
   // With "--json", and an expected exit status.
-  nlohmann::json json(std::vector<std::string> arguments, int status = 0) const;
+  nlohmann::json runJson(std::vector<std::string> arguments, int status = 0) const;
   // Any program, found through PATH, in the same way.
   ToolResult runProgram(const std::vector<std::string>& command) const;
 
