@@ -25,6 +25,8 @@ TEST_F(Usage, WrongCommandLinesExitWithTwoAndChangeNothing) {
       {"watch", "Width", "--poll", "0"},
       {"files"},
       {"firmware", "update"},
+      {"lint"},
+      {"lint", "no-such-file.xml"},
   };
   for (std::vector<std::string> arguments : wrong) {
     SCOPED_TRACE(testing::PrintToString(arguments));
@@ -40,7 +42,7 @@ TEST_F(Usage, EveryCommandExplainsItselfWithAnExample) {
   const ToolResult all = run({"--help"});
   EXPECT_EQ(all.status, 0);
   for (const char* command : {"info", "tree", "get", "set", "exec", "nodes", "describe", "watch", "peek", "poke",
-                              "register", "save", "load", "diff", "snapshot", "files", "firmware"}) {
+                              "register", "save", "load", "diff", "snapshot", "files", "firmware", "lint"}) {
     SCOPED_TRACE(command);
     EXPECT_THAT(all.out, HasSubstr(command));
     const ToolResult help = run({command, "--help"});

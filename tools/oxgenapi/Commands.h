@@ -30,5 +30,6 @@ void addFiles(CLI::App& app, Action& chosen);
 void addFirmware(CLI::App& app, Action& chosen);
 void addEvents(CLI::App& app, Action& chosen);
 void addChunks(CLI::App& app, Action& chosen);
+void addLint(CLI::App& app, Action& chosen);
 
 }  // namespace tool

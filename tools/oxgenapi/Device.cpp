@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "Failure.h"
@@ -49,7 +50,8 @@ class CameraDevice final : public Device {
   }
 
   RegisterDevice& registers() override { return camera_; }
-  void describe(NodeMap& map) override { map.loadText(std::string(camera_.currentDescription())); }
+  void describe(NodeMap& map) override { map.loadText(description()); }
+  std::string description() override { return std::string(camera_.currentDescription()); }
   void restart() override { camera_.reset(); }
 
   std::optional<EventMessage> nextEvent() override {
@@ -100,6 +102,13 @@ class MemoryImage final : public Device {
 
   RegisterDevice& registers() override { return *memory_; }
   void describe(NodeMap& map) override { map.loadFile(xml_); }
+  std::string description() override {
+    std::ifstream file(xml_, std::ios::binary);
+    if (!file) {
+      throw Failure(kFileFailed, "Cannot read " + xml_);
+    }
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
   void restart() override {}  // memory without behaviour keeps its bytes
 
   void keep() override {

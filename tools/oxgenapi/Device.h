@@ -47,6 +47,9 @@ class Device {
   // Loads the description that fits the device now. Throws Failure.
   virtual void describe(NodeMap& map) = 0;
 
+  // The bytes that describe() loads: XML or a zip archive. Throws Failure.
+  virtual std::string description() = 0;
+
   // What a power cycle does to the device.
   virtual void restart() = 0;
 

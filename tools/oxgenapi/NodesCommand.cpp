@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "Commands.h"
+#include "DependencyPicture.h"
 #include "Value.h"
 
 namespace tool {
@@ -34,12 +35,50 @@ void run(Session& session) {
   }
 }
 
+Json toJson(const DependencyPicture& picture) {
+  Json nodes = Json::array();
+  for (const auto& node : picture.nodes) {
+    nodes.push_back({{"name", node.name}, {"type", node.type}});
+  }
+  Json edges = Json::array();
+  for (const auto& edge : picture.edges) {
+    edges.push_back({{"from", edge.from}, {"to", edge.to}, {"elements", edge.label}, {"reads", edge.reads}});
+  }
+  return {{"nodes", std::move(nodes)}, {"edges", std::move(edges)}};
+}
+
+void draw(Session& session, const std::string& feature) {
+  const auto picture = dependencyPicture(session.device().description(), feature);
+  if (!picture) {
+    session.map().node(feature);  // the library says why there is none
+    return;
+  }
+  if (session.output().json()) {
+    session.output().document(toJson(*picture));
+  } else {
+    session.output().line(picture->dot());
+  }
+}
+
 }  // namespace
 
 void addNodes(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("nodes", "List every node of the description with its type");
-  command->footer("Example:\n  oxgenapi nodes --xml camera.xml");
-  command->callback([&chosen] { chosen = run; });
+  auto feature = std::make_shared<std::string>();
+  const CLI::Option* graph =
+      command->add_option("--graph", *feature, "Draw what a feature depends on, for Graphviz (default: Root)")
+          ->type_name("FEATURE")
+          ->expected(0, 1);
+  command->footer(
+      "Edges lead from a node to what it reads, named after the elements that make it so; dashed ones only "
+      "invalidate.\n"
+      "Example:\n  oxgenapi nodes --xml camera.xml\n  oxgenapi nodes --graph ExposureTime | dot -Tsvg -o exposure.svg");
+  command->callback([&chosen, feature, graph] {
+    chosen = run;
+    if (graph->count() > 0) {
+      chosen = [name = feature->empty() ? "Root" : *feature](Session& session) { draw(session, name); };
+    }
+  });
 }
 
 }  // namespace tool

@@ -33,10 +33,10 @@ void addOptions(CLI::App& app, tool::Options& options) {
 }
 
 void addCommands(CLI::App& app, tool::Action& chosen) {
-  for (const auto add :
-       {tool::addInfo, tool::addTree, tool::addGet, tool::addSet, tool::addExec, tool::addNodes, tool::addDescribe,
-        tool::addWatch, tool::addPeek, tool::addPoke, tool::addRegister, tool::addSave, tool::addLoad, tool::addDiff,
-        tool::addSnapshot, tool::addFiles, tool::addFirmware, tool::addEvents, tool::addChunks}) {
+  for (const auto add : {tool::addInfo,     tool::addTree,     tool::addGet,    tool::addSet,    tool::addExec,
+                         tool::addNodes,    tool::addDescribe, tool::addWatch,  tool::addPeek,   tool::addPoke,
+                         tool::addRegister, tool::addSave,     tool::addLoad,   tool::addDiff,   tool::addSnapshot,
+                         tool::addFiles,    tool::addFirmware, tool::addEvents, tool::addChunks, tool::addLint}) {
     add(app, chosen);
   }
 }

@@ -1,0 +1,35 @@
+// A description as the engine loads it, without a device: for commands that ask how its nodes hang together.
+#pragma once
+
+#include <GenApi/INode.h>
+#include <GenApi/INodeMap.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+struct EndNodeMap {
+  void operator()(GENAPI_NAMESPACE::INodeMap* map) const;
+};
+using Description = std::unique_ptr<GENAPI_NAMESPACE::INodeMap, EndNodeMap>;
+
+// Both load XML or a zip archive with it. Throw GENICAM_NAMESPACE::GenericException for one that does not load.
+Description loadDescriptionFile(const std::string& path);
+Description loadDescriptionBytes(std::string_view bytes);
+
+// The value of a property, several values separated by tabs; empty when the node has none of that name.
+std::string propertyText(GENAPI_NAMESPACE::INode& node, const char* name);
+
+// One element of a node that names another node.
+struct Link {
+  std::string element;  // "pValue"
+  std::string target;   // name of the node
+};
+
+// Every link that the node's description writes down, in the order of the elements' names.
+std::vector<Link> linksOf(GENAPI_NAMESPACE::INode& node);
+
+}  // namespace tool
