@@ -19,6 +19,9 @@ struct ExecOptions {
 
 void run(Session& session, const ExecOptions& options) {
   const Node node = session.map().node(options.name);
+  if (node.type() != NT_Command) {
+    throw Failure(OXGENAPI_E_NOT_SUPPORTED, "is no command", options.name);  // writing 1 to a number is no execution
+  }
   node.execute();
   // A command that cannot be read is done as soon as it is written.
   bool done = !node.readable() || node.boolean();
