@@ -83,10 +83,11 @@ void NodeTraits::findCachingModes(const Description& description, const Adjacenc
 void NodeTraits::findUncacheableAccess(const Description& description) {
   const NodeIndex count = static_cast<NodeIndex>(traits_.size());
   for (NodeIndex node = 0; node < count; ++node) {
+    // The index of a table chooses whose mode counts; that of a register only moves its address.
+    const bool indexDecides = !kRegisterKinds.has(description.node(node).type);
     for (const Property& property : description.properties(node)) {
-      if (kGuards.has(property.element) && cachingMode(property.target) == NoCache) {
-        traits_[node].accessModeCacheable = false;
-      }
+      const bool decides = kGuards.has(property.element) || (indexDecides && property.element == Element::pIndex);
+      if (decides && cachingMode(property.target) == NoCache) traits_[node].accessModeCacheable = false;
     }
   }
   spread(

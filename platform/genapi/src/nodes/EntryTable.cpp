@@ -44,7 +44,7 @@ EntryTable::EntryTable(const Description& description, NodeIndex enumeration) {
           break;
       }
     }
-    if (!hasNumericValue) entry.numericValue = static_cast<double>(entry.value);
+    if (!hasNumericValue) entry.numericValue = static_cast<long double>(entry.value);
     entries_.push_back(entry);
   }
   byValue_.resize(entries_.size());

@@ -13,7 +13,7 @@ class Description;
 
 struct EntryRecord {
   int64_t value;
-  double numericValue;
+  long double numericValue;  // holds every int64_t and every double exactly
   std::string_view symbolic;
   NodeIndex node;
   bool isSelfClearing;

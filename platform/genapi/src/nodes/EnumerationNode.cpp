@@ -4,7 +4,6 @@
 
 #include "Base/GCException.h"
 #include "nodes/EnumEntryNode.h"
-#include "nodes/NumberGrid.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -91,23 +90,27 @@ int64_t EnumerationNode::value(Reading how) {
 }
 
 int64_t EnumerationNode::readInteger(Reading how) {
-  if (!how.asSource) return value(how);
-  const double number = readFloat(how);
-  const auto rounded = roundedToInteger(number);
-  if (!rounded) {
+  const int64_t current = value(how);
+  if (!how.asSource) return current;
+  constexpr long double kTwoTo63 = 9223372036854775808.0L;
+  const long double rounded = std::round(numericValue(current));
+  if (!(rounded >= -kTwoTo63 && rounded < kTwoTo63)) {
     throw RUNTIME_EXCEPTION("%s: the numeric value of the current entry does not fit a 64-bit integer",
                             map().pathTo(*this).c_str());
   }
-  return *rounded;
+  return static_cast<int64_t>(rounded);
 }
 
 double EnumerationNode::readFloat(Reading how) {
   const int64_t current = value(how);
-  if (!how.asSource) return static_cast<double>(current);
-  const EntryRecord* entry = entryOf(current);
+  return static_cast<double>(how.asSource ? numericValue(current) : static_cast<long double>(current));
+}
+
+long double EnumerationNode::numericValue(int64_t value) const {
+  const EntryRecord* entry = entryOf(value);
   if (!entry) {
     throw INVALID_ARGUMENT_EXCEPTION("%s: no entry with value %ld", map().pathTo(*this).c_str(),
-                                     static_cast<long>(current));
+                                     static_cast<long>(value));
   }
   return entry->numericValue;
 }
@@ -133,12 +136,12 @@ void EnumerationNode::write(const EntryRecord& entry, bool verify) {
 }
 
 // Numbers from other nodes choose the entry whose numeric value is nearest.
-void EnumerationNode::writeFloat(double value, bool verify) {
+void EnumerationNode::writeNearest(long double value, bool verify) {
   const EntryRecord* nearest = nullptr;
-  double distance = 0;
+  long double distance = 0;
   for (const EntryRecord& each : table().entries()) {
     if (!isAvailable(each)) continue;
-    const double away = std::fabs(each.numericValue - value);
+    const long double away = std::fabs(each.numericValue - value);
     if (!nearest || away < distance) {
       nearest = &each;
       distance = away;
@@ -148,8 +151,15 @@ void EnumerationNode::writeFloat(double value, bool verify) {
   write(*nearest, verify);
 }
 
+void EnumerationNode::writeFloat(double value, bool verify) {
+  if (std::isnan(value)) {
+    throw OUT_OF_RANGE_EXCEPTION("%s: not a number has no nearest entry", map().pathTo(*this).c_str());
+  }
+  writeNearest(value, verify);
+}
+
 void EnumerationNode::writeInteger(int64_t value, bool verify) {
-  writeFloat(static_cast<double>(value), verify);
+  writeNearest(static_cast<long double>(value), verify);
 }
 
 void EnumerationNode::verifyEntry(int64_t value) {

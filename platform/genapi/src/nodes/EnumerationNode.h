@@ -47,6 +47,9 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
   const EntryRecord* entryOf(int64_t value) const;
   IEnumEntry* publicEntry(const EntryRecord* entry) const;
   int64_t value(Reading how);
+  // The numeric value of the entry that stands for a value. Throws InvalidArgumentException when there is none.
+  long double numericValue(int64_t value) const;
+  void writeNearest(long double value, bool verify);
   void write(const EntryRecord& entry, bool verify);
   void noteCurrent(int64_t value);
   void beginClearing(int64_t value);
