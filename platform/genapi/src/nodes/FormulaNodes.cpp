@@ -149,7 +149,8 @@ bool ConverterNode<Face, Number>::hasFloatIncrement() {
     return true;
   } else {
     const Property* linear = this->find(Element::IsLinear);
-    return linear && linear->word == Yes && slope_ != Varying && source().hasFloatIncrement();
+    return linear && linear->word == Yes && slope_ != Varying &&
+           ofSource([](NodeBase& from) { return from.hasFloatIncrement(); });
   }
 }
 
@@ -159,14 +160,14 @@ double ConverterNode<Face, Number>::floatIncrement() {
     return 1.0;
   } else {
     if (!hasFloatIncrement()) return NodeBase::floatIncrement();
-    return std::fabs(converted(source().floatIncrement()) - converted(0.0));
+    return std::fabs(converted(ofSource([](NodeBase& from) { return from.floatIncrement(); })) - converted(0.0));
   }
 }
 
 template <class Face, class Number>
 std::vector<int64_t> ConverterNode<Face, Number>::integerValueSet(bool bounded) {
   if constexpr (std::is_integral_v<Number>) {
-    std::vector<int64_t> values = source().integerValueSet(bounded);
+    std::vector<int64_t> values = ofSource([&](NodeBase& from) { return from.integerValueSet(bounded); });
     for (int64_t& each : values) each = converted(each);
     return values;
   } else {
@@ -179,7 +180,7 @@ std::vector<double> ConverterNode<Face, Number>::floatValueSet(bool bounded) {
   if constexpr (std::is_integral_v<Number>) {
     return Face::floatValueSet(bounded);
   } else {
-    std::vector<double> values = source().floatValueSet(bounded);
+    std::vector<double> values = ofSource([&](NodeBase& from) { return from.floatValueSet(bounded); });
     for (double& each : values) each = converted(each);
     return values;
   }
@@ -188,25 +189,26 @@ std::vector<double> ConverterNode<Face, Number>::floatValueSet(bool bounded) {
 template <class Face, class Number>
 std::string_view ConverterNode<Face, Number>::unit() {
   const Property* own = this->find(Element::Unit);
-  return own ? own->value() : source().unit();
+  return own ? own->value() : ofSource([](NodeBase& from) { return from.unit(); });
 }
 
 template <class Face, class Number>
 ERepresentation ConverterNode<Face, Number>::representation() {
   const Property* own = this->find(Element::Representation);
-  return own ? static_cast<ERepresentation>(own->word) : source().representation();
+  return own ? static_cast<ERepresentation>(own->word) : ofSource([](NodeBase& from) { return from.representation(); });
 }
 
 template <class Face, class Number>
 EDisplayNotation ConverterNode<Face, Number>::displayNotation() {
   const Property* own = this->find(Element::DisplayNotation);
-  return own ? static_cast<EDisplayNotation>(own->word) : source().displayNotation();
+  return own ? static_cast<EDisplayNotation>(own->word)
+             : ofSource([](NodeBase& from) { return from.displayNotation(); });
 }
 
 template <class Face, class Number>
 int64_t ConverterNode<Face, Number>::displayPrecision() {
   const Property* own = this->find(Element::DisplayPrecision);
-  return own ? own->integer : source().displayPrecision();
+  return own ? own->integer : ofSource([](NodeBase& from) { return from.displayPrecision(); });
 }
 
 template class ConverterNode<IntegerFace, int64_t>;

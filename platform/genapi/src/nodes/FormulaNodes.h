@@ -47,7 +47,9 @@ class ConverterNode final : public Face {
   int64_t integerIncrement() override;
   bool hasFloatIncrement() override;
   double floatIncrement() override;
-  bool hasValueSet() override { return source().hasValueSet(); }
+  bool hasValueSet() override {
+    return ofSource([](NodeBase& from) { return from.hasValueSet(); });
+  }
   std::vector<int64_t> integerValueSet(bool bounded) override;
   std::vector<double> floatValueSet(bool bounded) override;
   std::string_view unit() override;
@@ -63,6 +65,10 @@ class ConverterNode final : public Face {
 
  private:
   NodeBase& source() const { return this->map().node(link_); }
+  template <class Question>
+  auto ofSource(Question&& question) {
+    return this->ask(source(), question);
+  }
   // FormulaFrom over a value of the source.
   Number converted(Number sourceValue);
   Number limit(bool upper);

@@ -134,6 +134,14 @@ class NodeBase : public INode, public ISelector {
   virtual EDisplayNotation displayNotation() { return fnAutomatic; }
   virtual int64_t displayPrecision() { return 6; }
 
+  // Puts a question to another node, which may have to pass it on to a third. Throws LogicalErrorException past
+  // kMaxLinkDepth.
+  template <class Question>
+  auto ask(NodeBase& other, Question&& question) {
+    const EvaluationStep step(map_, *this);
+    return question(other);
+  }
+
   // A register's place was dropped or retired.
   virtual void forgetContent() noexcept {}
   virtual void forgetPlace() noexcept {}

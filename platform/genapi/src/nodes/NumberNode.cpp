@@ -65,7 +65,7 @@ bool NumberNode<Face, Number>::copiesAgreeOnIncrement() {
   std::optional<int64_t> first;
   bool agree = true;
   forEachTarget([&](const Property& each) {
-    const int64_t increment = at(each.target).integerIncrement();
+    const int64_t increment = this->ask(at(each.target), [](NodeBase& target) { return target.integerIncrement(); });
     if (!first) first = increment;
     agree = agree && increment == *first;
   });
@@ -133,8 +133,7 @@ int64_t NumberNode<Face, Number>::integerIncrement() {
   } else {
     if (const Property* own = this->find(Element::Inc)) return own->integer;
     if (const Property* link = this->find(Element::pInc)) return linkedNumber(*link);
-    NodeBase* from = source();
-    return from ? from->integerIncrement() : 1;
+    return ofSource(int64_t{1}, [](NodeBase& from) { return from.integerIncrement(); });
   }
 }
 
@@ -144,8 +143,7 @@ bool NumberNode<Face, Number>::hasFloatIncrement() {
     return true;
   } else {
     if (this->find(Element::Inc) || this->find(Element::pInc)) return true;
-    NodeBase* from = source();
-    return from && from->hasFloatIncrement();
+    return ofSource(false, [](NodeBase& from) { return from.hasFloatIncrement(); });
   }
 }
 
@@ -157,7 +155,7 @@ double NumberNode<Face, Number>::floatIncrement() {
     if (const Property* own = this->find(Element::Inc)) return own->real;
     if (const Property* link = this->find(Element::pInc)) return linkedNumber(*link);
     NodeBase* from = source();
-    return from ? from->floatIncrement() : NodeBase::floatIncrement();
+    return from ? this->ask(*from, [](NodeBase& other) { return other.floatIncrement(); }) : NodeBase::floatIncrement();
   }
 }
 
@@ -178,8 +176,7 @@ template <class Face, class Number>
 bool NumberNode<Face, Number>::hasValueSet() {
   if (this->find(Element::ValidValueSet)) return true;
   if (form_ == Form::Held) return false;
-  NodeBase* from = source();
-  return from && from->hasValueSet();
+  return ofSource(false, [](NodeBase& from) { return from.hasValueSet(); });
 }
 
 template <class Face, class Number>
@@ -190,8 +187,8 @@ std::vector<int64_t> NumberNode<Face, Number>::integerValueSet(bool bounded) {
     std::vector<int64_t> values;
     if (const Property* own = this->find(Element::ValidValueSet)) {
       values = listedNumbers(own->value());
-    } else if (NodeBase* from = source()) {
-      values = from->integerValueSet(bounded);
+    } else {
+      values = ofSource(std::move(values), [&](NodeBase& from) { return from.integerValueSet(bounded); });
     }
     return bounded && !values.empty() ? this->withinLimits(std::move(values)) : values;
   }
@@ -202,8 +199,8 @@ std::vector<double> NumberNode<Face, Number>::floatValueSet(bool bounded) {
   if constexpr (kIsInteger) {
     return Face::floatValueSet(bounded);
   } else {
-    std::vector<double> values;
-    if (NodeBase* from = source()) values = from->floatValueSet(bounded);
+    std::vector<double> values =
+        ofSource(std::vector<double>(), [&](NodeBase& from) { return from.floatValueSet(bounded); });
     return bounded && !values.empty() ? this->withinLimits(std::move(values)) : values;
   }
 }
@@ -211,29 +208,25 @@ std::vector<double> NumberNode<Face, Number>::floatValueSet(bool bounded) {
 template <class Face, class Number>
 std::string_view NumberNode<Face, Number>::unit() {
   if (const Property* own = this->find(Element::Unit)) return own->value();
-  NodeBase* from = source();
-  return from ? from->unit() : std::string_view();
+  return ofSource(std::string_view(), [](NodeBase& from) { return from.unit(); });
 }
 
 template <class Face, class Number>
 ERepresentation NumberNode<Face, Number>::representation() {
   if (const Property* own = this->find(Element::Representation)) return static_cast<ERepresentation>(own->word);
-  NodeBase* from = source();
-  return from ? from->representation() : PureNumber;
+  return ofSource(PureNumber, [](NodeBase& from) { return from.representation(); });
 }
 
 template <class Face, class Number>
 EDisplayNotation NumberNode<Face, Number>::displayNotation() {
   if (const Property* own = this->find(Element::DisplayNotation)) return static_cast<EDisplayNotation>(own->word);
-  NodeBase* from = source();
-  return from ? from->displayNotation() : fnAutomatic;
+  return ofSource(fnAutomatic, [](NodeBase& from) { return from.displayNotation(); });
 }
 
 template <class Face, class Number>
 int64_t NumberNode<Face, Number>::displayPrecision() {
   if (const Property* own = this->find(Element::DisplayPrecision)) return own->integer;
-  NodeBase* from = source();
-  return from ? from->displayPrecision() : 6;
+  return ofSource(int64_t{6}, [](NodeBase& from) { return from.displayPrecision(); });
 }
 
 template class NumberNode<IntegerFace, int64_t>;

@@ -114,6 +114,12 @@ class NumberNode final : public Face {
     const Property* cell = selected();
     return cell && isLink(*cell) ? &at(cell->target) : nullptr;
   }
+  // The source's answer to a question; `otherwise` where the value is the node's own.
+  template <class Result, class Question>
+  Result ofSource(Result otherwise, Question&& question) {
+    NodeBase* from = source();
+    return from ? this->ask(*from, question) : otherwise;
+  }
   // A number that the node's own link gives: limits and increments.
   Number linkedNumber(const Property& link) {
     NodeBase& target = at(link.target);

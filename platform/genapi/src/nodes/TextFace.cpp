@@ -58,7 +58,8 @@ EAccessMode StringNode::typeMode() {
   return isFloating() ? RW : map().node(link_).accessMode();
 }
 int64_t StringNode::textMaxLength() {
-  return isFloating() ? NodeBase::textMaxLength() : map().node(link_).textMaxLength();
+  if (isFloating()) return NodeBase::textMaxLength();
+  return ask(map().node(link_), [](NodeBase& from) { return from.textMaxLength(); });
 }
 
 std::string StringNode::fetch(Reading how) {
