@@ -82,7 +82,7 @@ void BooleanNode::FromString(const gcstring& ValueStr, bool Verify) {
     const auto value = text::parseBoolean(ValueStr.view());
     if (!value) {
       throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' is not true, false, 1 or 0", zeroTerminated(name()).c_str(),
-                                       ValueStr.c_str());
+                                       shownText(ValueStr.view()).c_str());
     }
     write(*value, Verify);
   });

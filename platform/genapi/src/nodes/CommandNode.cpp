@@ -79,7 +79,7 @@ void CommandNode::FromString(const gcstring& ValueStr, bool Verify) {
   writing(Verify, [&] {
     if (!(ValueStr == "1") && !(ValueStr == "true")) {
       throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' does not execute a command, '1' or 'true' does",
-                                       zeroTerminated(name()).c_str(), ValueStr.c_str());
+                                       zeroTerminated(name()).c_str(), shownText(ValueStr.view()).c_str());
     }
     start(Verify);
   });

@@ -187,7 +187,8 @@ void EnumerationNode::FromString(const gcstring& ValueStr, bool Verify) {
   writing(Verify, [&] {
     const int found = table().findSymbolic(ValueStr.view());
     if (found < 0) {
-      throw INVALID_ARGUMENT_EXCEPTION("%s: no entry named '%s'", zeroTerminated(name()).c_str(), ValueStr.c_str());
+      throw INVALID_ARGUMENT_EXCEPTION("%s: no entry named '%s'", zeroTerminated(name()).c_str(),
+                                       shownText(ValueStr.view()).c_str());
     }
     write(table().entries()[static_cast<size_t>(found)], Verify);
   });

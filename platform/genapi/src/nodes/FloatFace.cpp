@@ -141,8 +141,7 @@ gcstring FloatFace::readText(Reading how) {
 void FloatFace::writeText(std::string_view value, bool verify) {
   const auto number = text::parseFloat(value);
   if (!number || std::isnan(*number)) {
-    throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' is not a number", map().pathTo(*this).c_str(),
-                                     zeroTerminated(value.substr(0, 200)).c_str());
+    throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' is not a number", map().pathTo(*this).c_str(), shownText(value).c_str());
   }
   writeFloat(*number, verify);
 }

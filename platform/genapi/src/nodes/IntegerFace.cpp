@@ -137,7 +137,7 @@ void IntegerFace::writeText(std::string_view value, bool verify) {
   const auto number = text::parseInteger(value, representation());
   if (!number) {
     throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' is not an integer", map().pathTo(*this).c_str(),
-                                     zeroTerminated(value.substr(0, 200)).c_str());
+                                     shownText(value).c_str());
   }
   writeInteger(*number, verify);
 }

@@ -4,6 +4,7 @@
 
 #include "Base/GCException.h"
 #include "nodemap/NodeMap.h"
+#include "text/Utf8.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -36,6 +37,11 @@ NodeBase::NodeBase(NodeMap& map, NodeIndex index)
 
 std::string zeroTerminated(std::string_view text) {
   return std::string(text);
+}
+
+std::string shownText(std::string_view text) {
+  constexpr size_t kShownCharacters = 60;
+  return text::excerpt(text, kShownCharacters);
 }
 
 NodeBase* NodeBase::linked(Element element) const {

@@ -205,5 +205,7 @@ class NodeBase : public INode, public ISelector {
 
 // The text with its terminating zero, for the formats of the exception macros.
 std::string zeroTerminated(std::string_view text);
+// What a caller gave as text, fit to stand in a message of one line.
+std::string shownText(std::string_view text);
 
 }  // namespace GENAPI_NAMESPACE
