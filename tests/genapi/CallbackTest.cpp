@@ -51,28 +51,6 @@ TEST(Callbacks, FireOnceForEveryNodeThatAnOperationReaches) {
   EXPECT_THAT(log.take(), ElementsAre("A", "B", "C", "D", "E", "P"));
 }
 
-TEST(Callbacks, FollowInvalidatorsAndSelectionsThroughCycles) {
-  TestMap map(R"(
-    <Integer Name="A"><pValue>D</pValue></Integer>
-    <Integer Name="B"><pValue>F</pValue></Integer>
-    <Integer Name="D"><pInvalidator>E</pInvalidator><Value>0</Value><pSelected>F</pSelected></Integer>
-    <Integer Name="E"><pInvalidator>D</pInvalidator><Value>0</Value></Integer>
-    <Integer Name="F"><Value>0</Value></Integer>
-    <Integer Name="G"><pInvalidator>E</pInvalidator><Value>0</Value></Integer>)");
-  CallLog log;
-  log.watch(map, {"A", "B", "D", "E", "F", "G"});
-  for (const char* each : {"A", "D", "E"}) {
-    map.integer(each)->SetValue(1);
-    EXPECT_THAT(log.take(), testing::UnorderedElementsAre("A", "B", "D", "E", "F", "G")) << each;
-  }
-  for (const char* each : {"B", "F"}) {
-    map.integer(each)->SetValue(1);
-    EXPECT_THAT(log.take(), testing::UnorderedElementsAre("B", "F")) << each;
-  }
-  map.integer("G")->SetValue(1);
-  EXPECT_THAT(log.take(), ElementsAre("G"));
-}
-
 TEST(Callbacks, FireForEveryKindOfChangeAndForNothingElse) {
   TestMap map(R"(
     <Integer Name="Width"><Value>5</Value></Integer>
@@ -115,20 +93,6 @@ TEST(Callbacks, FireForEveryKindOfChangeAndForNothingElse) {
   EXPECT_THROW(map.value("Width")->FromString("x"), InvalidArgumentException);
   EXPECT_THROW(map.value("Mode")->FromString("x"), InvalidArgumentException);
   EXPECT_THROW(map.bytes("Raw")->Set(&byte, 5), OutOfRangeException);
-  EXPECT_THAT(log.take(), IsEmpty());
-}
-
-TEST(Callbacks, OfAFailedWriteConcernOnlyWhatWasWritten) {
-  TestMap map("<Integer Name=\"Both\"><pValue>First</pValue><pValueCopy>Second</pValueCopy></Integer>" +
-              reg("IntReg", "First", 0, 4) + reg("IntReg", "Second", 4, 4));
-  CallLog log;
-  log.watch(map, {"Both", "First", "Second"});
-  map.port.onWrite = [](int64_t address, int64_t) {
-    if (address == 4) throw TIMEOUT_EXCEPTION("no answer");
-  };
-  EXPECT_EQ(refusal<TimeoutException>([&] { map.integer("Both")->SetValue(3); }), "no answer");
-  EXPECT_THAT(log.take(), ElementsAre("Both", "First"));
-  EXPECT_THROW(map.integer("Second")->SetValue(3), TimeoutException);
   EXPECT_THAT(log.take(), IsEmpty());
 }
 

@@ -77,19 +77,6 @@ TEST(Commands, AreDoneAtOnceWhereNothingCanBeRead) {
   EXPECT_THROW(map.value("Blind")->ToString(), AccessException);
 }
 
-TEST(Commands, TakeTheirValueFreshFromItsLink) {
-  TestMap map("<Command Name=\"Go\"><pValue>Raw</pValue><pCommandValue>Code</pCommandValue></Command>" +
-              reg("IntReg", "Raw", 0, 4) + reg("IntReg", "Code", 4, 4));
-  map.port.poke(4, {7});
-  EXPECT_EQ(map.integer("Code")->GetValue(), 7);
-  map.port.poke(4, {9});
-  map.command("Go")->Execute();
-  EXPECT_EQ(map.port.peek(0, 1)[0], 9);
-  EXPECT_FALSE(map.command("Go")->IsDone());
-  map.port.poke(0, {0});
-  EXPECT_TRUE(map.command("Go")->IsDone());
-}
-
 TEST(Commands, KnowNumbersOfEverySort) {
   TestMap map(R"(
     <Command Name="ByBoolean"><pValue>Flag</pValue><CommandValue>1</CommandValue></Command>

@@ -230,18 +230,6 @@ TEST(FormulaNodes, WithDefectsAreUsableOtherwise) {
   EXPECT_TRUE(none.empty());
 }
 
-TEST(FormulaNodes, ConvertWithTheirOwnArgumentOnly) {
-  TestMap map(R"(
-    <IntConverter Name="Adder"><pVariable Name="OLDTO">Base</pVariable><Constant Name="TWO">2</Constant>
-      <Expression Name="Sum">OLDTO + FROM</Expression>
-      <FormulaTo>Sum</FormulaTo><FormulaFrom>TO</FormulaFrom><pValue>Base</pValue></IntConverter>
-    <Integer Name="Base"><Value>0</Value></Integer>)");
-  for (const int64_t expected : {1, 2, 3}) {
-    map.integer("Adder")->SetValue(1);
-    EXPECT_EQ(map.integer("Adder")->GetValue(), expected);
-  }
-}
-
 TEST(FormulaNodes, GoOnlySoDeep) {
   const auto chain = [](int length) {
     std::string nodes = "<Integer Name=\"N0\"><Value>5</Value></Integer>";

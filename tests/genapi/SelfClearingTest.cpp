@@ -14,29 +14,6 @@ const std::string kBalance = R"(
   </Enumeration>)" + reg("IntReg", "Raw", 0, 4) +
                              reg("IntReg", "Result", 4, 4, "<pInvalidator>Balance</pInvalidator>");
 
-TEST(SelfClearing, IsReadPastTheCacheWhileItLasts) {
-  TestMap map(kBalance);
-  IEnumeration* balance = map.enumeration("Balance");
-  EXPECT_TRUE(CEnumEntryPtr(map.node("EnumEntry_Balance_Once"))->IsSelfClearing());
-  EXPECT_FALSE(CEnumEntryPtr(map.node("EnumEntry_Balance_Off"))->IsSelfClearing());
-  balance->GetIntValue();
-  map.port.counts();
-  balance->GetIntValue();
-  EXPECT_EQ(map.port.counts(), "0r0w");
-
-  balance->SetIntValue(1);
-  map.port.counts();
-  balance->GetIntValue();
-  balance->ToString();
-  balance->GetCurrentEntry();
-  EXPECT_EQ(map.port.counts(), "3r0w");
-  map.port.poke(0, {0});
-  EXPECT_EQ(balance->GetIntValue(), 0);
-  EXPECT_EQ(map.port.counts(), "1r0w");
-  balance->GetIntValue();
-  EXPECT_EQ(map.port.counts(), "0r0w") << "an ordinary value again";
-}
-
 TEST(SelfClearing, DropsDependentsSilentlyWhenAReadSeesTheChange) {
   TestMap map(kBalance);
   map.enumeration("Balance")->SetIntValue(1);
@@ -54,20 +31,6 @@ TEST(SelfClearing, DropsDependentsSilentlyWhenAReadSeesTheChange) {
   EXPECT_EQ(map.enumeration("Balance")->GetIntValue(), 0);
   EXPECT_EQ(map.integer("Result")->GetValue(), 43);
   EXPECT_THAT(log.take(), IsEmpty());
-}
-
-TEST(SelfClearing, ShowsThroughTheNodesAbove) {
-  TestMap map(kBalance +
-              "<Integer Name=\"Number\"><pValue>Balance</pValue></Integer>"
-              "<IntSwissKnife Name=\"Busy\"><pVariable Name=\"B\">Balance</pVariable>"
-              "<Formula>B &lt;&gt; 0</Formula></IntSwissKnife>");
-  map.enumeration("Balance")->SetIntValue(1);
-  EXPECT_EQ(map.integer("Number")->GetValue(), 1);
-  EXPECT_EQ(map.integer("Busy")->GetValue(), 1);
-  map.port.poke(0, {0});
-  EXPECT_EQ(map.enumeration("Balance")->GetIntValue(), 0);
-  EXPECT_EQ(map.integer("Number")->GetValue(), 0);
-  EXPECT_EQ(map.integer("Busy")->GetValue(), 0);
 }
 
 }  // namespace
