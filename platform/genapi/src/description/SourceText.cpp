@@ -189,36 +189,41 @@ SourceShape examineSource(std::string_view text, BuildFindings& findings) {
   return {start, counts.tags, counts.references};
 }
 
-std::vector<size_t> unknownReferences(std::string_view text) {
-  size_t at = text.find('&');
-  while (at != std::string_view::npos) {
-    const size_t length = knownReference(text, at);
-    if (length == 0) break;
-    at = text.find('&', at + length);
-  }
-  if (at == std::string_view::npos) return {};
-  // Rare: something is odd, so now it matters whether it stands in a comment or CDATA, where anything goes.
-  std::vector<size_t> unknown;
-  const auto skipPast = [&](std::string_view end) {
-    at = text.find(end, at);
-    at = at == std::string_view::npos ? text.size() : at + end.size();
-  };
-  for (at = 0; at < text.size() && unknown.size() < kMaxNotes;) {
-    if (text[at] != '<' && text[at] != '&') {
-      ++at;
-    } else if (text[at] == '&') {
-      const size_t length = knownReference(text, at);
-      if (length == 0) unknown.push_back(at);
-      at += std::max<size_t>(length, 1);
-    } else if (at + 1 == text.size() || (text[at + 1] != '!' && text[at + 1] != '?')) {
-      ++at;
-    } else if (text.substr(at, 4) == "<!--") {
-      skipPast("-->");
-    } else if (text.substr(at, 9) == "<![CDATA[") {
-      skipPast("]]>");
-    } else {
-      skipPast(">");
+// The next comment or CDATA section, in which '&' is just a character.
+struct LiteralText {
+  size_t start = 0, end = 0;
+
+  void findNext(std::string_view text) {
+    for (size_t mark = text.find('!', end + 1); mark != std::string_view::npos; mark = text.find('!', mark + 1)) {
+      start = mark - 1;
+      if (text.substr(start, 4) == "<!--") return endAt(text, "-->");
+      if (text.substr(start, 9) == "<![CDATA[") return endAt(text, "]]>");
     }
+    start = end = text.size();
+  }
+
+ private:
+  void endAt(std::string_view text, std::string_view mark) {
+    const size_t found = text.find(mark, start + 2);
+    end = found == std::string_view::npos ? text.size() : found + mark.size();
+  }
+};
+
+std::vector<size_t> unknownReferences(std::string_view text) {
+  std::vector<size_t> unknown;
+  LiteralText literal;
+  size_t at = text.find('&');
+  while (at != std::string_view::npos && unknown.size() < kMaxNotes) {
+    const size_t length = knownReference(text, at);
+    if (length == 0) {
+      while (literal.end <= at && literal.start < text.size()) literal.findNext(text);
+      if (literal.start < at) {
+        at = text.find('&', literal.end);
+        continue;
+      }
+      unknown.push_back(at);
+    }
+    at = text.find('&', at + std::max<size_t>(length, 1));
   }
   return unknown;
 }
