@@ -54,7 +54,7 @@ TEST_F(LintCommand, ProblemsCarryLineNodeAndElementAndOnlyDefectsFail) {
 TEST_F(LintCommand, ADescriptionThatDoesNotLoadIsOneFatalProblemAndTheOthersAreStillChecked) {
   const std::string broken = write("broken.xml", "<RegisterDescription>\n<Integer");
   const std::string good = describe("", "<Integer Name=\"Lost\"><Value>1</Value></Integer>\n");
-  const nlohmann::json problems = json({"lint", broken, good}, 1);
+  const nlohmann::json problems = runJson({"lint", broken, good}, 1);
   ASSERT_EQ(problems.size(), 2u) << problems;
   EXPECT_EQ(problems[0]["file"], broken);
   EXPECT_EQ(problems[0]["severity"], "fatal");

@@ -11,7 +11,7 @@ namespace {
 
 using namespace GENAPI_NAMESPACE;
 
-std::string quoted(std::string_view text) {
+std::string dotQuoted(std::string_view text) {
   std::string word = "\"";
   for (const char character : text) {
     if (character == '"' || character == '\\') {
@@ -30,16 +30,16 @@ std::string nameOf(const INode& node) {
 
 std::string DependencyPicture::dot() const {
   std::string text =
-      "digraph " + quoted(nodes.empty() ? "" : nodes.front().name) + " {\n  rankdir=LR;\n  node [shape=box];\n";
+      "digraph " + dotQuoted(nodes.empty() ? "" : nodes.front().name) + " {\n  rankdir=LR;\n  node [shape=box];\n";
   for (const Node& node : nodes) {
     // The line break stands outside the quoting: "\n" is the language's own.
-    const std::string name = quoted(node.name);
-    const std::string type = quoted(node.type);
+    const std::string name = dotQuoted(node.name);
+    const std::string type = dotQuoted(node.type);
     text += "  " + name + " [label=" + name.substr(0, name.size() - 1) + "\\n" + type.substr(1);
     text += &node == &nodes.front() ? ", style=bold];\n" : "];\n";
   }
   for (const Edge& edge : edges) {
-    text += "  " + quoted(edge.from) + " -> " + quoted(edge.to) + " [label=" + quoted(edge.label);
+    text += "  " + dotQuoted(edge.from) + " -> " + dotQuoted(edge.to) + " [label=" + dotQuoted(edge.label);
     text += edge.reads ? "];\n" : ", style=dashed];\n";
   }
   return text + "}";
