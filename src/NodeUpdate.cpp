@@ -71,8 +71,8 @@ uint32_t Node::RegisterUpdate(int32_t callbackType, TNodeUpdate callback, void* 
 
     AutoLock lock(typed_.node->GetNodeMap()->GetLock());
     auto object = std::make_unique<UpdateCallback>(typed_.node, CallbackHelper(std::move(self), callback, userData));
-    const TCallbackHandle registered = typed_.node->RegisterCallback(object.get());
-    object.release();
+    // The engine owns the callback from here on, also when it cannot register it.
+    const TCallbackHandle registered = typed_.node->RegisterCallback(object.release());
     try {
       callbacks_.insert(registered);
     } catch (...) {

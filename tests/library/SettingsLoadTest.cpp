@@ -1,0 +1,220 @@
+// Applying settings text, what is reported on the way, and the way there and back.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "Records.h"
+#include "SettingsBench.h"
+
+TEST(SettingsLoad, AcceptsAllSpellings) {
+  const struct {
+    const char* line;
+    const char* value;  // of the text feature afterwards
+  } kCases[] = {
+      {"Text = \"plain\"", "plain"},
+      {"  \t Text=bare words \r", "bare words"},
+      {"Text = \"a\\\"b\\'c\\\\d\"", "a\"b'c\\d"},
+      {"Text = \\x41\\X6a\\t|\\n|\\a\\b\\f\\r\\v", "Aj\t|\n|\a\b\f\r\v"},
+      {"Text = \"cut\\0off\"", "cut"},
+      {"Text = \"\\xFFFFFFC3\"",
+       "\xff"
+       "FFFFC3"},  // only two digits count
+      {"Text = a = b", "a = b"},
+      {"Text =", ""},
+      {"Text = \"  kept  \"", "  kept  "},
+      {"Text [ Index ( 1 ) , Other(2)] = \"selected\"", "selected"},
+      {"; Text = comment", "start"},
+      {" \t ", "start"},
+      {"\n\n;\nText = last", "last"},
+  };
+  for (const auto& entry : kCases) {
+    MemoryDevice device(stringReg("Text", "0") + intReg("Index", "0x100") + intReg("Other", "0x104"));
+    ASSERT_EQ(device.set("Text", "start"), 0u);
+    Heard heard;
+    EXPECT_EQ(NMLoadSetString(device.map, entry.line, false, &Heard::callback, &heard), 0u);
+    EXPECT_TRUE(heard.problems.empty()) << entry.line << ": " << heard.problems[0].text;
+    EXPECT_EQ(device.get("Text"), entry.value) << entry.line;
+  }
+}
+
+TEST(SettingsLoad, ReportsEachBadLineWithItsNumber) {
+  const struct {
+    const char* line;
+    const char* node;
+    uint32_t code;
+    const char* text;
+  } kCases[] = {
+      {"Width", "-", 0x80000016, "3:  \"Width\" : Format error"},
+      {" = 5", "-", 0x80000016, "3:  \" = 5\" : Format error"},
+      {"A[B(1) = 5", "-", 0x80000016, "3:  \"A[B(1) = 5\" : Missing ']' for selector list"},
+      {"A[] = 5", "-", 0x80000016, "3:  \"A[] = 5\" : Missing selector value start identifier '('"},
+      {"A[B] = 5", "-", 0x80000016, "3:  \"A[B] = 5\" : Missing selector value start identifier '('"},
+      {"A[B(1,C(2)] = 5", "-", 0x80000016, "3:  \"A[B(1,C(2)] = 5\" : Missing selector value end identifier ')'"},
+      {"Width = \"2", "-", 0x80000016, "3:  \"Width = \"2\" : Missing value end identifier '\"'"},
+      {"Width = \"", "-", 0x80000016, "3:  \"Width = \"\" : Missing value end identifier '\"'"},
+      {"Width = \\", "-", 0x80000016, "3:  \"Width = \\\" : Incomplete escape sequence"},
+      {"Width = \\x4", "-", 0x80000016, "3:  \"Width = \\x4\" : Incomplete escape sequence"},
+      {"Width = \\x4g", "-", 0x80000016, "3:  \"Width = \\x4g\" : Incomplete escape sequence"},
+      {"Width = \\q", "-", 0x80000013, "3:  \"Width = \\q\" : Unknown escape identifier"},
+      {"Absent = 1", "-", 0x8000002D, "Absent: GenApi error in line 3: NULL pointer dereferenced"},
+      {"Width[Absent(1)] = 1", "Width", 0x8000002D, "Width: GenApi error in line 3: NULL pointer dereferenced"},
+      {"Device = 1", "Device", 0x8000002D, "Device: GenApi error in line 3: NULL pointer dereferenced"},
+  };
+  MemoryDevice device(intReg("Width", "0"));
+  for (const auto& entry : kCases) {
+    const std::string text = std::string("; comment\n\n") + entry.line + "\nWidth = 77\n";
+    device.memory[0] = 0;
+    Heard heard;
+    EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), false, &Heard::callback, &heard), 0u);
+    ASSERT_EQ(heard.problems.size(), 1u) << entry.line;
+    EXPECT_EQ(heard.problems[0].node, entry.node) << entry.line;
+    EXPECT_EQ(heard.problems[0].code, entry.code) << entry.line;
+    EXPECT_EQ(heard.problems[0].text, entry.text);
+    EXPECT_EQ(device.memory[0], 77) << "the lines after it are applied";
+
+    device.memory[0] = 0;
+    heard = {.goOn = false, .problems = {}};
+    EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), false, &Heard::callback, &heard), entry.code);
+    EXPECT_EQ(lastErrorText(), entry.text);
+    EXPECT_EQ(device.memory[0], 0) << "a stop is a stop";
+  }
+}
+
+TEST(SettingsLoad, ValidationComparesTheTexts) {
+  MemoryDevice device(intReg("Width", "0") +
+                      "<IntReg Name='Fickle'><Address>8</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+                      "<pPort>Device</pPort><Cachable>NoCache</Cachable></IntReg>"
+                      "<Integer Name='Vanishing'><pIsAvailable>Here</pIsAvailable><pValue>Leaver</pValue></Integer>"
+                      "<IntReg Name='Here'><Address>12</Address><Length>4</Length><AccessMode>RO</AccessMode>"
+                      "<pPort>Device</pPort><Cachable>NoCache</Cachable></IntReg>"
+                      "<IntReg Name='Leaver'><Address>16</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+                      "<pPort>Device</pPort></IntReg>");
+  device.memory[12] = 1;
+  device.after = [&](int64_t address, bool isWrite) {
+    if (isWrite && address == 8) device.memory[8] &= 0xf0;  // the device keeps another value
+    if (isWrite && address == 16) device.memory[12] = 0;    // writing makes the feature unavailable
+  };
+  Heard heard;
+  const char* text = "Width = 0x10\nFickle = 33\nVanishing = 1\n";
+  ASSERT_EQ(NMLoadSetString(device.map, text, true, &Heard::callback, &heard), 0u);
+  ASSERT_EQ(heard.problems.size(), 2u);
+  EXPECT_EQ(heard.problems[0].text, "Width: Validation failed in line 1: Actual value \"16\" != \"0x10\"");
+  EXPECT_EQ(heard.problems[1].node, "Fickle");
+  EXPECT_EQ(heard.problems[1].code, 0x8000002Du);
+  EXPECT_EQ(heard.problems[1].text, "Fickle: Validation failed in line 2: Actual value \"32\" != \"33\"");
+  EXPECT_EQ(device.memory[16], 1);
+
+  // The twelfth access is the one that reads the feature back.
+  device.load(intReg("Width", "0"));
+  device.after = nullptr;
+  device.accesses = 0;
+  ASSERT_EQ(NMLoadSetString(device.map, "Width = 3\n", false, nullptr, nullptr), 0u);
+  EXPECT_EQ(device.accesses, 1);
+}
+
+TEST(SettingsLoad, SurvivesLongLinesAndHostileBytes) {
+  MemoryDevice device(intReg("Width", "0"));
+  const TemporaryFile file;
+  {
+    std::ofstream out(file.path, std::ios::binary);
+    out << "Width = " << std::string(1 << 20, ' ') << "12\r\n";  // 1 MB
+    out << std::string("Wi\0dth = 3\n", 11);                     // NUL inside the name
+    out << std::string("\0\xff\xfe[[((]\n", 9) << "\r\r\r\n";
+    out << "Width[" << std::string(100000, ',') << "] = 4\n";
+    out << "Width = \"0x" << std::string(1 << 20, '0') << "\"";  // no line feed at the end
+  }
+  Heard heard;
+  EXPECT_EQ(NMLoadSet(device.map, file.path.c_str(), &Heard::callback, &heard), 0u);
+  ASSERT_EQ(heard.problems.size(), 4u);
+  EXPECT_EQ(heard.problems[0].code, 0x8000002Du);
+  EXPECT_EQ(heard.problems[1].code, 0x80000016u);
+  EXPECT_EQ(heard.problems[2].code, 0x80000016u);
+  EXPECT_EQ(heard.problems[3].code, 0x8000002Du);
+  EXPECT_EQ(device.memory[0], 12);
+}
+
+TEST(SettingsLoad, ACallbackMayReloadOrThrow) {
+  MemoryDevice device(intReg("Width", "0") + intReg("Height", "4"));
+  struct Context {
+    MemoryDevice& device;
+    int calls = 0;
+  } context{device};
+  const auto reloading = [](NODE, uint32_t, void* pointer) {
+    auto& self = *static_cast<Context*>(pointer);
+    if (++self.calls == 1) self.device.load(intReg("Width", "0x40"));
+    return true;
+  };
+  // The rest works on the description with which it began, whose port is gone.
+  ASSERT_EQ(NMLoadSetString(device.map, "bad\nHeight = 3\nWidth = 4\n", false, reloading, &context), 0u);
+  EXPECT_EQ(context.calls, 3);
+  EXPECT_EQ(device.memory[0x40], 0);
+
+  const auto throwing = [](NODE, uint32_t, void*) -> bool { throw 5; };
+  ASSERT_EQ(NMLoadSetString(device.map, "bad\nWidth = 4\n", false, throwing, nullptr), 0u) << "counts as go on";
+  EXPECT_EQ(device.memory[0x40], 4);
+}
+
+TEST(SettingsReport, SendsAWarningWhenItGoesOnAndAnErrorWhenItStops) {
+  MemoryDevice device(intReg("Width", "0"));
+  const std::string text = "NodeMapSerializer: Absent: Node not present in node map";
+  size_t size = 0;
+  Heard heard;
+  const auto save = [&] {
+    return NMSaveSetStringEx(device.map, nullptr, &size, "Absent|Width", &Heard::callback, &heard);
+  };
+  {
+    const Records records;
+    EXPECT_EQ(save(), 0u);
+    EXPECT_EQ(records.texts(2), std::vector<std::string>{text});
+    EXPECT_EQ(records.texts(3), std::vector<std::string>{});
+  }
+  heard.goOn = false;
+  const Records records;
+  EXPECT_EQ(save(), 0x8000002Eu);
+  EXPECT_EQ(records.texts(2), std::vector<std::string>{});
+  EXPECT_EQ(records.texts(3), std::vector<std::string>{text}) << "one record for one failure";
+}
+
+TEST(SettingsReport, SendsOneRecordForACallThatCannotBegin) {
+  NODEMAP empty{};
+  ASSERT_EQ(CreateNodeMap(empty), 0u);
+  size_t size = 0;
+  const Records records;
+  EXPECT_EQ(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001Eu);
+  EXPECT_EQ(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001Eu);
+  EXPECT_EQ(NMLoadSet(empty, "/nowhere", nullptr, nullptr), 0x80000003u);
+  const std::vector<std::string> texts = records.texts();
+  ASSERT_EQ(texts.size(), 3u);
+  EXPECT_EQ(texts[0], "NodeMapSerializer::SaveSet: No nodemap loaded.");
+  EXPECT_EQ(texts[1], "NodeMapSerializer::LoadSet: No nodemap loaded");
+  EXPECT_NE(texts[2].find(" Filename=\"/nowhere\""), std::string::npos) << texts[2];
+  EXPECT_NE(texts[2].find("): Filename not readable"), std::string::npos) << texts[2];
+  release(empty);
+}
+
+// Save, change whatever can be changed, load, save again: the same text.
+TEST(SettingsRoundTrip, BringsASimulatedCameraBack) {
+  CameraUnderTest camera;
+  ASSERT_EQ(NMLoadSetString(camera.map, "TestString = plain ASCII", true, nullptr, nullptr), 0u)
+      << "bytes above 0x7f do not come back";
+  camera.save();  // leaves selectors where saving leaves them
+  const std::string before = camera.save();
+  ASSERT_GT(std::count(before.begin(), before.end(), '\n'), 100);
+
+  EXPECT_GT(camera.changeEverything(), 40);
+  camera.save();
+  ASSERT_NE(camera.save(), before);
+
+  // Lines are applied in their order: the size fits only once the offsets further down are back. So it takes two loads.
+  Heard heard;
+  ASSERT_EQ(NMLoadSetString(camera.map, before.c_str(), false, nullptr, nullptr), 0u);
+  ASSERT_EQ(NMLoadSetString(camera.map, before.c_str(), true, &Heard::callback, &heard), 0u);
+  for (const auto& problem : heard.problems) EXPECT_EQ(problem.node, "ChunkEnable") << problem.text;  // one is fixed
+  camera.save();
+  EXPECT_EQ(camera.save(), before);
+}
