@@ -5,22 +5,9 @@
 #include <limits>
 
 #include "Base/GCException.h"
+#include "nodes/OwnElements.h"
 
 namespace GENAPI_NAMESPACE {
-
-namespace {
-
-std::string_view ownUnit(const NodeBase& node) {
-  const Property* given = node.find(Element::Unit);
-  return given ? given->value() : std::string_view();
-}
-
-ERepresentation ownRepresentation(const NodeBase& node) {
-  const Property* given = node.find(Element::Representation);
-  return given ? static_cast<ERepresentation>(given->word) : PureNumber;
-}
-
-}  // namespace
 
 IntKnifeNode::IntKnifeNode(NodeMap& map, NodeIndex index)
     : IntegerFace(map, index), formulas_(FormulaSet::of(map.description(), index)) {}
@@ -61,13 +48,11 @@ ERepresentation KnifeNode::representation() {
 }
 
 EDisplayNotation KnifeNode::displayNotation() {
-  const Property* given = find(Element::DisplayNotation);
-  return given ? static_cast<EDisplayNotation>(given->word) : fnAutomatic;
+  return ownDisplayNotation(*this);
 }
 
 int64_t KnifeNode::displayPrecision() {
-  const Property* given = find(Element::DisplayPrecision);
-  return given ? given->integer : 6;
+  return ownDisplayPrecision(*this);
 }
 
 template <class Face, class Number>

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "nodes/NumberBytes.h"
+#include "nodes/OwnElements.h"
 #include "nodes/UnsupportedNodes.h"
 #include "text/NumberSyntax.h"
 
@@ -16,16 +17,6 @@ namespace {
 bool isBigEndian(const NodeBase& node) {
   const Property* given = node.find(Element::Endianess);
   return given && given->word == BigEndian;
-}
-
-std::string_view ownUnit(const NodeBase& node) {
-  const Property* given = node.find(Element::Unit);
-  return given ? given->value() : std::string_view();
-}
-
-ERepresentation ownRepresentation(const NodeBase& node) {
-  const Property* given = node.find(Element::Representation);
-  return given ? static_cast<ERepresentation>(given->word) : PureNumber;
 }
 
 }  // namespace
@@ -143,13 +134,11 @@ ERepresentation FloatRegNode::representation() {
 }
 
 EDisplayNotation FloatRegNode::displayNotation() {
-  const Property* given = find(Element::DisplayNotation);
-  return given ? static_cast<EDisplayNotation>(given->word) : fnAutomatic;
+  return ownDisplayNotation(*this);
 }
 
 int64_t FloatRegNode::displayPrecision() {
-  const Property* given = find(Element::DisplayPrecision);
-  return given ? given->integer : 6;
+  return ownDisplayPrecision(*this);
 }
 
 std::string StringRegNode::fetch(Reading how) {
