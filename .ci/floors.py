@@ -16,19 +16,21 @@ ROOMS = [
     ("telemetry", "platform/telemetry", ["telemetry-public"]),
     ("genapi-public", "platform/genapi/include", []),
     ("genapi", "platform/genapi", ["genapi-public"]),
-    ("api", "include", []),
+    ("api", "include", ["base-public"]),
     ("simulation-public", "simulation/include", []),
     ("simulation", "simulation", ["simulation-public"]),
+    ("simulated-public", "transport/simulated/include", ["api"]),
+    ("simulated", "transport/simulated", ["simulated-public", "api", "base-public", "simulation-public"]),
     ("transport", "transport", ["simulation-public"]),
     ("library", "src", ["api", "base-public", "telemetry-public", "genapi-public"]),
     ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public", "transport"]),
-    ("examples", "examples", ["api", "base-public", "simulation-public"]),
+    ("examples", "examples", ["api", "base-public", "simulated-public"]),
 ]
 ALLOWED = {name: {name, *below} for name, _, below in ROOMS}
 # Where the compiler looks for "Name/File.h"; a room's own sources come first through the file's own folder.
 INCLUDE_ROOTS = ["include", "platform/base/include", "platform/telemetry/include", "platform/genapi/include",
                  "simulation/include", "src", "platform/base/src", "platform/telemetry/src", "platform/genapi/src",
-                 "simulation", "transport", "transport/aravis", "tools/oxgenapi", ""]
+                 "transport/simulated/include", "simulation", "transport", "transport/aravis", "tools/oxgenapi", ""]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 
 

@@ -27,9 +27,27 @@ set(OX_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wimplicit-fallthrough -Werror
 
 # Every target of ours calls this once.
 function(ox_target name)
+  # Tables are read only once the program runs, the stack is never code. tests/abi/check looks whether they are.
+  target_link_options(${name} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack)
   target_compile_options(${name} PRIVATE ${OX_WARNINGS} $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+  # Sanitizer builds compile sources in batches, which shares the headers' time; a type of one source file that has
+  # members of that file's own is no fault then.
+  if(CMAKE_UNITY_BUILD)
+    target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+  endif()
   if(OXGENAPI_SANITIZE)
     target_compile_options(${name} PRIVATE -fsanitize=${OXGENAPI_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${name} PRIVATE -fsanitize=${OXGENAPI_SANITIZE})
   endif()
+endfunction()
+
+# Turns a text file of the calling folder into an include of string literals.
+function(ox_embed_text file output)
+  set(script "${PROJECT_SOURCE_DIR}/cmake/EmbedText.cmake")
+  add_custom_command(
+    OUTPUT "${output}"
+    COMMAND ${CMAKE_COMMAND} "-DINPUT=${CMAKE_CURRENT_SOURCE_DIR}/${file}" "-DOUTPUT=${output}" -P "${script}"
+    DEPENDS "${file}" "${script}"
+    COMMENT "Embedding ${file}"
+    VERBATIM)
 endfunction()

@@ -111,6 +111,9 @@ TEST(AccessMode, EachTypeHasItsOwnRule) {
       {"<Integer Name='A'><pIndex>Wo</pIndex><ValueIndexed "
        "Index='0'>1</ValueIndexed><ValueDefault>0</ValueDefault></Integer>",
        NA},
+      {"<Integer Name='A'><pIndex>Ni</pIndex><ValueIndexed "
+       "Index='0'>1</ValueIndexed><ValueDefault>0</ValueDefault></Integer>",
+       NA},
       {"<Integer Name='A'><pIndex>Ro</pIndex><pValueIndexed "
        "Index='0'>Wo</pValueIndexed><ValueDefault>0</ValueDefault></Integer>",
        WO},
@@ -266,9 +269,11 @@ TEST(AccessMode, IsComputedOnceUnlessAnythingUncachedDecides) {
       "<Value>0</Value></Enumeration>" +
       reg("IntReg", "G", 0, 1) + reg("IntReg", "N", 1, 1, tag("Cachable", "NoCache")) +
       reg("IntReg", "Wo", 2, 1, tag("AccessMode", "WO")) +
-      reg("IntReg", "Self", 3, 1, "<Cachable>NoCache</Cachable><pIsLocked>G</pIsLocked>"));
+      reg("IntReg", "Self", 3, 1, "<Cachable>NoCache</Cachable><pIsLocked>G</pIsLocked>") +
+      "<Port Name='Guarded'><pIsAvailable>N</pIsAvailable></Port>"
+      "<IntReg Name='Behind'><Address>0</Address><Length>1</Length><pPort>Guarded</pPort></IntReg>");
   for (const char* name : {"Plain", "N", "G", "Self"}) EXPECT_EQ(t.node(name)->IsAccessModeCacheable(), Yes) << name;
-  for (const char* name : {"Fresh", "OverFresh", "KnifeOfFresh", "EnumEntry_E_X", "E", "Table"}) {
+  for (const char* name : {"Fresh", "OverFresh", "KnifeOfFresh", "EnumEntry_E_X", "E", "Table", "Behind"}) {
     EXPECT_EQ(t.node(name)->IsAccessModeCacheable(), No) << name;
   }
   EXPECT_EQ(t.mode("Plain"), RW);

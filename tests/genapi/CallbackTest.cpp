@@ -96,6 +96,19 @@ TEST(Callbacks, FireForEveryKindOfChangeAndForNothingElse) {
   EXPECT_THAT(log.take(), IsEmpty());
 }
 
+int functionCalls = 0;
+void countCall(INode*) {
+  ++functionCalls;
+}
+
+TEST(Callbacks, MayBePlainFunctions) {
+  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
+  Register(map.node("X"), countCall);
+  Register(map.node("X"), &countCall);
+  map.integer("X")->SetValue(1);
+  EXPECT_EQ(functionCalls, 2);
+}
+
 TEST(Callbacks, OfOneNodeRunInTheOrderOfTheirRegistration) {
   TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
   std::string order;

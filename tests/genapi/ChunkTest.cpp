@@ -167,7 +167,7 @@ TEST(ChunkAdapter, NodesReadTheAttachedChunkAndTellWhatLiesOutside) {
   EXPECT_EQ(map.integer("Last"), 0x0807);
   EXPECT_EQ(map.node<IRegister>("Last").GetAddress(), 6) << "negative addresses are told from the chunk's start";
   EXPECT_EQ(thrown<AccessException>([&] { map.integer("Behind"); }),
-            "Gain: bytes 8..11 lie outside the chunk 9efc2cdb of 8 bytes");
+            "Behind > Gain: bytes 8..11 lie outside the chunk 9efc2cdb of 8 bytes");
   map.node<IInteger>("Last").SetValue(0x1234);
   EXPECT_EQ(buffer[6], 0x34);
 }

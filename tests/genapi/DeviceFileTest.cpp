@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "genapi/FileCamera.h"
+#include "genapi/PassingTime.h"
 
 namespace {
 
@@ -143,6 +144,14 @@ TEST(DeviceFile, BlocksFitBufferLimitAndIncrement) {
     ASSERT_TRUE(adapter.attach(bench.map.get()));
     EXPECT_EQ(adapter.getBufSize("Firmware", std::ios_base::out), c.block) << c.extra;
   }
+  // A reader of such a device asks for whole steps and takes what there is.
+  FileBench reading(fileDescription("<Max>12</Max><Inc>4</Inc>", "FileSize"));
+  reading.camera.files[0] = pattern(31);
+  IDevFileStream in(reading.map.get(), "UserSet");
+  std::string got(40, '\0');
+  got.resize(static_cast<size_t>(in.rdbuf()->sgetn(got.data(), 40)));
+  EXPECT_EQ(got, pattern(31));
+  EXPECT_THAT(reading.camera.lengths, Each(testing::Truly([](uint32_t length) { return length % 4 == 0; })));
   // The last short block is rounded up only where the increment forbids its length.
   FileBench stepped(fileDescription("<Max>12</Max><Inc>4</Inc>"));
   EXPECT_EQ(upload(stepped, pattern(14)), pattern(14) + std::string(2, '\0'));
@@ -218,32 +227,85 @@ TEST(DeviceFile, AnUploadThatIsCutShortIsNeverASuccess) {
 }
 
 TEST(DeviceFile, AFailureBelowTheFileSizeIsNoEndOfFile) {
-  // The device stops with a status other than success in the middle.
+  // The device stops in the middle, with a status other than success or without bytes.
   struct Broken : FileCamera {
+    bool isSilent = false;
     void written(int64_t address) override {
       FileCamera::written(address);
-      if (address == Execute && word(Operation) == FileCamera::Read && word(Offset) >= 12) setWord(Status, 1);
+      if (address == Execute && word(Operation) == FileCamera::Read && word(Offset) >= 12)
+        setWord(isSilent ? Result : Status, isSilent ? 0 : 1);
     }
   };
-  for (const bool hasSize : {true, false}) {
-    Broken camera;
-    camera.files[0] = pattern(40);
-    TestNodeMap map(fileDescription("", hasSize ? "" : "FileSize"));
-    map->Connect(&camera);
-    IDevFileStream in(map.get(), "UserSet");
-    std::string got(100, '\0');
-    if (hasSize) {
-      EXPECT_EQ(thrown<RuntimeException>([&] { in.read(got.data(), 100); }),
-                "reading file 'UserSet' stopped at byte 12 of 40: status Failure");
-    } else {
-      EXPECT_EQ(in.rdbuf()->sgetn(got.data(), 100), 12);
+  for (const bool hasSize : {true, false})
+    for (const bool isSilent : {true, false}) {
+      Broken camera;
+      camera.isSilent = isSilent;
+      camera.files[0] = pattern(40);
+      TestNodeMap map(fileDescription("", hasSize ? "" : "FileSize"));
+      map->Connect(&camera);
+      IDevFileStream in(map.get(), "UserSet");
+      std::string got(100, '\0');
+      if (hasSize) {
+        EXPECT_EQ(thrown<RuntimeException>([&] { in.read(got.data(), 100); }),
+                  std::string("reading file 'UserSet' stopped at byte 12 of 40: status ") +
+                      (isSilent ? "Success" : "Failure"));
+      } else {
+        EXPECT_EQ(in.rdbuf()->sgetn(got.data(), 100), 12);
+      }
+      in.close();
+      map->Connect(static_cast<IPort*>(nullptr));
     }
-    in.close();
+}
+
+TEST(DeviceFile, AFileThatShrinksEndsWhereItEndsNow) {
+  struct Shrinking : FileCamera {
+    void written(int64_t address) override {
+      if (address == Execute && word(Operation) == FileCamera::Read && word(Offset) == 12) files[0].resize(20);
+      FileCamera::written(address);
+    }
+  } camera;
+  camera.files[0] = pattern(40);
+  TestNodeMap map(fileDescription());
+  map->Connect(&camera);
+  IDevFileStream in(map.get(), "UserSet");
+  std::string got(100, '\0');
+  got.resize(static_cast<size_t>(in.rdbuf()->sgetn(got.data(), 100)));
+  EXPECT_EQ(got, pattern(20));
+  map->Connect(static_cast<IPort*>(nullptr));
+}
+
+// A device that never finishes is given up after the limit, whatever it was asked to do, and then left alone.
+TEST(DeviceFile, AnOperationWithoutEndIsGivenUp) {
+  struct Hanging : FileCamera {
+    uint32_t hangsAt = 0;
+    void written(int64_t address) override {
+      if (address == Execute && word(Operation) == hangsAt) return;  // stays busy
+      FileCamera::written(address);
+    }
+  };
+  const PassingTime time;
+  const std::pair<uint32_t, const char*> kOperations[] = {
+      {FileCamera::Open, "Open"}, {FileCamera::Write, "Write"}, {FileCamera::Close, "Close"}};
+  for (const auto& [operation, name] : kOperations) {
+    Hanging camera;
+    camera.hangsAt = operation;
+    TestNodeMap map(fileDescription());
+    map->Connect(&camera);
+    const auto start = time.now();
+    EXPECT_EQ(thrown<TimeoutException>([&] {
+                ODevFileStream out(map.get(), "Firmware");
+                out << "abc";
+                out.close();
+              }),
+              std::string("file 'Firmware': operation '") + name + "' has not finished within 120000 ms");
+    EXPECT_GT(time.now() - start, std::chrono::milliseconds(kFileOperationTimeout));
+    EXPECT_LT(time.now() - start, std::chrono::milliseconds(kFileOperationTimeout + 200)) << "waits once";
     map->Connect(static_cast<IPort*>(nullptr));
   }
 }
 
-// Whatever access fails, the port's own text arrives, nothing is reported as done, and the next transfer works.
+// Whatever access fails, the port's own text arrives, nothing is reported as done, the file is closed in the end, and
+// the next transfer works.
 TEST(DeviceFile, EveryPortFailureArrivesUnchanged) {
   FileBench bench;
   const std::string content = pattern(30);
@@ -266,7 +328,7 @@ TEST(DeviceFile, EveryPortFailureArrivesUnchanged) {
     EXPECT_EQ(text, failed ? "the line is dead" : "") << n;
     if (!failed) break;
     ++failures;
-    bench.camera.opened = 0;  // a dead line may leave it open
+    EXPECT_EQ(bench.camera.opened, 0) << n;
   }
   EXPECT_EQ(bench.camera.files[1], content);
   EXPECT_GT(failures, 30);
@@ -288,7 +350,7 @@ TEST(DeviceFile, EveryPortFailureArrivesUnchanged) {
     const bool failed = bench.camera.accesses >= bench.camera.failAt;
     bench.camera.failAt = 0;
     EXPECT_EQ(text, failed ? "the line is dead" : "") << n;
-    bench.camera.opened = 0;
+    EXPECT_EQ(bench.camera.opened, 0) << n;
     if (failed) {
       ++failures;
       continue;

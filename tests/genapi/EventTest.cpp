@@ -86,7 +86,7 @@ TEST(EventAdapter, APayloadStaysUntilTheNextOne) {
   adapter.DeliverMessage(nullptr, 0, uint64_t{0x9001});
   EXPECT_EQ(map.mode("Stamp"), RO) << "an empty payload is a payload";
   EXPECT_EQ(thrown<AccessException>([&] { map.integer("Stamp"); }),
-            "End: bytes 0..1 lie outside the event 9001 of 0 bytes");
+            "Stamp > End: bytes 0..1 lie outside the event 9001 of 0 bytes");
   EXPECT_THROW(map.node<IPort>("End").Write("x", 0, 1), AccessException);
   adapter.DetachNodeMap();
   EXPECT_FALSE(IsReadable(map.mode("Stamp")));

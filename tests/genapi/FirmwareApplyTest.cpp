@@ -4,6 +4,7 @@
 
 #include "genapi/FileCamera.h"
 #include "genapi/GufBuilder.h"
+#include "genapi/PassingTime.h"
 
 namespace {
 
@@ -100,7 +101,7 @@ TEST(FirmwareApply, CarriesOutEveryStepInOrder) {
   FileBench after;
   after.camera.setWord(FileCamera::Mode, 6);
   run.device.afterReset = after.map.get();
-  run.bench.camera.setWord(FileCamera::Activate, 0);
+
   run.apply("DE");
   EXPECT_THAT(run.story, ElementsAre("prepare", "begin 28", "step 0 0 ", "end 0", "step 1 0 ", "end 1", "step 2 1 ",
                                      "end 2", "step 5 7 Schreibe", "48%", "96%", "100%", "end 5", "step 3 0 ", "end 3",
@@ -137,11 +138,44 @@ TEST(FirmwareApply, AFailedStepIsReportedCleanedUpAndRethrown) {
   EXPECT_EQ(last.story.back(), "cleanup") << "a reset without a new node map may be the last step";
 }
 
+TEST(FirmwareApply, ACommandWithoutEndIsGivenUpUnlessAResetFollows) {
+  const PassingTime time;
+  const std::string reset = "<DeviceReset/>";
+  const struct {
+    const char* step;
+    int limitMs;
+  } cases[] = {{"<FeatureExecute Feature='Activate'/>", 60000},
+               {"<FeatureExecute Feature='Activate' EstimatedDurationMs='20001'/>", 60003}};
+  for (const auto& c : cases) {
+    Attempt run(c.step);  // the register keeps the command's value: never done
+    const auto start = time.now();
+    EXPECT_EQ(thrown<TimeoutException>([&] { run.apply(); }),
+              "step 1 FeatureExecute 'Activate': has not finished within " + std::to_string(c.limitMs) + " ms");
+    EXPECT_GT(time.now() - start, std::chrono::milliseconds(c.limitMs));
+    EXPECT_EQ(run.story.back(), "cleanup");
+    Attempt leaving(c.step + reset);
+    leaving.apply();
+    EXPECT_EQ(leaving.story.back(), "cleanup");
+  }
+}
+
+TEST(FirmwareApply, AnUploadNeedsTheFileFeatures) {
+  Attempt run(kUpload);
+  TestNodeMap without(fileDescription("", "FileAccessBuffer"));
+  without->Connect(&run.bench.camera);
+  run.device.map = without.get();
+  EXPECT_EQ(thrown<RuntimeException>([&] { run.apply(); }),
+            "step 1 FileUpload 'Firmware': the device has no FileAccessBuffer");
+  without->Connect(static_cast<IPort*>(nullptr));
+}
+
 TEST(FirmwareApply, NothingIsWrittenWhenFileOrDeviceDoNotFit) {
   Attempt changed(kUpload);
-  changed.file.write(guf(control(kUpload), {{"data/main.bin", "other bytes of it"}}));
-  EXPECT_THAT(thrown<RuntimeException>([&] { changed.apply(); }), HasSubstr("has changed since it was read"));
-  EXPECT_EQ(changed.bench.camera.executions, 0);
+  for (const std::string& bytes : {guf(control(kUpload), {{"data/main.bin", "other bytes of it"}}), std::string("-")}) {
+    changed.file.write(bytes);
+    EXPECT_THAT(thrown<RuntimeException>([&] { changed.apply(); }), HasSubstr("has changed since it was read"));
+    EXPECT_EQ(changed.bench.camera.executions, 0);
+  }
 
   Attempt other(kUpload);
   std::memcpy(&other.bench.camera.memory[FileCamera::Model], "EX-300", 6);
@@ -203,6 +237,7 @@ TEST(FirmwareApply, EveryPortFailureIsReportedAndCleanedUp) {
     ++failures;
     EXPECT_EQ(text, "the line is dead") << n;
     EXPECT_EQ(run.story[run.story.size() - 2], "error the line is dead") << n;
+    EXPECT_EQ(run.bench.camera.opened, 0) << n;
   }
   EXPECT_GT(failures, 20);
 }

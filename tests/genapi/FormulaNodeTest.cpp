@@ -91,6 +91,13 @@ TEST(FormulaNodes, TakeNamesLiterallySinceSchema11) {
   EXPECT_EQ(folded.integer("X")->GetValue(), 96);
   TestMap literal(nodes, 1);
   EXPECT_THROW(literal.integer("X")->GetValue(), LogicalErrorException);
+  for (const int minor : {0, 1}) {
+    TestMap suffix(knife("IntSwissKnife", variable("w.MAX", "Width"), "w.MAX"), minor);
+    EXPECT_EQ(suffix.map->ParseSwissKnifes(), minor == 0) << "a suffix is a part of the name";
+    if (minor == 0) {
+      EXPECT_EQ(suffix.integer("X")->GetValue(), 1024);
+    }
+  }
 }
 
 TEST(FormulaNodes, AreReadOnlyNumbersWithTheRangeOfTheirType) {

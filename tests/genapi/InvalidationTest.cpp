@@ -224,3 +224,35 @@ TEST(Invalidation, ImplementationMayBeGoneAfterDisconnecting) {
   }
   outlived.InvalidateNode();  // the map has said goodbye
 }
+
+TEST(Invalidation, BytesReadPastTheCacheRenewTheNumber) {
+  TestMap t(reg("IntReg", "R", 0, 1) + reg("FloatReg", "F", 4, 4));
+  EXPECT_EQ(t.integer("R")->GetValue(), 0);
+  EXPECT_EQ(t.real("F")->GetValue(), 0.0);
+  t.port.poke(0, {5, 0, 0, 0, 0, 0, 0x80, 0x3f});
+  uint8_t bytes[4];
+  t.bytes("R")->Get(bytes, 1, false, true);
+  t.bytes("F")->Get(bytes, 4, false, true);
+  EXPECT_EQ(t.integer("R")->GetValue(), 5);
+  EXPECT_EQ(t.real("F")->GetValue(), 1.0);
+}
+
+// A copy is never read, so it leaves the caching mode alone; its limits and its increment count all the same.
+TEST(Invalidation, LimitsAndRightsFollowWhatCopiesMayNotCache) {
+  TestMap t(reg("IntReg", "R", 0, 1) + reg("IntReg", "Live", 1, 1, tag("Cachable", "NoCache")) +
+            "<Integer Name='Limited'><Value>0</Value><pMax>Live</pMax></Integer>"
+            "<Integer Name='Stepped'><Value>0</Value><pInc>Live</pInc></Integer>"
+            "<Integer Name='A'><pValue>R</pValue><pValueCopy>Limited</pValueCopy></Integer>"
+            "<Integer Name='OverA'><pValue>A</pValue></Integer>"
+            "<Integer Name='B'><pValue>R</pValue><pValueCopy>Stepped</pValueCopy></Integer>"
+            "<Integer Name='OverB'><pValue>B</pValue></Integer>"
+            "<Integer Name='C'><pValue>R</pValue><pValueCopy>Live</pValueCopy></Integer>");
+  for (const uint8_t live : {1, 2, 1}) {
+    t.port.poke(1, {live});
+    EXPECT_EQ(t.integer("OverA")->GetMax(), live);
+    EXPECT_EQ(t.mode("OverB"), live == 1 ? RW : RO);
+  }
+  EXPECT_EQ(t.node("A")->GetCachingMode(), WriteThrough);
+  EXPECT_EQ(t.node("OverB")->IsAccessModeCacheable(), No);
+  EXPECT_EQ(t.node("C")->IsAccessModeCacheable(), Yes);  // the increment of a register is fixed
+}

@@ -141,6 +141,7 @@ TEST(Properties, TellWhatEachTypeCarries) {
       <ValueIndexed Index="3">7</ValueIndexed><ValueIndexed Index="0x10">8</ValueIndexed>
       <ValueDefault>9</ValueDefault><Unit>mm</Unit></Integer>
     <Integer Name="Other"><Value>1</Value></Integer>
+    <Float Name="Real"><Value>0.50</Value><Max>0x10</Max></Float>
     <String Name="Text"><Value>first</Value></String>
     <Category Name="Root"><pFeature>Mode</pFeature><pFeature>Text</pFeature></Category>)");
   struct {
@@ -169,6 +170,8 @@ TEST(Properties, TellWhatEachTypeCarries) {
       {"Table", "ValueDefault", {"9", ""}},
       {"Table", "Unit", {"mm", ""}},
       {"Table", "Representation", {"PureNumber", ""}},
+      {"Real", "Value", {"0.50", ""}},
+      {"Real", "Max", {"16", ""}},
       {"Text", "Value", {"first", ""}},
       {"Text", "Representation", {"absent", ""}},
       {"Root", "pFeature", {"Mode\tText", ""}},

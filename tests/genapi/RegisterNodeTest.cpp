@@ -251,8 +251,10 @@ TEST(RegisterNode, PartialTransfers) {
   EXPECT_EQ(t.port.writes, (std::map<BytePort::Access, int>{{{4, 2}, 1}}));
   EXPECT_THAT(contentOf(r, 6), ElementsAre(9, 8, 3, 4, 5, 6));
   EXPECT_EQ(t.port.counts(), "0r1w") << "a partial write updates the complete content";
+  EXPECT_TRUE(r->IsValueCacheValid());
   t.node("R")->InvalidateNode();
   setContent(r, {7});
+  EXPECT_FALSE(r->IsValueCacheValid()) << "the rest is not known";
   EXPECT_THAT(contentOf(r, 6), ElementsAre(7, 8, 3, 4, 5, 6));
   EXPECT_EQ(t.port.counts(), "1r1w");
 

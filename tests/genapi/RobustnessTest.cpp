@@ -74,6 +74,10 @@ void askEverything(INode* node) {
     ask([&] { real->GetDisplayNotation(); });
     ask([&] { real->GetDisplayPrecision(); });
   }
+  if (auto* bytes = dynamic_cast<IRegister*>(node)) {
+    ask([&] { bytes->GetAddress(); });
+    ask([&] { bytes->GetLength(); });
+  }
   if (auto* text = dynamic_cast<IString*>(node)) ask([&] { text->GetMaxLength(); });
   if (auto* command = dynamic_cast<ICommand*>(node)) {
     ask([&] { command->Execute(); });
@@ -121,6 +125,35 @@ TEST(Robustness, DeepChainsAreRefusedWithoutACrash) {
     askEverything(t.node("N" + std::to_string(kDeep - 100)));
     // The map is as good as before: what lies within reach works.
     EXPECT_EQ(t.mode("N" + std::to_string(kDeep - 1)), what == "categories" ? RO : RW);
+  }
+}
+
+TEST(Robustness, NodesOverDefectiveOnesAnswerOrRefuse) {
+  const std::string both = "<FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom>";
+  const std::string defective[] = {"<IntReg Name='Bad'><Address>0</Address><Length>4</Length></IntReg>",
+                                   "<IntSwissKnife Name='Bad'/>",
+                                   "<Converter Name='Bad'>" + both + "</Converter>",
+                                   "<IntConverter Name='Bad'><pValue>Good</pValue></IntConverter>",
+                                   "<Integer Name='Bad'/>",
+                                   "<Integer Name='Bad'><pIndex>Good</pIndex></Integer>",
+                                   "<Boolean Name='Bad'/>",
+                                   "<Enumeration Name='Bad'/>"};
+  for (const std::string& bad : defective) {
+    TestMap t("<Integer Name='Good'><Value>0</Value></Integer>" + bad +
+              "<IntReg Name='R'><pAddress>Bad</pAddress><pIndex pOffset='Bad'>Good</pIndex><pLength>Bad</pLength>"
+              "<pPort>Device</pPort></IntReg><Integer Name='I'><pValue>Bad</pValue></Integer>"
+              "<Float Name='F'><pValue>Bad</pValue></Float><Converter Name='C'>" +
+              both + "<pValue>Bad</pValue></Converter><IntConverter Name='D'>" + both +
+              "<pValue>Bad</pValue></IntConverter><SwissKnife Name='K'><pVariable Name='V.Max'>Bad</pVariable>"
+              "<Formula>V.Max</Formula></SwissKnife><Integer Name='T'><pIndex>Bad</pIndex>"
+              "<ValueIndexed Index='0'>1</ValueIndexed><ValueDefault>2</ValueDefault></Integer>"
+              "<Float Name='L'><Value>0</Value><pMin>Bad</pMin><pInc>Bad</pInc></Float>"
+              "<Command Name='X'><pValue>Bad</pValue><pCommandValue>Bad</pCommandValue></Command>");
+    NodeList_t nodes;
+    t.map->GetNodes(nodes);
+    for (INode* node : nodes) askEverything(node);
+    EXPECT_THROW(t.bytes("R")->GetLength(), GenericException) << bad;
+    EXPECT_THROW(t.integer("T")->GetValue(), AccessException) << bad;
   }
 }
 

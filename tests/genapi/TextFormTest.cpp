@@ -80,6 +80,8 @@ TEST(TextForms, OfFloatsFollowNotationAndPrecision) {
       {"0.26", "<Min>0.26</Min><DisplayPrecision>1</DisplayPrecision>", "0.3"},
       {"0.24", "<Min>0.24</Min><DisplayPrecision>1</DisplayPrecision>", "0.3"},
       {"0.24", "<Min>0.24</Min><Max>0.24</Max><DisplayPrecision>1</DisplayPrecision>", "0.2"},
+      {"1.7976931348623157e308", "<DisplayPrecision>15</DisplayPrecision>", "1.79769313486231e+308"},
+      {"-1.79769313486232E+308", "<DisplayPrecision>15</DisplayPrecision>", "-1.79769313486231e+308"},
       {"0", "", "0"},
       {"INF", "", "inf"},
       {"-INF", "", "-inf"},

@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
 
+#include "firmware/PackageDigest.h"
 #include "firmware/Sha256.h"
 #include "genapi/GufBuilder.h"
 
@@ -116,6 +119,9 @@ TEST(UpdateFile, VersionIsExtractedByTheFirstGroup) {
   EXPECT_THROW(infos[0].ExtractVersionFromDeviceFirmwareVersion("my FW 2.0.13"), RuntimeException) << "whole text only";
   EXPECT_THROW(infos[1].ExtractVersionFromDeviceFirmwareVersion("FW 2.0.13"), LogicalErrorException);
   EXPECT_THROW(CFirmwareUpdateInfo().ExtractVersionFromDeviceFirmwareVersion("1"), LogicalErrorException);
+  // Trying every way to match this takes longer than anybody waits.
+  const auto hostile = infosOf(guf(replaced(kControl, "FW ([0-9]+\\.[0-9]+\\.[0-9]+).*", "(((a+)+)+)+b"), kData));
+  EXPECT_THROW(hostile[0].ExtractVersionFromDeviceFirmwareVersion(std::string(10'000, 'a').c_str()), RuntimeException);
 }
 
 TEST(UpdateFile, InfosAreEqualForTheSameUpdateOfTheSameFile) {
@@ -198,6 +204,8 @@ TEST(UpdateFile, VerifyTellsWhatIsWrong) {
       {"an unknown element in a step", control("<Description Lang=\"en\">Writing</Description>", "<Retry/>"), "format",
        "'Retry'"},
       {"an unknown attribute of a condition", control("<Condition ", "<Condition Not=\"1\" "), "format", "'Not'"},
+      {"an attribute twice", control("Value=\"SingleFrame\"", "Value=\"1\" Value=\"2\""), "runtime", "two attributes"},
+      {"a reference to no character", control("data/main.bin", "data/main.bin&#x00;.txt"), "runtime", "character 0"},
       {"an estimate beyond 32 bits", control("45000", "4294967296"), "format", "EstimatedDurationMs '4294967296'"},
       {"a path upwards", control("data/main.bin", "data/../main.bin"), "format", "not a relative path"},
       {"an absolute path", control("data/main.bin", "/main.bin"), "format", "not a relative path"},
@@ -267,15 +275,71 @@ TEST(UpdateFile, InflatingFarBeyondTheStoredSizeIsRefused) {
   EXPECT_THAT(verify(guf(huge, kData), type), HasSubstr("4 MiB"));
   EXPECT_EQ(type, "format");
 
-  std::string deep;
-  for (int i = 0; i < 40; ++i) deep += "<a>";
-  for (int i = 0; i < 40; ++i) deep += "</a>";
-  EXPECT_THAT(verify(guf(replaced(kControl, "<Procedure ", deep + "<Procedure "), kData), type), HasSubstr("deeper"));
-  EXPECT_EQ(type, "format");
+  for (const bool tooDeep : {false, true}) {
+    std::string deep = "text";
+    for (int i = 1; i < (tooDeep ? 33 : 32); ++i) deep = "<a>" + deep + "</a>";  // inside the root element
+    const std::string text = verify(guf(replaced(kControl, "<Procedure ", deep + "<Procedure "), kData), type);
+    EXPECT_THAT(text, HasSubstr(tooDeep ? "deeper" : ""));
+    EXPECT_EQ(type, tooDeep ? "format" : "none");
+  }
 
   std::string wide;
   for (int i = 0; i < 100'001; ++i) wide += "<a/>";
   EXPECT_THAT(verify(guf(replaced(kControl, "<Procedure ", wide + "<Procedure "), kData), type), HasSubstr("nodes"));
+  EXPECT_EQ(type, "format");
+}
+
+// Files of the source tree have been left alone for long enough to be remembered; the temporary one has not.
+TEST(UpdateFile, ADigestIsThatOfTheFileAsItIsNow) {
+  const char* source = std::getenv("OX_SOURCE_DIR");
+  if (!source) GTEST_SKIP() << "OX_SOURCE_DIR names the source folder";
+  const auto fresh = [](const ByteRange& range) {
+    std::string bytes(range.size(), '\0');
+    range.read(0, bytes.data(), bytes.size());
+    Sha256 hash;
+    hash.update(bytes.data(), bytes.size());
+    return hash.finish();
+  };
+  const TemporaryFile changing("first");
+  for (int round = 0; round < 3; ++round) {
+    for (const char* name : {"signed.guf", "stored.guf", "bomb.guf", "no_package.guf", "damaged_member.guf"}) {
+      const ByteRange file = ByteRange::open(std::string(source) + "/fuzz/corpus/update_file/" + name);
+      EXPECT_EQ(packageDigest(file), fresh(file)) << name;
+      EXPECT_EQ(packageDigest(file.part(1, file.size() - 1)), fresh(file.part(1, file.size() - 1))) << name;
+      EXPECT_EQ(packageDigest(file), fresh(file)) << name;
+    }
+    changing.write("round " + std::to_string(round));
+    const ByteRange file = ByteRange::open(changing.path());
+    EXPECT_EQ(packageDigest(file), fresh(file));
+  }
+}
+
+TEST(UpdateFile, CountsAndSizesHaveLimits) {
+  const auto repeated = [](const std::string& text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += replaced(text, "#", std::to_string(i));
+    return all;
+  };
+  const std::string update =
+      "<Update Procedure='Main'><Info Key='Version'>#</Info><Info Key='Description'>x</Info><Condition "
+      "Feature='A'>x</Condition></Update>";
+  const struct {
+    const char* before;
+    std::string more;
+    const char* text;
+  } cases[] = {
+      {"<Update ", repeated(update, 999), "more than 1000 updates"},
+      {"<Procedure ", repeated("<Procedure Name='P#'><DeviceReset/></Procedure>", 1000), "more than 1000 procedures"},
+      {"<DeviceReset ", repeated("<FeatureWrite Feature='A' Value='#'/>", 10000), "more than 10000 steps"},
+  };
+  std::string type;
+  for (const auto& c : cases) {
+    EXPECT_THAT(verify(guf(replaced(kControl, c.before, c.more + c.before), kData), type), HasSubstr(c.text));
+    EXPECT_EQ(type, "format") << c.text;
+  }
+  const TemporaryFile file("PK");
+  std::filesystem::resize_file(file.path(), (uint64_t{4} << 30) + 1);
+  EXPECT_THAT(failureOf([&] { CFirmwareUpdater().VerifyGufFile(file.path()); }, type), HasSubstr("4 GiB"));
   EXPECT_EQ(type, "format");
 }
 

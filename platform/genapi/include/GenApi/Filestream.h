@@ -27,6 +27,7 @@ class IFileProtocolAdapter {
   virtual bool attach(INodeMap* pNodeMap) = 0;
   // False when the device refuses. out (with or without trunc) opens for writing, in for reading, both for both.
   virtual bool openFile(const char* pFileName, std::ios_base::openmode mode) = 0;
+  // False when the device refuses.
   virtual bool closeFile(const char* pFileName) = 0;
   // Bytes written from buf to the file's offset offs: fewer than len when the device stops early.
   virtual int64_t write(const char* buf, int64_t offs, int64_t len, const char* pFileName) = 0;
@@ -59,9 +60,9 @@ class FileProtocolAdapter : public IFileProtocolAdapter {
   // that FileSelector does not know, AccessException for a node that is not accessible, TimeoutException for an
   // operation without end.
   bool openFile(const char* pFileName, std::ios_base::openmode mode) override;
+  // Tried once more when a node or port fails on the way; what failed first is reported all the same.
   bool closeFile(const char* pFileName) override;
   int64_t write(const char* buf, int64_t offs, int64_t len, const char* pFileName) override;
-  // Throws RuntimeException when the device refuses a block below the size that FileSize tells.
   int64_t read(char* buf, int64_t offs, int64_t len, const char* pFileName) override;
   // min(length of FileAccessBuffer, maximum of FileAccessLength), rounded down to the length's increment, at least 1.
   int64_t getBufSize(const char* pFileName, std::ios_base::openmode mode) override;
@@ -70,9 +71,9 @@ class FileProtocolAdapter : public IFileProtocolAdapter {
 
   // Why attach answered false: the name of the feature; empty otherwise and for a null node map.
   const std::string& missingFeature() const;
-  // Why the latest operation did what it did: "Success", another symbolic name of FileOperationStatus, or what the
-  // device refused before it was asked to execute.
-  const std::string& lastStatus() const;
+  // How the latest operation ended: "status " and a symbolic name of FileOperationStatus, or why the device was not
+  // even asked to execute it.
+  const std::string& lastOutcome() const;
 
  private:
   struct Nodes;
@@ -89,6 +90,7 @@ template <typename CharType, typename Traits = std::char_traits<CharType>>
 class ODevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
  public:
   using int_type = typename Traits::int_type;
+  static constexpr std::ios_base::openmode kUsualMode = std::ios_base::out | std::ios_base::trunc;
 
   ODevFileStreamBuf();
   // Closes; never throws.
@@ -115,11 +117,13 @@ class ODevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
 };
 
 // Input buffer over a device file, one block of memory, no seeking. Exceptions of nodes and ports pass; a short count
-// is the end of the file.
+// is the end of the file. A block without bytes or with a status other than success is the end, too, except below the
+// size that FileSize tells: RuntimeException "reading file 'X' stopped at byte N of M: status S".
 template <typename CharType, typename Traits = std::char_traits<CharType>>
 class IDevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
  public:
   using int_type = typename Traits::int_type;
+  static constexpr std::ios_base::openmode kUsualMode = std::ios_base::in;
 
   IDevFileStreamBuf();
   // Closes; never throws.
@@ -139,28 +143,38 @@ class IDevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
   std::unique_ptr<DeviceFile> file_;
 };
 
-// Output stream into a device file. Built with exceptions(badbit), so that the original exception of a node, a port or
-// the device's refusal leaves write, put, flush and <<. open and the constructor throw when the file cannot be opened:
-// RuntimeException "file 'X' could not be opened for writing: ...".
-template <typename CharType, typename Traits = std::char_traits<CharType>>
-class ODevFileStreamBase : public std::basic_ostream<CharType, Traits> {
+// What the streams of both directions share. Built with exceptions(badbit), so that the original exception of a node, a
+// port or a device's refusal leaves the formatted and unformatted calls of the standard stream.
+template <typename Stream, typename Buffer>
+class DevFileStreamBase : public Stream {
  public:
-  using StreamBuf = ODevFileStreamBuf<CharType, Traits>;
+  using StreamBuf = Buffer;
 
-  ODevFileStreamBase();
-  ODevFileStreamBase(INodeMap* pNodeMap, const char* pFileName,
-                     std::ios_base::openmode mode = std::ios_base::out | std::ios_base::trunc);
-  // Closes silently: call close() to learn whether the file was taken.
-  ~ODevFileStreamBase() override;
+  DevFileStreamBase();
+  DevFileStreamBase(INodeMap* pNodeMap, const char* pFileName, std::ios_base::openmode mode = Buffer::kUsualMode);
+  // Closes silently.
+  ~DevFileStreamBase() override;
 
   StreamBuf* rdbuf() const { return const_cast<StreamBuf*>(&buffer_); }
   bool is_open() const { return buffer_.is_open(); }
-  // Sets failbit when a file is open already.
-  void open(INodeMap* pNodeMap, const char* pFileName,
-            std::ios_base::openmode mode = std::ios_base::out | std::ios_base::trunc);
-  // Writes the rest and closes. Throws RuntimeException "file 'X' could not be closed: status S", or what the last
-  // block throws; the file counts as closed all the same. Sets failbit when no file is open.
+  // Sets failbit when the buffer's open answers null; its exceptions pass.
+  void open(INodeMap* pNodeMap, const char* pFileName, std::ios_base::openmode mode = Buffer::kUsualMode);
+  // Sets failbit when the buffer's close answers null; its exceptions pass. The file counts as closed all the same.
   void close();
+
+ private:
+  Buffer buffer_;
+};
+
+// Output stream into a device file, replaced unless the mode says otherwise. The constructor and open throw when the
+// file cannot be opened: RuntimeException "file 'X' could not be opened for writing: ...". close writes the rest and
+// throws RuntimeException "file 'X' could not be closed: status S", or what the last block throws; the destructor is
+// silent, so call close to learn whether the file was taken.
+template <typename CharType, typename Traits = std::char_traits<CharType>>
+class ODevFileStreamBase
+    : public DevFileStreamBase<std::basic_ostream<CharType, Traits>, ODevFileStreamBuf<CharType, Traits>> {
+ public:
+  using DevFileStreamBase<std::basic_ostream<CharType, Traits>, ODevFileStreamBuf<CharType, Traits>>::DevFileStreamBase;
 
   // Copies the source to its end, block by block. Exceptions of either side pass; failbit (no exception) when nothing
   // was copied.
@@ -180,37 +194,21 @@ class ODevFileStreamBase : public std::basic_ostream<CharType, Traits> {
     manipulator(*this);
     return *this;
   }
-
- private:
-  StreamBuf buffer_;
 };
 
-// Input stream from a device file. failbit after construction or open when the device lacks the protocol or refuses;
-// exceptions of nodes and ports leave the constructor, open and, by exceptions(badbit), read and get. A status other
-// than success ends the file, except below the size that FileSize tells: RuntimeException "reading file 'X' stopped at
-// byte N of M: status S".
+// Input stream from a device file. failbit after construction or open when the device lacks the protocol or refuses,
+// after close when it refuses; exceptions of nodes and ports leave the constructor, open, close, read and get.
 template <typename CharType, typename Traits = std::char_traits<CharType>>
-class IDevFileStreamBase : public std::basic_istream<CharType, Traits> {
+class IDevFileStreamBase
+    : public DevFileStreamBase<std::basic_istream<CharType, Traits>, IDevFileStreamBuf<CharType, Traits>> {
  public:
-  using StreamBuf = IDevFileStreamBuf<CharType, Traits>;
-
-  IDevFileStreamBase();
-  IDevFileStreamBase(INodeMap* pNodeMap, const char* pFileName, std::ios_base::openmode mode = std::ios_base::in);
-  // Closes silently.
-  ~IDevFileStreamBase() override;
-
-  StreamBuf* rdbuf() const { return const_cast<StreamBuf*>(&buffer_); }
-  bool is_open() const { return buffer_.is_open(); }
-  void open(INodeMap* pNodeMap, const char* pFileName, std::ios_base::openmode mode = std::ios_base::in);
-  // failbit when the device refuses or no file is open; exceptions of nodes and ports pass.
-  void close();
-
- private:
-  StreamBuf buffer_;
+  using DevFileStreamBase<std::basic_istream<CharType, Traits>, IDevFileStreamBuf<CharType, Traits>>::DevFileStreamBase;
 };
 
 extern template class ODevFileStreamBuf<char>;
 extern template class IDevFileStreamBuf<char>;
+extern template class DevFileStreamBase<std::ostream, ODevFileStreamBuf<char>>;
+extern template class DevFileStreamBase<std::istream, IDevFileStreamBuf<char>>;
 extern template class ODevFileStreamBase<char>;
 extern template class IDevFileStreamBase<char>;
 

@@ -1,5 +1,7 @@
 // Everything of the engine's public interface but the firmware update.
 #pragma once
+#include "Base/GCException.h"
+#include "Base/GCUtilities.h"
 #include "GenApi/ChunkAdapter.h"
 #include "GenApi/ChunkPort.h"
 #include "GenApi/EnumClasses.h"

@@ -1,5 +1,7 @@
 // Callbacks on node changes.
 #pragma once
+#include <type_traits>
+
 #include "GenApi/INode.h"
 #include "GenApi/Types.h"
 
@@ -50,7 +52,8 @@ class Member_NodeCallback : public CNodeCallback {
 
 template <class Function>
 CNodeCallback* make_NodeCallback(INode* pNode, const Function& function, ECallbackType CallbackType) {
-  return new Function_NodeCallback<Function>(pNode, function, CallbackType);
+  // The name of a function is kept as a pointer to it.
+  return new Function_NodeCallback<std::decay_t<const Function>>(pNode, function, CallbackType);
 }
 
 template <class Client, class Member>

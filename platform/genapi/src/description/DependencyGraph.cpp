@@ -219,6 +219,10 @@ bool DependencyGraph::accessModeCacheable(NodeIndex x) const {
   return data_->traits.accessModeCacheable(x);
 }
 
+bool DependencyGraph::limitsCacheable(NodeIndex x) const {
+  return data_->traits.limitsCacheable(x);
+}
+
 bool DependencyGraph::accessModeFollowsValues(NodeIndex x) const {
   return data_->traits.accessModeFollowsValues(x);
 }

@@ -50,6 +50,8 @@ class DependencyGraph {
   ECachingMode cachingMode(NodeIndex x) const;
   // False when some value the access mode depends on may not be cached.
   bool accessModeCacheable(NodeIndex x) const;
+  // False when the limits follow those of something that may not be cached without reading its value.
+  bool limitsCacheable(NodeIndex x) const;
   // Whether a change of another node's value can change the node's access mode (guards anywhere below it, tables), or
   // its limits. What does not follow values changes only when a port is connected or invalidated, when something is
   // imposed, or when the node is invalidated by name.

@@ -75,6 +75,7 @@ std::shared_ptr<const Description> DescriptionBuilder::build(HeldBytes&& source)
   TextArena texts(description.moreText_);
   DescriptionParts parts{buffer,
                          text.size(),
+                         text,
                          description.nodes_,
                          description.properties_,
                          description.device_,

@@ -15,6 +15,7 @@ namespace GENAPI_NAMESPACE {
 struct DescriptionParts {
   const char* buffer;  // what the parser works in; offsets in it are offsets in the text
   size_t bufferSize;
+  std::string_view source;  // the text as it was before the parser worked in it
   std::pmr::vector<NodeRecord>& nodes;
   std::pmr::vector<Property>& properties;
   DeviceTexts& device;

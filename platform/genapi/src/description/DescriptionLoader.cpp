@@ -81,9 +81,8 @@ std::shared_ptr<const Description> describe(Text&& text) {
   if (view.size() > kMaxDescriptionBytes) {
     throw LoadFault{0, std::to_string(view.size()) + " bytes, more than " + std::to_string(kMaxDescriptionBytes)};
   }
-  const uint64_t hash = DescriptionCache::hashOf(view);
-  if (std::shared_ptr<const Description> known = DescriptionCache::find(hash, view)) return known;
-  return DescriptionCache::add(hash, DescriptionBuilder::build(hold(std::forward<Text>(text))));
+  if (std::shared_ptr<const Description> known = DescriptionCache::find(view)) return known;
+  return DescriptionCache::add(DescriptionBuilder::build(hold(std::forward<Text>(text))));
 }
 
 void checkContent(bool zip, EContentType contentType) {

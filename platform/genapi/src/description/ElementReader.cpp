@@ -69,7 +69,7 @@ void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element eleme
     parts_.properties.push_back(property);
     return;
   }
-  std::string_view value = textOf(xml);
+  std::string_view value = form == Form::Verbatim ? verbatimTextOf(xml, offset) : textOf(xml);
   if (form != Form::Verbatim) {
     value = trimmed(value);
     if (value.empty()) return;  // not given
@@ -170,7 +170,7 @@ void NodeReader::readNumber(NodeDraft& draft, Property& property, Form form, siz
     property.integer = number.value_or(0);
     if (!number) refuse(" is not an integer");
   } else if (form == Form::Real) {
-    const std::optional<double> number = text::parseFloat(value);
+    const std::optional<double> number = text::parseFloatInRange(value);
     property.real = number.value_or(0);
     if (!number) refuse(" is not a number");
   } else {
@@ -241,6 +241,33 @@ void NodeReader::countLink(NodeDraft& draft, size_t offset) {
 std::string_view NodeReader::textOf(pugi::xml_node xml) {
   if (!xml.first_child()) return xml.value();
   return joinedText(xml);
+}
+
+// The parser drops blanks in front of comments and CDATA sections. A text with one of these is read again from the
+// source, this time with every blank.
+std::string_view NodeReader::verbatimTextOf(pugi::xml_node xml, size_t nameOffset) {
+  const std::string_view source = parts_.source;
+  size_t start = nameOffset;
+  for (char quote = 0; start < source.size() && (quote != 0 || source[start] != '>'); ++start) {
+    const char each = source[start];
+    if (quote != 0 ? each == quote : each == '"' || each == '\'') quote = quote != 0 ? '\0' : each;
+  }
+  if (start >= source.size() || source[start - 1] == '/') return textOf(xml);
+  size_t end = source.find('<', ++start);
+  const auto at = [&](std::string_view mark) { return source.substr(end, mark.size()) == mark; };
+  if (end == source.npos || at("</")) return textOf(xml);
+  while (end != source.npos && !at("</")) {
+    const char* const close = at("<!--") ? "-->" : at("<![CDATA[") ? "]]>" : at("<?") ? "?>" : nullptr;
+    if (close == nullptr) return textOf(xml);  // an element, which has no meaning here
+    end = source.find('<', source.find(close, end));
+  }
+  const std::string whole = "<a>" + std::string(source.substr(start, end - start)) + "</a>";
+  pugi::xml_document document;
+  constexpr unsigned kFlags = pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata;
+  if (!document.load_buffer(whole.data(), whole.size(), kFlags, pugi::encoding_utf8)) return textOf(xml);
+  std::string joined;
+  for (const pugi::xml_node piece : document.first_child()) joined += piece.value();
+  return parts_.texts.join({joined});
 }
 
 std::string_view NodeReader::joinedText(pugi::xml_node xml) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 #include <new>
 
 namespace GENAPI_NAMESPACE {
@@ -18,6 +19,39 @@ size_t mappingSize(size_t size) {
   return (size + kLargePage - 1) / kLargePage * kLargePage + kLargePage;
 }
 
+// The last mapping given up: a program that opens cameras one after the other fills the same pages again. The system
+// may take them back when memory is short.
+class SpareMapping {
+ public:
+  // Null if there is none of that size.
+  void* take(size_t size) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (mapped_ == nullptr || size_ != size) return nullptr;
+    return std::exchange(mapped_, nullptr);
+  }
+  // What is not kept, the caller unmaps.
+  bool keep(void* mapped, size_t size) {
+    if (size > kLargestSpare || ::madvise(mapped, size, MADV_FREE) != 0) return false;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (mapped_ != nullptr) ::munmap(mapped_, size_);
+    mapped_ = mapped;
+    size_ = size;
+    return true;
+  }
+
+ private:
+  static constexpr size_t kLargestSpare = 8 * kLargePage;
+  std::mutex mutex_;
+  void* mapped_ = nullptr;
+  size_t size_ = 0;
+};
+
+// Never destroyed: descriptions may end while the process does.
+SpareMapping& spare() {
+  static SpareMapping& instance = *new SpareMapping;
+  return instance;
+}
+
 }  // namespace
 
 MemoryBlock::MemoryBlock(size_t size) : size_(size) {
@@ -26,21 +60,24 @@ MemoryBlock::MemoryBlock(size_t size) : size_(size) {
     return;
   }
   if (size > SIZE_MAX - 2 * kLargePage) throw std::bad_alloc();
-  void* const mapped =
-      ::mmap(nullptr, mappingSize(size), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (mapped == MAP_FAILED) throw std::bad_alloc();
-  mapped_ = mapped;
-  const uintptr_t address = reinterpret_cast<uintptr_t>(mapped);
-  data_ = static_cast<char*>(mapped) + (kLargePage - address % kLargePage) % kLargePage;
+  const size_t mappedSize = mappingSize(size);
+  mapped_ = spare().take(mappedSize);
+  const bool isFresh = mapped_ == nullptr;
+  if (isFresh) {
+    mapped_ = ::mmap(nullptr, mappedSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (mapped_ == MAP_FAILED) throw std::bad_alloc();
+  }
+  const uintptr_t address = reinterpret_cast<uintptr_t>(mapped_);
+  data_ = static_cast<char*>(mapped_) + (kLargePage - address % kLargePage) % kLargePage;
   // Only a wish: without it the block is the same, just slower to fill.
-  ::madvise(data_, mappingSize(size) - kLargePage, MADV_HUGEPAGE);
+  if (isFresh) ::madvise(data_, mappedSize - kLargePage, MADV_HUGEPAGE);
 }
 
 MemoryBlock::~MemoryBlock() {
-  if (mapped_ != nullptr) {
-    ::munmap(mapped_, mappingSize(size_));
-  } else {
+  if (mapped_ == nullptr) {
     ::operator delete(data_);
+  } else if (const size_t mappedSize = mappingSize(size_); !spare().keep(mapped_, mappedSize)) {
+    ::munmap(mapped_, mappedSize);
   }
 }
 

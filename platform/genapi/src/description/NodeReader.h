@@ -55,6 +55,7 @@ class NodeReader {
   void countLink(NodeDraft& draft, size_t offset);
   std::string_view textOf(pugi::xml_node xml);
   std::string_view joinedText(pugi::xml_node xml);
+  std::string_view verbatimTextOf(pugi::xml_node xml, size_t nameOffset);
   void noteUnknown(pugi::xml_node xml);
   // Leaves a subtree out; only its depth is looked at.
   void skip(pugi::xml_node subtree, int depth) const;

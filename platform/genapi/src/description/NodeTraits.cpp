@@ -13,7 +13,11 @@ constexpr ElementSet kAccessLinks(Element::pValue, Element::pValueCopy, Element:
 // Links whose target has a say in the node's own limits, when it has none of its own.
 constexpr ElementSet kLimitLinks(Element::pValue, Element::pValueCopy, Element::pValueIndexed, Element::pValueDefault);
 
-// Spreads a property of some nodes to every node that has a link of those elements to one of them.
+// Links whose target has a say in the node's own increment, when it has none of its own.
+constexpr ElementSet kIncrementLinks(Element::pValue, Element::pValueIndexed, Element::pValueDefault);
+
+// Spreads a property of some nodes to every node that has a link of those elements to one of them, and beyond, unless
+// `set` leaves the node without it.
 template <class Has, class Set>
 void spread(const Description& description, ElementSet links, Has&& has, Set&& set) {
   const NodeIndex count = static_cast<NodeIndex>(description.nodeCount());
@@ -33,7 +37,7 @@ void spread(const Description& description, ElementSet links, Has&& has, Set&& s
     for (const NodeIndex follower : followers.of(reached[i])) {
       if (has(follower)) continue;
       set(follower);
-      reached.push_back(follower);
+      if (has(follower)) reached.push_back(follower);
     }
   }
 }
@@ -53,7 +57,9 @@ ECachingMode ownCachingMode(const Description& description, NodeIndex node) {
 NodeTraits::NodeTraits(const Description& description, const AdjacencyLists& parents)
     : traits_(description.nodeCount()) {
   findCachingModes(description, parents);
+  findUncacheableIncrements(description);
   findUncacheableAccess(description);
+  findUncacheableLimits(description);
   findValueFollowers(description);
   findFeatures(description);
 }
@@ -80,18 +86,57 @@ void NodeTraits::findCachingModes(const Description& description, const Adjacenc
   }
 }
 
+// Increments that an uncached value decides.
+void NodeTraits::findUncacheableIncrements(const Description& description) {
+  const NodeIndex count = static_cast<NodeIndex>(traits_.size());
+  const auto hasOwn = [&](NodeIndex node) {
+    return description.find(node, Element::Inc) != nullptr || description.find(node, Element::pInc) != nullptr;
+  };
+  for (NodeIndex node = 0; node < count; ++node) {
+    const bool isTable = !kRegisterKinds.has(description.node(node).type) && !hasOwn(node);
+    for (const Property& property : description.properties(node)) {
+      const bool decides = property.element == Element::pInc || property.element == Element::pVariable ||
+                           (isTable && property.element == Element::pIndex);
+      if (decides && cachingMode(property.target) == NoCache) traits_[node].incrementCacheable = false;
+    }
+  }
+  spread(
+      description, kIncrementLinks, [&](NodeIndex node) { return !traits_[node].incrementCacheable; },
+      [&](NodeIndex node) { traits_[node].incrementCacheable = hasOwn(node); });
+}
+
+// A node that reads something uncached is uncached itself, limits included; but a copy is not read.
+void NodeTraits::findUncacheableLimits(const Description& description) {
+  const NodeIndex count = static_cast<NodeIndex>(traits_.size());
+  for (NodeIndex node = 0; node < count; ++node) {
+    for (const Property& property : description.properties(node)) {
+      if (property.element != Element::pValueCopy || cachingMode(property.target) != NoCache) continue;
+      traits_[node].limitsCacheable = false;
+    }
+  }
+  spread(
+      description, kLimitLinks, [&](NodeIndex node) { return !traits_[node].limitsCacheable; },
+      [&](NodeIndex node) { traits_[node].limitsCacheable = false; });
+}
+
 void NodeTraits::findUncacheableAccess(const Description& description) {
   const NodeIndex count = static_cast<NodeIndex>(traits_.size());
   for (NodeIndex node = 0; node < count; ++node) {
     // The index of a table chooses whose mode counts; that of a register only moves its address.
     const bool indexDecides = !kRegisterKinds.has(description.node(node).type);
+    // Copies whose increments differ cannot be written together.
+    const bool incrementsDecide = description.find(node, Element::pValueCopy) != nullptr;
     for (const Property& property : description.properties(node)) {
       const bool decides = kGuards.has(property.element) || (indexDecides && property.element == Element::pIndex);
       if (decides && cachingMode(property.target) == NoCache) traits_[node].accessModeCacheable = false;
+      if (!incrementsDecide || (property.element != Element::pValue && property.element != Element::pValueCopy))
+        continue;
+      if (!traits_[property.target].incrementCacheable) traits_[node].accessModeCacheable = false;
     }
   }
   spread(
-      description, kAccessLinks | kGuards, [&](NodeIndex node) { return !traits_[node].accessModeCacheable; },
+      description, kAccessLinks | kGuards | ElementSet(Element::pPort),
+      [&](NodeIndex node) { return !traits_[node].accessModeCacheable; },
       [&](NodeIndex node) { traits_[node].accessModeCacheable = false; });
 }
 
@@ -102,7 +147,6 @@ void NodeTraits::findValueFollowers(const Description& description) {
     const bool isTable = description.find(node, Element::pIndex) && !kRegisterKinds.has(description.node(node).type);
     traits.accessModeFollowsValues = traits.limitsFollowValues = isTable;
     for (const Property& property : description.properties(node)) {
-      // Copies whose increments differ cannot be written together.
       if (kGuards.has(property.element) || property.element == Element::pValueCopy) {
         traits.accessModeFollowsValues = true;
       }

@@ -16,8 +16,10 @@ namespace {
   throw LoadFault{0, std::move(reason)};
 }
 
+// Where memory ran out, the library often fails without naming an error.
 [[noreturn]] void refuseError(const char* what, zip_error_t* error) {
-  if (zip_error_code_zip(error) == ZIP_ER_MEMORY) throw std::bad_alloc();
+  const int code = zip_error_code_zip(error);
+  if (code == ZIP_ER_MEMORY || code == ZIP_ER_OK) throw std::bad_alloc();
   refuse(std::string(what) + ": " + zip_error_strerror(error));
 }
 

@@ -19,36 +19,32 @@ void setSilently(Stream& stream, std::ios_base::iostate state) {
 
 }  // namespace
 
-// --- writing ---
-
-template <typename CharType, typename Traits>
-ODevFileStreamBase<CharType, Traits>::ODevFileStreamBase()
-    : std::basic_ostream<CharType, Traits>(static_cast<std::basic_streambuf<CharType, Traits>*>(nullptr)) {
+template <typename Stream, typename Buffer>
+DevFileStreamBase<Stream, Buffer>::DevFileStreamBase() : Stream(nullptr) {
   this->init(&buffer_);
   this->exceptions(std::ios_base::badbit);
 }
 
-template <typename CharType, typename Traits>
-ODevFileStreamBase<CharType, Traits>::ODevFileStreamBase(INodeMap* pNodeMap, const char* pFileName,
-                                                         std::ios_base::openmode mode)
-    : ODevFileStreamBase() {
+template <typename Stream, typename Buffer>
+DevFileStreamBase<Stream, Buffer>::DevFileStreamBase(INodeMap* pNodeMap, const char* pFileName,
+                                                     std::ios_base::openmode mode)
+    : DevFileStreamBase() {
   open(pNodeMap, pFileName, mode);
 }
 
-template <typename CharType, typename Traits>
-ODevFileStreamBase<CharType, Traits>::~ODevFileStreamBase() = default;
+template <typename Stream, typename Buffer>
+DevFileStreamBase<Stream, Buffer>::~DevFileStreamBase() = default;
 
-template <typename CharType, typename Traits>
-void ODevFileStreamBase<CharType, Traits>::open(INodeMap* pNodeMap, const char* pFileName,
-                                                std::ios_base::openmode mode) {
+template <typename Stream, typename Buffer>
+void DevFileStreamBase<Stream, Buffer>::open(INodeMap* pNodeMap, const char* pFileName, std::ios_base::openmode mode) {
   if (buffer_.open(pNodeMap, pFileName, mode))
     this->clear();
   else
     this->setstate(std::ios_base::failbit);
 }
 
-template <typename CharType, typename Traits>
-void ODevFileStreamBase<CharType, Traits>::close() {
+template <typename Stream, typename Buffer>
+void DevFileStreamBase<Stream, Buffer>::close() {
   if (!buffer_.close()) this->setstate(std::ios_base::failbit);
 }
 
@@ -64,7 +60,7 @@ ODevFileStreamBase<CharType, Traits>& ODevFileStreamBase<CharType, Traits>::oper
     return *this;
   }
   try {
-    if (buffer_.copyFrom(*source) == 0) this->setstate(std::ios_base::failbit);
+    if (this->rdbuf()->copyFrom(*source) == 0) this->setstate(std::ios_base::failbit);
   } catch (...) {
     setSilently(*this, std::ios_base::badbit);
     throw;
@@ -72,39 +68,8 @@ ODevFileStreamBase<CharType, Traits>& ODevFileStreamBase<CharType, Traits>::oper
   return *this;
 }
 
-// --- reading ---
-
-template <typename CharType, typename Traits>
-IDevFileStreamBase<CharType, Traits>::IDevFileStreamBase()
-    : std::basic_istream<CharType, Traits>(static_cast<std::basic_streambuf<CharType, Traits>*>(nullptr)) {
-  this->init(&buffer_);
-  this->exceptions(std::ios_base::badbit);
-}
-
-template <typename CharType, typename Traits>
-IDevFileStreamBase<CharType, Traits>::IDevFileStreamBase(INodeMap* pNodeMap, const char* pFileName,
-                                                         std::ios_base::openmode mode)
-    : IDevFileStreamBase() {
-  open(pNodeMap, pFileName, mode);
-}
-
-template <typename CharType, typename Traits>
-IDevFileStreamBase<CharType, Traits>::~IDevFileStreamBase() = default;
-
-template <typename CharType, typename Traits>
-void IDevFileStreamBase<CharType, Traits>::open(INodeMap* pNodeMap, const char* pFileName,
-                                                std::ios_base::openmode mode) {
-  if (buffer_.open(pNodeMap, pFileName, mode))
-    this->clear();
-  else
-    this->setstate(std::ios_base::failbit);
-}
-
-template <typename CharType, typename Traits>
-void IDevFileStreamBase<CharType, Traits>::close() {
-  if (!buffer_.close()) this->setstate(std::ios_base::failbit);
-}
-
+template class DevFileStreamBase<std::ostream, ODevFileStreamBuf<char>>;
+template class DevFileStreamBase<std::istream, IDevFileStreamBuf<char>>;
 template class ODevFileStreamBase<char>;
 template class IDevFileStreamBase<char>;
 

@@ -16,7 +16,7 @@ bool DeviceFile::open(INodeMap* map, const char* name, std::ios_base::openmode m
     return false;
   }
   if (!adapter_.openFile(name, mode)) {
-    refusal_ = "status " + adapter_.lastStatus();
+    refusal_ = adapter_.lastOutcome();
     return false;
   }
   try {
@@ -44,8 +44,8 @@ void DeviceFile::write(const char* data, int64_t count) {
   const int64_t written = adapter_.write(data, offset_, count, name_.c_str());
   offset_ += written;
   if (written < count)
-    throw RUNTIME_EXCEPTION("writing file '%s' stopped at byte %lld: status %s", name_.c_str(),
-                            static_cast<long long>(offset_), adapter_.lastStatus().c_str());
+    throw RUNTIME_EXCEPTION("writing file '%s' stopped at byte %lld: %s", name_.c_str(),
+                            static_cast<long long>(offset_), adapter_.lastOutcome().c_str());
   failed_ = false;
 }
 
@@ -60,16 +60,16 @@ int64_t DeviceFile::read(char* data, int64_t count) {
   return got;
 }
 
-// Many devices end a file with a status other than success; below the size that they tell it is a failure.
+// Many devices end a file with a status other than success, others with no bytes; below the size that they tell either
+// is a failure.
 void DeviceFile::checkEnd() const {
-  if (adapter_.lastStatus() == "Success") return;
   auto* size = dynamic_cast<IInteger*>(map_->GetNode("FileSize"));
   if (!IsReadable(size)) return;
   const int64_t total = size->GetValue(false, true);
   if (total > offset_)
-    throw RUNTIME_EXCEPTION("reading file '%s' stopped at byte %lld of %lld: status %s", name_.c_str(),
+    throw RUNTIME_EXCEPTION("reading file '%s' stopped at byte %lld of %lld: %s", name_.c_str(),
                             static_cast<long long>(offset_), static_cast<long long>(total),
-                            adapter_.lastStatus().c_str());
+                            adapter_.lastOutcome().c_str());
 }
 
 bool DeviceFile::close() {
@@ -78,7 +78,7 @@ bool DeviceFile::close() {
 
 void DeviceFile::closeOrThrow() {
   if (!close())
-    throw RUNTIME_EXCEPTION("file '%s' could not be closed: status %s", name_.c_str(), adapter_.lastStatus().c_str());
+    throw RUNTIME_EXCEPTION("file '%s' could not be closed: %s", name_.c_str(), adapter_.lastOutcome().c_str());
 }
 
 }  // namespace GENAPI_NAMESPACE

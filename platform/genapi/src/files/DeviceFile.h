@@ -15,8 +15,9 @@ class DeviceFile {
   bool open(INodeMap* map, const char* name, std::ios_base::openmode mode);
   // As open, but throws RuntimeException "file 'X' could not be opened for writing: ...".
   void openForWriting(INodeMap* map, const char* name, std::ios_base::openmode mode);
-  // "status Failure" or "the device has no FileSelector".
+  // "status Failure" or "the device has no FileSelector". One that the device lacks is also in missingFeature().
   const std::string& refusal() const { return refusal_; }
+  const std::string& missingFeature() const { return adapter_.missingFeature(); }
 
   // The block: what is transferred at once, and memory for it.
   std::vector<char>& block() { return block_; }

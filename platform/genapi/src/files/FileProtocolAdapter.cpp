@@ -8,7 +8,6 @@
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::OutOfRangeException;
-using GENICAM_NAMESPACE::TimeoutException;
 
 namespace {
 
@@ -54,19 +53,18 @@ bool FileProtocolAdapter::openFile(const char* pFileName, std::ios_base::openmod
   const bool out = (mode & std::ios_base::out) != 0;
   const char* openMode = in && out ? "ReadWrite" : out ? "Write" : "Read";
   if ((!in && !out) || (in && out && !nodes_->openMode->GetEntryByName(openMode))) {
-    nodes_->status = "the device has no such open mode";
+    nodes_->outcome =
+        in && out ? "the device has no FileOpenMode ReadWrite" : "neither reading nor writing is asked for";
     return false;
   }
   nodes_->select(pFileName, "Open");
   nodes_->openMode->FromString(openMode);
   try {
     return nodes_->run();
-  } catch (const TimeoutException&) {
-    throw;
   } catch (...) {
     // The device may have opened the file all the same; left open, it could refuse the next attempt.
     try {
-      closeFile(pFileName);
+      if (!nodes_->isStuck) closeFile(pFileName);
     } catch (...) {  // the first failure is the one to report
     }
     throw;
@@ -75,8 +73,20 @@ bool FileProtocolAdapter::openFile(const char* pFileName, std::ios_base::openmod
 
 bool FileProtocolAdapter::closeFile(const char* pFileName) {
   nodes_->require(pFileName);
-  nodes_->select(pFileName, "Close");
-  return nodes_->run();
+  const auto attempt = [&] {
+    nodes_->select(pFileName, "Close");
+    return nodes_->run();
+  };
+  try {
+    return attempt();
+  } catch (...) {
+    // One failed access must not leave the file open: many devices open no other one then.
+    try {
+      if (!nodes_->isStuck) attempt();
+    } catch (...) {  // the first failure is the one to report
+    }
+    throw;
+  }
 }
 
 bool FileProtocolAdapter::deleteFile(const char* pFileName) {
@@ -94,13 +104,13 @@ int64_t FileProtocolAdapter::write(const char* buf, int64_t offs, int64_t len, c
     nodes_->keepSelected(pFileName, "Write");
     const int64_t wanted = std::min(len - done, nodes_->blockSize());
     if (offs + done > nodes_->offset->GetMax()) {
-      nodes_->status = "offset beyond the maximum of FileAccessOffset";
+      nodes_->outcome = "the offset is beyond the maximum of FileAccessOffset";
       break;
     }
     nodes_->offset->SetValue(offs + done);
     const int64_t announced = nodes_->announceLength(wanted);
     if (announced < 1) {
-      nodes_->status = "FileAccessLength accepts no length";
+      nodes_->outcome = "FileAccessLength accepts no length";
       break;
     }
     const int64_t count = std::min(wanted, announced);
@@ -108,7 +118,7 @@ int64_t FileProtocolAdapter::write(const char* buf, int64_t offs, int64_t len, c
     if (!nodes_->run()) break;
     const int64_t taken = nodes_->result->GetValue(false, true);
     if (taken <= 0 || taken > announced) {
-      nodes_->status = "result " + std::to_string(taken) + " for " + std::to_string(announced) + " bytes";
+      nodes_->outcome += ", but " + std::to_string(taken) + " of " + std::to_string(announced) + " bytes";
       break;
     }
     done += std::min(taken, count);
@@ -129,12 +139,12 @@ int64_t FileProtocolAdapter::read(char* buf, int64_t offs, int64_t len, const ch
     } catch (const OutOfRangeException&) {
       // Limits and increments may keep the offset from reaching the end of the file.
       if (offs + done == 0) throw;
-      nodes_->status = "offset refused by FileAccessOffset";
+      nodes_->outcome = "FileAccessOffset does not accept the offset";
       break;
     }
     const int64_t announced = nodes_->announceLength(wanted);
     if (announced < 1) {
-      nodes_->status = "FileAccessLength accepts no length";
+      nodes_->outcome = "FileAccessLength accepts no length";
       break;
     }
     if (!nodes_->run()) break;
@@ -156,8 +166,8 @@ const std::string& FileProtocolAdapter::missingFeature() const {
   return nodes_->missing;
 }
 
-const std::string& FileProtocolAdapter::lastStatus() const {
-  return nodes_->status;
+const std::string& FileProtocolAdapter::lastOutcome() const {
+  return nodes_->outcome;
 }
 
 }  // namespace GENAPI_NAMESPACE

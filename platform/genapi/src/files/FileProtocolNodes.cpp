@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <thread>
 
 #include "Base/GCException.h"
 #include "GenApi/IEnumEntry.h"
+#include "files/CommandWait.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -17,6 +17,7 @@ using GENICAM_NAMESPACE::OutOfRangeException;
 namespace {
 
 constexpr int64_t kBufferAccessUnit = 4;  // transports move registers in groups of four bytes
+constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{50};
 
 int64_t roundUp(int64_t value, int64_t unit) {
@@ -114,29 +115,19 @@ void FileProtocolAdapter::Nodes::fillBuffer(const char* bytes, int64_t count, in
 
 bool FileProtocolAdapter::Nodes::run() {
   execute->Execute();
-  waitUntilDone();
+  if (!waitUntilDone(*execute, std::chrono::milliseconds(kFileOperationTimeout), kFirstPause, kLongestPause)) {
+    isStuck = true;
+    throw TIMEOUT_EXCEPTION("file '%s': operation '%s' has not finished within %lld ms", file.entry.c_str(),
+                            operation.entry.c_str(), static_cast<long long>(kFileOperationTimeout));
+  }
   const int64_t value = operationStatus->GetIntValue(false, true);
   if (hasSuccess && value == successValue) {
-    status = "Success";
+    outcome = "status Success";
     return true;
   }
   const IEnumEntry* entry = operationStatus->GetEntry(value);
-  status = entry ? entry->GetSymbolic().c_str() : std::to_string(value);
+  outcome = "status " + (entry ? std::string(entry->GetSymbolic().view()) : std::to_string(value));
   return false;
-}
-
-void FileProtocolAdapter::Nodes::waitUntilDone() const {
-  using Clock = std::chrono::steady_clock;
-  std::chrono::milliseconds pause{0};
-  Clock::time_point start;
-  while (!execute->IsDone()) {
-    if (start == Clock::time_point()) start = Clock::now();
-    if (Clock::now() - start > std::chrono::milliseconds(kFileOperationTimeout))
-      throw TIMEOUT_EXCEPTION("file '%s': operation '%s' has not finished within %lld ms", file.entry.c_str(),
-                              operation.entry.c_str(), static_cast<long long>(kFileOperationTimeout));
-    std::this_thread::sleep_for(pause);
-    pause = std::clamp(pause * 2, std::chrono::milliseconds(1), kLongestPause);
-  }
 }
 
 }  // namespace GENAPI_NAMESPACE

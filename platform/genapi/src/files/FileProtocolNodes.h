@@ -27,7 +27,8 @@ struct FileProtocolAdapter::Nodes {
 
   bool attached = false;
   std::string missing;
-  std::string status;
+  std::string outcome;   // of the latest operation, for texts
+  bool isStuck = false;  // an operation has not finished within its limit
 
   Selection file;
   Selection operation;
@@ -58,9 +59,6 @@ struct FileProtocolAdapter::Nodes {
   void fillBuffer(const char* bytes, int64_t count, int64_t announced);
   // Executes the operation and waits for its end; whether its status is success. Throws TimeoutException.
   bool run();
-
- private:
-  void waitUntilDone() const;
 };
 
 }  // namespace GENAPI_NAMESPACE

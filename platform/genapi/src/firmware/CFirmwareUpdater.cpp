@@ -54,7 +54,7 @@ void CFirmwareUpdater::ReadFirmwareUpdateInfos(const gcstring& Filename, IFirmwa
                                                const char* pPreferredLanguageCode) const {
   const GufFile file(Filename.c_str(), MissingMember::isFormatError);
   const UpdateControl control(file.readControl(), controlOf(file.path()));
-  const Sha256::Digest digest = file.packageDigest();
+  const Sha256::Digest digest = file.digest();
   for (size_t i = 0; i < control.updates().size(); ++i)
     if (!Collector.OnUpdateRead(makeInfo(file, digest, control, i, pPreferredLanguageCode))) return;
 }

@@ -9,6 +9,7 @@
 
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
 #include "firmware/GufLimits.h"
+#include "firmware/PackageDigest.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -119,15 +120,8 @@ GufFile::GufFile(const std::string& path, MissingMember missing)
 
 GufFile::~GufFile() = default;
 
-Sha256::Digest GufFile::packageDigest() const {
-  Sha256 hash;
-  std::array<uint8_t, 65536> part;
-  for (uint64_t at = 0; at < layout_.package.size(); at += part.size()) {
-    const auto size = static_cast<size_t>(std::min<uint64_t>(part.size(), layout_.package.size() - at));
-    layout_.package.read(at, part.data(), size);
-    hash.update(part.data(), size);
-  }
-  return hash.finish();
+Sha256::Digest GufFile::digest() const {
+  return packageDigest(layout_.package);
 }
 
 std::string GufFile::labelOf(std::string_view member) const {

@@ -59,8 +59,8 @@ class GufFile {
 
   const std::string& path() const { return layout_.file.path(); }
   uint64_t fileSize() const { return layout_.file.size(); }
-  // Reads the whole package.
-  Sha256::Digest packageDigest() const;
+  // Of the whole package.
+  Sha256::Digest digest() const;
 
   // control.xml. Throws when it is missing or longer than kMaxControlBytes, and as MemberReader::read.
   std::string readControl() const;

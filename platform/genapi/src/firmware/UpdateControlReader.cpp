@@ -5,6 +5,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <set>
+#include <string_view>
 #include <unordered_map>
 
 #include "FirmwareUpdate/FirmwareUpdateInfo.h"
@@ -22,14 +23,33 @@ bool isBlank(const char* text) {
   return text[std::strspn(text, " \t\r\n")] == '\0';
 }
 
-// Visits every node without recursion; false as soon as one of the limits is exceeded.
-bool withinLimits(const pugi::xml_document& document, bool& hasDoctype) {
+// Which attribute an element has twice, which the parser does not mind; null for none.
+const char* repeatedAttribute(pugi::xml_node element) {
+  if (!element.first_attribute().next_attribute()) return nullptr;
+  std::set<std::string_view> names;
+  for (const pugi::xml_attribute attribute : element.attributes())
+    if (!names.insert(attribute.name()).second) return attribute.name();
+  return nullptr;
+}
+
+struct Oddities {
+  bool isTooLarge = false;
+  bool hasDoctype = false;
+  const char* repeated = nullptr;  // an attribute
+};
+
+// Visits every node without recursion, as long as none of the limits is exceeded.
+Oddities odditiesOf(const pugi::xml_document& document) {
+  Oddities odd;
   size_t nodes = 0;
   int depth = 1;
   pugi::xml_node node = document.first_child();
   while (node) {
-    if (++nodes > kMaxControlNodes || depth > kMaxControlDepth) return false;
-    if (node.type() == pugi::node_doctype) hasDoctype = true;
+    const bool isElement = node.type() == pugi::node_element;
+    odd.isTooLarge = ++nodes > kMaxControlNodes || (isElement && depth > kMaxControlDepth);
+    if (odd.isTooLarge) return odd;
+    if (node.type() == pugi::node_doctype) odd.hasDoctype = true;
+    if (isElement && !odd.repeated) odd.repeated = repeatedAttribute(node);
     if (node.first_child()) {
       node = node.first_child();
       ++depth;
@@ -38,11 +58,23 @@ bool withinLimits(const pugi::xml_document& document, bool& hasDoctype) {
     while (node && !node.next_sibling()) {
       node = node.parent();
       --depth;
-      if (depth < 1) return true;
+      if (depth < 1) return odd;
     }
     node = node.next_sibling();
   }
-  return true;
+  return odd;
+}
+
+// A reference to the character 0 ("&#0;", "&#x00;"), which XML does not allow. The parser takes it for the end of a
+// text, so that what stands behind it would be lost without a word.
+bool refersToNul(const std::string& text) {
+  for (size_t at = text.find("&#"); at != std::string::npos; at = text.find("&#", at)) {
+    at += 2;
+    if (at < text.size() && text[at] == 'x') ++at;
+    const size_t end = text.find_first_not_of('0', at);
+    if (end != std::string::npos && end > at && text[end] == ';') return true;
+  }
+  return false;
 }
 
 void expectAttributes(pugi::xml_node element, std::initializer_list<const char*> known, std::string& unknown) {
@@ -71,17 +103,23 @@ bool oneOf(const std::string& value, const char* first, const char* second) {
 void UpdateControlReader::read(const std::string& text) {
   if (static_cast<size_t>(std::count(text.begin(), text.end(), '<')) > kMaxTagBrackets)
     refuse("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes");
+  if (refersToNul(text))
+    throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed: it refers to the character 0",
+                                                     where_.c_str());
   pugi::xml_document document;
   const pugi::xml_parse_result result = document.load_buffer(
       text.data(), text.size(), pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata_single);
   if (!result)
     throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed at byte %lld: %s", where_.c_str(),
                                                      static_cast<long long>(result.offset), result.description());
-  bool hasDoctype = false;
-  if (!withinLimits(document, hasDoctype))
+  const Oddities odd = odditiesOf(document);
+  if (odd.isTooLarge)
     refuse("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes or is nested deeper than " +
                            std::to_string(kMaxControlDepth));
-  if (hasDoctype) refuse("document", "has a DOCTYPE, which is not accepted");
+  if (odd.hasDoctype) refuse("document", "has a DOCTYPE, which is not accepted");
+  if (odd.repeated)
+    throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed: an element has two attributes '%s'",
+                                                     where_.c_str(), odd.repeated);
   const pugi::xml_node root = document.document_element();
   for (pugi::xml_node other = root.next_sibling(); other; other = other.next_sibling())
     if (other.type() == pugi::node_element)

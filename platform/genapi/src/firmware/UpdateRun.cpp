@@ -3,19 +3,20 @@
 #include <algorithm>
 #include <chrono>
 #include <set>
-#include <thread>
 
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
 #include "GenApi/ICommand.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
 #include "GenApi/IValue.h"
+#include "files/CommandWait.h"
 #include "files/DeviceFile.h"
 
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 using GENICAM_NAMESPACE::GenericException;
+using GENICAM_NAMESPACE::RuntimeException;
 
 namespace {
 
@@ -78,9 +79,13 @@ void UpdateRun::checkPreconditions() {
 
 // Everything that can be wrong with the file shows here, before the device is touched.
 void UpdateRun::acquireData() {
-  file_ = std::make_unique<GufFile>(update_.path, MissingMember::isFileNotFound);
-  if (file_->fileSize() != update_.fileSize || file_->packageDigest() != update_.packageDigest)
-    throw RUNTIME_EXCEPTION("'%s': has changed since it was read", update_.path.c_str());
+  bool isSame = false;
+  try {
+    file_ = std::make_unique<GufFile>(update_.path, MissingMember::isFormatError);
+    isSame = file_->fileSize() == update_.fileSize && file_->digest() == update_.packageDigest;
+  } catch (const FormatException&) {  // it was an update file when it was read
+  }
+  if (!isSame) throw RUNTIME_EXCEPTION("'%s': has changed since it was read", update_.path.c_str());
   const UpdateControl control(file_->readControl(), "'" + update_.path + "': control.xml");
   const UpdateProcedure* procedure = control.procedure(update_.procedure);
   if (!procedure)
@@ -114,18 +119,13 @@ void UpdateRun::write(const UpdateStep& step) {
 }
 
 void UpdateRun::execute(const UpdateStep& step, bool wait) {
-  using Clock = std::chrono::steady_clock;
   auto& command = featureOf<ICommand>(step, "a command");
   const auto limit = std::max(kShortestCommandLimit, std::chrono::milliseconds(int64_t{3} * step.estimatedMs));
-  const Clock::time_point start = Clock::now();
   command.Execute();
   if (!wait) return;  // the device may be on its way down already
-  while (!command.IsDone()) {
-    if (Clock::now() - start > limit)
-      throw TIMEOUT_EXCEPTION("step %zu %s '%s': has not finished within %lld ms", stepNumber_, step.element,
-                              step.feature.c_str(), static_cast<long long>(limit.count()));
-    std::this_thread::sleep_for(kCommandPoll);
-  }
+  if (!waitUntilDone(command, limit, kCommandPoll, kCommandPoll))
+    throw TIMEOUT_EXCEPTION("step %zu %s '%s': has not finished within %lld ms", stepNumber_, step.element,
+                            step.feature.c_str(), static_cast<long long>(limit.count()));
 }
 
 void UpdateRun::expect(const UpdateStep& step) {
@@ -138,7 +138,13 @@ void UpdateRun::expect(const UpdateStep& step) {
 void UpdateRun::upload(const UpdateStep& step) {
   MemberReader source = file_->openMember(step.file);
   DeviceFile target;
-  target.openForWriting(&nodeMap(), step.feature.c_str(), std::ios_base::out | std::ios_base::trunc);
+  try {
+    target.openForWriting(&nodeMap(), step.feature.c_str(), std::ios_base::out | std::ios_base::trunc);
+  } catch (const RuntimeException&) {
+    if (target.missingFeature().empty()) throw;
+    throw RUNTIME_EXCEPTION("step %zu %s '%s': the device has no %s", stepNumber_, step.element, step.feature.c_str(),
+                            target.missingFeature().c_str());
+  }
   try {
     uint64_t done = 0;
     for (;;) {

@@ -12,6 +12,8 @@ EvaluationStep::EvaluationStep(NodeMap& map, NodeBase& node)
     throw LOGICAL_ERROR_EXCEPTION("%.*s: more than %d nodes depend on each other in one evaluation",
                                   static_cast<int>(node.name().size()), node.name().data(), kMaxLinkDepth);
   }
+  node.requireSound();  // a defective node lacks what an evaluation counts on
+  map.noteUse();
   map.evaluation() = this;
 }
 

@@ -12,7 +12,7 @@ class NodeMap;
 
 class EvaluationStep {
  public:
-  // Throws LogicalErrorException past kMaxLinkDepth.
+  // Throws LogicalErrorException past kMaxLinkDepth, RuntimeException for a defective node.
   EvaluationStep(NodeMap& map, NodeBase& node);
   ~EvaluationStep();
   EvaluationStep(const EvaluationStep&) = delete;

@@ -2,6 +2,7 @@
 // node map implements ILiveData; it is reached by dynamic_cast from INodeMap.
 #pragma once
 #include <span>
+#include <string>
 
 #include "Base/GCTypes.h"
 #include "GenApi/Container.h"
@@ -65,6 +66,10 @@ class LiveChange {
   // is dropped, nothing fires, the exception leaves.
   virtual std::span<INode* const> apply() = 0;
 
+  // To be cleared by apply() when the ports only answer with other bytes: access modes that follow from no value then
+  // need not be found anew for every frame or message.
+  bool accessMayChange = true;
+
  protected:
   ~LiveChange() = default;
 };
@@ -75,13 +80,15 @@ class ILiveData {
   virtual void chunkPorts(NodeList_t& nodes) = 0;
   // Nodes with an EventID, in description order. The list is replaced; no other node is built.
   virtual void eventNodes(NodeList_t& nodes) = 0;
-  // Drops the caches and the cached access modes of the port's registers and of everything in their deps, without
-  // callbacks. Takes the lock.
-  virtual void dropPortSilently(INode* portNode) = 0;
+  // Drops the caches of the port's registers and of everything in their deps, without callbacks; their access modes
+  // too, where these may change with more than values. Takes the lock.
+  virtual void dropPortSilently(INode* portNode, bool accessMayChange) = 0;
   // One operation: takes the lock once, applies the change, invalidates the nodes returned with their deps (for a port
-  // node: all its registers and their deps, cached access modes included), fires every callback of every node reached
-  // once inside the lock, releases the lock, fires the callbacks outside the lock.
+  // node: all its registers and their deps; access modes as the change says), fires every callback of every node
+  // reached once inside the lock, releases the lock, fires the callbacks outside the lock.
   virtual void changeTogether(LiveChange& change) = 0;
+  // "Addressed > ... > Node": through which nodes the evaluation under way has come to this one. Under the map's lock.
+  virtual std::string pathTo(INode* node) const = 0;
   // Told at the end of the map's life, before any node is destroyed. To be joined and left under the map's lock.
   virtual MapEndRing& endObservers() = 0;
 

@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
 
 #include "Base/GCException.h"
@@ -25,6 +26,22 @@ constexpr size_t alignUp(size_t bytes, size_t unit) {
   return (bytes + unit - 1) / unit * unit;
 }
 
+// Fresh zero pages from the system: only what is used will cost memory, whatever the heap holds. A few pages come
+// faster from the heap.
+constexpr size_t kFewPages = 32 << 10;
+
+void* zeroedBlock(size_t bytes) {
+  void* const block = bytes <= kFewPages
+                          ? std::calloc(1, bytes)
+                          : mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (block == nullptr || block == MAP_FAILED) throw std::bad_alloc();
+  return block;
+}
+
+void freeBlock(void* block, size_t bytes) {
+  bytes <= kFewPages ? std::free(block) : static_cast<void>(munmap(block, bytes));
+}
+
 // Operations inside callbacks of operations, of this thread.
 thread_local int firingNesting = 0;
 
@@ -39,9 +56,7 @@ NodeMap::NodeMap(LoadedDescription loaded, const gcstring& deviceName)
   const size_t readyAt = count * sizeof(NodeState);
   const size_t arenaAt = alignUp(readyAt + count, alignof(std::max_align_t));
   blockBytes_ = std::max<size_t>(arenaAt + layout_.arenaBytes(), 1);
-  // Fresh zero pages from the system: only what is used will cost memory, whatever the heap holds.
-  block_ = mmap(nullptr, blockBytes_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (block_ == MAP_FAILED) throw std::bad_alloc();
+  block_ = zeroedBlock(blockBytes_);
   auto* bytes = static_cast<std::byte*>(block_);
   states_ = reinterpret_cast<NodeState*>(bytes);
   ready_ = reinterpret_cast<std::atomic<uint8_t>*>(bytes + readyAt);
@@ -54,7 +69,7 @@ NodeMap::~NodeMap() {
   for (NodeIndex index = 0; index < description_->nodeCount(); ++index) {
     if (NodeBase* node = nodeIfBuilt(index)) node->~NodeBase();
   }
-  munmap(block_, blockBytes_);
+  freeBlock(block_, blockBytes_);
 }
 
 void NodeMap::build(NodeIndex index) const {
@@ -201,13 +216,13 @@ void NodeMap::eventNodes(NodeList_t& nodes) {
   for (const NodeIndex index : description_->eventNodes()) nodes.push_back(publicNode(index));
 }
 
-void NodeMap::dropPortSilently(INode* portNode) {
-  operate(nullptr, [&] { dropPort(static_cast<NodeBase*>(portNode)->index()); });
+void NodeMap::dropPortSilently(INode* portNode, bool accessMayChange) {
+  operate(nullptr, [&] { dropPort(static_cast<NodeBase*>(portNode)->index(), accessMayChange); });
 }
 
 void NodeMap::changeTogether(LiveChange& change) {
   operate(nullptr, [&] {
-    for (INode* each : change.apply()) invalidated(static_cast<NodeBase*>(each)->index());
+    for (INode* each : change.apply()) invalidated(static_cast<NodeBase*>(each)->index(), change.accessMayChange);
   });
 }
 
@@ -233,10 +248,11 @@ void NodeMap::dropDependents(NodeIndex index) const {
   for (const NodeIndex each : graph().dependents(index, scratch_)) dropComputed(each, false);
 }
 
-void NodeMap::dropPort(NodeIndex index) const {
+void NodeMap::dropPort(NodeIndex index, bool accessMayChange) const {
   ++stamp_;
-  for (const NodeIndex each : graph().dependents(index, scratch_)) dropNode(each);
-  dropNode(index);
+  if (!inUse_) return;  // ports are connected to every new map, which must not take the graph
+  for (const NodeIndex each : graph().dependents(index, scratch_)) dropComputed(each, accessMayChange);
+  dropComputed(index, accessMayChange);
 }
 
 void NodeMap::collectDependents(NodeIndex index) const {
@@ -252,13 +268,13 @@ void NodeMap::changed(NodeIndex index) const {
   collect(index);
 }
 
-void NodeMap::invalidated(NodeIndex index) const {
+void NodeMap::invalidated(NodeIndex index, bool evenSteady) const {
   ++stamp_;
   for (const NodeIndex each : graph().dependents(index, scratch_)) {
-    dropNode(each);
+    dropComputed(each, evenSteady);
     collect(each);
   }
-  dropNode(index);
+  dropComputed(index, evenSteady);
   collect(index);
 }
 
@@ -268,6 +284,10 @@ void NodeMap::forgetPlace(NodeIndex user) const noexcept {
 
 bool NodeMap::mayUseWritten(NodeIndex user) const {
   return node(user).mayUseWritten();
+}
+
+std::string NodeMap::pathTo(INode* node) const {
+  return pathTo(*static_cast<NodeBase*>(node));
 }
 
 std::string NodeMap::pathTo(const NodeBase& refusing) const {

@@ -72,8 +72,9 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   // ILiveData
   void chunkPorts(NodeList_t& nodes) override;
   void eventNodes(NodeList_t& nodes) override;
-  void dropPortSilently(INode* portNode) override;
+  void dropPortSilently(INode* portNode, bool accessMayChange) override;
   void changeTogether(LiveChange& change) override;
+  std::string pathTo(INode* node) const override;
   MapEndRing& endObservers() override { return endObservers_; }
 
   // --- for the nodes; all of it under the lock unless said otherwise ---
@@ -107,8 +108,10 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   uint64_t stamp() const { return stamp_; }
   // Drops what followed from the node's value in everything that depends on it.
   void dropDependents(NodeIndex index) const;
+  // Something may be remembered from now on.
+  void noteUse() const { inUse_ = true; }
   // The same for a port, which access modes depend on too.
-  void dropPort(NodeIndex index) const;
+  void dropPort(NodeIndex index, bool accessMayChange = true) const;
   // Drops the node's own caches; a register also forgets the content of its place.
   void dropNode(NodeIndex index) const;
   // Adds the node, or everything that depends on it, to what is called back at the end of the operation.
@@ -118,8 +121,9 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   void collectDependents(NodeIndex index) const;
   // The node's value has changed: drops and collects what depends on it; then the node itself is collected too.
   void changed(NodeIndex index) const;
-  // Drops and collects the node with everything that depends on it.
-  void invalidated(NodeIndex index) const;
+  // Drops and collects the node with everything that depends on it. Access modes and limits that follow from no value
+  // may be spared.
+  void invalidated(NodeIndex index, bool evenSteady = true) const;
   // Runs a change of remembered content that a read has brought about: evaluations under way that have used nothing
   // else yet may keep their results all the same.
   template <class Change>
@@ -175,6 +179,7 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   mutable CLock lock_;
   mutable uint64_t stamp_ = 1;
   mutable EvaluationStep* evaluation_ = nullptr;
+  mutable bool inUse_ = false;      // a node was asked or written before; until then there is nothing to drop
   mutable int operationDepth_ = 0;  // of the operation under way; an operation inside a callback starts anew
   mutable std::vector<NodeIndex> collected_;
   mutable RegisterCache registers_{const_cast<NodeMap&>(*this)};
@@ -222,6 +227,7 @@ class NodeMap::Operation {
 template <class Body>
 auto NodeMap::operate(NodeBase* addressed, Body&& body) const -> decltype(body()) {
   Operation operation(*this);
+  if (addressed) noteUse();
   try {
     if constexpr (std::is_void_v<decltype(body())>) {
       body();

@@ -59,7 +59,7 @@ void RegisterCache::forgetComputed(Place& place, NodeIndex except) {
   }
 }
 
-void RegisterCache::fillFromRead(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex reader) {
+void RegisterCache::fillFromRead(Place& place, const uint8_t* bytes, uint64_t stamp) {
   const auto length = static_cast<size_t>(place.key_.length);
   const bool changed = place.known_ && std::memcmp(place.bytes(), bytes, length) != 0;
   if (!place.known_ || changed) std::memcpy(place.storage(), bytes, length);
@@ -67,10 +67,8 @@ void RegisterCache::fillFromRead(Place& place, const uint8_t* bytes, uint64_t st
   place.fromWrite_ = false;
   place.fillStamp_ = stamp;
   if (changed) {
-    map_.sparingEvaluations([&] {
-      forgetComputed(place, reader);
-      map_.dropDependents(reader);
-    });
+    // The reader's own number goes too: it may be reading the bytes alone.
+    map_.sparingEvaluations([&] { forgetComputed(place, kNoNode); });
   }
   place.used_ = true;
 }

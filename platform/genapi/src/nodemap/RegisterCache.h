@@ -74,7 +74,7 @@ class RegisterCache {
   // The place with that key, or null.
   Place* find(const PlaceKey& key);
   // Remembers what was read; the operation that read began at `stamp`.
-  void fillFromRead(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex reader);
+  void fillFromRead(Place& place, const uint8_t* bytes, uint64_t stamp);
   // Remembers what a node that may also read has written.
   void fillFromWrite(Place& place, const uint8_t* bytes, uint64_t stamp, NodeIndex writer);
   // Remembers the first bytes of what was written, for merging only.

@@ -17,20 +17,28 @@ EnumerationNode::EnumerationNode(NodeMap& map, NodeIndex index)
   }
 }
 
+EAccessMode EnumerationNode::modeOf(const EntryRecord& entry) const {
+  if (entry.isPlain && !(map().state(entry.node).flags & kImposed)) return RO;
+  return map().node(entry.node).accessMode();
+}
+
 bool EnumerationNode::isAvailable(const EntryRecord& entry) const {
-  if (entry.isPlain && !(map().state(entry.node).flags & kImposed)) return true;
-  return IsAvailable(map().node(entry.node).accessMode());
+  return IsAvailable(modeOf(entry));
 }
 
 const EntryRecord* EnumerationNode::entryOf(int64_t value) const {
+  if (soleEntry_ && soleEntry_->value == value) return soleEntry_;
   const auto [first, last] = table().withValue(value);
   if (first == last) return nullptr;
-  if (last - first > 1) {
-    for (const uint32_t* each = first; each != last; ++each) {
-      if (isAvailable(table().entries()[*each])) return &table().entries()[*each];
-    }
+  const EntryRecord* const entry = &table().entries()[*first];
+  if (last - first == 1) {
+    soleEntry_ = entry;
+    return entry;
   }
-  return &table().entries()[*first];
+  for (const uint32_t* each = first; each != last; ++each) {
+    if (isAvailable(table().entries()[*each])) return &table().entries()[*each];
+  }
+  return entry;
 }
 
 IEnumEntry* EnumerationNode::publicEntry(const EntryRecord* entry) const {
@@ -41,8 +49,9 @@ EAccessMode EnumerationNode::typeMode() {
   const EAccessMode own = isFloating() ? RW : map().node(link_).accessMode();
   bool allUnimplemented = true;
   for (const EntryRecord& each : table().entries()) {
-    if (isAvailable(each)) return own;
-    if (map().node(each.node).accessMode() != NI) allUnimplemented = false;
+    const EAccessMode mode = modeOf(each);
+    if (IsAvailable(mode)) return own;
+    if (mode != NI) allUnimplemented = false;
   }
   return allUnimplemented ? NI : Combine(own, NA);
 }
@@ -211,6 +220,7 @@ void EnumerationNode::GetSymbolics(StringList_t& Symbolics) {
 
 void EnumerationNode::GetEntries(NodeList_t& Entries) {
   Entries.clear();
+  Entries.reserve(properties().size());
   for (const Property& each : properties()) {
     if (each.element == Element::EnumEntry || each.element == Element::pEnumEntry) {
       Entries.push_back(&map().node(each.target));

@@ -42,6 +42,7 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
 
  private:
   const EntryTable& table() const { return *table_; }
+  EAccessMode modeOf(const EntryRecord& entry) const;
   bool isAvailable(const EntryRecord& entry) const;
   // The entry that stands for a value: the first available one, else the first; null when there is none.
   const EntryRecord* entryOf(int64_t value) const;
@@ -63,6 +64,8 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
   int64_t clearingValue_ = 0;  // the value of the entry that is to clear itself
   int64_t held_ = 0;
   int64_t value_ = 0;  // kHasValue
+  // The last entry found that is the only one with its value: mostly the current one. Guarded by the map's lock.
+  mutable const EntryRecord* soleEntry_ = nullptr;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -124,8 +124,9 @@ gcstring FloatFace::readText(Reading how) {
   const EDisplayNotation notation = displayNotation();
   const int64_t precision = displayPrecision();
   std::string printed = text::printFloat(value, notation, precision);
+  // Rounded up, the largest numbers print as one that no double holds.
   const auto back = text::parseFloat(printed);
-  if (back && *back != value) {
+  if (std::isfinite(value) && back != value) {
     try {
       const double min = floatMin();
       const double max = floatMax();

@@ -1,6 +1,7 @@
 #include "nodes/FormulaSet.h"
 
 #include "Base/GCException.h"
+#include "formula/FormulaFunctions.h"
 #include "nodes/EnumerationNode.h"
 
 namespace GENAPI_NAMESPACE {
@@ -9,19 +10,22 @@ using formula::Arithmetic;
 using formula::DeclaredName;
 using formula::FormulaProgram;
 
-FormulaSet::Aspect FormulaSet::aspectOf(std::string_view declared, std::string_view& entry) {
+FormulaSet::Aspect FormulaSet::aspectOf(std::string_view declared, std::string_view& entry) const {
+  const auto same = [&](std::string_view a, std::string_view b) {
+    return foldCase_ ? formula::equalsIgnoringCase(a, b) : a == b;
+  };
   const size_t dot = declared.find('.');
   if (dot == std::string_view::npos) return Aspect::Value;
   const std::string_view suffix = declared.substr(dot + 1);
-  if (suffix == "Value") return Aspect::Value;
-  if (suffix == "Min") return Aspect::Min;
-  if (suffix == "Max") return Aspect::Max;
-  if (suffix == "Inc") return Aspect::Increment;
-  if (suffix == "AccessMode") return Aspect::AccessMode;
-  if (suffix == "Visibility") return Aspect::Visibility;
-  if (suffix == "CachingMode") return Aspect::CachingMode;
+  if (same(suffix, "Value")) return Aspect::Value;
+  if (same(suffix, "Min")) return Aspect::Min;
+  if (same(suffix, "Max")) return Aspect::Max;
+  if (same(suffix, "Inc")) return Aspect::Increment;
+  if (same(suffix, "AccessMode")) return Aspect::AccessMode;
+  if (same(suffix, "Visibility")) return Aspect::Visibility;
+  if (same(suffix, "CachingMode")) return Aspect::CachingMode;
   constexpr std::string_view kEntry = "Entry.";
-  if (!suffix.starts_with(kEntry)) return Aspect::Unknown;
+  if (!same(suffix.substr(0, kEntry.size()), kEntry)) return Aspect::Unknown;
   entry = suffix.substr(kEntry.size());
   return Aspect::Entry;
 }

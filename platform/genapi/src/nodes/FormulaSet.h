@@ -38,7 +38,7 @@ class FormulaSet final : public Derived {
     Aspect aspect = Aspect::Value;
     std::string_view entry;  // of Aspect::Entry
   };
-  static Aspect aspectOf(std::string_view declared, std::string_view& entry);
+  Aspect aspectOf(std::string_view declared, std::string_view& entry) const;
   std::unique_ptr<const formula::FormulaProgram> compile(std::string_view text, std::string_view argument);
 
   std::vector<formula::DeclaredName> names_;  // only while compiling

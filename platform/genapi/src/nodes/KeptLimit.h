@@ -29,7 +29,7 @@ Number keptLimit(NodeBase& node, StateFlag flag, Number& kept, Number whileBusy,
     const Busy busy(state);
     limit = fetch();
   }
-  if (!node.isUncached() && step.isUnspoiled()) {
+  if (!node.isUncached() && map.graph().limitsCacheable(node.index()) && step.isUnspoiled()) {
     kept = limit;
     state.flags |= flag;
     if (!map.graph().limitsFollowValues(node.index())) state.traits |= kSteadyLimits;

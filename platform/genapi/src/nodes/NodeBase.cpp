@@ -11,10 +11,7 @@ namespace GENAPI_NAMESPACE {
 using GENICAM_NAMESPACE::gcstring;
 
 NodeBase::NodeBase(NodeMap& map, NodeIndex index)
-    : map_(map),
-      index_(index),
-      defective_(map.description().node(index).defective),
-      cachingMode_(map.graph().cachingMode(index)) {
+    : map_(map), index_(index), defective_(map.description().node(index).defective) {
   for (const Property& each : properties()) {
     switch (each.element) {
       case Element::pIsImplemented:
@@ -59,7 +56,12 @@ bool NodeBase::IsCachable() const {
   return GetCachingMode() != NoCache;
 }
 ECachingMode NodeBase::GetCachingMode() const {
-  return cachingMode_;
+  return cachingMode();
+}
+ECachingMode NodeBase::decideCachingMode() const {
+  const ECachingMode mode = map_.graph().cachingMode(index_);
+  cachingMode_.store(static_cast<uint8_t>(mode), std::memory_order_relaxed);
+  return mode;
 }
 EYesNo NodeBase::IsAccessModeCacheable() const {
   return map_.graph().accessModeCacheable(index_) ? Yes : No;
@@ -151,13 +153,13 @@ bool NodeBase::DeregisterCallback(CallbackHandleType hCallback) {
   return map_.removeCallback(index_, hCallback);
 }
 
-void NodeBase::completeWrite() {
+void NodeBase::completeWrite(bool contentKnown) {
   map_.changed(index_);
   // What leads back to the node itself has just been dropped, and the node with it.
   NodeState& mine = state();
   if (mine.stamp == map_.stamp()) return;
   mine.flags &= static_cast<uint16_t>(~(kHasValue | kValid));
-  if (isWriteThrough()) mine.flags |= kValid;
+  if (contentKnown && isWriteThrough()) mine.flags |= kValid;
 }
 
 void NodeBase::checkErrors() {

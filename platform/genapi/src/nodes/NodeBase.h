@@ -4,6 +4,7 @@
 // Public operations (those of INode and the value interfaces) run inside NodeMap::operate. Inner operations are called
 // with the lock held and neither take it nor check the node's access mode, which already covers its sources.
 #pragma once
+#include <atomic>
 #include <string_view>
 #include <vector>
 
@@ -78,8 +79,13 @@ class NodeBase : public INode, public ISelector {
   // The node that the first link of that kind names, or null.
   NodeBase* linked(Element element) const;
   bool isDefective() const { return defective_; }
-  bool isUncached() const { return cachingMode_ == NoCache; }
-  bool isWriteThrough() const { return cachingMode_ == WriteThrough; }
+  // Decided at the first question: it takes the graph of dependencies, which nodes that are only there do without.
+  ECachingMode cachingMode() const {
+    const uint8_t known = cachingMode_.load(std::memory_order_relaxed);
+    return known != kUndecided ? static_cast<ECachingMode>(known) : decideCachingMode();
+  }
+  bool isUncached() const { return cachingMode() == NoCache; }
+  bool isWriteThrough() const { return cachingMode() == WriteThrough; }
 
   // The access mode, from what is remembered where that is allowed.
   EAccessMode accessMode() {
@@ -135,10 +141,11 @@ class NodeBase : public INode, public ISelector {
   virtual int64_t displayPrecision() { return 6; }
 
   // Puts a question to another node, which may have to pass it on to a third. Throws LogicalErrorException past
-  // kMaxLinkDepth.
+  // kMaxLinkDepth, RuntimeException when the other node is defective.
   template <class Question>
   auto ask(NodeBase& other, Question&& question) {
     const EvaluationStep step(map_, *this);
+    other.requireSound();
     return question(other);
   }
 
@@ -149,8 +156,8 @@ class NodeBase : public INode, public ISelector {
   virtual bool mayUseWritten() const { return true; }
 
   // Completes the node's own write after its sources were written: drops and collects what depends on it, then lets the
-  // node itself count as valid where its caching mode says so.
-  void completeWrite();
+  // node itself count as valid where its caching mode says so and all of its content is known.
+  void completeWrite(bool contentKnown = true);
   // After a verified write: asks each pError enumeration; throws RuntimeException when one reports an error.
   void checkErrors();
   // Nodes related by a link type, each once.
@@ -190,6 +197,7 @@ class NodeBase : public INode, public ISelector {
   virtual bool keepsAccessMode() const { return true; }
 
  private:
+  [[gnu::noinline]] ECachingMode decideCachingMode() const;
   EAccessMode computeAccessMode();
   std::string accessModeReason(int depth);
   [[noreturn]] void refuse(const char* attempt);
@@ -197,7 +205,8 @@ class NodeBase : public INode, public ISelector {
   NodeMap& map_;
   const NodeIndex index_;
   const bool defective_;
-  const ECachingMode cachingMode_;
+  static constexpr uint8_t kUndecided = 0xff;
+  mutable std::atomic<uint8_t> cachingMode_{kUndecided};
   bool hasGuards_ = false;
   bool hasErrorLinks_ = false;
   bool isSelector_ = false;

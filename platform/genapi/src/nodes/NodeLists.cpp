@@ -45,6 +45,7 @@ void appendOnce(std::vector<NodeIndex>& list, NodeIndex node) {
 template <class Accept>
 std::vector<NodeIndex> linkTargets(const NodeBase& node, Accept&& accept) {
   std::vector<NodeIndex> list;
+  list.reserve(node.properties().size());
   for (const Property& each : node.properties()) {
     if (accept(each.element)) list.push_back(each.target);
   }

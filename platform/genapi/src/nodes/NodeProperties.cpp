@@ -103,10 +103,11 @@ class PropertyCollector {
     add(elementName(each.element), isLink ? std::string(nameOf(each.target)) : givenText(each));
   }
 
-  // Integers in decimal, whatever the description wrote; a text that is no number as it stands.
+  // Whole numbers in decimal, whatever the description wrote; any other text as it stands.
   std::string givenText(const Property& each) const {
-    const bool isInteger = ruleOf(each.element, node_.record().type).form == Form::Integer;
-    const auto number = isInteger ? text::parseInteger(each.value()) : std::nullopt;
+    const Form form = ruleOf(each.element, node_.record().type).form;
+    const bool isNumber = form == Form::Integer || form == Form::Real;
+    const auto number = isNumber ? text::parseInteger(each.value()) : std::nullopt;
     return number ? std::to_string(*number) : std::string(each.value());
   }
 

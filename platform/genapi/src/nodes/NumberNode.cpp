@@ -76,9 +76,7 @@ template <class Face, class Number>
 EAccessMode NumberNode<Face, Number>::typeMode() {
   if (form_ == Form::Held) return RW;
   if (form_ == Form::Table) {
-    const EAccessMode index = at(link_).accessMode();
-    if (index == NI) return NI;
-    if (!IsReadable(index)) return NA;
+    if (!IsReadable(at(link_).accessMode())) return NA;
     const Property* cell = selected();
     return cell && isLink(*cell) ? at(cell->target).accessMode() : RW;
   }
@@ -208,25 +206,25 @@ std::vector<double> NumberNode<Face, Number>::floatValueSet(bool bounded) {
 template <class Face, class Number>
 std::string_view NumberNode<Face, Number>::unit() {
   if (const Property* own = this->find(Element::Unit)) return own->value();
-  return ofSource(std::string_view(), [](NodeBase& from) { return from.unit(); });
+  return shownBySource(std::string_view(), [](NodeBase& from) { return from.unit(); });
 }
 
 template <class Face, class Number>
 ERepresentation NumberNode<Face, Number>::representation() {
   if (const Property* own = this->find(Element::Representation)) return static_cast<ERepresentation>(own->word);
-  return ofSource(PureNumber, [](NodeBase& from) { return from.representation(); });
+  return shownBySource(PureNumber, [](NodeBase& from) { return from.representation(); });
 }
 
 template <class Face, class Number>
 EDisplayNotation NumberNode<Face, Number>::displayNotation() {
   if (const Property* own = this->find(Element::DisplayNotation)) return static_cast<EDisplayNotation>(own->word);
-  return ofSource(fnAutomatic, [](NodeBase& from) { return from.displayNotation(); });
+  return shownBySource(fnAutomatic, [](NodeBase& from) { return from.displayNotation(); });
 }
 
 template <class Face, class Number>
 int64_t NumberNode<Face, Number>::displayPrecision() {
   if (const Property* own = this->find(Element::DisplayPrecision)) return own->integer;
-  return ofSource(int64_t{6}, [](NodeBase& from) { return from.displayPrecision(); });
+  return shownBySource(int64_t{6}, [](NodeBase& from) { return from.displayPrecision(); });
 }
 
 template class NumberNode<IntegerFace, int64_t>;

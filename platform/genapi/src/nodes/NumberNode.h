@@ -4,6 +4,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <vector>
 
@@ -119,6 +120,21 @@ class NumberNode final : public Face {
   Result ofSource(Result otherwise, Question&& question) {
     NodeBase* from = source();
     return from ? this->ask(*from, question) : otherwise;
+  }
+  // The same for how values are shown: a table whose cells agree tells it without reading its index.
+  template <class Result, class Question>
+  Result shownBySource(Result otherwise, Question&& question) {
+    if (form_ != Form::Table) return ofSource(otherwise, question);
+    std::optional<Result> first;
+    for (const Property& each : this->properties()) {
+      const bool isCell =
+          isLink(each) || each.element == Element::ValueIndexed || each.element == Element::ValueDefault;
+      if (!isCell) continue;
+      const Result answer = isLink(each) ? this->ask(at(each.target), question) : otherwise;
+      if (first && *first != answer) return ofSource(otherwise, question);
+      first = answer;
+    }
+    return first.value_or(otherwise);
   }
   // A number that the node's own link gives: limits and increments.
   Number linkedNumber(const Property& link) {

@@ -25,8 +25,10 @@ void CategoryNode::FromString(const gcstring&, bool) {
 }
 
 void CategoryNode::GetFeatures(FeatureList_t& Features) const {
+  const std::vector<NodeIndex> children = related(ctReadingChildren);
   Features.clear();
-  for (const NodeIndex each : related(ctReadingChildren)) {
+  Features.reserve(children.size());
+  for (const NodeIndex each : children) {
     if (auto* value = dynamic_cast<IValue*>(&map().node(each))) Features.push_back(value);
   }
 }

@@ -26,6 +26,8 @@ class PortNode final : public NodeBase, public IPortConstruct, public IChunkPort
   EAccessMode typeMode() override;
   void connect(IPort* implementation);
   IPort* implementation() const { return implementation_; }
+  // The description gives the chunk ID itself, not through another node.
+  bool hasFixedChunkId() const { return !find(Element::pChunkID); }
   // Bytes of a register; in the order that SwapEndianess asks for.
   void readRegister(uint8_t* buffer, int64_t address, int64_t bytes);
   void writeRegister(const uint8_t* buffer, int64_t address, int64_t bytes);

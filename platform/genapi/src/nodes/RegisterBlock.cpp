@@ -166,7 +166,7 @@ void RegisterBlock::read(uint8_t* buffer, int64_t bytes, bool ignoreCache) {
     map.dropNode(owner_.index());
     return;
   }
-  map.registers().fillFromRead(place(at, bytes), buffer, begun, owner_.index());
+  map.registers().fillFromRead(place(at, bytes), buffer, begun);
 }
 
 void RegisterBlock::writeOrForget(const uint8_t* buffer, int64_t at, int64_t bytes) {
@@ -214,9 +214,12 @@ void RegisterBlock::readStart(uint8_t* buffer, int64_t bytes, int64_t total, boo
   port().readRegister(buffer, at, bytes);
 }
 
-void RegisterBlock::writeStart(const uint8_t* buffer, int64_t bytes, int64_t total) {
-  if (bytes == 0) return;
-  if (bytes == total) return write(buffer, bytes);
+bool RegisterBlock::writeStart(const uint8_t* buffer, int64_t bytes, int64_t total) {
+  if (bytes == 0) return (owner_.state().flags & kValid) != 0;
+  if (bytes == total) {
+    write(buffer, bytes);
+    return true;
+  }
   const int64_t at = address();
   NodeMap& map = owner_.map();
   const uint64_t begun = map.stamp();
@@ -225,13 +228,14 @@ void RegisterBlock::writeStart(const uint8_t* buffer, int64_t bytes, int64_t tot
   Place* mine = total <= Place::kMergeable ? &place(at, total) : registers.find({port_, at, total});
   const bool mayPatch = mine && map.stamp() == begun && answers(*mine) && owner_.isWriteThrough() && elementMode_ != WO;
   registers.dropOverlapping({port_, at, bytes}, mine);
-  if (!mine) return;
+  if (!mine) return false;
   registers.noteWritten(*mine, buffer, bytes);
   if (mayPatch) {
     registers.patch(*mine, buffer, bytes, owner_.index());
   } else {
     registers.dropWithComputed(*mine, owner_.index());
   }
+  return mayPatch;
 }
 
 void RegisterBlock::readForMerging(uint8_t* buffer, int64_t bytes) {

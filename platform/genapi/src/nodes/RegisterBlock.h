@@ -32,7 +32,8 @@ class RegisterBlock {
   void write(const uint8_t* buffer, int64_t bytes);
   // The first bytes of a register that is `total` long.
   void readStart(uint8_t* buffer, int64_t bytes, int64_t total, bool ignoreCache);
-  void writeStart(const uint8_t* buffer, int64_t bytes, int64_t total);
+  // True when the content of all of it is known afterwards.
+  bool writeStart(const uint8_t* buffer, int64_t bytes, int64_t total);
   // What a write of some bits has to be merged with: the content, or what was written last where nothing can be read.
   void readForMerging(uint8_t* buffer, int64_t bytes);
 

@@ -20,8 +20,7 @@ class RegisterFace : public Face, public IRegister {
       requireSupported();
       checkBuffer(pBuffer, Length);
       const EvaluationStep step(this->map(), *this);
-      block_.writeStart(pBuffer, Length, block_.length());
-      this->completeWrite();
+      this->completeWrite(block_.writeStart(pBuffer, Length, block_.length()));
       if (Verify) this->checkErrors();
     });
   }

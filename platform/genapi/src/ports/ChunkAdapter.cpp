@@ -3,6 +3,7 @@
 #include "Base/GCException.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
+#include "nodes/PortNode.h"
 #include "ports/ChunkPortState.h"
 
 namespace GENAPI_NAMESPACE {
@@ -20,7 +21,7 @@ struct CChunkAdapter::State final : public MapEndObserver {
 
   // Runs `change` (which fills `changed`) as one operation of the map, or alone when there is none.
   template <typename Change>
-  void together(Change change) {
+  void together(bool accessMayChange, Change change) {
     struct Operation final : LiveChange {
       Operation(State& itsState, Change& itsChange) : state(itsState), change(itsChange) {}
       std::span<INode* const> apply() override {
@@ -32,6 +33,7 @@ struct CChunkAdapter::State final : public MapEndObserver {
       Change& change;
     };
     Operation operation(*this, change);
+    operation.accessMayChange = accessMayChange;
     if (live)
       live->changeTogether(operation);
     else
@@ -60,7 +62,10 @@ void CChunkAdapter::AttachNodeMap(INodeMap* pNodeMap) {
     m_ppChunkPorts->reserve(nodes.size());
     state_->changed.reserve(nodes.size());
     for (INode* node : nodes) {
-      auto port = std::make_unique<CChunkPort>(dynamic_cast<IPort*>(node));
+      auto* own = static_cast<PortNode*>(static_cast<NodeBase*>(node));
+      auto port = std::make_unique<CChunkPort>(nullptr);
+      port->state_->binding.bind(node, own, pNodeMap, live, port.get());
+      port->state_->readNodeFacts(own);
       port->state_->copyLimit = m_MaxChunkCacheSize;
       m_ppChunkPorts->push_back(port.release());
     }
@@ -87,7 +92,7 @@ void CChunkAdapter::DetachNodeMap() {
 void CChunkAdapter::UpdateBuffer(uint8_t* pBaseAddress) {
   if (!pBaseAddress) throw INVALID_ARGUMENT_EXCEPTION("chunk adapter: the buffer's base address is null");
   if (!m_ppChunkPorts) return;
-  state_->together([this, pBaseAddress] {
+  state_->together(false, [this, pBaseAddress] {
     for (const CChunkPort* port : *m_ppChunkPorts)
       if (port->state_->start) port->state_->checkBase(pBaseAddress);
     for (const CChunkPort* port : *m_ppChunkPorts) {
@@ -101,7 +106,7 @@ void CChunkAdapter::UpdateBuffer(uint8_t* pBaseAddress) {
 
 void CChunkAdapter::DetachBuffer() {
   if (!m_ppChunkPorts) return;
-  state_->together([this] {
+  state_->together(true, [this] {
     for (const CChunkPort* port : *m_ppChunkPorts) {
       CChunkPort::State& state = *port->state_;
       if (!state.start) continue;

@@ -7,6 +7,7 @@
 #include "GenApi/IChunkPort.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
+#include "nodes/PortNode.h"
 #include "ports/ByteWindow.h"
 #include "ports/ChunkPortState.h"
 #include "ports/SingleNodeChange.h"
@@ -25,13 +26,9 @@ bool fitsAddressSpace(const uint8_t* base, int64_t offset, int64_t length) {
 
 }  // namespace
 
-void CChunkPort::State::readNodeFacts() {
-  INode* node = binding.node();
-  auto* port = dynamic_cast<IChunkPort*>(node);
+void CChunkPort::State::readNodeFacts(const PortNode* port) {
   mayCopy = port && port->CacheChunkData() == Yes;
-  gcstring value;
-  gcstring attribute;
-  idIsFixed = node && !node->GetProperty("pChunkID", value, attribute);
+  idIsFixed = port && port->hasFixedChunkId();
   id.clear();
   idText.clear();
   if (!port || !idIsFixed) return;
@@ -39,13 +36,9 @@ void CChunkPort::State::readNodeFacts() {
   id.parse(idText);
 }
 
-void CChunkPort::State::refreshId() {
-  if (!binding.node()) {
-    id.clear();
-    return;
-  }
-  if (idIsFixed) return;
+void CChunkPort::State::askDeviceForId() {
   id.clear();
+  if (!binding.node()) return;
   auto* port = dynamic_cast<IChunkPort*>(binding.node());
   if (!port) return;
   try {
@@ -87,13 +80,13 @@ bool CChunkPort::AttachPort(IPort* pPortNode) {
   auto* node = dynamic_cast<INode*>(pPortNode);
   if (!node || !dynamic_cast<ILiveData*>(node->GetNodeMap()) || !dynamic_cast<IPortConstruct*>(pPortNode)) return false;
   const bool bound = state_->binding.bind(node, this);
-  state_->readNodeFacts();
+  state_->readNodeFacts(dynamic_cast<PortNode*>(state_->binding.node()));
   return bound;
 }
 
 void CChunkPort::DetachPort() {
   state_->binding.release();
-  state_->readNodeFacts();
+  state_->readNodeFacts(nullptr);
 }
 
 void CChunkPort::AttachChunk(uint8_t* pBaseAddress, int64_t ChunkOffset, int64_t Length, bool Cache) {
@@ -110,6 +103,7 @@ void CChunkPort::AttachChunk(uint8_t* pBaseAddress, int64_t ChunkOffset, int64_t
                                      state.name().c_str(), static_cast<long long>(Length),
                                      static_cast<long long>(ChunkOffset));
   BoundLock lock(state.binding.map());
+  const bool wasAttached = state.start != nullptr;
   uint8_t* start = pBaseAddress + ChunkOffset;
   const bool copies = Cache && state.mayCopy && (state.copyLimit < 0 || Length <= state.copyLimit);
   if (copies)
@@ -120,12 +114,12 @@ void CChunkPort::AttachChunk(uint8_t* pBaseAddress, int64_t ChunkOffset, int64_t
   state.start = start;
   state.offset = ChunkOffset;
   state.length = Length;
-  if (state.binding.live()) state.binding.live()->dropPortSilently(state.binding.node());
+  if (state.binding.live()) state.binding.live()->dropPortSilently(state.binding.node(), !wasAttached);
 }
 
 void CChunkPort::DetachChunk() {
   State& state = *state_;
-  changeNode(state.binding, [&state] {
+  changeNode(state.binding, true, [&state] {
     if (!state.start) return false;
     state.start = nullptr;
     return true;
@@ -135,7 +129,7 @@ void CChunkPort::DetachChunk() {
 void CChunkPort::UpdateBuffer(uint8_t* pBaseAddress) {
   State& state = *state_;
   if (!pBaseAddress) throw INVALID_ARGUMENT_EXCEPTION("%s: the buffer's base address is null", state.name().c_str());
-  changeNode(state.binding, [&state, pBaseAddress] {
+  changeNode(state.binding, false, [&state, pBaseAddress] {
     if (!state.start) return false;
     state.checkBase(pBaseAddress);
     state.rebase(pBaseAddress);
@@ -149,29 +143,23 @@ void CChunkPort::ClearCache() {
   if (!state.hasCopy) return;
   state.hasCopy = false;
   state.copy = {};
-  if (state.binding.live()) state.binding.live()->dropPortSilently(state.binding.node());
+  if (state.binding.live()) state.binding.live()->dropPortSilently(state.binding.node(), true);
 }
 
 void CChunkPort::InvalidateNode() {
-  if (state_->binding.node()) state_->binding.node()->InvalidateNode();
+  if (state_->binding.node()) changeNode(state_->binding, false, [] { return true; });
 }
 
 int CChunkPort::GetChunkIDLength() {
-  BoundLock lock(state_->idIsFixed ? nullptr : state_->binding.map());
-  state_->refreshId();
-  return state_->id.byteLength();
+  return state_->withId([](const HexId& id) { return id.byteLength(); });
 }
 
 bool CChunkPort::CheckChunkID(uint8_t* pChunkID, int Length) {
-  BoundLock lock(state_->idIsFixed ? nullptr : state_->binding.map());
-  state_->refreshId();
-  return state_->id.equals(pChunkID, Length);
+  return state_->withId([=](const HexId& id) { return id.equals(pChunkID, Length); });
 }
 
 bool CChunkPort::CheckChunkID(uint64_t ChunkID) {
-  BoundLock lock(state_->idIsFixed ? nullptr : state_->binding.map());
-  state_->refreshId();
-  return state_->id.equals(ChunkID);
+  return state_->withId([=](const HexId& id) { return id.equals(ChunkID); });
 }
 
 EAccessMode CChunkPort::GetAccessMode() const {
@@ -195,9 +183,9 @@ bool isPseudoRegister(int64_t address) {
   return address == CHUNK_BASE_ADDRESS_REGISTER || address == CHUNK_LENGTH_REGISTER;
 }
 
-[[noreturn]] void throwOutside(const std::string& name, const std::string& id, int64_t address, int64_t length,
+[[noreturn]] void throwOutside(const std::string& path, const std::string& id, int64_t address, int64_t length,
                                int64_t chunkLength) {
-  throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the chunk %s of %lld bytes", name.c_str(),
+  throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the chunk %s of %lld bytes", path.c_str(),
                          static_cast<long long>(address), static_cast<long long>(lastByte(address, length)), id.c_str(),
                          static_cast<long long>(chunkLength));
 }
@@ -221,7 +209,7 @@ void CChunkPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
     return;
   }
   const int64_t start = startWithin(Address, Length, state.length);
-  if (start < 0) throwOutside(state.name(), state.idText, Address, Length, state.length);
+  if (start < 0) throwOutside(state.binding.path(state.name()), state.idText, Address, Length, state.length);
   std::memcpy(pBuffer, bytes + start, static_cast<size_t>(Length));
 }
 
@@ -237,13 +225,13 @@ void CChunkPort::Write(const void* pBuffer, int64_t Address, int64_t Length) {
     throw ACCESS_EXCEPTION("%s: the register at %lld is read-only", state.name().c_str(),
                            static_cast<long long>(Address));
   const int64_t start = startWithin(Address, Length, state.length);
-  if (start < 0) throwOutside(state.name(), state.idText, Address, Length, state.length);
+  if (start < 0) throwOutside(state.binding.path(state.name()), state.idText, Address, Length, state.length);
   std::memcpy(state.start + start, pBuffer, static_cast<size_t>(Length));
   if (state.hasCopy) std::memcpy(state.copy.data() + start, pBuffer, static_cast<size_t>(Length));
 }
 
 void CChunkPort::SetPortImpl(IPort* pPort) {
-  if (state_->binding.connectionChanged(pPort)) state_->readNodeFacts();
+  if (state_->binding.connectionChanged(pPort)) state_->readNodeFacts(dynamic_cast<PortNode*>(pPort));
 }
 
 EYesNo CChunkPort::GetSwapEndianess() {

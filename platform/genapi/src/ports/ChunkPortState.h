@@ -10,6 +10,8 @@
 
 namespace GENAPI_NAMESPACE {
 
+class PortNode;
+
 struct CChunkPort::State {
   PortBinding binding;
   HexId id;
@@ -24,8 +26,17 @@ struct CChunkPort::State {
   bool hasCopy = false;
   int64_t copyLimit = -1;  // longest chunk to copy; 0 none, -1 no limit
 
-  void readNodeFacts();
-  void refreshId();
+  // Of the node it is bound to, null for none.
+  void readNodeFacts(const PortNode* port);
+  // What the question says about the ID: asked for every port and record of a frame, so a fixed one takes no lock.
+  template <typename Question>
+  auto withId(Question question) {
+    if (idIsFixed) return binding.node() ? question(id) : question(HexId());
+    BoundLock lock(binding.map());
+    askDeviceForId();
+    return question(id);
+  }
+  void askDeviceForId();
   std::string name() const;
   // Throws InvalidArgumentException when the chunk would not fit into the address space there.
   void checkBase(const uint8_t* base) const;

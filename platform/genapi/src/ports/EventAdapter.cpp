@@ -5,6 +5,7 @@
 
 #include "Base/GCException.h"
 #include "GenApi/INodeMap.h"
+#include "nodes/PortNode.h"
 #include "ports/EventPortState.h"
 
 namespace GENAPI_NAMESPACE {
@@ -51,7 +52,11 @@ void CEventAdapter::AttachNodeMap(INodeMap* pNodeMap) {
   try {
     m_ppEventPorts->reserve(nodes.size());
     for (INode* node : nodes) {
-      auto port = std::make_unique<CEventPort>(node);
+      auto* own = static_cast<NodeBase*>(node);
+      auto* ownPort = own->record().type == NodeType::Port ? static_cast<PortNode*>(own) : nullptr;
+      auto port = std::make_unique<CEventPort>();
+      port->state_->binding.bind(node, ownPort, pNodeMap, live, ownPort ? port.get() : nullptr);
+      port->state_->takeId(own->find(Element::EventID)->value(), ownPort != nullptr);
       const HexId& id = port->state_->id;
       if (id.readable()) {
         Receivers& receivers = state_->byId[id.significant()];
@@ -91,8 +96,12 @@ void CEventAdapter::deliver(const uint8_t msg[], uint32_t numBytes, std::string_
 
   struct Delivery final : LiveChange {
     std::span<INode* const> apply() override {
+      accessMayChange = false;
       for (const CEventPort* port : receivers->ports) port->state_->reserve(length);
-      for (const CEventPort* port : receivers->ports) port->state_->store(bytes, length);
+      for (const CEventPort* port : receivers->ports) {
+        accessMayChange |= !port->state_->delivered;
+        port->state_->store(bytes, length);
+      }
       return receivers->nodes;
     }
     const Receivers* receivers = nullptr;

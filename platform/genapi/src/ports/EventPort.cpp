@@ -39,11 +39,8 @@ bool CEventPort::AttachNode(INode* pNode) {
   const std::string idText = pNode->GetEventID().c_str();
   if (idText.empty()) throw INVALID_ARGUMENT_EXCEPTION("%s: the node has no event ID", pNode->GetName().c_str());
   const bool isPort = dynamic_cast<IPortConstruct*>(pNode) != nullptr;
-  State& state = *state_;
-  if (!state.binding.bind(pNode, isPort ? this : nullptr)) return false;
-  state.isPortNode = isPort;
-  state.idText = idText;
-  state.id.parse(idText);
+  if (!state_->binding.bind(pNode, isPort ? this : nullptr)) return false;
+  state_->takeId(idText, isPort);
   return true;
 }
 
@@ -56,14 +53,15 @@ void CEventPort::AttachEvent(uint8_t* pBaseAddress, int64_t Length) {
   State& state = *state_;
   State::checkPayload(&state, pBaseAddress, Length);
   BoundLock lock(state.binding.map());
+  const bool isFirst = !state.delivered;
   state.reserve(Length);
   state.store(pBaseAddress, Length);
-  if (state.binding.live() && state.isPortNode) state.binding.live()->dropPortSilently(state.binding.node());
+  if (state.binding.live() && state.isPortNode) state.binding.live()->dropPortSilently(state.binding.node(), isFirst);
 }
 
 void CEventPort::DetachEvent() {
   State& state = *state_;
-  changeNode(state.binding, [&state] {
+  changeNode(state.binding, true, [&state] {
     if (!state.delivered) return false;
     state.delivered = false;
     state.payload.clear();
@@ -103,9 +101,10 @@ void CEventPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
   const auto size = static_cast<int64_t>(state.payload.size());
   const int64_t start = startWithin(Address, Length, size);
   if (start < 0)
-    throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the event %s of %lld bytes", state.name().c_str(),
-                           static_cast<long long>(Address), static_cast<long long>(lastByte(Address, Length)),
-                           state.idText.c_str(), static_cast<long long>(size));
+    throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the event %s of %lld bytes",
+                           state.binding.path(state.name()).c_str(), static_cast<long long>(Address),
+                           static_cast<long long>(lastByte(Address, Length)), state.idText.c_str(),
+                           static_cast<long long>(size));
   std::memcpy(pBuffer, state.payload.data() + start, static_cast<size_t>(Length));
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "GenApi/EventPort.h"
@@ -20,6 +21,12 @@ struct CEventPort::State {
   std::vector<uint8_t> payload;  // keeps its capacity from message to message
 
   std::string name() const;
+  // After the node was bound.
+  void takeId(std::string_view text, bool ofPortNode) {
+    isPortNode = ofPortNode;
+    idText = text;
+    id.parse(idText);
+  }
   // Throws InvalidArgumentException for a payload that cannot be taken; null stands for an adapter.
   static void checkPayload(const State* receiver, const uint8_t* bytes, int64_t length);
   // In two steps, so that delivering to several ports changes all of them or none.

@@ -28,11 +28,13 @@ class HexId {
       }
     }
     significant_.swap(bytes);
+    for (const char c : significant_) number_ = (number_ << 8) | static_cast<uint8_t>(c);
     byteLength_ = static_cast<int>((text.size() + 1) / 2);
     return true;
   }
   void clear() {
     significant_.clear();
+    number_ = 0;
     byteLength_ = 0;
   }
 
@@ -43,15 +45,19 @@ class HexId {
 
   bool equals(const uint8_t* bytes, int length) const {
     if (!readable() || length < 0 || (!bytes && length > 0)) return false;
-    std::string_view other(reinterpret_cast<const char*>(bytes), static_cast<size_t>(length));
-    while (!other.empty() && other.front() == '\0') other.remove_prefix(1);
-    return other == significant_;
+    if (length > 0 && bytes[length - 1] != static_cast<uint8_t>(number_)) return false;  // most differ here
+    while (length > 0 && *bytes == 0) {
+      ++bytes;
+      --length;
+    }
+    if (length > static_cast<int>(sizeof(number_)))
+      return significant_ == std::string_view(reinterpret_cast<const char*>(bytes), static_cast<size_t>(length));
+    uint64_t other = 0;
+    for (; length > 0; --length) other = (other << 8) | *bytes++;
+    return equals(other);
   }
   bool equals(uint64_t number) const {
-    if (!readable() || significant_.size() > sizeof(number)) return false;
-    uint64_t own = 0;
-    for (const char c : significant_) own = (own << 8) | static_cast<uint8_t>(c);
-    return own == number;
+    return readable() && number_ == number && significant_.size() <= sizeof(number_);
   }
 
  private:
@@ -63,6 +69,7 @@ class HexId {
   }
 
   std::string significant_;
+  uint64_t number_ = 0;  // the last 64 bits
   int byteLength_ = 0;
 };
 

@@ -8,11 +8,16 @@ namespace GENAPI_NAMESPACE {
 
 bool PortBinding::bind(INode* node, IPort* implementation) {
   INodeMap* map = node->GetNodeMap();
-  if (!dynamic_cast<ILiveData*>(map))
+  auto* live = dynamic_cast<ILiveData*>(map);
+  if (!live)
     throw INVALID_ARGUMENT_EXCEPTION("%s: the node belongs to no node map of this engine", node->GetName().c_str());
+  return bind(node, dynamic_cast<IPort*>(node), map, live, implementation);
+}
+
+bool PortBinding::bind(INode* node, IPort* port, INodeMap* map, ILiveData* live, IPort* implementation) {
   release();
   BoundLock lock(map);
-  tie(node);
+  tie(node, port, map, live);
   if (!implementation) return true;
   try {
     if (map->Connect(implementation, node->GetName())) return true;
@@ -49,20 +54,22 @@ bool PortBinding::connectionChanged(IPort* portNode) {
   bool foreign = false;
   if (portNode != port_) {
     auto* node = dynamic_cast<INode*>(portNode);
-    if (!node || !dynamic_cast<ILiveData*>(node->GetNodeMap())) return false;
+    INodeMap* const map = node ? node->GetNodeMap() : nullptr;
+    auto* live = dynamic_cast<ILiveData*>(map);
+    if (!live) return false;
     release();
-    tie(node);
+    tie(node, portNode, map, live);
     foreign = true;
   }
   connected_ = true;
   return foreign;
 }
 
-void PortBinding::tie(INode* node) {
+void PortBinding::tie(INode* node, IPort* port, INodeMap* map, ILiveData* live) {
   node_ = node;
-  port_ = dynamic_cast<IPort*>(node);
-  map_ = node->GetNodeMap();
-  live_ = dynamic_cast<ILiveData*>(map_);
+  port_ = port;
+  map_ = map;
+  live_ = live;
   live_->endObservers().add(*this);
 }
 

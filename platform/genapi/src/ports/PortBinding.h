@@ -19,6 +19,9 @@ class PortBinding final : public MapEndObserver {
   // port node. False (and nothing tied) when there is no such port. Throws InvalidArgumentException for a node of
   // another engine's map.
   bool bind(INode* node, IPort* implementation);
+  // The same for a node whose map and face as a port (null for other nodes) are known: every new map binds all its
+  // chunk and event ports, and casts would be most of the work.
+  bool bind(INode* node, IPort* port, INodeMap* map, ILiveData* live, IPort* implementation);
   // Disconnects the node if the implementation is still its own.
   void release() noexcept;
   // What SetPortImpl of the implementation was told. True when it now serves a port node that it was not bound to:
@@ -30,11 +33,14 @@ class PortBinding final : public MapEndObserver {
   ILiveData* live() const { return live_; }
   INodeMap* map() const { return map_; }
   bool isConnected() const { return connected_; }
+  // The nodes through which an access came here, for its refusal; under the map's lock. `otherwise` while nothing is
+  // tied.
+  std::string path(const std::string& otherwise) const { return live_ ? live_->pathTo(node_) : otherwise; }
 
   void nodeMapEnds() noexcept override { forget(); }
 
  private:
-  void tie(INode* node);
+  void tie(INode* node, IPort* port, INodeMap* map, ILiveData* live);
   void forget() noexcept;
 
   INode* node_ = nullptr;

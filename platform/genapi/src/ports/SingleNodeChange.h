@@ -7,7 +7,7 @@ namespace GENAPI_NAMESPACE {
 // `change` runs under the map's lock and answers whether anything changed; if so the node is invalidated with its
 // dependents and calls back. Without a node map the change runs alone.
 template <typename Change>
-void changeNode(PortBinding& binding, Change change) {
+void changeNode(PortBinding& binding, bool accessMayChange, Change change) {
   if (!binding.live()) {
     change();
     return;
@@ -23,6 +23,7 @@ void changeNode(PortBinding& binding, Change change) {
     INode* node = nullptr;
   };
   Operation operation(binding, change);
+  operation.accessMayChange = accessMayChange;
   binding.live()->changeTogether(operation);
 }
 

@@ -104,7 +104,10 @@ std::optional<int64_t> parseInteger(std::string_view text) noexcept {
   return static_cast<int64_t>(negative ? 0 - *magnitude : *magnitude);
 }
 
-std::optional<double> parseFloat(std::string_view text) noexcept {
+namespace {
+
+// `beyond` stands for magnitudes above the largest double, nothing by default.
+std::optional<double> parseFloat(std::string_view text, std::optional<double> beyond) noexcept {
   text = trimmed(text);
   if (text == "INF") return HUGE_VAL;
   if (text == "-INF") return -HUGE_VAL;
@@ -121,12 +124,22 @@ std::optional<double> parseFloat(std::string_view text) noexcept {
   double value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
   if (error == std::errc::result_out_of_range || std::isinf(value)) {
-    if (!shape.belowOne) return std::nullopt;
-    value = 0;
+    if (!shape.belowOne && !beyond) return std::nullopt;
+    value = shape.belowOne ? 0 : *beyond;
   } else if (error != std::errc() || end != digits.data() + digits.size()) {
     return std::nullopt;
   }
   return negative ? -value : value;
+}
+
+}  // namespace
+
+std::optional<double> parseFloat(std::string_view text) noexcept {
+  return parseFloat(text, std::nullopt);
+}
+
+std::optional<double> parseFloatInRange(std::string_view text) noexcept {
+  return parseFloat(text, std::numeric_limits<double>::max());
 }
 
 std::optional<bool> parseBoolean(std::string_view text) noexcept {

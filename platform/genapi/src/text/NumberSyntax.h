@@ -27,6 +27,10 @@ std::optional<int64_t> parseInteger(std::string_view text) noexcept;
 // for numbers whose magnitude is beyond the largest double.
 std::optional<double> parseFloat(std::string_view text) noexcept;
 
+// The same, with the largest double in place of numbers beyond it: "1.79769313486232E+308", the largest double rounded
+// to 15 digits, is what many a tool writes for "no limit".
+std::optional<double> parseFloatInRange(std::string_view text) noexcept;
+
 // "true", "false", "1", "0".
 std::optional<bool> parseBoolean(std::string_view text) noexcept;
 
