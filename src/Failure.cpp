@@ -29,6 +29,10 @@ uint32_t failWithCurrentException(const Operation& operation) noexcept {
     return rules.describes ? fail(operation, code, e.GetDescription())
                            : fail(operation, rules.unknown, rules.unknownText);
   };
+  const auto standardFailure = [&](const std::exception& e) {
+    return rules.standard != 0 ? fail(operation, rules.standard, e.what())
+                               : fail(operation, rules.unknown, rules.unknownText);
+  };
   try {
     throw;
   } catch (const orx_error& e) {
@@ -39,17 +43,18 @@ uint32_t failWithCurrentException(const Operation& operation) noexcept {
     return genapiFailure(rules.argument, e);
   } catch (const OutOfRangeException& e) {
     return genapiFailure(rules.argument, e);
-  } catch (const BadAllocException&) {
-    return fail(operation, OXGENAPI_E_OUT_OF_MEMORY, kUnspecifiedError);
+  } catch (const BadAllocException& e) {
+    return rules.memory != 0 ? fail(operation, rules.memory, kUnspecifiedError) : genapiFailure(rules.genapi, e);
   } catch (const GenericException& e) {
     return genapiFailure(rules.genapi, e);
   } catch (const orxBase::bad_alloc&) {
-    return fail(operation, OXGENAPI_E_OUT_OF_MEMORY, kUnspecifiedError);
-  } catch (const std::bad_alloc&) {
-    return fail(operation, OXGENAPI_E_OUT_OF_MEMORY, kUnspecifiedError);
+    return rules.memory != 0 ? fail(operation, rules.memory, kUnspecifiedError)
+                             : fail(operation, rules.unknown, rules.unknownText);
+  } catch (const std::bad_alloc& e) {
+    if (rules.memory != 0) return fail(operation, rules.memory, kUnspecifiedError);
+    return standardFailure(e);
   } catch (const std::exception& e) {
-    if (rules.standard != 0) return fail(operation, rules.standard, e.what());
-    return fail(operation, rules.unknown, rules.unknownText);
+    return standardFailure(e);
   } catch (...) {
     return fail(operation, rules.unknown, rules.unknownText);
   }

@@ -22,11 +22,12 @@ class orx_error : public std::runtime_error {
   uint32_t code_;
 };
 
-// Which code an exception becomes. What is the same for all operations (orx_error, memory) is not listed.
+// Which code an exception becomes. What is the same for all operations (orx_error) is not listed.
 struct FailureRules {
   uint32_t access = OXGENAPI_E_UNSPECIFIED;     // GenApi: access refused
   uint32_t argument = OXGENAPI_E_UNSPECIFIED;   // GenApi: invalid argument, out of range
   uint32_t genapi = OXGENAPI_E_UNSPECIFIED;     // GenApi: anything else
+  uint32_t memory = OXGENAPI_E_OUT_OF_MEMORY;   // memory ran out, without a text of its own; 0: as others of its family
   uint32_t standard = 0;                        // other standard exceptions, with their text; 0: as unknown ones
   uint32_t unknown = OXGENAPI_E_UNSPECIFIED;    // everything else, with the text below
   const char* unknownText = kUnspecifiedError;  //

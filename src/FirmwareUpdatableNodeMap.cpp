@@ -19,12 +19,12 @@ namespace {
 // The code of a call at the wrong time; it never leaves the library as it is.
 constexpr uint32_t kWrongState = 1;
 
-const uint64_t kInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdatableNodeMap");
+const uint64_t kUpdatableInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdatableNodeMap");
 
 }  // namespace
 
 uint64_t CFirmwareUpdateableNodeMap::interfaceId() noexcept {
-  return kInterfaceId;
+  return kUpdatableInterfaceId;
 }
 
 CFirmwareUpdateableNodeMap::CFirmwareUpdateableNodeMap(orxBase::shared_ref<NodeMapBase> nodeMap) {

@@ -5,12 +5,12 @@
 namespace orxGenApi {
 namespace {
 
-const uint64_t kInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdater");
+const uint64_t kUpdaterInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdater");
 
 }  // namespace
 
 uint64_t CFirmwareUpdater::interfaceId() noexcept {
-  return kInterfaceId;
+  return kUpdaterInterfaceId;
 }
 
 CFirmwareUpdater::Infos CFirmwareUpdater::readInfos() const {

@@ -1,6 +1,7 @@
 #include "GenericChunkAdapter.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <stdexcept>
 #include <vector>
@@ -20,14 +21,30 @@ constexpr int kUpdateBufferLine = 83;
   throw GENICAM_NAMESPACE::LogicalErrorException("AttachChunk is called on an uninitialized object!", kSource, line);
 }
 
-// Writes the number big end first into the last bytes; false when it needs more bytes than there are.
-bool writeBigEndian(uint32_t value, std::vector<uint8_t>& bytes) {
-  for (size_t i = bytes.size(); value != 0; value >>= 8) {
-    if (i == 0) return false;
-    bytes[--i] = static_cast<uint8_t>(value);
+// A number as bytes, big end first, with as many zeros before it as a port's ID length asks for. IDs of usual length
+// take no memory from the heap.
+class ChunkIdBytes {
+ public:
+  explicit ChunkIdBytes(uint32_t value) {
+    for (size_t i = few_.size(); value != 0; value >>= 8, ++significant_) few_[--i] = static_cast<uint8_t>(value);
   }
-  return true;
-}
+  // False when the number needs more bytes. A negative length is more than a vector can have: std::length_error.
+  bool fits(int length) {
+    if (length >= 0 && length <= static_cast<int>(few_.size())) return significant_ <= length;
+    many_.assign(static_cast<size_t>(length), 0);
+    std::copy(few_.begin(), few_.end(), many_.end() - static_cast<ptrdiff_t>(few_.size()));
+    return true;
+  }
+  // For a length that fits() was asked about last.
+  uint8_t* bytes(int length) {
+    return length <= static_cast<int>(few_.size()) ? few_.data() + few_.size() - length : many_.data();
+  }
+
+ private:
+  std::array<uint8_t, 16> few_{};
+  int significant_ = 0;
+  std::vector<uint8_t> many_;
+};
 
 }  // namespace
 
@@ -65,11 +82,10 @@ void CGenericChunkAdapter::AttachChunk(const char* ChunkID, uint8_t* pBase, int6
   if (ChunkID == nullptr) throw std::logic_error("null chunk ID");
   const std::optional<uint32_t> id = parseChunkId(ChunkID);
   if (!id) return;
-  std::vector<uint8_t> bytes;
+  ChunkIdBytes wanted(*id);
   for (auto* port : *m_ppChunkPorts) {
     const int length = port->GetChunkIDLength();
-    bytes.assign(static_cast<size_t>(length), 0);  // a negative length is more than a vector can have
-    if (!writeBigEndian(*id, bytes) || !port->CheckChunkID(bytes.data(), length)) continue;
+    if (!wanted.fits(length) || !port->CheckChunkID(wanted.bytes(length), length)) continue;
     port->AttachChunk(pBase, ChunkOffset, ChunkLength, true);
   }
 }

@@ -57,7 +57,7 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
   uint32_t SetAsString(bool verify, const char* value) noexcept override;
   uint32_t SetAsStringW(bool verify, const wchar_t* value) noexcept override;
   // The value's text form; throws.
-  std::string readText(bool verify);
+  GENICAM_NAMESPACE::gcstring readText(bool verify);
 
   // NodeMemory.cpp
   uint32_t GetAsMemory(int64_t address, void* buffer, int64_t size) noexcept;
@@ -75,6 +75,7 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
  private:
   class CallbackHelper;
   class UpdateCallback;
+  struct Related;
 
   // "<name><tag>: <text>" in the record of a failure.
   Operation operation(const char* tag, const FailureRules& rules) const noexcept;
@@ -85,9 +86,9 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
   void writeInteger(bool verify, int64_t value);
   void writeFloat(bool verify, double value);
   void writeText(bool verify, const char* value);
-  GENAPI_NAMESPACE::NodeList_t list(TNodeList list, const char* unknown) const;
+  Related related(TNodeList list, const char* unknown) const;
   std::string entryInfo(TNodeInfo info, int64_t index, int64_t* integer) const;
-  std::string listEntryName(TNodeList list, int64_t index) const;
+  GENICAM_NAMESPACE::gcstring listEntryName(TNodeList list, int64_t index) const;
   void deregisterAll() noexcept;
 
   const orxBase::shared_ref<NodeMapBase> nodeMap_;

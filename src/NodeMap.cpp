@@ -1,5 +1,6 @@
 #include "NodeMap.h"
 
+#include <cstring>
 #include <utility>
 
 #include "Base/GCUtilities.h"
@@ -87,14 +88,41 @@ orxBase::shared_ref<Node> NodeMap::nodeFor(const std::shared_ptr<LoadedMap>& loa
   return built;
 }
 
+orxBase::shared_ref<Node> NodeMap::known(const char* name) const {
+  AutoLock lock(cacheLock_);
+  const auto entry = nameCache_.find(std::string_view(name));
+  return entry == nameCache_.end() ? orxBase::shared_ref<Node>() : entry->second.lock();
+}
+
+void NodeMap::remember(const std::shared_ptr<LoadedMap>& load, const char* name,
+                       const orxBase::shared_ref<Node>& node) {
+  if (std::strchr(name, ':') != nullptr) return;  // with a name space, a second name of the node
+  // What the lock guards is prepared before it and ends after it.
+  NameCache entry;
+  entry.emplace(name, orxBase::weak_ref<Node>(node));
+  AutoLock lock(cacheLock_);
+  if (loaded_ != load) return;
+  const auto former = nameCache_.find(entry.begin()->first);
+  if (former == nameCache_.end()) {
+    nameCache_.merge(entry);
+  } else {
+    std::swap(former->second, entry.begin()->second);
+  }
+}
+
 uint32_t NodeMap::GetNode(const char* name, NODE* node) noexcept {
   *node = nullptr;
   return guarded(operation("-NodeMap::GetNode", kLoading), [&] {
-    const auto load = required();
-    const gcstring key(name == nullptr ? "" : name);
-    GENAPI_NAMESPACE::INode* engineNode = load->map()->GetNode(key);
-    if (engineNode == nullptr) refuseAbsent(key.c_str());
-    *node = static_cast<NODE>(nodeFor(load, engineNode).release());
+    if (name == nullptr) name = "";
+    auto found = known(name);
+    if (!found) {
+      const auto load = required();
+      GENAPI_NAMESPACE::INode* engineNode = load->map()->GetNode(name);
+      if (engineNode == nullptr) refuseAbsent(name);
+      found = nodeFor(load, engineNode);
+      remember(load, name, found);
+    }
+    *node = static_cast<NODE>(found.release());
   });
 }
 
@@ -139,10 +167,12 @@ void NodeMap::install(GENAPI_NAMESPACE::CNodeMapFactory& factory) {
   LoadedMap::EngineMap map(factory.CreateNodeMap("Device", kReleaseText));
   auto load = std::make_shared<LoadedMap>(std::move(map));
   NodeCache formerNodes;
+  NameCache formerNames;
   {
     AutoLock lock(cacheLock_);
     loaded_.swap(load);
     nodeCache_.swap(formerNodes);
+    nameCache_.swap(formerNames);
   }
   if (load) load->retire();
 }

@@ -66,10 +66,21 @@ class NodeMap : public NodeMapBase {
   // The nodes handed out, by what they stand for.
   using NodeCache = std::unordered_map<const GENAPI_NAMESPACE::INode*, orxBase::weak_ref<Node>>;
 
+  // The same by the names that they were asked for with; only names that a node has, so there are as many at most.
+  struct NameHash : std::hash<std::string_view> {
+    using is_transparent = void;
+  };
+  using NameCache = std::unordered_map<std::string, orxBase::weak_ref<Node>, NameHash, std::equal_to<>>;
+
+  // The node that was handed out for that name, if there still is one.
+  orxBase::shared_ref<Node> known(const char* name) const;
+  void remember(const std::shared_ptr<LoadedMap>& load, const char* name, const orxBase::shared_ref<Node>& node);
+
   // A leaf: while it is held nothing is built, released or called.
   mutable GENAPI_NAMESPACE::CLock cacheLock_;
   std::shared_ptr<LoadedMap> loaded_;  // guarded by cacheLock_
   NodeCache nodeCache_;                // of loaded_; guarded by cacheLock_
+  NameCache nameCache_;                // of loaded_; guarded by cacheLock_
 };
 
 // The text form of a numeric event or chunk ID: hexadecimal digits, lower case, with a leading zero that follows from

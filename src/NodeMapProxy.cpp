@@ -13,7 +13,11 @@ NodeMapProxy::NodeMapProxy(orxBase::shared_ref<NodeMapBase> internal, TReleaseNo
     : internal_(std::move(internal)), releaseNotify_(releaseNotify), userData_(userData) {}
 
 NodeMapProxy::~NodeMapProxy() {
-  if (releaseNotify_ != nullptr) releaseNotify_(userData_);
+  if (releaseNotify_ == nullptr) return;
+  try {
+    releaseNotify_(userData_);
+  } catch (...) {  // it must not throw, and nobody is left to hear of it
+  }
 }
 
 std::shared_ptr<LoadedMap> NodeMapProxy::loaded() noexcept {

@@ -1,9 +1,10 @@
 #include "NodeMapSerializer.h"
 
-#include <new>
+#include <algorithm>
+#include <exception>
+#include <utility>
 
 #include "Failure.h"
-#include "OxBase/Exceptions.h"
 #include "SettingsText.h"
 
 namespace orxGenApi {
@@ -12,7 +13,9 @@ using GENAPI_NAMESPACE::INode;
 using GENICAM_NAMESPACE::gcstring;
 using GENICAM_NAMESPACE::GenericException;
 
-void NodeMapSerializer::report(INode* feature, uint32_t code, const std::string& text) {
+void NodeMapSerializer::report(INode* feature, uint32_t code, std::string text) {
+  // Bytes of a file that is no settings file: a zero would end the text before its reason.
+  std::replace(text.begin(), text.end(), '\0', '?');
   if (!problems_.goOn(feature, code, text)) throw orx_error(code, text);
 }
 
@@ -27,16 +30,12 @@ void NodeMapSerializer::reportCurrentException(INode* feature, const gcstring& n
   } catch (const GenericException& fault) {
     code = kSettingDoesNotHold;
     text += fault.GetDescription();
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const orxBase::bad_alloc&) {
-    throw;
   } catch (const std::exception& fault) {
     text += fault.what();
   } catch (...) {
     text += "Unspecified error";
   }
-  report(feature, code, text);
+  report(feature, code, std::move(text));
 }
 
 }  // namespace orxGenApi

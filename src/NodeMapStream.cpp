@@ -2,6 +2,7 @@
 
 #include <new>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "Failure.h"
 #include "OxBase/OxBase.h"
@@ -34,12 +35,18 @@ std::string valueText(Node& node) {
   const TNodeType type = node.typed().type;
   if (type == NT_Category || type == NT_Command) return {};
   try {
-    return node.readText(true);
+    return node.readText(true).c_str();
   } catch (const std::bad_alloc&) {
     throw;
   } catch (...) {  // a snapshot of a node that cannot be read is still a snapshot
     return {};
   }
+}
+
+// As JSON. A text alone: the library's objects and arrays need memory even to end, and must end without.
+void appendQuoted(std::string& text, std::string value) {
+  constexpr int kCompact = -1;
+  text += nlohmann::json(std::move(value)).dump(kCompact, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 }  // namespace
@@ -51,12 +58,12 @@ uint64_t NodeMapStream::interfaceId() noexcept {
 
 void NodeMapStream::push(Node& node) {
   const TypedNode& typed = node.typed();
-  const nlohmann::json element = {{"Name", typed.name().c_str()},
-                                  {"Display Name", typed.node->GetDisplayName().c_str()},
-                                  {"Type", typeName(typed.type)},
-                                  {"Value", valueText(node)}};
-  constexpr int kCompact = -1;
-  std::string text = element.dump(kCompact, ' ', false, nlohmann::json::error_handler_t::replace);
+  std::string text = R"({"Display Name":)";
+  appendQuoted(text, typed.node->GetDisplayName().c_str());
+  appendQuoted(text += R"(,"Name":)", typed.name().c_str());
+  text.append(R"(,"Type":")").append(typeName(typed.type));
+  appendQuoted(text += R"(","Value":)", valueText(node));
+  text += '}';
 
   const std::lock_guard guard(lock_);
   // Room first: what follows must not stop half way. Grown by half at a time, whatever the library would choose.

@@ -19,7 +19,8 @@ uint32_t Node::GetAsMemory(int64_t address, void* buffer, int64_t size) noexcept
 }
 
 uint32_t Node::SetAsMemory(int64_t address, const void* buffer, int64_t size) noexcept {
-  return guarded(operation("::SetAsMemory", kWriting), [&] {
+  // Raw bytes are no value: their failures have the same codes in both directions.
+  return guarded(operation("::SetAsMemory", kReading), [&] {
     checkMemoryAccess(typed_, buffer, size);
     typed_.port->Write(buffer, address, size);
   });

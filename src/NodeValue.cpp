@@ -5,6 +5,9 @@
 #include "NodeText.h"
 
 namespace orxGenApi {
+
+using GENICAM_NAMESPACE::gcstring;
+
 namespace {
 
 // Every read goes through the caches.
@@ -70,18 +73,18 @@ double Node::readFloat(bool verify) {
   }
 }
 
-std::string Node::readText(bool verify) {
+gcstring Node::readText(bool verify) {
   switch (typed_.type) {
     case NT_EnumEntry:
-      return typed_.entry->GetSymbolic().c_str();
+      return typed_.entry->GetSymbolic();
     case NT_Float:
-      return realText(readFloat(verify));
+      return gcstring(realText(readFloat(verify)));
     case NT_Integer:
-      return integerText(readInteger(verify));
+      return gcstring(integerText(readInteger(verify)));
     case NT_Register:
       break;  // refused although it has a value
     default:
-      if (typed_.value != nullptr) return typed_.value->ToString(verify, kUseCache).c_str();
+      if (typed_.value != nullptr) return typed_.value->ToString(verify, kUseCache);
   }
   refuseConversion("Value of this feature can not be returned as string");
 }

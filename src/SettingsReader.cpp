@@ -41,8 +41,6 @@ void inLine(int64_t number, const char* genApiFault, const char* unknownFault, S
     step();
   } catch (const orx_error&) {
     throw;
-  } catch (const std::bad_alloc&) {
-    throw;
   } catch (const GenericException& fault) {
     throw orx_error(kSettingDoesNotHold, genApiFault + std::to_string(number) + ": " + fault.GetDescription());
   } catch (...) {

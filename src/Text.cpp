@@ -1,5 +1,6 @@
 #include "Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cwchar>
 
@@ -28,13 +29,27 @@ void appendUtf8(std::string& text, uint32_t point) {
   }
 }
 
-// How many continuation bytes follow a lead byte; -1 for a byte that cannot lead.
+// How many continuation bytes follow a lead byte above 0x7f; -1 for a byte that cannot lead.
 int continuationsAfter(uint8_t lead) {
-  if (lead < 0x80) return 0;
   if (lead >= 0xC0 && lead <= 0xDF) return 1;
   if (lead >= 0xE0 && lead <= 0xEF) return 2;
   if (lead >= 0xF0 && lead <= 0xF7) return 3;
   return -1;
+}
+
+// The code point at `i`, which moves past it; U+FFFD for a malformed sequence.
+wchar_t nextPoint(std::string_view text, size_t& i) {
+  const auto lead = static_cast<uint8_t>(text[i++]);
+  if (lead < 0x80) return lead;
+  const int continuations = continuationsAfter(lead);
+  if (continuations < 0) return kReplacement;
+  uint32_t point = lead & (0x3Fu >> continuations);
+  for (int missing = continuations; missing > 0; --missing, ++i) {
+    const auto byte = i < text.size() ? static_cast<uint8_t>(text[i]) : uint8_t{0};
+    if ((byte & 0xC0) != 0x80) return kReplacement;
+    point = (point << 6) | (byte & 0x3Fu);
+  }
+  return static_cast<wchar_t>(point);
 }
 
 }  // namespace
@@ -50,22 +65,26 @@ std::string toNarrow(const wchar_t* text, size_t length) {
   return narrow;
 }
 
-std::wstring toWide(std::string_view text) {
-  std::wstring wide;
-  wide.reserve(text.size());
-  for (size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<uint8_t>(text[i++]);
-    const int continuations = continuationsAfter(lead);
-    uint32_t point = continuations <= 0 ? lead : lead & (0x3Fu >> continuations);
-    int missing = continuations;
-    for (; missing > 0 && i < text.size(); --missing, ++i) {
-      const auto byte = static_cast<uint8_t>(text[i]);
-      if ((byte & 0xC0) != 0x80) break;
-      point = (point << 6) | (byte & 0x3Fu);
-    }
-    wide += missing == 0 ? static_cast<wchar_t>(point) : kReplacement;
+void copyText(std::string_view text, char* buffer, size_t& size) noexcept {
+  if (buffer == nullptr) {
+    size = text.size() + 1;
+  } else if (size > 0) {
+    const size_t count = std::min(size - 1, text.size());
+    std::copy_n(text.data(), count, buffer);
+    buffer[count] = '\0';
   }
-  return wide;
+}
+
+void copyText(std::string_view text, wchar_t* buffer, size_t& size) noexcept {
+  size_t count = 0;
+  size_t i = 0;
+  if (buffer == nullptr) {
+    for (; i < text.size(); ++count) nextPoint(text, i);
+    size = count + 1;
+  } else if (size > 0) {
+    for (; i < text.size() && count < size - 1; ++count) buffer[count] = nextPoint(text, i);
+    buffer[count] = L'\0';
+  }
 }
 
 std::string integerText(int64_t value) {

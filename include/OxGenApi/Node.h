@@ -61,7 +61,7 @@ OXGENAPI_EXPORT uint32_t NSetAsInteger(NODE Node, int64_t Value);
 
 /* Floats receive the number; integer, enumeration, boolean and command the number cut towards zero.
  * Errors: NOT_SUPPORTED "Value of this feature can not be set as float" for every other kind;
- *         INVALID_ARGUMENT "Value does not fit a 64-bit integer" where one is needed. */
+ *         INVALID_ARGUMENT "<name>: <value> does not fit a 64-bit integer" where one is needed. */
 OXGENAPI_EXPORT uint32_t NSetAsFloat(NODE Node, double Value);
 
 /* The value as text, as the node's own text form accepts it (an enumeration: the entry's name; a command: any text
@@ -106,11 +106,10 @@ OXGENAPI_EXPORT uint32_t NInfoAsStringW(NODE Node, TNodeInfo Info, wchar_t* Valu
 /* The same about one entry of an enumeration, in integer and text form at once.
  *   InfoEnum      the item, asked of the entry
  *   FileIndex     the entry, counted from 0 in description order
- *   IntegerValue  out: the integer form; 0 for an item that has only a text form
- *   StringValue, StringValueSize  text buffer (may be null) and its in/out size in elements; empty text for an item
- *                 that has no text form
+ *   IntegerValue  out: the integer form, may be null; 0 for an item that has only a text form
+ *   StringValue, StringValueSize  text buffer and its in/out size in elements; both may be null
  * Errors: INVALID_HANDLE "This is not an IEnum node"; INVALID_ARGUMENT "Index out of range: 0 <= 7 < 5"; those of
- *         NInfoAsInteger when the item has neither form for an entry. */
+ *         NInfoAsInteger when an entry has no such item. */
 OXGENAPI_EXPORT uint32_t NInfoEnum(NODE Node, TNodeInfo InfoEnum, int64_t FileIndex, int64_t* IntegerValue,
                                    char* StringValue, size_t* StringValueSize);
 OXGENAPI_EXPORT uint32_t NInfoEnumW(NODE Node, TNodeInfo InfoEnum, int64_t FileIndex, int64_t* IntegerValue,
@@ -133,7 +132,8 @@ OXGENAPI_EXPORT uint32_t NList(NODE Node, TNodeList List, int64_t Index, char* E
 OXGENAPI_EXPORT uint32_t NListW(NODE Node, TNodeList List, int64_t Index, wchar_t* Entry, OX_OUT(size_t) EntrySize);
 
 /* ---- Memory ------------------------------------------------------------------------------------------------------
- * Errors of all: NOT_READABLE, NOT_WRITABLE or UNSPECIFIED with the description when the access fails. */
+ * Errors of all: NOT_READABLE with the description when the access is refused, of a write too; UNSPECIFIED with the
+ * description when it fails otherwise. */
 
 /* Reads BufferSize bytes of a port's address space at Address; bytes are passed through unchanged.
  * Errors: NOT_SUPPORTED "Only port nodes support memory access"; INVALID_ARGUMENT "Invalid buffer" for a null buffer or

@@ -189,8 +189,9 @@ OXGENAPI_EXPORT uint32_t NMSaveSetStringExW(NODEMAP NodeMap, wchar_t* Settings, 
 OXGENAPI_EXPORT uint32_t NMCreateStream(NODEMAP NodeMap, TStreamType StreamType, NODEMAPSTREAM* Stream);
 
 /* Appends a node as it is now: "Name", "Display Name", "Type" and "Value", all texts. The value of categories and
- * commands, and one that cannot be read, is empty. Bytes that are not UTF-8 become U+FFFD. Pushes and dumps may come
- * from several threads.
+ * commands, and one that cannot be read, is empty. Devices may hold texts that are not UTF-8, which JSON cannot carry:
+ * each malformed sequence in them becomes one U+FFFD, so a push or a dump never fails for them. The node may belong to
+ * another node map. Pushes and dumps may come from several threads; a slow device holds up no dump.
  * Errors: INVALID_HANDLE "Invalid NODEMAPSTREAM handle", then "Invalid NODE handle"; UNSPECIFIED "not a valid node
  * type" for entries, ports, registers and plain nodes. */
 OXGENAPI_EXPORT uint32_t NMStreamPush(NODEMAPSTREAM NodeMapStream, NODE Node);
@@ -221,8 +222,8 @@ OXGENAPI_EXPORT uint32_t NMUploadFileMemoryW(NODEMAP NodeMap, const wchar_t* Fil
 
 /* Copies a device file to a host file, which is created or cut first.
  * Errors: RUNTIME "Filename not writable", or the reason when the host file fails later; DEVICE_FILE when the device
- *         file cannot be opened (the last error is left alone); ACCESS_DENIED with the reason: the host file is then
- *         cut short. */
+ *         file cannot be opened (the last error is left alone); ACCESS_DENIED with the reason, also when the device
+ *         stops below the FileSize that it tells: the host file is then cut short. */
 OXGENAPI_EXPORT uint32_t NMDownloadFile(NODEMAP NodeMap, const char* FileSelectorEntryName, const char* Filename);
 OXGENAPI_EXPORT uint32_t NMDownloadFileW(NODEMAP NodeMap, const wchar_t* FileSelectorEntryName,
                                          const wchar_t* Filename);
@@ -231,8 +232,8 @@ OXGENAPI_EXPORT uint32_t NMDownloadFileW(NODEMAP NodeMap, const wchar_t* FileSel
  *   pBuffer     null: BufferSize receives the file's size as the device tells it; the file stays selected
  *   BufferSize  in: bytes of room; out: bytes read
  * Errors: INVALID_ARGUMENT "Buffer must not be empty" for a buffer of size 0 (checked before the handle); DEVICE_FILE
- *         as above; ACCESS_DENIED with the reason; asking the size: NOT_PRESENT "FileSelector not present",
- * NOT_WRITABLE "FileSelector not writable", UNSPECIFIED when FileSize cannot be read (the last error is left alone). */
+ *         as above; ACCESS_DENIED with the reason as above; asking the size: NOT_PRESENT "FileSelector not present",
+ *         NOT_WRITABLE "FileSelector not writable", UNSPECIFIED when FileSize is not readable (last error kept). */
 OXGENAPI_EXPORT uint32_t NMDownloadFileMemory(NODEMAP NodeMap, const char* FileSelectorEntryName, void* pBuffer,
                                               size_t* BufferSize);
 OXGENAPI_EXPORT uint32_t NMDownloadFileMemoryW(NODEMAP NodeMap, const wchar_t* FileSelectorEntryName, void* pBuffer,

@@ -11,6 +11,7 @@ namespace ox::simulation {
 
 namespace {
 
+constexpr int64_t kLongestOperationMs = 60'000;
 constexpr int64_t kMaxFileBytes = int64_t{1} << 30;
 constexpr std::size_t kCalibrationBytes = 10'000;  // more than two blocks, and no whole number of them
 enum OpenMode : uint64_t { kForRead, kForWrite, kForBoth };
@@ -82,6 +83,10 @@ void Files::execute() {
   if (verdict.refusal != 0)
     throw DeviceFailure(verdict.refusal,
                         "FileOperationExecute: file '" + std::string(files_[selected].name) + "' refused");
+  if (verdict.durationNs == 0) {
+    const auto wanted = static_cast<int64_t>(r.integer(reg("TestFileOperationTime")));
+    verdict.durationNs = std::min(wanted, kLongestOperationMs) * kMillisecond;
+  }
   const auto act = [this, selected, operation, verdict] {
     registers().setInteger(reg("FileOperationResult"), 0);
     if (verdict.status != FileStatus::kSuccess) return finish(verdict.status);

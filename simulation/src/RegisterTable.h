@@ -243,6 +243,7 @@ inline constexpr RegisterSpec kRegisters[] = {
     // Test Deep Category
     {"TestNested", 0x1C198, 4, 1, kReadWrite, kBig, kPlain, 9},
     {"TestEmptyChoice", 0x1C19C, 4, 1, kReadWrite, kBig, kPlain, 0},
+    {"TestFileOperationTime", 0x1C1A0, 4, 1, kReadWrite, kBig, kPlain, 0},
     // In no description: what the camera has to remember while it takes pictures
     {"FrameCounter", 0x1F000, 8, 1, kReadOnly, kBig, kPlain, 0},
     {"TimestampOrigin", 0x1F008, 8, 1, kReadOnly, kBig, kPlain, 0},

@@ -39,20 +39,20 @@ uint32_t attach(NodeMapBase& nodeMap, const TChunkDataExW& data) {
 
 template <class Data>
 uint32_t deliverEvent(NODEMAP handle, const Data* data) {
-  return onObject<NodeMapBase>(handle, args("NodeMap", handle, "Data", record(data)),
+  return onObject<NodeMapBase>(handle, args("hNodeMap", handle, "Data", record(data)),
                                [&](NodeMapBase& nodeMap) { return deliver(nodeMap, *data); });
 }
 
 template <class Data>
 uint32_t attachChunk(NODEMAP handle, const Data* data) {
-  return onObject<NodeMapBase>(handle, args("NodeMap", handle, "Data", record(data)),
+  return onObject<NodeMapBase>(handle, args("hNodeMap", handle, "Data", record(data)),
                                [&](NodeMapBase& nodeMap) { return attach(nodeMap, *data); });
 }
 
 // The first failure ends the list; what was attached before stays attached.
 template <class Data>
 uint32_t attachChunkList(NODEMAP handle, const Data* list, size_t length) {
-  const auto arguments = args("NodeMap", handle, "DataList", list, "Length", length);
+  const auto arguments = args("hNodeMap", handle, "DataList", list, "Length", length);
   if (list == nullptr && length != 0) return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList");
   return onObject<NodeMapBase>(handle, arguments, [&](NodeMapBase& nodeMap) {
     if (length == 0) return OXGENAPI_OK;
@@ -104,12 +104,12 @@ uint32_t NMAttachChunkListExW(NODEMAP NodeMap, const TChunkDataExW* DataList, si
 }
 
 uint32_t NMUpdateChunks(NODEMAP NodeMap, void* pBase) {
-  return onObject<NodeMapBase>(NodeMap, args("NodeMap", NodeMap, "pBase", pBase),
+  return onObject<NodeMapBase>(NodeMap, args("hNodeMap", NodeMap, "pBase", pBase),
                                [&](NodeMapBase& nodeMap) { return nodeMap.UpdateChunks(pBase); });
 }
 
 uint32_t NMDetachAllChunks(NODEMAP NodeMap) {
-  return onObject<NodeMapBase>(NodeMap, args("NodeMap", NodeMap),
+  return onObject<NodeMapBase>(NodeMap, args("hNodeMap", NodeMap),
                                [](NodeMapBase& nodeMap) { return nodeMap.DetachAllChunks(); });
 }
 

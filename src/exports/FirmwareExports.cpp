@@ -12,18 +12,20 @@ using Infos = CFirmwareUpdater::Infos;
 
 constexpr const char* kUnknownUpdateFailure = "Unknown error updating firmware";
 
+// Here memory that ran out is a failure like others, told by its text.
 constexpr FailureRules kCreatingUpdater{
-    .standard = OXGENAPI_E_UNSPECIFIED, .unknownText = kUnknownUpdateFailure, .reports = false};
+    .memory = 0, .standard = OXGENAPI_E_UNSPECIFIED, .unknownText = kUnknownUpdateFailure, .reports = false};
 constexpr FailureRules kVerifying{.access = OXGENAPI_E_RUNTIME,
                                   .argument = OXGENAPI_E_RUNTIME,
                                   .genapi = OXGENAPI_E_RUNTIME,
+                                  .memory = 0,
                                   .standard = OXGENAPI_E_RUNTIME,
                                   .unknown = OXGENAPI_E_RUNTIME,
                                   .unknownText = "Unknown error validating guf file",
                                   .reports = false};
-constexpr FailureRules kReadingInfos{.standard = OXGENAPI_E_UNSPECIFIED,
-                                     .unknownText = "Failed to read firmware update infos."};
-constexpr FailureRules kUpdating{.standard = OXGENAPI_E_UNSPECIFIED, .unknownText = kUnknownUpdateFailure};
+constexpr FailureRules kReadingInfos{
+    .memory = 0, .standard = OXGENAPI_E_UNSPECIFIED, .unknownText = "Failed to read firmware update infos."};
+constexpr FailureRules kUpdating{.memory = 0, .standard = OXGENAPI_E_UNSPECIFIED, .unknownText = kUnknownUpdateFailure};
 
 uint32_t createUpdater(const char* path, int verify, FWUPDATER* updater) {
   *updater = nullptr;
@@ -78,8 +80,11 @@ uint32_t fileInfo(FWUPDATER Updater, size_t FileIndex, size_t InfoIndex, TFirmwa
       text = infoText(updater.readInfos(), FileIndex, InfoIndex, Info);
       return OXGENAPI_OK;
     });
-    copyText(text, Buffer, *InfoSize);
-    return result;
+    const uint32_t copied = guardedExport(arguments, kReadingInfos, [&] {
+      copyText(text, Buffer, *InfoSize);
+      return OXGENAPI_OK;
+    });
+    return result != OXGENAPI_OK ? result : copied;
   });
 }
 

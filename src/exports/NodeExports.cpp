@@ -127,7 +127,9 @@ uint32_t NInfoEnum(NODE Node, TNodeInfo InfoEnum, int64_t FileIndex, int64_t* In
                 args("Node", Node, "InfoEnum", InfoEnum, "FileIndex", FileIndex, "IntegerValue", IntegerValue,
                      "StringValue", StringValue, "StringValueSize", StringValueSize),
                 [&](ORX::INode& node) {
-                  return node.GetInfoEnum(InfoEnum, FileIndex, IntegerValue, StringValue, *StringValueSize);
+                  size_t none = 0;
+                  return node.GetInfoEnum(InfoEnum, FileIndex, IntegerValue, StringValue,
+                                          StringValueSize == nullptr ? none : *StringValueSize);
                 });
 }
 
@@ -137,7 +139,9 @@ uint32_t NInfoEnumW(NODE Node, TNodeInfo InfoEnum, int64_t FileIndex, int64_t* I
                 args("Node", Node, "InfoEnum", InfoEnum, "FileIndex", FileIndex, "IntegerValue", IntegerValue,
                      "StringValue", StringValue, "StringValueSize", StringValueSize),
                 [&](ORX::INode& node) {
-                  return node.GetInfoEnumW(InfoEnum, FileIndex, IntegerValue, StringValue, *StringValueSize);
+                  size_t none = 0;
+                  return node.GetInfoEnumW(InfoEnum, FileIndex, IntegerValue, StringValue,
+                                           StringValueSize == nullptr ? none : *StringValueSize);
                 });
 }
 

@@ -44,7 +44,9 @@ class FileDevice : public MemoryDevice {
 
   int refusedOperation = 0;  // the operation with this number, counted from 1, ends with status Failure
   int shortOperation = 0;    // this one does its work only by half, and says so
+  int silentOperation = 0;   // this one is a success that has moved nothing
   int operations = 0;
+  bool isOpen = false;
 
  private:
   static constexpr int64_t kSelector = 0, kOperation = 4, kMode = 8, kExecute = 12, kStatus = 16, kResult = 20,
@@ -71,7 +73,9 @@ class FileDevice : public MemoryDevice {
     put(kExecute, 0);
     put(kStatus, refused ? 1 : 0);
     put(kResult, 0);
-    if (refused) return;
+    if (at(kOperation) == Close) isOpen = false;
+    if (refused || operations == silentOperation) return;
+    if (at(kOperation) == Open) isOpen = true;
     if (at(kOperation) == Open && at(kMode) == 1) bytes.clear();
     if (at(kOperation) == Read) {
       count = std::min(count, bytes.size() - std::min(offset, bytes.size()));

@@ -116,6 +116,7 @@ TEST(FileTransfer, ChecksInTheirOrder) {
       {NMUploadFile(device.map, "UserSet", "/nowhere"), 0x80000003, lastErrorText()},
       {NMUploadFile(device.map, "UserSet", nullptr), 0x80000003, lastErrorText()},
       {NMUploadFile(device.map, "UserSet", testing::TempDir().c_str()), 0x80000003, lastErrorText()},
+      {NMDownloadFile(device.map, "UserSet", testing::TempDir().c_str()), 0x80000003, lastErrorText()},
       {NMDownloadFile(device.map, "UserSet", "/nowhere/x"), 0x80000003, lastErrorText()},
   };
   const auto expectedText = [](uint32_t code) -> std::string {
@@ -203,6 +204,7 @@ TEST(FileTransfer, AFailureOfAnyPortAccessFailsTheTransfer) {
       }
       ASSERT_EQ(result, transfer.code) << transfer.name << ", access " << failing;
       EXPECT_NE(lastErrorText().find("port broken"), std::string::npos) << lastErrorText();
+      EXPECT_FALSE(device.isOpen) << transfer.name << ", access " << failing;
     }
     EXPECT_GT(failing, 20) << transfer.name;
   }
@@ -217,24 +219,45 @@ TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
     EXPECT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0x8000000Fu) << operation;
     EXPECT_NE(lastErrorText().find("Failure"), std::string::npos) << lastErrorText();
   }
+  // A block that is taken by half is followed by another one; one that is not taken at all ends the upload.
   for (const int operation : {2, 3, 4}) {
     FileDevice device;
     device.shortOperation = operation;
-    const uint32_t result = NMUploadFileMemory(device.map, "Firmware", content.data(), content.size());
-    EXPECT_TRUE(result == 0x8000000F || device.file("Firmware") == content) << operation;
+    ASSERT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0u) << operation;
+    EXPECT_EQ(device.file("Firmware"), content);
+    device.silentOperation = device.operations + operation;
+    EXPECT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0x8000000Fu) << operation;
+    EXPECT_NE(lastErrorText().find("stopped at byte " + std::to_string((operation - 2) * 64)), std::string::npos)
+        << lastErrorText();
+    EXPECT_FALSE(device.isOpen);
   }
   // And of a download: open, three blocks.
   for (const int operation : {2, 3, 4}) {
     FileDevice device;
     device.file("Firmware") = content;
     ASSERT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0u);  // sets FileSize
-    device.refusedOperation = device.operations + operation;
     std::string memory(content.size(), '\0');
     size_t size = memory.size();
-    EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), 0x8000000Eu) << operation;
-    EXPECT_NE(lastErrorText().find("Failure"), std::string::npos) << lastErrorText();
-    EXPECT_EQ(size, content.size()) << "a failing call leaves its outputs alone";
+    for (int* const fault : {&device.refusedOperation, &device.silentOperation}) {
+      *fault = device.operations + operation;
+      EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), 0x8000000Eu) << operation;
+      EXPECT_NE(lastErrorText().find("of 182: status "), std::string::npos) << lastErrorText();
+      EXPECT_EQ(size, content.size()) << "a failing call leaves its outputs alone";
+      EXPECT_FALSE(device.isOpen);
+    }
+    device.shortOperation = device.operations + operation;
+    ASSERT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), 0u) << operation;
+    EXPECT_EQ(memory, content);
   }
+  // Every byte is there when only the close of a read is refused.
+  FileDevice closing;
+  closing.file("Firmware") = content;
+  closing.refusedOperation = 6;  // open, three blocks, one behind the end, close
+  std::string whole(content.size(), '\0');
+  size_t wholeSize = whole.size();
+  EXPECT_EQ(NMDownloadFileMemory(closing.map, "Firmware", whole.data(), &wholeSize), 0u);
+  EXPECT_EQ(closing.operations, 6);
+  EXPECT_EQ(whole, content);
   // A device that does not open the file leaves the last error alone.
   FileDevice device;
   device.refusedOperation = 1;

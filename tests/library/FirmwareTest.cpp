@@ -179,16 +179,19 @@ TEST(FirmwareUpdate, NamesWhatFailed) {
   const UpdateFile file("ox_failures.guf", control(kReset + kWrite), {});
   const Updater updater(file.path);
   const NODE node = UpdatableDevice().node("Mode");  // alive, but not a node map
+  NODEMAP undescribed{};
+  ASSERT_EQ(CreateNodeMap(undescribed), 0u);
   const struct {
     bool answer;
     void* newNodeMap;
     bool throws;
-    const char* text;  // empty: any
+    const char* text;
   } kCases[] = {
-      {false, nullptr, false, ""},
+      {false, nullptr, false, "no node map after device reset"},
       {true, nullptr, false, "Failed to get device node map after reset."},
       {true, reinterpret_cast<void*>(node), false, "Failed to get device node map after reset."},
       {true, nullptr, true, "Unknown error updating firmware"},
+      {true, undescribed, false, "no node map after device reset"},
   };
   for (const auto& entry : kCases) {
     UpdatableDevice device;
@@ -196,14 +199,16 @@ TEST(FirmwareUpdate, NamesWhatFailed) {
     if (entry.throws) reset.action = [] { throw std::runtime_error("not the library's"); };
     EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, &Reset::callback, &reset), 0x80000001u);
     EXPECT_EQ(reset.calls, 1);
-    if (*entry.text != 0) {
-      EXPECT_EQ(lastErrorText(), entry.text);
-    }
+    EXPECT_EQ(lastErrorText(), entry.text);
     EXPECT_EQ(device.memory[0x200], 0);
   }
   release(node);
+  release(undescribed);
 
   UpdatableDevice device;
+  Reset same{.newNodeMap = device.map, .action = {}};
+  EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, &Reset::callback, &same), 0u) << "the old map may be the new one";
+  EXPECT_EQ(device.memory[0x200], 7);
   EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0x80000001u) << "nobody can reset";
   EXPECT_EQ(FWUpdate(updater.handle, device.map, 1, nullptr, nullptr), 0x80000001u) << "for another device";
   EXPECT_EQ(FWUpdate(updater.handle, device.map, 2, nullptr, nullptr), 0x80000001u) << "no such entry";

@@ -1,47 +1,154 @@
-// What can be asked about a node, cell by cell.
+// What can be asked about a node: every item of every kind of node, in every form.
 #include <array>
+#include <sstream>
 
 #include "Device.h"
 
 namespace {
 
 const char* const kNodes = R"(
+  <Boolean Name="Bool"><Streamable>Yes</Streamable><Value>true</Value></Boolean>
+  <Command Name="Go"><pValue>Reg</pValue><CommandValue>1</CommandValue><PollingTime>40</PollingTime></Command>
+  <Enumeration Name="Choice"><Visibility>Guru</Visibility><IsDeprecated>Yes</IsDeprecated>
+    <EnumEntry Name="A"><ToolTip>first</ToolTip><DisplayName>Entry A</DisplayName><Value>3</Value></EnumEntry>
+    <EnumEntry Name="B"><Visibility>Guru</Visibility><Value>4</Value></EnumEntry><Value>3</Value></Enumeration>
+  <Float Name="Float"><Value>1.5</Value><Min>-2.5</Min><Max>8.75</Max><Inc>0.5</Inc><Unit>us</Unit>
+    <Representation>Logarithmic</Representation></Float>
+  <Float Name="Steps"><Value>1.5</Value></Float>
   <Integer Name="Int"><ToolTip>tip</ToolTip><Description>long</Description><DisplayName>An int</DisplayName>
     <Visibility>Expert</Visibility><ImposedAccessMode>RO</ImposedAccessMode><pAlias>Float</pAlias>
     <Streamable>Yes</Streamable><Value>6</Value><Min>2</Min><Max>20</Max><Inc>4</Inc><Unit>px</Unit>
     <Representation>HexNumber</Representation></Integer>
-  <Float Name="Float"><Value>1.5</Value><Min>-2.5</Min><Max>1e300</Max><Inc>0.5</Inc><Unit>us</Unit>
-    <Representation>Logarithmic</Representation></Float>
-  <Float Name="Steps"><Value>1.5</Value></Float>
-  <Integer Name="Address"><Value>1</Value><Representation>IPV4Address</Representation></Integer>
-  <IntReg Name="Reg"><Visibility>Invisible</Visibility><Address>0x10</Address><Length>4</Length><AccessMode>WO</AccessMode>
-    <pPort>Device</pPort><Cachable>WriteAround</Cachable><PollingTime>250</PollingTime>
-    <Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
-  <Enumeration Name="Choice" MergePriority="0"><IsDeprecated>Yes</IsDeprecated>
-    <EnumEntry Name="A"><DisplayName>Entry A</DisplayName><Value>3</Value></EnumEntry>
-    <EnumEntry Name="B"><Visibility>Guru</Visibility><Value>4</Value></EnumEntry><Value>3</Value></Enumeration>
+  <String Name="Text"><EventID>9A01</EventID><Value>abc</Value></String>
+  <Register Name="Block"><Visibility>Invisible</Visibility><Address>0x20</Address><Length>8</Length>
+    <AccessMode>RO</AccessMode><pPort>Device</pPort><Cachable>NoCache</Cachable></Register>
+  <Node Name="Plain"/>
+  <IntReg Name="Reg"><Address>0x10</Address><Length>4</Length><AccessMode>WO</AccessMode><pPort>Device</pPort>
+    <Cachable>WriteAround</Cachable><PollingTime>250</PollingTime><Sign>Unsigned</Sign>
+    <Endianess>LittleEndian</Endianess><Representation>MACAddress</Representation></IntReg>
+  <Integer Name="Zero"><Value>0</Value><Representation>IPV4Address</Representation></Integer>
   <Integer Name="Absent"><pIsImplemented>Zero</pIsImplemented><Value>1</Value></Integer>
   <Integer Name="Locked"><pIsAvailable>Zero</pIsAvailable><Value>1</Value></Integer>
-  <Integer Name="Zero"><Value>0</Value></Integer>
-  <Port Name="Events"><EventID>9A01</EventID></Port>)";
+  <FloatReg Name="FReg"><Address>0x40</Address><Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></FloatReg>
+  <StringReg Name="SReg"><Address>0x50</Address><Length>16</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>)";
+
+// The four forms of an answer: boolean, integer, float, text; a refusal as its text after "!".
+using Forms = std::array<std::string, 4>;
+
+// One kind of node per column.
+constexpr std::array kColumns = {"Bool",  "Root",  "Go",  "Choice", "EnumEntry_Choice_A",
+                                 "Float", "Steps", "Int", "Text",   "Device",
+                                 "Block", "Plain", "Reg"};
+constexpr size_t kEntryColumn = 4;
+
+// A cell: "=<text>" for text; "<integer> <text>", or the integer alone where the text is its digits;
+// "<integer>/<float> <text>" where the two differ; "-" where the kind of node has no such item.
+struct Row {
+  uint32_t info;
+  const char* name;
+  std::array<const char*, kColumns.size()> cells;
+};
+
+constexpr const char* kMin64 = "-9223372036854775808/-1.7976931348623157e308 -1.79769e+308";
+constexpr const char* kMax64 = "9223372036854775807/1.7976931348623157e308 1.79769e+308";
+constexpr const char* kRw = "4 Read/Write";
+constexpr const char* kRo = "2 Read Only";
+constexpr const char* kWo = "3 Write Only";
+constexpr const char* kThrough = "1 Write Through";
+constexpr const char* kAround = "2 Write Around";
+constexpr const char* kBeg = "0 Beginner";
+constexpr const char* kNoIncrement = "no increment";
+
+// clang-format off
+const Row kRows[] = {
+  //                            Bool     Root      Go      Choice   Entry     Float  Steps     Int     Text    Device   Block    Plain   Reg
+  {0, "NI_Name",             {"=Bool", "=Root", "=Go",  "=Choice", "=EnumEntry_Choice_A", "=Float", "=Steps", "=Int", "=Text", "=Device", "=Block", "=Plain", "=Reg"}},
+  {1, "NI_DisplayName",      {"=Bool", "=Root", "=Go",  "=Choice", "=Entry A", "=Float", "=Steps", "=An int", "=Text", "=Device", "=Block", "=Plain", "=Reg"}},
+  {2, "NI_AccessMode",       {kRw,     kRo,     kWo,     kRw,     kRo,     kRw,     kRw,     kRo,     kRw,     kRw,     kRo,     kRw,     kWo}},
+  {3, "NI_Max",              {"-",     "-",     "-",     "-",     "-",     "8/8.75 8.75", kMax64, "20", "-",   "-",     "-",     "-",     "4294967295"}},
+  {4, "NI_Min",              {"-",     "-",     "-",     "-",     "-",     "-2/-2.5 -2.5", kMin64, "2", "-",   "-",     "-",     "-",     "0"}},
+  {5, "NI_Increment",        {"-",     "-",     "-",     "-",     "-",     "0/0.5", kNoIncrement, "4", "-",    "-",     "-",     "-",     "1"}},
+  {6, "NI_NumEnumEntries",   {"-",     "-",     "-",     "2",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-"}},
+  {7, "NI_IsStreamable",     {"1",     "0",     "0",     "0",     "0",     "0",     "0",     "1",     "0",     "0",     "0",     "0",     "0"}},
+  {8, "NI_CachingMode",      {kThrough, kThrough, kAround, kThrough, kThrough, kAround, kAround, kThrough, kThrough, kThrough, "0 No Cache", kThrough, kAround}},
+  {9, "NI_ToolTip",          {"=",     "=",     "=",     "=",     "=first", "=",    "=",     "=tip",  "=",     "=",     "=",     "=",     "="}},
+  {10, "NI_Description",     {"=",     "=",     "=",     "=",     "=",     "=",     "=",     "=long", "=",     "=",     "=",     "=",     "="}},
+  {11, "NI_Visibility",      {kBeg, "1 Expert", kBeg, "2 Guru",   kBeg,    kBeg,    kBeg, "1 Expert", kBeg,    kBeg, "-1 Invisible", kBeg, kBeg}},
+  {12, "NI_PollingTime",     {"-1",    "-1",    "40",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "250"}},
+  {13, "NI_EventID",         {"=",     "=",     "=",     "=",     "=",     "=",     "=",     "=",     "=9A01", "=",     "=",     "=",     "="}},
+  {14, "NI_RegisterAddress", {"-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "32",    "-",     "16"}},
+  {15, "NI_RegisterLength",  {"-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "8",     "-",     "4"}},
+  {16, "NI_Representation",  {"-",     "-",     "-",     "-",     "-",     "1 Logarithmic", "3 PureNumber", "4 HexNumber", "-", "-", "-", "-", "6 Undefined"}},
+  {17, "NI_Unit",            {"-",     "-",     "-",     "-",     "-",     "=us",   "=",     "=px",   "-",     "-",     "-",     "-",     "="}},
+  {18, "NI_AliasName",       {"=",     "=",     "=",     "=",     "=",     "=",     "=",     "=Float", "=",    "=",     "=",     "=",     "="}},
+  {19, "NI_IsDeprecated",    {"0",     "0",     "0",     "1",     "0",     "0",     "0",     "0",     "0",     "0",     "0",     "0",     "0"}},
+  {20, "NI_IsFeature",       {"0",     "0",     "0",     "1",     "0",     "0",     "0",     "1",     "0",     "0",     "0",     "0",     "0"}},
+};
+// clang-format on
+
+// What a cell says about each form.
+Forms formsOf(const Row& row, const std::string& cell) {
+  const bool isUnit = row.info == NI_Unit;
+  const bool isIncrement = row.info == NI_Increment;
+  Forms forms;
+  if (cell[0] == '=' || isUnit) {
+    forms = {"!Strings can not be converted to boolean", "!Strings can not be converted to integer",
+             "!Strings can not be converted to float", cell[0] == '=' ? cell.substr(1) : ""};
+    if (cell == "-") forms[3] = "!Type does not support NI_Unit";
+  } else if (cell == "-" || cell == kNoIncrement) {
+    forms.fill(std::string("!Type does not support ") + row.name);
+    if (cell == kNoIncrement) {
+      forms[2] = "!Node does not support NI_INcrement";
+    } else if (isIncrement) {
+      forms[2] = "!Type does not support NI_INcrement";
+    }
+  } else {
+    const size_t blank = cell.find(' ');
+    const std::string number = cell.substr(0, blank);
+    const size_t slash = number.find('/');
+    forms[1] = number.substr(0, slash);
+    forms[0] = forms[1] == "0" ? "no" : "yes";
+    forms[2] = slash == std::string::npos ? number : number.substr(slash + 1);
+    forms[3] = blank == std::string::npos ? forms[1] : cell.substr(blank + 1);
+  }
+  if (isIncrement) forms[3] = "!Unknown info command";
+  return forms;
+}
 
 class NodeInfo : public testing::Test {
  protected:
-  // The four forms of an answer, or the texts of their refusals after "!".
-  std::array<std::string, 4> forms(const char* name, uint32_t command) {
-    const NODE node = device.node(name);
+  static constexpr double kNoReal = 4711;
+  // The forms that the library gives; a number is compared as a number, and written as `expected` has it.
+  Forms ask(NODE node, uint32_t command, const Forms& expected) {
     const auto info = static_cast<TNodeInfo>(command);
     bool boolean = false;
-    int64_t integer = 0;
-    double real = 0;
-    char text[64] = "";
-    size_t size = sizeof text;
-    const std::array<std::string, 4> failures = {
-        failure(NInfoAsBoolean(node, info, &boolean)), failure(NInfoAsInteger(node, info, &integer)),
-        failure(NInfoAsFloat(node, info, &real)), failure(NInfoAsString(node, info, text, size))};
-    std::array<std::string, 4> forms = {boolean ? "yes" : "no", std::to_string(integer), std::to_string(real), text};
-    for (size_t i = 0; i < forms.size(); ++i) {
-      if (!failures[i].empty()) forms[i] = failures[i];
+    int64_t integer = 4711;
+    double real = kNoReal;
+    char text[64] = "old";
+    wchar_t wide[64] = L"old";
+    size_t size = 64;
+    Forms forms = {failure(NInfoAsBoolean(node, info, &boolean)), failure(NInfoAsInteger(node, info, &integer)),
+                   failure(NInfoAsFloat(node, info, &real)), failure(NInfoAsString(node, info, text, size))};
+    EXPECT_EQ(failure(NInfoAsStringW(node, info, wide, size)), forms[3]);
+    EXPECT_EQ(std::wstring(wide), std::wstring(text, text + std::strlen(text)));
+    EXPECT_EQ(size, 64u);
+    size_t needed = 0;
+    EXPECT_EQ(failure(NInfoAsString(node, info, nullptr, needed)), forms[3]);
+    EXPECT_EQ(needed, std::strlen(text) + 1);
+    if (forms[3].empty()) {
+      forms[3] = text;
+    } else {
+      EXPECT_STREQ(text, "") << "a refused text is empty";
+    }
+    if (forms[0].empty()) forms[0] = boolean ? "yes" : "no";
+    if (forms[1].empty()) forms[1] = std::to_string(integer);
+    if (forms[2].empty()) {
+      std::istringstream number(expected[2]);
+      double wanted = 0;
+      number >> wanted;
+      forms[2] = number && wanted == real ? expected[2] : std::to_string(real);
+    } else {
+      EXPECT_EQ(real, kNoReal);
     }
     return forms;
   }
@@ -50,117 +157,94 @@ class NodeInfo : public testing::Test {
     EXPECT_EQ(outcome(result).code, OXGENAPI_E_NOT_SUPPORTED);
     return "!" + lastErrorText();
   }
-  Device device{kNodes, "<pFeature>Int</pFeature>"};
+  Device device{kNodes, "<pFeature>Int</pFeature><pFeature>Choice</pFeature>"};
 };
 
-using Forms = std::array<std::string, 4>;
-
-Forms refusedEverywhere(const std::string& text) {
-  return {"!" + text, "!" + text, "!" + text, "!" + text};
+TEST_F(NodeInfo, EveryItemOfEveryKindOfNodeInEveryForm) {
+  for (const Row& row : kRows) {
+    for (size_t i = 0; i < kColumns.size(); ++i) {
+      const Forms expected = formsOf(row, row.cells[i]);
+      EXPECT_EQ(ask(device.node(kColumns[i]), row.info, expected), expected) << row.name << " of " << kColumns[i];
+    }
+  }
 }
 
-Forms textOnly(const std::string& text) {
-  return {"!Strings can not be converted to boolean", "!Strings can not be converted to integer",
-          "!Strings can not be converted to float", text};
-}
-
-TEST_F(NodeInfo, EveryItemInEveryForm) {
-  const struct {
-    const char* node;
-    TNodeInfo info;
-    Forms expected;
-  } cells[] = {
-      {"Int", NI_Name, textOnly("Int")},
-      {"Int", NI_DisplayName, textOnly("An int")},
-      {"Int", NI_AccessMode, {"yes", "2", "2.000000", "Read Only"}},
-      {"Reg", NI_AccessMode, {"yes", "3", "3.000000", "Write Only"}},
-      {"Float", NI_AccessMode, {"yes", "4", "4.000000", "Read/Write"}},
-      {"Locked", NI_AccessMode, {"yes", "1", "1.000000", "Not Available"}},
-      {"Absent", NI_AccessMode, {"no", "0", "0.000000", "Not Implemented"}},
-      {"Int", NI_Max, {"yes", "20", "20.000000", "20"}},
-      {"Float", NI_Min, {"yes", "-2", "-2.500000", "-2.5"}},
-      {"Choice", NI_Max, refusedEverywhere("Type does not support NI_Max")},
-      {"Choice", NI_Min, refusedEverywhere("Type does not support NI_Min")},
-      {"Int", NI_Increment, {"yes", "4", "4.000000", "!Unknown info command"}},
-      {"Float", NI_Increment, {"no", "0", "0.500000", "!Unknown info command"}},
-      {"Steps",
-       NI_Increment,
-       {"!Type does not support NI_Increment", "!Type does not support NI_Increment",
-        "!Node does not support NI_INcrement", "!Unknown info command"}},
-      {"Choice",
-       NI_Increment,
-       {"!Type does not support NI_Increment", "!Type does not support NI_Increment",
-        "!Type does not support NI_INcrement", "!Unknown info command"}},
-      {"Choice", NI_NumEnumEntries, {"yes", "2", "2.000000", "2"}},
-      {"Int", NI_NumEnumEntries, refusedEverywhere("Type does not support NI_NumEnumEntries")},
-      {"Int", NI_IsStreamable, {"yes", "1", "1.000000", "1"}},
-      {"Zero", NI_IsStreamable, {"no", "0", "0.000000", "0"}},
-      {"Reg", NI_CachingMode, {"yes", "2", "2.000000", "Write Around"}},
-      {"Int", NI_CachingMode, {"yes", "1", "1.000000", "Write Through"}},
-      {"Int", NI_ToolTip, textOnly("tip")},
-      {"Int", NI_Description, textOnly("long")},
-      {"Int", NI_Visibility, {"yes", "1", "1.000000", "Expert"}},
-      {"Reg", NI_Visibility, {"yes", "-1", "-1.000000", "Invisible"}},
-      {"Zero", NI_Visibility, {"no", "0", "0.000000", "Beginner"}},
-      {"Reg", NI_PollingTime, {"yes", "250", "250.000000", "250"}},
-      {"Int", NI_PollingTime, {"yes", "-1", "-1.000000", "-1"}},
-      {"Events", NI_EventID, textOnly("9A01")},
-      {"Int", NI_EventID, textOnly("")},
-      {"Reg", NI_RegisterAddress, {"yes", "16", "16.000000", "16"}},
-      {"Int", NI_RegisterAddress, refusedEverywhere("Type does not support NI_RegisterAddress")},
-      {"Reg", NI_RegisterLength, {"yes", "4", "4.000000", "4"}},
-      {"Float", NI_RegisterLength, refusedEverywhere("Type does not support NI_RegisterLength")},
-      {"Int", NI_Representation, {"yes", "4", "4.000000", "HexNumber"}},
-      {"Float", NI_Representation, {"yes", "1", "1.000000", "Logarithmic"}},
-      {"Address", NI_Representation, {"yes", "5", "5.000000", "Undefined"}},
-      {"Choice", NI_Representation, refusedEverywhere("Type does not support NI_Representation")},
-      {"Float", NI_Unit, textOnly("us")},
-      {"Choice", NI_Unit, textOnly("!Type does not support NI_Unit")},
-      {"Int", NI_AliasName, textOnly("Float")},
-      {"Float", NI_AliasName, textOnly("")},
-      {"Choice", NI_IsDeprecated, {"yes", "1", "1.000000", "1"}},
-      {"Int", NI_IsFeature, {"yes", "1", "1.000000", "1"}},
-      {"Reg", NI_IsFeature, {"no", "0", "0.000000", "0"}},
-      {"Int", static_cast<TNodeInfo>(21), refusedEverywhere("Unknown info command")},
-      {"Int", static_cast<TNodeInfo>(0xffffffff), refusedEverywhere("Unknown info command")},
+TEST_F(NodeInfo, ItemsThatDependOnTheStateOfTheNode) {
+  const std::tuple<const char*, Row> cells[] = {
+      {"Locked", {NI_AccessMode, "", {"1 Not Available"}}},
+      {"Absent", {NI_AccessMode, "", {"0 Not Implemented"}}},
+      {"Zero", {NI_Representation, "", {"5 Undefined"}}},
+      {"FReg", {NI_RegisterAddress, "", {"64"}}},
+      {"SReg", {NI_RegisterLength, "", {"16"}}},
   };
-  for (const auto& cell : cells) EXPECT_EQ(forms(cell.node, cell.info), cell.expected) << cell.node << cell.info;
+  for (const auto& [node, row] : cells) {
+    const Forms expected = formsOf(row, row.cells[0]);
+    EXPECT_EQ(ask(device.node(node), row.info, expected), expected) << node;
+  }
 }
 
-TEST_F(NodeInfo, LimitsBeyondTheIntegersShowAsTheNearestInteger) {
-  int64_t value = 0;
-  EXPECT_OK(NInfoAsInteger(device.node("Float"), NI_Max, &value));
-  EXPECT_EQ(value, INT64_MAX);
+TEST_F(NodeInfo, CommandsThatAreNoneAreRefusedByEveryKindInEveryForm) {
+  Forms refused;
+  refused.fill("!Unknown info command");
+  for (const char* name : kColumns) {
+    for (const uint32_t command : {21u, 22u, 0x7fffffffu, 0x80000000u, 0xffffffffu}) {
+      EXPECT_EQ(ask(device.node(name), command, refused), refused) << name << " " << command;
+    }
+  }
 }
 
 TEST_F(NodeInfo, EntriesAnswerInBothFormsAtOnce) {
   const NODE choice = device.node("Choice");
-  const auto ask = [&](TNodeInfo info, int64_t index, int64_t* integer) {
-    return textOf(
-        [&, index](char* buffer, size_t& size) { return NInfoEnum(choice, info, index, integer, buffer, &size); });
-  };
-  int64_t number = 77;
-  EXPECT_EQ(ask(NI_DisplayName, 0, &number), "Entry A");
-  EXPECT_EQ(number, 0);  // an item that is text only
-  EXPECT_EQ(ask(NI_Visibility, 1, &number), "Guru");
+  for (const Row& row : kRows) {
+    const auto info = static_cast<TNodeInfo>(row.info);
+    const Forms expected = formsOf(row, row.cells[kEntryColumn]);
+    const bool isText = row.cells[kEntryColumn][0] == '=';
+    int64_t number = 77;
+    char text[64] = "old";
+    wchar_t wide[64] = L"old";
+    size_t size = 64;
+    const std::string refusal = failure(NInfoEnum(choice, info, 0, &number, text, &size));
+    EXPECT_EQ(failure(NInfoEnumW(choice, info, 0, &number, wide, &size)), refusal);
+    if (std::string(row.cells[kEntryColumn]) == "-") {
+      EXPECT_EQ(refusal, row.info == NI_Unit ? expected[3] : expected[1]) << row.name;
+      EXPECT_EQ(number, 77);
+      EXPECT_STREQ(text, "");
+    } else {
+      EXPECT_EQ(refusal, "") << row.name;
+      EXPECT_EQ(std::to_string(number), isText ? "0" : expected[1]) << row.name;  // no number: 0
+      EXPECT_EQ(text, expected[3]) << row.name;
+      EXPECT_EQ(std::wstring(wide), std::wstring(expected[3].begin(), expected[3].end())) << row.name;
+    }
+  }
+  char text[8];
+  size_t size = sizeof text;
+  EXPECT_OK(NInfoEnum(choice, NI_Visibility, 1, nullptr, text, &size));  // either half may be left out
+  EXPECT_STREQ(text, "Guru");
+  int64_t number = 0;
+  EXPECT_OK(NInfoEnum(choice, NI_Visibility, 1, &number, nullptr, nullptr));
   EXPECT_EQ(number, 2);
-  EXPECT_EQ(ask(NI_Visibility, 1, nullptr), "Guru");
-  wchar_t wide[16];
-  size_t size = 16;
-  EXPECT_OK(NInfoEnumW(choice, NI_Visibility, 1, &number, wide, &size));
-  EXPECT_EQ(std::wstring(wide), L"Guru");
+}
 
+TEST_F(NodeInfo, EntriesThatAreNoneAreRefused) {
+  const NODE choice = device.node("Choice");
+  int64_t number = 77;
   char text[8] = "old";
-  size = sizeof text;
-  EXPECT_FAILS(NInfoEnum(choice, NI_Name, 2, &number, text, &size), OXGENAPI_E_INVALID_ARGUMENT,
-               "Index out of range: 0 <= 2 < 2");
+  size_t size = sizeof text;
+  for (const int64_t index : {int64_t{2}, int64_t{-1}, INT64_MAX, INT64_MIN}) {
+    for (const uint32_t info : {0u, 5u, 21u}) {  // the index is looked at before the command
+      EXPECT_FAILS(NInfoEnum(choice, static_cast<TNodeInfo>(info), index, &number, text, &size),
+                   OXGENAPI_E_INVALID_ARGUMENT, ("Index out of range: 0 <= " + std::to_string(index) + " < 2").c_str());
+    }
+  }
   EXPECT_STREQ(text, "");
-  EXPECT_FAILS(NInfoEnum(choice, NI_Name, -1, &number, text, &size), OXGENAPI_E_INVALID_ARGUMENT,
-               "Index out of range: 0 <= -1 < 2");
-  EXPECT_FAILS(NInfoEnum(device.node("Int"), NI_Name, 0, &number, text, &size), OXGENAPI_E_INVALID_HANDLE,
-               "This is not an IEnum node");
-  EXPECT_FAILS(NInfoEnum(choice, NI_Increment, 0, &number, text, &size), OXGENAPI_E_NOT_SUPPORTED,
-               "Type does not support NI_Increment");
+  EXPECT_EQ(number, 77);
+  EXPECT_FAILS(NInfoEnum(choice, static_cast<TNodeInfo>(21), 0, &number, text, &size), OXGENAPI_E_NOT_SUPPORTED,
+               "Unknown info command");
+  for (const char* name : kColumns) {
+    if (std::string(name) == "Choice") continue;
+    EXPECT_FAILS(NInfoEnum(device.node(name), NI_Name, 9, &number, text, &size), OXGENAPI_E_INVALID_HANDLE,
+                 "This is not an IEnum node");
+  }
 }
 
 }  // namespace

@@ -59,10 +59,22 @@ TEST_F(NodeList, WhatANodeIsNotIsRefused) {
 TEST_F(NodeList, IndicesOutsideAreRefused) {
   size_t size = 0;
   wchar_t wide[16];
-  for (const int64_t index : {int64_t{2}, int64_t{-1}, INT64_MAX}) {
-    EXPECT_FAILS(NList(device.node("Group"), NL_Children, index, nullptr, size), OXGENAPI_E_INVALID_ARGUMENT,
-                 ("Index out of range: 0 <= " + std::to_string(index) + " < 2").c_str());
+  char narrow[8] = "old";
+  for (const int64_t index : {int64_t{2}, int64_t{-1}, INT64_MAX, INT64_MIN}) {
+    for (const TNodeList list : {NL_Children, NL_EnumEntries}) {
+      size = sizeof narrow;
+      EXPECT_FAILS(NList(device.node(list == NL_Children ? "Group" : "Selector"), list, index, narrow, size),
+                   OXGENAPI_E_INVALID_ARGUMENT, ("Index out of range: 0 <= " + std::to_string(index) + " < 2").c_str());
+      EXPECT_STREQ(narrow, "");
+      EXPECT_EQ(size, sizeof narrow);
+    }
   }
+  EXPECT_FAILS(NList(device.node("Alone"), NL_Children, 0, nullptr, size), OXGENAPI_E_INVALID_ARGUMENT,
+               "Index out of range: 0 <= 0 < 0");
+  EXPECT_EQ(size, 1u);
+  size = 5;
+  EXPECT_OK(NList(device.node("Group"), NL_Children, 1, narrow, size));
+  EXPECT_STREQ(narrow, "Sele");
   size = 16;
   EXPECT_OK(NListW(device.node("Group"), NL_Children, 1, wide, size));
   EXPECT_EQ(std::wstring(wide), L"Selector");
@@ -79,10 +91,26 @@ TEST_F(NodeList, PortsReadAndWriteBytesAsTheyAre) {
 
   EXPECT_FAILS(NGetAsMemory(port, 0, nullptr, 3), OXGENAPI_E_INVALID_ARGUMENT, "Invalid buffer");
   EXPECT_FAILS(NSetAsMemory(port, 0, written, 0), OXGENAPI_E_INVALID_ARGUMENT, "Invalid buffer");
-  EXPECT_FAILS(NGetAsMemory(device.node("Gain"), 0, nullptr, 0), OXGENAPI_E_NOT_SUPPORTED,
-               "Only port nodes support memory access");
+  for (const char* name : {"Gain", "GainReg", "Block", "Group", "Selector"}) {  // before the buffer is looked at
+    EXPECT_FAILS(NGetAsMemory(device.node(name), 0, nullptr, 0), OXGENAPI_E_NOT_SUPPORTED,
+                 "Only port nodes support memory access");
+    EXPECT_FAILS(NSetAsMemory(device.node(name), 0, nullptr, 0), OXGENAPI_E_NOT_SUPPORTED,
+                 "Only port nodes support memory access");
+  }
+  // A refused write has the code of a refused read.
   EXPECT_FAILS(NGetAsMemory(port, 1000, read, 3), OXGENAPI_E_NOT_READABLE, "Address 0x3e8 is not readable");
-  EXPECT_FAILS(NSetAsMemory(port, -2, read, 3), OXGENAPI_E_NOT_WRITABLE, "Address 0xfffffffffffffffe is not writable");
+  EXPECT_FAILS(NSetAsMemory(port, -2, read, 3), OXGENAPI_E_NOT_READABLE, "Address 0xfffffffffffffffe is not writable");
+  const int accesses = device.reads + device.writes;
+  for (const int64_t size : {int64_t{-1}, INT64_MIN}) {
+    const std::string text = "Device: length " + std::to_string(size) + " is negative";
+    EXPECT_FAILS(NGetAsMemory(port, 0, read, size), OXGENAPI_E_UNSPECIFIED, text.c_str());
+    EXPECT_FAILS(NSetAsMemory(port, 0, read, size), OXGENAPI_E_UNSPECIFIED, text.c_str());
+  }
+  EXPECT_FAILS(NGetAsMemory(port, 0, read, 257), OXGENAPI_E_NOT_READABLE, "Address 0x0 is not readable");
+  EXPECT_EQ(device.reads + device.writes, accesses);
+  EXPECT_OK(NMConnectPort(device.map, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_FAILS(NGetAsMemory(port, 0, read, 3), OXGENAPI_E_NOT_READABLE, "Read operation not supported");
+  EXPECT_FAILS(NSetAsMemory(port, 0, read, 3), OXGENAPI_E_NOT_READABLE, "Write operation not supported");
 }
 
 TEST_F(NodeList, RegistersGiveTheirBytes) {
@@ -95,7 +123,15 @@ TEST_F(NodeList, RegistersGiveTheirBytes) {
   uint8_t bytes[4] = {};
   EXPECT_OK(NGetAsRegisterData(block, bytes, &size));
   EXPECT_EQ(std::memcmp(bytes, "\x01\x02\x03\x04", 4), 0);
-  for (const char* name : {"GainReg", "Gain", "Device"}) {  // an integer register counts as an integer
+  for (size = -1; size <= 5; size += 6) {
+    EXPECT_EQ(NGetAsRegisterData(block, bytes, &size), OXGENAPI_E_UNSPECIFIED) << size;
+    EXPECT_NE(lastErrorText().find("Block: "), std::string::npos) << lastErrorText();
+  }
+  size = 2;
+  bytes[2] = 77;
+  EXPECT_OK(NGetAsRegisterData(block, bytes, &size));
+  EXPECT_EQ(bytes[2], 77);
+  for (const char* name : {"GainReg", "Gain", "Device", "Group"}) {  // an integer register counts as an integer
     EXPECT_FAILS(NGetAsRegisterData(device.node(name), nullptr, &size), OXGENAPI_E_NOT_SUPPORTED,
                  "The node does not implement the IRegister interface");
   }

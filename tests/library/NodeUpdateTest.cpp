@@ -1,5 +1,7 @@
 // Update callbacks, invalidation, verify mode.
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 
 #include "Device.h"
 #include "Records.h"
@@ -77,24 +79,70 @@ TEST_F(NodeUpdate, BadRegistrationsAreRefused) {
   observe(node, observer);
   EXPECT_FAILS(NDeregisterUpdate(device.node("Reg"), observer.handle), OXGENAPI_E_NOT_PRESENT,
                "Given callback handle not present");  // another node's
+  for (const TCallbackHandle unknown : {TCallbackHandle{0}, TCallbackHandle{-1}, observer.handle + 1000}) {
+    EXPECT_FAILS(NDeregisterUpdate(node, unknown), OXGENAPI_E_NOT_PRESENT, "Given callback handle not present");
+  }
   EXPECT_OK(NDeregisterUpdate(node, observer.handle));
   EXPECT_FAILS(NDeregisterUpdate(node, observer.handle), OXGENAPI_E_NOT_PRESENT, "Given callback handle not present");
 }
 
-TEST_F(NodeUpdate, ACallbackMayDeregisterItselfAndUseTheNode) {
-  Observer observer;
-  observer.action = [](Observer& self) {
-    if (self.calls == 1) {
-      int64_t value = 0;
-      EXPECT_OK(NGetAsInteger(self.node, &value));
-      EXPECT_EQ(value, 5);
-      EXPECT_OK(NDeregisterUpdate(self.node, self.handle));
-    }
+// Each case acts in the first callback of "Width", whose node has a second observer; two writes of 5 and 6 follow.
+TEST_F(NodeUpdate, ACallbackMayUseTheNodeAndTheRegistrations) {
+  static Observer second, added;
+  static NODE reg, trigger;
+  struct Case {
+    const char* what;
+    void (*act)(Observer& self);
+    int calls, secondCalls;  // in the end
+    int64_t value;           // of "Width" in the end
   };
-  observe(device.node("Width"), observer);
-  EXPECT_OK(NSetAsInteger(observer.node, 5));
-  EXPECT_OK(NSetAsInteger(observer.node, 6));
-  EXPECT_EQ(observer.calls, 1);
+  const Case cases[] = {
+      {"read it",
+       [](Observer& self) {
+         int64_t value = 0;
+         EXPECT_OK(NGetAsInteger(self.node, &value));
+         EXPECT_EQ(value, 5);
+       },
+       2, 2, 6},
+      {"set it", [](Observer& self) { EXPECT_OK(NSetAsInteger(self.node, 7)); }, 3, 3, 6},
+      {"set another feature", [](Observer&) { EXPECT_OK(NSetAsInteger(trigger, 1)); }, 3, 3, 6},
+      {"invalidate", [](Observer&) { EXPECT_OK(NInvalidate(reg)); }, 4, 4, 6},  // once for Trigger, once for Reg
+      {"change the verify mode", [](Observer& self) { EXPECT_OK(NSetVerifyMode(self.node, VM_None)); }, 2, 2, 6},
+      {"end its own registration, once",
+       [](Observer& self) {
+         EXPECT_OK(NDeregisterUpdate(self.node, self.handle));
+         EXPECT_FAILS(NDeregisterUpdate(self.node, self.handle), OXGENAPI_E_NOT_PRESENT,
+                      "Given callback handle not present");
+       },
+       1, 2, 6},
+      {"end one whose turn comes later", [](Observer&) { EXPECT_OK(NDeregisterUpdate(second.node, second.handle)); }, 2,
+       0, 6},
+      {"register one more",
+       [](Observer& self) { EXPECT_OK(NRegisterUpdate(self.node, &Observer::update, &added, &added.handle)); }, 2, 2,
+       6},
+  };
+  for (const Case& each : cases) {
+    Device own{kNodes};
+    const NODE width = own.node("Width");
+    reg = own.node("Reg");
+    trigger = own.node("Trigger");
+    Observer observer;
+    second = added = {};
+    static void (*act)(Observer&);
+    act = each.act;
+    observer.action = [](Observer& self) {
+      if (self.calls == 1) act(self);
+    };
+    observe(width, observer);
+    observe(width, second);
+    EXPECT_OK(NSetAsInteger(width, 5));
+    EXPECT_EQ(added.calls, 0);  // not for the change that is being told
+    EXPECT_OK(NSetAsInteger(width, 6));
+    EXPECT_EQ(added.calls, added.handle != 0 ? 1 : 0);
+    EXPECT_EQ(observer.calls, each.calls) << each.what;
+    EXPECT_EQ(second.calls, each.secondCalls) << each.what;
+    EXPECT_EQ(own.integerAt(0), each.value) << each.what;
+  }
 }
 
 TEST_F(NodeUpdate, ACallbackMayReleaseTheLastHandleOfItsNode) {
@@ -108,6 +156,36 @@ TEST_F(NodeUpdate, ACallbackMayReleaseTheLastHandleOfItsNode) {
   EXPECT_FALSE(IsNode(reg));
   EXPECT_OK(NSetAsInteger(device.node("Width"), 6));
   EXPECT_EQ(observer.calls, 1);
+}
+
+TEST_F(NodeUpdate, ACallbackMayReleaseTheLastHandlesOfNodesAndNodeMap) {
+  static NODEMAP map;
+  static NODE width, reg;
+  std::vector<uint8_t> memory(8);
+  ASSERT_OK(CreateNodeMap(map));
+  ASSERT_OK(NMLoadXMLString(map, description(kNodes).c_str()));
+  const auto write = [](const void* bytes, int64_t, int64_t length, void* to) {
+    std::memcpy(static_cast<std::vector<uint8_t>*>(to)->data(), bytes, static_cast<size_t>(length));
+    return 0;
+  };
+  ASSERT_OK(NMConnectPort(map, nullptr, write, nullptr, &memory));
+  ASSERT_OK(NMGetNode(map, "Width", width));
+  ASSERT_OK(NMGetNode(map, "Reg", reg));
+  Observer ofWidth, ofReg;
+  observe(width, ofWidth);
+  observe(reg, ofReg);
+  ofWidth.action = [](Observer&) {
+    for (void* handle : {static_cast<void*>(map), static_cast<void*>(reg), static_cast<void*>(width)}) {
+      EXPECT_GE(OxIfaceContainerReleaseUseCounter(handle), 0);
+    }
+  };
+  EXPECT_OK(NSetAsInteger(width, 5));
+  EXPECT_EQ(memory[0], 5);
+  EXPECT_EQ(ofWidth.calls, 1);
+  EXPECT_EQ(ofReg.calls, 0);  // its turn would have come later
+  EXPECT_FALSE(IsNode(width));
+  EXPECT_FALSE(IsNode(reg));
+  EXPECT_FALSE(IsNodeMap(map));
 }
 
 TEST_F(NodeUpdate, ANodeThatEndsIsNotCalledForAnyMore) {
@@ -151,12 +229,56 @@ TEST_F(NodeUpdate, TheVerifyModeBelongsToTheNode) {
   EXPECT_FAILS(NSetVerifyMode(device.node("Width"), static_cast<TVerifyMode>(4)), OXGENAPI_E_INVALID_ARGUMENT,
                "Unknown validation mode");
   const Records records;
-  EXPECT_OK(NSetVerifyMode(device.node("Width"), VM_ReadWrite));
-  EXPECT_EQ(records.texts(0), (std::vector<std::string>{"Width: Set verify mode to Read/Write"}));
-  EXPECT_OK(NGetVerifyMode(device.node("Width"), &mode));
-  EXPECT_EQ(mode, VM_ReadWrite);
+  for (const TVerifyMode each : {VM_None, VM_WriteOnly, VM_ReadOnly, VM_ReadWrite}) {
+    EXPECT_OK(NSetVerifyMode(device.node("Width"), each));
+    EXPECT_OK(NGetVerifyMode(device.node("Width"), &mode));
+    EXPECT_EQ(mode, each);
+  }
+  EXPECT_EQ(records.texts(0),
+            (std::vector<std::string>{"Width: Set verify mode to None", "Width: Set verify mode to Write-only",
+                                      "Width: Set verify mode to Read-only", "Width: Set verify mode to Read/Write"}));
   EXPECT_OK(NGetVerifyMode(device.node("Reg"), &mode));
   EXPECT_EQ(mode, VM_WriteOnly);
+}
+
+// Sets, reads, invalidates and (de)registers on one node map, with node handles of its own.
+void useNodes(NODEMAP map, int rounds) {
+  NODE width = nullptr, reg = nullptr;
+  ASSERT_OK(NMGetNode(map, "Width", width));
+  ASSERT_OK(NMGetNode(map, "Reg", reg));
+  std::atomic<int> calls{0};  // another thread's change calls too
+  for (int i = 0; i < rounds; ++i) {
+    TCallbackHandle handle = 0;
+    const int before = calls;
+    ASSERT_OK(NRegisterUpdate(
+        width, [](NODE, void* count) { ++*static_cast<std::atomic<int>*>(count); }, &calls, &handle));
+    EXPECT_OK(NSetAsInteger(width, i));
+    int64_t value = -1;
+    EXPECT_OK(NGetAsInteger(width, &value));
+    EXPECT_TRUE(value >= 0 && value < rounds) << value;
+    EXPECT_OK(NInvalidate(reg));
+    EXPECT_OK(NSetVerifyMode(width, i % 2 == 0 ? VM_None : VM_ReadWrite));
+    EXPECT_OK(NInfoAsInteger(reg, NI_AccessMode, &value));
+    EXPECT_OK(NDeregisterUpdate(width, handle));
+    const int after = calls;
+    EXPECT_GE(after - before, 3);  // the write, and twice for the invalidation
+    EXPECT_OK(NInvalidate(width));
+    EXPECT_EQ(calls, after);
+  }
+  OxIfaceContainerReleaseUseCounter(reg);
+  OxIfaceContainerReleaseUseCounter(width);
+}
+
+TEST_F(NodeUpdate, FourThreadsUseOneNodeMapAndSeveral) {
+  Device others[3] = {Device{kNodes}, Device{kNodes}, Device{kNodes}};
+  constexpr int kRounds = 100;
+  for (const bool shared : {true, false}) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+      threads.emplace_back(useNodes, shared || i == 3 ? device.map : others[i].map, kRounds);
+    }
+    for (std::thread& each : threads) each.join();
+  }
 }
 
 }  // namespace

@@ -159,6 +159,20 @@ TEST(SettingsLoad, ACallbackMayReloadOrThrow) {
   EXPECT_EQ(device.memory[0x40], 4);
 }
 
+TEST(SettingsLoad, ATextFromAnotherCameraIsAppliedAsFarAsItFits) {
+  CameraUnderTest camera;
+  const std::string text = camera.save();
+  MemoryDevice device(intReg("Width", "0") + stringReg("DeviceUserID", "0x100"));
+  Heard heard;
+  EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), true, &Heard::callback, &heard), 0u);
+  EXPECT_EQ(static_cast<ptrdiff_t>(heard.problems.size()), std::count(text.begin(), text.end(), '\n') - 2);
+  for (const auto& problem : heard.problems) {
+    EXPECT_EQ(problem.code, 0x8000002Du);
+    EXPECT_NE(problem.text.find("NULL pointer dereferenced"), std::string::npos) << problem.text;
+  }
+  EXPECT_NE(text.find("Width = \"" + device.get("Width") + "\""), std::string::npos);
+}
+
 TEST(SettingsReport, SendsAWarningWhenItGoesOnAndAnErrorWhenItStops) {
   MemoryDevice device(intReg("Width", "0"));
   const std::string text = "NodeMapSerializer: Absent: Node not present in node map";

@@ -106,6 +106,36 @@ TEST(SettingsSave, ReportsMissingNamesAndWrongSelectorsAndGoesOn) {
   EXPECT_EQ(heard.problems.size(), 1u);
 }
 
+// An integer that cannot be written keeps its value; an enumeration is visited all the same and fails at the node.
+TEST(SettingsSave, ALockedEnumerationSelectorFailsAtTheFirstEntryThatIsNotItsOwn) {
+  for (const int current : {0, 1}) {
+    MemoryDevice device(
+        "<Enumeration Name='Mode'><pIsLocked>Lock</pIsLocked><EnumEntry Name='A'><Value>0</Value></EnumEntry>"
+        "<EnumEntry Name='B'><Value>1</Value></EnumEntry><Value>" +
+        std::to_string(current) +
+        "</Value><pSelected>Gain</pSelected></Enumeration><Integer Name='Lock'><Value>1</Value></Integer>"
+        "<Integer Name='Index'><pIsLocked>Lock</pIsLocked><Value>5</Value><Min>0</Min><Max>9</Max>"
+        "<pSelected>Gain</pSelected></Integer><Integer Name='Gain'><Value>3</Value></Integer>");
+    Heard heard;
+    const std::string text = saved(device, "Gain", &heard);
+    EXPECT_EQ(text.empty(), current == 1) << text;
+    if (current == 0) {
+      EXPECT_NE(text.find("Mode(A)"), std::string::npos) << text;
+      EXPECT_NE(text.find("Index(5)"), std::string::npos) << text;
+    }
+    ASSERT_EQ(heard.problems.size(), 1u);
+    EXPECT_EQ(heard.problems[0].node, "Gain");
+    EXPECT_EQ(heard.problems[0].code, 0x8000002Du);
+
+    heard.problems.clear();
+    const char* line = current == 0 ? "Gain[Mode(B)] = 4" : "Gain[Mode(A)] = 4";
+    EXPECT_EQ(NMLoadSetString(device.map, line, false, &Heard::callback, &heard), 0u);
+    ASSERT_EQ(heard.problems.size(), 1u);
+    EXPECT_TRUE(heard.problems[0].text.starts_with("Gain: GenApi error in line 1: ")) << heard.problems[0].text;
+    EXPECT_EQ(device.get("Gain"), "3") << "not written for another selector value";
+  }
+}
+
 TEST(SettingsSave, AFailingAccessEndsTheFeatureAndAsks) {
   const std::string nodes =
       "<Integer Name='Index'><Value>0</Value><Min>0</Min><Max>9</Max><pSelected>Table</pSelected></Integer>"
@@ -153,6 +183,8 @@ TEST(SettingsSave, WritesASelectorOnlyWhenItsValueChanges) {
   ASSERT_EQ(NMSaveSetString(device.map, nullptr, &size, nullptr, nullptr), 0u);
   // 8192 combinations: every step writes the inner selector, only one the outer; it starts where it has to.
   EXPECT_EQ(device.writes, 8192 - 1 + 1);
+  // What depends on the selectors is read for each combination, the selectors only at the start.
+  EXPECT_EQ(device.accesses - device.writes, 8192 + 2);
 }
 
 TEST(SettingsSave, FillsBuffersByTheirOwnRule) {

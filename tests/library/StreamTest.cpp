@@ -100,9 +100,15 @@ TEST(NodeMapStream, RefusesSizesItCannotUse) {
     EXPECT_STREQ(narrow, "before");
   }
   EXPECT_EQ(NMStreamDump(stream.handle, narrow, nullptr), 0x80000002u);
-  size_t size = 2;
-  EXPECT_EQ(NMStreamDump(stream.handle, narrow, &size), 0u) << "a short buffer gets what fits";
-  EXPECT_STREQ(narrow, "[");
+  const char* const kContents[] = {"", "", "[", "[]", "[]"};  // a short buffer gets what fits
+  for (size_t room = 1; room < std::size(kContents); ++room) {
+    size_t size = room;
+    EXPECT_EQ(NMStreamDump(stream.handle, narrow, &size), 0u);
+    EXPECT_STREQ(narrow, kContents[room]);
+    EXPECT_EQ(NMStreamDumpW(stream.handle, wide, &size), 0u);
+    EXPECT_EQ(std::wcslen(wide), std::strlen(kContents[room]));
+    EXPECT_EQ(size, room);
+  }
 }
 
 TEST(NodeMapStream, RefusesBadHandlesAndKeepsItsNodeMap) {
@@ -127,6 +133,8 @@ TEST(NodeMapStream, RefusesBadHandlesAndKeepsItsNodeMap) {
     EXPECT_EQ(lastErrorText(), "Invalid NODE handle");
     release(map);
     EXPECT_TRUE(IsNodeMap(map));
+    EXPECT_EQ(NMStreamPush(stream.handle, node), 0u) << "a node of another node map is one like any other";
+    EXPECT_EQ(json::parse(stream.text())[0]["Name"], "Width");
   }
   EXPECT_FALSE(IsNodeMap(map));
   release(node);

@@ -4,9 +4,21 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstring>
 
 namespace orxGenApi {
 namespace {
+
+// As a caller gets it: asks for the size first.
+std::wstring toWide(const std::string& text) {
+  size_t size = 0;
+  copyText(text, static_cast<wchar_t*>(nullptr), size);
+  std::wstring wide(size, L'#');
+  copyText(text, wide.data(), size);
+  EXPECT_EQ(wide.back(), L'\0');
+  wide.pop_back();
+  return wide;
+}
 
 TEST(Text, WideTextHasOneCodePointPerElement) {
   const std::wstring wide = L"a\u00e9\u20ac\U0001F600";
@@ -20,11 +32,12 @@ TEST(Text, MalformedSequencesBecomeOneReplacementEach) {
     const char* narrow;
     const wchar_t* wide;
   } cases[] = {
-      {"a\x80z", L"a\uFFFDz"},             // a continuation byte that continues nothing
-      {"a\xFFz", L"a\uFFFDz"},             // no lead byte
-      {"\xE2\x28\xA1", L"\uFFFD(\uFFFD"},  // the character in the way stays
-      {"\xE2\x82", L"\uFFFD"},             // cut at the end
-      {"\xF0\x9F\x98z", L"\uFFFDz"},       // cut before another character
+      {"a\x80z", L"a\uFFFDz"},                // a continuation byte that continues nothing
+      {"a\xFFz", L"a\uFFFDz"},                // no lead byte
+      {"\xE2\x28\xA1", L"\uFFFD(\uFFFD"},     // the character in the way stays
+      {"\xE2\x82", L"\uFFFD"},                // cut at the end
+      {"\xF0\x9F\x98z", L"\uFFFDz"},          // cut before another character
+      {"\xF0\x9F\xC3\xA9", L"\uFFFD\u00e9"},  // cut before another sequence
   };
   for (const auto& c : cases) EXPECT_EQ(toWide(c.narrow), c.wide) << c.narrow;
 }
@@ -45,12 +58,13 @@ TEST(Text, BuffersAreFilledByTheirSize) {
     copyText("abc", buffer, size);
     EXPECT_STREQ(buffer, c.content) << c.size;
     EXPECT_EQ(size, c.size);
+    wchar_t wide[10] = L"####";
+    copyText("abc", wide, size);
+    EXPECT_EQ(std::wstring(wide), std::wstring(c.content, c.content + std::strlen(c.content)));
   }
   size_t size = 0;
   copyText("abc", static_cast<char*>(nullptr), size);
   EXPECT_EQ(size, 4u);
-  copyText("\xE2\x82\xAC", static_cast<wchar_t*>(nullptr), size);
-  EXPECT_EQ(size, 2u);
 }
 
 TEST(Text, NumbersDoNotDependOnTheLocale) {

@@ -221,7 +221,8 @@ TEST(CameraThroughEngine, CarriesFilesAndANewFirmware) {
   IDevFileStream back(bench.map, "FactoryCalibration");
   std::vector<char> calibration(20'000);
   EXPECT_EQ(back.rdbuf()->sgetn(calibration.data(), 20'000), 10'000);
-  EXPECT_FALSE(IDevFileStream(bench.map, "DebugScript").is_open());
+  EXPECT_THROW(IDevFileStream(bench.map, "DebugScript"), GENICAM_NAMESPACE::AccessException) << "is write only";
+  EXPECT_FALSE(IDevFileStream(bench.map, "FactoryCalibration").is_open()) << "is open already";
 
   CCommandPtr(bench.map->GetNode("FirmwareActivate"))->Execute();
   bench.wait(300);

@@ -1,0 +1,403 @@
+// Events and chunks as an application sees them: real descriptions driven through the exports alone, hostile records,
+// and several threads.
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <mutex>
+#include <span>
+#include <thread>
+
+#include "Device.h"
+
+namespace {
+
+constexpr int64_t kLargest = std::numeric_limits<int64_t>::max();
+
+// A node map over a device whose every byte is 0xff: optional features are there.
+class RealCamera {
+ public:
+  explicit RealCamera(const std::filesystem::path& file) {
+    EXPECT_OK(CreateNodeMap(map));
+    EXPECT_OK(NMLoadXMLFile(map, file.c_str()));
+    const auto read = [](void* to, int64_t, int64_t length, void*) {
+      std::memset(to, 0xff, static_cast<size_t>(length));
+      return 0;
+    };
+    const auto write = [](const void*, int64_t, int64_t, void*) { return 0; };
+    EXPECT_OK(NMConnectPort(map, read, write, nullptr, nullptr));
+  }
+  ~RealCamera() { OxIfaceContainerReleaseUseCounter(map); }
+  RealCamera(const RealCamera&) = delete;
+  RealCamera& operator=(const RealCamera&) = delete;
+
+  // Calls with the node of that name.
+  template <class Call>
+  void with(const char* name, Call&& call) {
+    NODE node = nullptr;
+    ASSERT_OK(NMGetNode(map, name, node)) << name;
+    call(node);
+    OxIfaceContainerReleaseUseCounter(node);
+  }
+  uint64_t integer(const char* name) {
+    int64_t value = 0;
+    with(name, [&](NODE node) { EXPECT_OK(NGetAsInteger(node, &value)) << name; });
+    return static_cast<uint64_t>(value);
+  }
+  double real(const char* name) {
+    double value = 0;
+    with(name, [&](NODE node) { EXPECT_OK(NGetAsFloat(node, &value)) << name; });
+    return value;
+  }
+  std::string text(const char* name) {
+    char value[64] = {};
+    size_t size = sizeof value;
+    with(name, [&](NODE node) { EXPECT_OK(NGetAsString(node, value, size)) << name; });
+    return value;
+  }
+
+  NODEMAP map = nullptr;
+};
+
+std::filesystem::path realDescription(const char* file) {
+  const char* folder = std::getenv("OXGENAPI_DESCRIPTIONS");
+  return folder == nullptr ? std::filesystem::path() : std::filesystem::path(folder) / file;
+}
+
+#define SKIP_WITHOUT(path) \
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "OXGENAPI_DESCRIPTIONS names no folder with this description"
+
+// A buffer of chunks, filled with bytes that look like nothing; chunks begin at odd addresses.
+class ChunkBuffer {
+ public:
+  void add(uint64_t id, size_t length) {
+    bytes_.push_back(0);  // a gap
+    if (bytes_.size() % 2 == 0) bytes_.push_back(0);
+    places_.push_back({id, nullptr, static_cast<int64_t>(bytes_.size()), static_cast<int64_t>(length)});
+    for (size_t i = 0; i < length; ++i) bytes_.push_back(static_cast<uint8_t>(random_ = random_ * 167 + 41));
+  }
+  uint8_t* chunk(uint64_t id) {
+    for (const TChunkData& each : places_)
+      if (each.ChunkID == id) return bytes_.data() + each.ChunkOffset;
+    ADD_FAILURE() << "no chunk " << id;
+    return bytes_.data();
+  }
+  // Bits of a little-endian number in a chunk.
+  uint64_t bits(uint64_t id, int at, int bytes, int lowest, int count) {
+    uint64_t value = 0;
+    for (int i = bytes; i-- > 0;) value = value << 8 | chunk(id)[at + i];
+    return count == 64 ? value : value >> lowest & ((uint64_t{1} << count) - 1);
+  }
+  void attachTo(NODEMAP map) {
+    for (TChunkData& each : places_) each.pBase = bytes_.data();
+    EXPECT_OK(NMAttachChunkList(map, places_.data(), places_.size()));
+  }
+  uint8_t* base() { return bytes_.data(); }
+  ChunkBuffer copyElsewhere() const { return *this; }
+
+ private:
+  std::vector<uint8_t> bytes_;
+  std::vector<TChunkData> places_;
+  unsigned random_ = 7;
+};
+
+struct Field {
+  const char* feature;
+  uint64_t chunk;
+  int at, bytes, lowest, count;
+};
+
+void expectFields(RealCamera& camera, ChunkBuffer& buffer, std::span<const Field> fields) {
+  for (const Field& f : fields)
+    EXPECT_EQ(camera.integer(f.feature), buffer.bits(f.chunk, f.at, f.bytes, f.lowest, f.count)) << f.feature;
+}
+
+TEST(RealChunks, OfOneModelReadBackBitForBit) {
+  const auto path = realDescription("FLIR_ORX_10G_245S8M.xml");
+  SKIP_WITHOUT(path);
+  constexpr uint64_t kSerial = 0x0504000D, kFormat = 0x0504000A, kExposure = 0x05040008, kGain = 0x05200009,
+                     kBlackLevel = 0x0504000B;
+  const Field kFields[] = {{"ChunkImage", 0x00000001, 0, 4, 0, 32},        {"ChunkCRC", 0x07040002, 0, 4, 0, 32},
+                           {"ChunkFrameID", 0x05040003, 0, 8, 0, 64},      {"ChunkOffsetX", 0x05040004, 0, 4, 0, 32},
+                           {"ChunkOffsetY", 0x05040005, 0, 4, 0, 32},      {"ChunkWidth", 0x05040006, 0, 4, 0, 32},
+                           {"ChunkHeight", 0x05040007, 0, 4, 0, 32},       {"ChunkTimestamp", 0x0508000E, 0, 8, 0, 64},
+                           {"ChunkSerialDataLength", kSerial, 0, 4, 0, 32}};
+  ChunkBuffer buffer;
+  buffer.add(1, 4000);
+  for (const uint64_t id : {0x07040002, 0x05040003, 0x05040004, 0x05040005, 0x05040006, 0x05040007, 0x0508000E})
+    buffer.add(id, 8);
+  for (const uint64_t id : {kFormat, kExposure, kGain, kBlackLevel}) buffer.add(id, 16);
+  buffer.add(kSerial, 0x88);
+  std::memcpy(buffer.chunk(kSerial), "\x09\0\0\0hello\xc3\xa4!!and more", 20);
+  std::memcpy(buffer.chunk(kFormat), "\x01\x00\x08\x01", 4);
+  std::memcpy(buffer.chunk(kGain), "\x00\x80\xfe\xff", 4);  // -1.5 with 16 bits behind the point
+
+  RealCamera camera(path);
+  buffer.attachTo(camera.map);
+  expectFields(camera, buffer, kFields);
+  EXPECT_EQ(camera.text("ChunkSerialData"), "hello\xc3\xa4!!");
+  EXPECT_EQ(camera.text("ChunkPixelFormat"), "Mono8");
+  EXPECT_EQ(camera.real("ChunkExposureTime"), static_cast<double>(buffer.bits(kExposure, 0, 4, 0, 32)));
+  camera.with("ChunkGainSelector", [](NODE node) { EXPECT_OK(NSetAsString(node, "All")); });
+  EXPECT_EQ(camera.real("ChunkGain"), -1.5);
+  const auto level = static_cast<int32_t>(buffer.bits(kBlackLevel, 0, 4, 0, 32));
+  EXPECT_EQ(camera.real("ChunkBlackLevel"), level / 16777216.0 * 100);
+
+  // The next image has the same layout and other bytes.
+  ChunkBuffer next = buffer.copyElsewhere();
+  std::memset(next.chunk(0x05040003), 0x5a, 8);
+  EXPECT_OK(NMUpdateChunks(camera.map, next.base()));
+  expectFields(camera, next, kFields);
+  EXPECT_OK(NMDetachAllChunks(camera.map));
+}
+
+TEST(RealChunks, OfAnotherModelReadBackBitForBit) {
+  const auto path = realDescription("Basler-acA640-300gm.xml");
+  SKIP_WITHOUT(path);
+  constexpr uint64_t kImage = 0x9efc2cdb, kTriggers = 0x6adbdbdc;
+  const Field kFields[] = {{"ChunkStride", kImage, 0, 4, 0, 32},
+                           {"ChunkOffsetX", kImage, 4, 4, 16, 16},
+                           {"ChunkOffsetY", kImage, 4, 4, 0, 16},
+                           {"ChunkWidth", kImage, 8, 4, 16, 16},
+                           {"ChunkHeight", kImage, 8, 4, 0, 16},
+                           {"ChunkDynamicRangeMin", kImage, 12, 4, 0, 16},
+                           {"ChunkDynamicRangeMax", kImage, 12, 4, 16, 16},
+                           {"ChunkTimestamp", 0xc91613db, 0, 8, 0, 64},
+                           {"ChunkFramecounter", 0x8c0f1cd8, 0, 4, 0, 32},
+                           {"ChunkLineStatusAll", 0x52d2d1d9, 0, 4, 0, 32},
+                           {"ChunkTriggerinputcounter", 0xd76f84db, 0, 4, 0, 32},
+                           {"ChunkFrameTriggerCounter", kTriggers, 0, 2, 0, 16},
+                           {"ChunkFramesPerTriggerCounter", kTriggers, 2, 2, 0, 16},
+                           {"ChunkSequenceSetIndex", 0xa8dc53e0, 0, 2, 0, 16},
+                           {"ChunkPayloadCRC16", 0xd9f273db, 0, 4, 0, 32}};
+  ChunkBuffer buffer;
+  uint64_t last = 0;
+  for (const Field& each : kFields) {
+    if (each.chunk != last) buffer.add(each.chunk, 20);
+    last = each.chunk;
+  }
+  std::memcpy(buffer.chunk(kImage) + 16, "\x01\x00\x08\x01", 4);
+  RealCamera camera(path);
+  buffer.attachTo(camera.map);
+  expectFields(camera, buffer, kFields);
+  EXPECT_EQ(camera.text("ChunkPixelFormat"), "Mono8");
+}
+
+TEST(RealEvents, EveryMessageReachesItsFeaturesBitForBit) {
+  const auto path = realDescription("Basler-acA640-300gm.xml");
+  SKIP_WITHOUT(path);
+  const struct {
+    uint64_t id;
+    const char* text;  // as an application might write it
+    const char* name;
+    int timestampBytes;
+    bool hasFrame;
+  } kEvents[] = {{0x0004, "4", "ExposureEnd", 8, true},
+                 {0x9000, "9000", "LineStartOvertrigger", 4, false},
+                 {0x9001, "09001", "FrameStartOvertrigger", 8, false},
+                 {0x9004, "9004", "FrameStart", 8, false},
+                 {0x9003, "00009003", "FrameTimeout", 4, false},
+                 {0xffff, "fFfF", "EventOverrun", 8, true},
+                 {0x0009, "09", "ActionLate", 8, false},
+                 {0xa000, "A000", "Line1RisingEdge", 8, false},
+                 {0xa109, "a109", "VirtualLine4RisingEdge", 8, false}};
+  RealCamera camera(path);
+  unsigned random = 3;
+  for (const bool numeric : {true, false}) {
+    for (const auto& event : kEvents) {
+      std::array<uint8_t, 17> block{};  // the message begins at an odd place
+      uint8_t* const payload = block.data() + 1;
+      for (uint8_t& byte : block) byte = static_cast<uint8_t>(random = random * 167 + 41);
+      const auto number = [&](int at, int bytes) {
+        uint64_t value = 0;
+        for (int i = 0; i < bytes; ++i) value = value << 8 | payload[at + i];
+        return value;
+      };
+      if (numeric) {
+        const TEventData data{event.id, payload, 16};
+        ASSERT_OK(NMDeliverEvent(camera.map, &data));
+      } else {
+        const TEventDataEx data{event.text, payload, 16};
+        ASSERT_OK(NMDeliverEventEx(camera.map, &data));
+      }
+      const std::string name = std::string(event.name) + "Event";
+      EXPECT_EQ(camera.integer((name + "Timestamp").c_str()), number(8, event.timestampBytes)) << name;
+      EXPECT_EQ(camera.integer((name + "StreamChannelIndex").c_str()), number(4, 2)) << name;
+      if (!event.hasFrame) continue;
+      EXPECT_EQ(camera.integer((name + "FrameID").c_str()), number(6, 2)) << name;
+    }
+  }
+}
+
+std::string field(const std::string& name, const std::string& port, const std::string& address, int bytes) {
+  return "<IntReg Name='" + name + "'><Address>" + address + "</Address><Length>" + std::to_string(bytes) +
+         "</Length><AccessMode>RO</AccessMode><pPort>" + port +
+         "</pPort><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>";
+}
+
+const std::string kNodes = "<Port Name='Event'><EventID>01A</EventID></Port>" + field("First", "Event", "0", 4) +
+                           field("Second", "Event", "4", 4) + "<Port Name='Chunk'><ChunkID>001A</ChunkID></Port>" +
+                           field("Head", "Chunk", "0", 4) + field("Tail", "Chunk", "-4", 4) +
+                           field("Size", "Chunk", "0x7FFFFFFFFFFFFFF0", 8) +
+                           "<Port Name='Copied'><ChunkID>1B</ChunkID><CacheChunkData>Yes</CacheChunkData></Port>" +
+                           field("Kept", "Copied", "0", 4);
+
+class LiveData : public testing::Test {
+ protected:
+  int64_t value(const char* name) {
+    int64_t result = -1;
+    NGetAsInteger(device.node(name), &result);
+    return result;
+  }
+  uint32_t deliver(const char* id, uint64_t size) {
+    const TEventDataEx data{id, bytes.data(), size};
+    return NMDeliverEventEx(device.map, &data);
+  }
+  uint32_t attach(const char* id, int64_t offset, int64_t length) {
+    const TChunkDataEx data{id, bytes.data(), offset, length};
+    return NMAttachChunkEx(device.map, &data);
+  }
+  Device device{kNodes};
+  std::array<uint8_t, 12> bytes{1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0};
+};
+
+TEST_F(LiveData, AShortMessageServesTheFeaturesThatItReaches) {
+  ASSERT_OK(deliver("1a", 8));
+  EXPECT_EQ(value("Second"), 2);
+  for (const uint64_t size : {uint64_t{7}, uint64_t{4}, uint64_t{0x100000004}}) {
+    ASSERT_OK(deliver("1A", size));
+    EXPECT_EQ(value("First"), 1);
+    int64_t kept = 55;
+    EXPECT_NE(NGetAsInteger(device.node("Second"), &kept), 0u) << size;
+    EXPECT_EQ(kept, 55);
+    EXPECT_NE(lastErrorText().find("outside the event"), std::string::npos) << lastErrorText();
+  }
+  for (const char* id : {"01a", "001A", "0000000000000000000000000000000001a"}) EXPECT_OK(deliver(id, 8)) << id;
+  for (const char* id : {"", "0x1a", "1a ", "-1a", "g", static_cast<const char*>(nullptr)})
+    EXPECT_EQ(deliver(id, 8), OXGENAPI_E_UNSPECIFIED) << (id == nullptr ? "(null)" : id);
+  EXPECT_OK(deliver("123456789", 8)) << "nobody's";
+}
+
+TEST_F(LiveData, ChunksAtTheEdgesOf64BitsAreRefusedOrHarmless) {
+  ASSERT_OK(attach("1a", 4, 4));
+  const struct {
+    const char* id;
+    int64_t offset, length;
+    bool refused;
+  } kCases[] = {
+    {"1a", kLargest, kLargest, true},
+    {"1a", 1, -1, true},
+    {"1a", 0, -kLargest - 1, true},
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they end the program instead
+    {"1b", kLargest, kLargest, true},
+    {"1b", 0, kLargest, true},  // a copy that no memory can hold
+#endif
+    {"1c", kLargest, kLargest, false},
+    {"1c", 1, -1, false}
+  };
+  for (const auto& each : kCases) {
+    const uint32_t result = attach(each.id, each.offset, each.length);
+    EXPECT_EQ(result != 0, each.refused) << each.id << ' ' << each.offset << ' ' << each.length;
+    EXPECT_EQ(value("Head"), 2) << "the former chunk stays";
+  }
+  // A chunk shorter than its registers: the rest of the buffer is not shown.
+  ASSERT_OK(attach("1a", 4, 3));
+  EXPECT_EQ(value("Head"), -1);
+  EXPECT_EQ(value("Tail"), -1);
+  EXPECT_EQ(value("Size"), 3);
+  ASSERT_OK(attach("1a", 1, 7));  // not aligned
+  EXPECT_EQ(value("Head"), 0x02000000);
+  EXPECT_EQ(value("Tail"), 2);
+}
+
+TEST_F(LiveData, WhatWasCachedGoesWithTheChunkAndWithTheDescription) {
+  ASSERT_OK(attach("1a", 0, 8));
+  ASSERT_OK(attach("1b", 8, 4));
+  ASSERT_OK(deliver("1a", 8));
+  EXPECT_EQ(value("Head"), 1);
+  EXPECT_EQ(value("Kept"), 3);
+  const NODE old = device.node("Head");
+  ASSERT_OK(NMDetachAllChunks(device.map));
+  EXPECT_EQ(value("Head"), -1) << "cached, but the buffer is the caller's again";
+  EXPECT_EQ(value("Kept"), 3) << "copied";
+
+  ASSERT_OK(attach("1a", 0, 8));
+  device.load(description(kNodes));
+  for (const char* name : {"Head", "Kept", "First"}) EXPECT_EQ(value(name), -1) << name;
+  int64_t stale = -1;
+  EXPECT_NE(NGetAsInteger(old, &stale), 0u) << "a node of the former description finds no chunk";
+  EXPECT_OK(NMUpdateChunks(device.map, bytes.data())) << "nothing is attached, nothing moves";
+  EXPECT_EQ(value("Head"), -1);
+}
+
+TEST(LiveThreads, MessagesArriveWhileOthersRead) {
+  Device device(kNodes);
+  std::atomic<bool> done{false};
+  std::mutex bufferMutex;  // chunk buffers are the callers' to guard
+  std::array<std::array<uint8_t, 8>, 2> buffers{};
+  for (auto& byte : buffers[1]) byte = 0x11;
+  NODE first = device.node("First"), head = device.node("Head"), tail = device.node("Tail");
+  std::thread reader([&] {
+    while (!done) {
+      int64_t value = 0;
+      if (NGetAsInteger(first, &value) == 0) {
+        EXPECT_EQ(value & 0xff, value >> 24 & 0xff) << "a message is never mixed";
+      }
+      const std::lock_guard<std::mutex> lock(bufferMutex);
+      int64_t one = 0, other = 0;
+      if (NGetAsInteger(head, &one) == 0 && NGetAsInteger(tail, &other) == 0) {
+        EXPECT_EQ(one, other);
+      }
+    }
+  });
+  for (int i = 0; i < 500; ++i) {
+    std::array<uint8_t, 8> payload;
+    payload.fill(static_cast<uint8_t>(i));
+    const TEventData data{0x1a, payload.data(), payload.size()};
+    EXPECT_OK(NMDeliverEvent(device.map, &data));
+    const std::lock_guard<std::mutex> lock(bufferMutex);
+    const TChunkData chunk{0x1a, buffers[i % 2].data(), 0, 8};
+    EXPECT_OK(NMAttachChunkList(device.map, &chunk, 1));
+  }
+  done = true;
+  reader.join();
+}
+
+TEST(LiveThreads, ProxiesEndOnSeveralThreadsAndTellTheirMakersOnce) {
+  static std::atomic<int> notified{0};
+  notified = 0;
+  NODEMAP map = nullptr;
+  ASSERT_OK(CreateNodeMap(map));
+  ASSERT_OK(NMLoadXMLString(map, description(kNodes).c_str()));
+  std::vector<NODEMAP> shared(8);
+  for (NODEMAP& each : shared)
+    ASSERT_OK(CreateNodeMapProxy(
+        map,
+        [](void* internal) {
+          uint32_t count = 0;
+          EXPECT_OK(NMNodeCount(static_cast<NODEMAP>(internal), count));  // still there
+          ++notified;
+        },
+        map, &each));
+  for (NODEMAP each : shared) OxIfaceContainerAddUseCounter(each);  // one for each of two threads
+  OxIfaceContainerReleaseUseCounter(map);
+  const auto work = [&] {
+    for (NODEMAP each : shared) {
+      uint32_t count = 0;
+      EXPECT_OK(NMNodeCount(each, count));
+      const uint8_t payload[4] = {};
+      const TEventData data{0x1a, payload, sizeof payload};
+      EXPECT_OK(NMDeliverEvent(each, &data));
+      OxIfaceContainerReleaseUseCounter(each);
+    }
+  };
+  std::thread one(work), other(work);
+  one.join();
+  other.join();
+  EXPECT_EQ(notified, 8);
+  EXPECT_FALSE(IsNodeMap(map));
+}
+
+}  // namespace

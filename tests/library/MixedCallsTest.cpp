@@ -1,0 +1,194 @@
+// Calls of all kinds, mixed by chance: from many threads at once, and with handles that are none.
+// OX_STRESS_SECONDS and OX_HANDLE_CALLS make them long.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <bit>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+#include "calls/Caller.h"
+
+namespace {
+
+using calls::Caller;
+using calls::Handle;
+using calls::Kind;
+using calls::Shared;
+using calls::World;
+
+int64_t fromEnvironment(const char* name, int64_t otherwise) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? otherwise : std::atoll(value);
+}
+
+// Endless, the same for the same seed.
+class Chance final : public calls::Bytes {
+ public:
+  explicit Chance(uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15u + 1) {}
+  bool empty() const override { return false; }
+  uint8_t next() override {
+    state_ ^= state_ << 13;
+    state_ ^= state_ >> 7;
+    state_ ^= state_ << 17;
+    return static_cast<uint8_t>(state_ >> 32);
+  }
+
+ private:
+  uint64_t state_;
+};
+
+// A node map that several threads use, with a proxy, a stream and some nodes.
+class SharedMap {
+ public:
+  explicit SharedMap(World& world) {
+    NODEMAP map{}, proxy{};
+    NODEMAPSTREAM stream{};
+    EXPECT_EQ(CreateNodeMap(map), 0u);
+    EXPECT_EQ(NMLoadXMLString(map, calls::smallDescription().c_str()), 0u);
+    EXPECT_EQ(NMConnectPort(map, &World::read, &World::write, nullptr, &world.memory), 0u);
+    EXPECT_EQ(CreateNodeMapProxy(map, nullptr, nullptr, &proxy), 0u);
+    EXPECT_EQ(NMCreateStream(map, ST_Json, &stream), 0u);
+    add(map, Kind::kNodeMap);
+    add(proxy, Kind::kNodeMap);
+    add(stream, Kind::kStream);
+    for (const char* name : {"Width", "Gain", "Mode", "Level", "Text", "Device", "Raw", "EventValue", "ChunkGain"}) {
+      NODE node{};
+      EXPECT_EQ(NMGetNode(map, name, node), 0u) << name;
+      add(node, Kind::kNode);
+    }
+  }
+  ~SharedMap() {
+    for (const Handle& handle : shared.handles) OxIfaceContainerReleaseUseCounter(handle.value);
+  }
+  SharedMap(const SharedMap&) = delete;
+  SharedMap& operator=(const SharedMap&) = delete;
+  Shared shared;
+
+ private:
+  void add(OxHandle value, Kind kind) { shared.handles.push_back({value, kind, Shared::kGroup}); }
+};
+
+// Ends the program, saying where it stands, when no thread has come on for a while.
+class Watchdog {
+ public:
+  static constexpr int kThreads = 8;
+  static constexpr int kPatienceSeconds = 120;
+  std::atomic<int64_t> steps[kThreads] = {};
+
+  Watchdog() : thread_([this](const std::stop_token& stop) { watch(stop); }) {}
+
+ private:
+  void watch(const std::stop_token& stop) const {
+    int64_t last = -1;
+    for (int stuck = 0; !stop.stop_requested(); ++stuck) {
+      int64_t sum = 0;
+      for (const auto& count : steps) sum += count;
+      if (sum != last) stuck = 0;
+      last = sum;
+      if (stuck / 10 >= kPatienceSeconds) {
+        for (const auto& count : steps) std::fprintf(stderr, "%lld steps\n", static_cast<long long>(count.load()));
+        std::fprintf(stderr, "no thread has come on for %d seconds\n", kPatienceSeconds);
+        std::abort();
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+  }
+  std::jthread thread_;
+};
+
+TEST(MixedCalls, EightThreadsOnOneSharedAndManySeparateNodeMaps) {
+#ifdef __SANITIZE_THREAD__
+  // By hand, for long: two seconds of it come to a few calls.
+  if (std::getenv("OX_STRESS_SECONDS") == nullptr) GTEST_SKIP() << "OX_STRESS_SECONDS says how long";
+#endif
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(fromEnvironment("OX_STRESS_SECONDS", 2));
+  World world;
+  std::atomic<int64_t> made{0};
+  {
+    SharedMap map(world);
+    Watchdog watchdog;
+    std::vector<std::jthread> threads;
+    for (int self = 0; self < Watchdog::kThreads; ++self) {
+      threads.emplace_back([&, self] {
+        // Callers come and go, and with them node maps of their own.
+        for (uint64_t round = 0; std::chrono::steady_clock::now() < end; ++round) {
+          Chance chance(round * Watchdog::kThreads + static_cast<uint64_t>(self) + 1);
+          Caller caller(chance, world, &map.shared);
+          for (int i = 0; i < 2000 && std::chrono::steady_clock::now() < end; ++i) {
+            caller.step();
+            ++watchdog.steps[self];
+          }
+          made += caller.calls();
+        }
+      });
+    }
+    threads.clear();
+  }
+  EXPECT_GT(made, Watchdog::kThreads * 100);
+  std::printf("%lld calls\n", static_cast<long long>(made.load()));
+}
+
+TEST(MixedCalls, WhatIsNoHandleIsRefusedByEveryExport) {
+  const int64_t wanted = fromEnvironment("OX_HANDLE_CALLS", 20'000);
+  World world;
+  Chance chance(11);
+  Caller caller(chance, world);
+  NODEMAP live{};
+  ASSERT_EQ(CreateNodeMap(live), 0u);
+  const auto aLiveOne = std::bit_cast<uint64_t>(live);
+  std::vector<OxHandle> stale;
+  const auto random = [&] {
+    uint64_t value = 0;
+    for (int i = 0; i < 8; ++i) value = value << 8 | chance.next();
+    return value;
+  };
+  int64_t tried = 0;
+  for (int64_t round = 0; tried < wanted; ++round) {
+    uint64_t value = 0;
+    switch (round % 8) {
+      case 0:
+        value = random();
+        break;
+      case 1:
+        value = random() % 4096;
+        break;
+      case 2:  // misaligned
+        value = aLiveOne + 1 + random() % 63;
+        break;
+      case 3:  // the kernel's half
+        value = aLiveOne | uint64_t{1} << (47 + random() % 17);
+        break;
+      case 4:  // where handles could be, but none is yet
+        value = aLiveOne + (uint64_t{1} << 30) + 64 * (random() % 65536);
+        break;
+      case 5:
+        value = aLiveOne ^ uint64_t { 1 } << (36 + random() % 28);
+        break;
+      case 6: {  // just released
+        NODEMAP fresh{};
+        ASSERT_EQ(CreateNodeMap(fresh), 0u);
+        ASSERT_GE(OxIfaceContainerReleaseUseCounter(fresh), 0);
+        stale.push_back(fresh);
+        value = std::bit_cast<uint64_t>(fresh);
+        break;
+      }
+      default:  // released some time ago
+        value = std::bit_cast<uint64_t>(stale[random() % stale.size()]);
+        if (stale.size() > 1000) stale.erase(stale.begin(), stale.begin() + 500);
+    }
+    const auto handle = std::bit_cast<OxHandle>(value);
+    tried += caller.refuseEverywhere(handle);
+    ASSERT_LT(OxIfaceContainerReleaseUseCounter(handle), 0) << std::hex << value;
+    ASSERT_LT(OxIfaceContainerReleaseWeakCounter(handle), 0) << std::hex << value;
+    ASSERT_LT(OxIfaceContainerCheckedAddUseCounter(handle), 0) << std::hex << value;
+  }
+  EXPECT_TRUE(IsNodeMap(live));
+  OxIfaceContainerReleaseUseCounter(live);
+  std::printf("%lld calls refused\n", static_cast<long long>(tried));
+}
+
+}  // namespace
