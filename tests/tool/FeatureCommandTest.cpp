@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <map>
 #include <sstream>
 
 #include "ToolRun.h"
@@ -174,6 +175,14 @@ TEST_F(FeatureCommand, DescribeTellsLimitsEntriesAndDependents) {
   EXPECT_EQ(mode["entries"][1]["name"], "Fast");
   EXPECT_EQ(mode["entries"][1]["value"], 1);
   EXPECT_THAT(run(bench({"describe", "Mode"})).out, HasSubstr("Slow (0, RO), Fast (1, RO)"));
+
+  // Availability and selection are dependencies too.
+  EXPECT_THAT(runJson({"describe", "AdcBitDepth"})["dependents"], Contains("PixelFormat"));
+  const json selector = runJson({"describe", "GainSelector"});
+  EXPECT_THAT(selector["dependents"], Contains("Gain"));
+  EXPECT_THAT(selector["selects"], Contains("Gain"));
+  EXPECT_THAT(runJson({"describe", "Gain"})["selectedBy"], Contains("GainSelector"));
+  EXPECT_EQ(runJson({"describe", "GevCurrentIPAddress"})["representation"], "IPV4Address");
 }
 
 TEST_F(FeatureCommand, NodesListsEveryNodeWithItsType) {
@@ -212,6 +221,27 @@ TEST_F(FeatureCommand, WatchShowsTheFirstValueAndEveryPolledChange) {
   EXPECT_EQ(widths, 1);  // nothing changes it
   EXPECT_FALSE(counts.empty());
   EXPECT_TRUE(std::is_sorted(counts.begin(), counts.end()));
+}
+
+TEST_F(FeatureCommand, WatchShowsWhatAWriteBringsAbout) {
+  const ToolResult result =
+      run({"watch", "TestCommandSlow", "EnumEntry_PixelFormat_Mono12", "--set", "TestCommandSlow=1", "--set",
+           "AdcBitDepth=Bpp12", "--poll", "10", "--seconds", "2", "--json"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  std::map<std::string, std::vector<json>> values, accesses;
+  std::istringstream lines(result.out);
+  for (std::string line; std::getline(lines, line);) {
+    const json record = json::parse(line);
+    values[record["name"]].push_back(record["value"]);
+    accesses[record["name"]].push_back(record["access"]);
+  }
+  const auto& slow = values["TestCommandSlow"];
+  EXPECT_EQ(slow.front(), true);
+  EXPECT_THAT(slow, Contains(false));
+  EXPECT_EQ(slow.back(), true);  // done before the watch ends
+  EXPECT_EQ(values["EnumEntry_PixelFormat_Mono12"], (std::vector<json>{nullptr, "Mono12"}));  // entries come and go
+  EXPECT_EQ(accesses["EnumEntry_PixelFormat_Mono12"], (std::vector<json>{"NA", "RO"}));
+  EXPECT_EQ(run({"watch", "Width", "--set", "Width"}).status, 2);
 }
 
 TEST_F(FeatureCommand, DamagedFilesAreRefusedAndLeftAsTheyAre) {

@@ -6,21 +6,7 @@
 
 using testing::HasSubstr;
 
-class LintCommand : public ToolTest {
- protected:
-  // The nodes begin on line 3; `Root` lists the features.
-  std::string describe(const std::string& features, const std::string& nodes) const {
-    return write(
-        "camera.xml",
-        "<?xml version=\"1.0\"?>\n"
-        "<RegisterDescription ModelName=\"M\" VendorName=\"V\" StandardNameSpace=\"None\" SchemaMajorVersion=\"1\""
-        " SchemaMinorVersion=\"1\" SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" MinorVersion=\"0\""
-        " SubMinorVersion=\"0\" ProductGuid=\"P\" VersionGuid=\"G\""
-        " xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">\n" +
-            nodes + "<Category Name=\"Root\" NameSpace=\"Standard\">" + features +
-            "</Category>\n</RegisterDescription>\n");
-  }
-};
+class LintCommand : public ToolTest {};
 
 TEST_F(LintCommand, ProblemsCarryLineNodeAndElementAndOnlyDefectsFail) {
   struct Case {

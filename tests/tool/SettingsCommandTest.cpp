@@ -94,4 +94,24 @@ TEST_F(SettingsCommand, SnapshotRecordsTheNamedFeaturesInOrder) {
   EXPECT_EQ(records[0]["Type"], "Integer");
   EXPECT_EQ(records[1]["Value"], "Ox Simulation");
   EXPECT_GT(camera({"snapshot"}).json().size(), 100);
+  const ToolResult partly = camera({"snapshot", "NoSuchFeature", "Width"});
+  EXPECT_EQ(partly.status, 1);
+  EXPECT_EQ(partly.json().size(), 1);
+  EXPECT_THAT(partly.err, HasSubstr("NoSuchFeature"));
+}
+
+TEST_F(SettingsCommand, DiffComparesSnapshotsWithEachOtherAndWithTheCamera) {
+  ASSERT_EQ(camera({"set", "Width=640"}).status, 0);
+  ASSERT_EQ(camera({"snapshot", "Width", "DeviceVendorName", "-o", path("a.json")}).status, 0);
+  EXPECT_EQ(camera({"diff", path("a.json")}).status, 0);
+  ASSERT_EQ(camera({"set", "Width=320"}).status, 0);
+  ASSERT_EQ(camera({"snapshot", "Width", "-o", path("b.json")}).status, 0);
+  EXPECT_EQ(camera({"diff", path("a.json")}).out, "- Width = \"640\"\n+ Width = \"320\"\n");
+  EXPECT_EQ(run({"diff", path("a.json"), path("b.json")}).out,
+            "- Width = \"640\"\n+ Width = \"320\"\n- DeviceVendorName = \"Ox Simulation\"\n");
+  // Two kinds do not mix, and damage is named.
+  EXPECT_EQ(run({"diff", path("a.json"), write("a.settings", "Width = \"640\"\n")}).status, 2);
+  const ToolResult damaged = run({"diff", write("c.json", "[{\"Name\":1}]"), path("a.json")});
+  EXPECT_EQ(damaged.status, 1);
+  EXPECT_THAT(damaged.err, HasSubstr("no snapshot"));
 }

@@ -78,6 +78,17 @@ std::string ToolTest::write(const std::string& name, const std::string& text) co
   return path(name);
 }
 
+std::string ToolTest::describe(const std::string& features, const std::string& nodes) const {
+  return write("camera.xml",
+               "<?xml version=\"1.0\"?>\n"
+               "<RegisterDescription ModelName=\"M\" VendorName=\"V\" StandardNameSpace=\"None\" "
+               "SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" "
+               "MinorVersion=\"2\" SubMinorVersion=\"3\" ProductGuid=\"P\" VersionGuid=\"G\" "
+               "xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">\n" +
+                   nodes + "<Category Name=\"Root\" NameSpace=\"Standard\">" + features +
+                   "</Category>\n</RegisterDescription>\n");
+}
+
 std::string ToolTest::read(const std::string& name) const {
   return contents(folder_ / name);
 }

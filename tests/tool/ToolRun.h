@@ -31,6 +31,8 @@ class ToolTest : public testing::Test {
 
   std::string path(const std::string& name) const { return (folder_ / name).string(); }
   std::string write(const std::string& name, const std::string& text) const;
+  // Writes camera.xml, version 1.2.3: `nodes`, the first of them on line 3, and the category Root with `features`.
+  std::string describe(const std::string& features, const std::string& nodes) const;
   std::string read(const std::string& name) const;
   std::vector<std::string> files() const;
 

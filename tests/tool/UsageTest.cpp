@@ -25,6 +25,7 @@ TEST_F(Usage, WrongCommandLinesExitWithTwoAndChangeNothing) {
       {"watch", "Width", "--poll", "0"},
       {"files"},
       {"firmware", "update"},
+      {"guf", "create", "x.guf"},
       {"lint"},
       {"lint", "no-such-file.xml"},
   };
@@ -42,7 +43,7 @@ TEST_F(Usage, EveryCommandExplainsItselfWithAnExample) {
   const ToolResult all = run({"--help"});
   EXPECT_EQ(all.status, 0);
   for (const char* command : {"info", "tree", "get", "set", "exec", "nodes", "describe", "watch", "peek", "poke",
-                              "register", "save", "load", "diff", "snapshot", "files", "firmware", "lint"}) {
+                              "register", "save", "load", "diff", "snapshot", "files", "firmware", "guf", "lint"}) {
     SCOPED_TRACE(command);
     EXPECT_THAT(all.out, HasSubstr(command));
     const ToolResult help = run({command, "--help"});

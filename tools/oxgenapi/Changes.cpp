@@ -10,9 +10,10 @@ namespace tool {
 Changes::Changes(const NodeMap& map, const std::vector<std::string>& names) {
   followed_.reserve(names.size());
   for (const std::string& name : names) {
-    Followed& item = *followed_.emplace_back(std::make_unique<Followed>(Followed{map.node(name)}));
+    Followed& item = *followed_.emplace_back(std::make_unique<Followed>());
+    item.node = map.node(name);
     // Only a mark: reading here, in the middle of the change, could see half of it.
-    item.node.onUpdate([&item] { item.changed = true; });
+    item.updates = item.node.onUpdate([&item](const Node&) { item.changed = true; });
   }
 }
 

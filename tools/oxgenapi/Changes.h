@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,9 @@ class Changes {
   struct Followed {
     Node node;
     bool changed = false;
+    std::optional<oxgenapi::UpdateRegistration> updates;  // ends before what it marks
   };
-  std::vector<std::unique_ptr<Followed>> followed_;  // each keeps its address: its node's callback marks it
+  std::vector<std::unique_ptr<Followed>> followed_;  // each keeps its address: its updates mark it
 };
 
 // The names of all features that have a value.

@@ -32,23 +32,14 @@ void show(Session& session, const Image& image, Changes& changes) {
   }
 }
 
-// The image's chunks are attached only while this object lives: the features must not look into a buffer that is gone.
-class Attached {
- public:
-  Attached(const NodeMap& map, Image& image) : map_(map) {
-    std::vector<TChunkData> records;
-    for (const Chunk& chunk : image.chunks) {
-      records.push_back({chunk.id, image.data.data(), chunk.offset, chunk.length});
-    }
-    check(NMAttachChunkList(map_.handle(), records.data(), records.size()));
+// The image's chunks are attached only while the result lives: the features must not look into a buffer that is gone.
+oxgenapi::AttachedChunks attached(const NodeMap& map, Image& image) {
+  std::vector<TChunkData> records;
+  for (const Chunk& chunk : image.chunks) {
+    records.push_back({chunk.id, image.data.data(), chunk.offset, chunk.length});
   }
-  Attached(const Attached&) = delete;
-  Attached& operator=(const Attached&) = delete;
-  ~Attached() { NMDetachAllChunks(map_.handle()); }
-
- private:
-  const NodeMap& map_;
-};
+  return {map, records.data(), records.size()};
+}
 
 void acquire(Session& session, const ChunksOptions& options) {
   const NodeMap& map = session.map();
@@ -68,7 +59,7 @@ void acquire(Session& session, const ChunksOptions& options) {
       break;
     }
     changes.take();
-    const Attached attached(map, image);
+    const oxgenapi::AttachedChunks chunks = attached(map, image);
     show(session, image, changes);
   }
   map.node("AcquisitionStop").execute();
@@ -102,7 +93,7 @@ void attach(Session& session, const ChunksOptions& options) {
     image.chunks.push_back(parse(chunk, image.data.size()));
   }
   Changes changes(session.map(), valueFeatures(session.map()));
-  const Attached attached(session.map(), image);
+  const oxgenapi::AttachedChunks chunks = attached(session.map(), image);
   show(session, image, changes);
 }
 

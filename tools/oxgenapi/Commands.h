@@ -28,8 +28,14 @@ void addDiff(CLI::App& app, Action& chosen);
 void addSnapshot(CLI::App& app, Action& chosen);
 void addFiles(CLI::App& app, Action& chosen);
 void addFirmware(CLI::App& app, Action& chosen);
+void addGuf(CLI::App& app, Action& chosen);
 void addEvents(CLI::App& app, Action& chosen);
 void addChunks(CLI::App& app, Action& chosen);
 void addLint(CLI::App& app, Action& chosen);
+void addDoc(CLI::App& app, Action& chosen);
+void addReport(CLI::App& app, Action& chosen);
+void addCompletion(CLI::App& app, Action& chosen);
+void addCameras(CLI::App& app, Action& chosen);
+void addXml(CLI::App& app, Action& chosen);
 
 }  // namespace tool

@@ -1,46 +1,52 @@
 #include "Dependents.h"
 
-#include <deque>
+#include <algorithm>
 #include <unordered_set>
 
-#include "Failure.h"
+#include "Description.h"
 
 namespace tool {
 
-Dependents::Dependents(const NodeMap& map) : map_(map) {
-  for (const std::string& name : map.nodeNames()) {
-    try {
-      const Node node = map.node(name);
-      if (node.type() == NT_Category) {
-        continue;  // a category lists its features, it does not depend on them
+using namespace GENAPI_NAMESPACE;
+
+namespace {
+
+// The node and all that a write to it writes.
+std::vector<const INode*> written(const INode* node) {
+  std::vector<const INode*> nodes{node};
+  for (size_t next = 0; next < nodes.size(); ++next) {
+    NodeList_t children;
+    nodes[next]->GetChildren(children, ctWritingChildren);
+    for (const INode* child : children) {
+      if (std::find(nodes.begin(), nodes.end(), child) == nodes.end()) {
+        nodes.push_back(child);
       }
-      for (const std::string& child : node.list(NL_Children)) {
-        readers_[child].push_back(name);
-      }
-    } catch (const Failure&) {
-      continue;  // a node without a handle of its own depends on nothing that could be shown
     }
   }
+  return nodes;
 }
 
-std::vector<std::string> Dependents::of(const std::string& name) const {
+}  // namespace
+
+std::vector<std::string> dependentFeatures(std::string_view description, const std::string& name) {
+  const Description map = loadDescriptionBytes(description);
+  const INode* const node = map->GetNode(name.c_str());
+  if (node == nullptr) {
+    return {};
+  }
+  std::unordered_set<const INode*> depending;
+  for (const INode* each : written(node)) {
+    NodeList_t nodes;
+    each->GetChildren(nodes, ctDependingNodes);
+    depending.insert(nodes.begin(), nodes.end());
+  }
+  depending.erase(node);
   std::vector<std::string> features;
-  std::unordered_set<std::string> seen{name};
-  std::deque<std::string> open{name};
-  while (!open.empty()) {
-    const auto found = readers_.find(open.front());
-    open.pop_front();
-    if (found == readers_.end()) {
-      continue;
-    }
-    for (const std::string& reader : found->second) {
-      if (!seen.insert(reader).second) {
-        continue;
-      }
-      open.push_back(reader);
-      if (map_.node(reader).infoBoolean(NI_IsFeature)) {
-        features.push_back(reader);
-      }
+  NodeList_t all;
+  map->GetNodes(all);  // in the order of the description
+  for (const INode* each : all) {
+    if (depending.contains(each) && each->IsFeature() && each->GetPrincipalInterfaceType() != intfICategory) {
+      features.emplace_back(each->GetName().view());
     }
   }
   return features;

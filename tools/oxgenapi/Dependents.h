@@ -2,24 +2,14 @@
 #pragma once
 
 #include <string>
-#include <unordered_map>
+#include <string_view>
 #include <vector>
-
-#include "NodeMap.h"
 
 namespace tool {
 
-class Dependents {
- public:
-  // Asks every node of the map what it reads. The map must outlive this object.
-  explicit Dependents(const NodeMap& map);
-
-  // The features that take their value or their limits from the node, directly or through others.
-  std::vector<std::string> of(const std::string& name) const;
-
- private:
-  const NodeMap& map_;
-  std::unordered_map<std::string, std::vector<std::string>> readers_;  // by the node that is read
-};
+// The features whose value, limits or availability depend on the node or on what a write to it writes, directly or
+// through others, in the order of the description. Categories, which only list features, are left out. Throws
+// GENICAM_NAMESPACE::GenericException for a description that does not load.
+std::vector<std::string> dependentFeatures(std::string_view description, const std::string& name);
 
 }  // namespace tool

@@ -12,6 +12,18 @@ struct DescribeOptions {
   bool dependents = true;
 };
 
+// The library has no words for the last two.
+std::string representationName(const Node& node) {
+  switch (node.infoInteger(NI_Representation)) {
+    case 5:
+      return "IPV4Address";
+    case 6:
+      return "MACAddress";
+    default:
+      return node.infoText(NI_Representation);
+  }
+}
+
 // Adds what `read` yields, unless the node has no such information or cannot tell it now.
 template <class Read>
 void add(Json& json, const char* key, Read read) {
@@ -59,7 +71,7 @@ void addLists(Json& json, const NodeMap& map, const Node& node) {
   add(json, node.type() == NT_Category ? "features" : "reads", [&] { return node.list(NL_Children); });
 }
 
-Json describe(const NodeMap& map, const Node& node, const DescribeOptions& options) {
+Json describe(Session& session, const Node& node, const DescribeOptions& options) {
   Json json{{"name", node.name()}, {"type", typeName(node.type())}};
   addText(json, node, "displayName", NI_DisplayName);
   addText(json, node, "toolTip", NI_ToolTip);
@@ -73,7 +85,7 @@ Json describe(const NodeMap& map, const Node& node, const DescribeOptions& optio
   addNumber(json, node, "max", NI_Max);
   addNumber(json, node, "increment", NI_Increment);
   addText(json, node, "unit", NI_Unit);
-  add(json, "representation", [&] { return node.infoText(NI_Representation); });
+  add(json, "representation", [&] { return representationName(node); });
   add(json, "caching", [&] { return node.infoText(NI_CachingMode); });
   add(json, "pollingTimeMs", [&] { return node.infoInteger(NI_PollingTime); });
   add(json, "registerAddress", [&] { return node.infoInteger(NI_RegisterAddress); });
@@ -83,9 +95,9 @@ Json describe(const NodeMap& map, const Node& node, const DescribeOptions& optio
   add(json, "feature", [&] { return node.infoBoolean(NI_IsFeature); });
   add(json, "streamable", [&] { return node.infoBoolean(NI_IsStreamable); });
   add(json, "deprecated", [&] { return node.infoBoolean(NI_IsDeprecated); });
-  addLists(json, map, node);
+  addLists(json, session.map(), node);
   if (options.dependents) {
-    json["dependents"] = Dependents(map).of(node.name());
+    json["dependents"] = dependentFeatures(session.device().description(), node.name());
   }
   return json;
 }
@@ -115,14 +127,14 @@ std::string fieldText(const Json& value) {
 }
 
 void run(Session& session, const DescribeOptions& options) {
-  const NodeMap& map = session.map();
-  const Json json = describe(map, map.node(options.name), options);
+  const Node node = session.map().node(options.name);
+  const Json json = describe(session, node, options);
   if (session.output().json()) {
     session.output().document(json);
     return;
   }
   for (const auto& [key, value] : json.items()) {
-    session.output().field(key, fieldText(value));
+    session.output().field(key, key == "value" && !value.is_object() ? valueText(node) : fieldText(value));
   }
 }
 

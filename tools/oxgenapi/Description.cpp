@@ -41,6 +41,16 @@ std::string propertyText(INode& node, const char* name) {
   return std::string(value.view());
 }
 
+std::vector<std::string> words(const std::string& text) {
+  std::vector<std::string> found;
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = std::min(text.find('\t', start), text.size());
+    found.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return found;
+}
+
 std::vector<Link> linksOf(INode& node) {
   std::vector<Link> links;
   gcstring_vector properties;
@@ -49,11 +59,8 @@ std::vector<Link> linksOf(INode& node) {
     if (!isLink(property.view())) {
       continue;
     }
-    const std::string targets = propertyText(node, property.c_str());
-    for (size_t start = 0; start < targets.size();) {
-      const size_t end = std::min(targets.find('\t', start), targets.size());
-      links.push_back({std::string(property.view()), targets.substr(start, end - start)});
-      start = end + 1;
+    for (std::string& target : words(propertyText(node, property.c_str()))) {
+      links.push_back({std::string(property.view()), std::move(target)});
     }
   }
   return links;

@@ -23,6 +23,9 @@ Description loadDescriptionBytes(std::string_view bytes);
 // The value of a property, several values separated by tabs; empty when the node has none of that name.
 std::string propertyText(GENAPI_NAMESPACE::INode& node, const char* name);
 
+// The values of a property that has several: what stands between the tabs.
+std::vector<std::string> words(const std::string& text);
+
 // One element of a node that names another node.
 struct Link {
   std::string element;  // "pValue"

@@ -8,6 +8,7 @@
 
 #include "Commands.h"
 #include "Settings.h"
+#include "Snapshot.h"
 
 namespace tool {
 namespace {
@@ -153,21 +154,44 @@ class Comparison {
   Json differences_ = Json::array();
 };
 
+std::vector<Setting> parse(const std::string& text) {
+  return isSnapshot(text) ? parseSnapshot(text) : parseSettings(text);
+}
+
+// What the device has now for what is wanted, recorded in the same way.
+std::vector<Setting> ofDevice(Session& session, const std::vector<Setting>& wanted, bool asSnapshot) {
+  if (!asSnapshot) {
+    return deviceSettings(session, wanted);
+  }
+  return parseSnapshot(
+      snapshotText(session.map(), featuresOf(wanted), [&](const Failure& failure) { session.report(failure); }));
+}
+
 void run(Session& session, const DiffOptions& options) {
-  const std::vector<Setting> left = parseSettings(readFile(options.left));
-  const std::vector<Setting> right =
-      options.right.empty() ? deviceSettings(session, left) : parseSettings(readFile(options.right));
-  Comparison(session).run(left, right);
+  const std::string leftText = readFile(options.left);
+  const std::vector<Setting> left = parse(leftText);
+  if (options.right.empty()) {
+    Comparison(session).run(left, ofDevice(session, left, isSnapshot(leftText)));
+    return;
+  }
+  const std::string rightText = readFile(options.right);
+  if (isSnapshot(leftText) != isSnapshot(rightText)) {
+    throw UsageError("a snapshot and a settings text write values in two ways and cannot be compared");
+  }
+  Comparison(session).run(left, parse(rightText));
 }
 
 }  // namespace
 
 void addDiff(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<DiffOptions>();
-  CLI::App* command =
-      app.add_subcommand("diff", "Compare two settings texts, or one with the device; exit status 1 if they differ");
-  command->add_option("left", options->left, "Settings file")->required()->type_name("FILE")->check(CLI::ExistingFile);
-  command->add_option("right", options->right, "Settings file (default: the device)")
+  CLI::App* command = app.add_subcommand(
+      "diff", "Compare two settings texts or two snapshots, or one with the device; exit status 1 if they differ");
+  command->add_option("left", options->left, "Settings file or snapshot")
+      ->required()
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  command->add_option("right", options->right, "The same, of the same kind (default: the device)")
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
   command->footer("Example:\n  oxgenapi diff camera.settings");

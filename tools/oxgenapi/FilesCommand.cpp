@@ -1,30 +1,62 @@
+#include <chrono>
+#include <filesystem>
 #include <memory>
+#include <optional>
+#include <thread>
 
 #include "Commands.h"
 #include "FileReplacement.h"
+#include "Transfer.h"
 #include "Value.h"
 
 namespace tool {
 namespace {
+
+constexpr std::chrono::seconds kLongestDelete{120};
 
 struct FilesOptions {
   std::string entry;
   std::string file;
 };
 
-void done(const Session& session, const std::string& entry, const char* what) {
+void done(const Session& session, Json facts, const std::string& text) {
   if (session.output().json()) {
-    session.output().document({{"file", entry}, {"done", what}});
+    session.output().document(facts);
   } else {
-    session.output().line(entry + " " + what);
+    session.output().line(text);
   }
 }
 
-// The device tells a file's size only while the file is selected.
-int64_t sizeOf(const NodeMap& map, const std::string& entry) {
+uint64_t sizeOfHostFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  return error ? 0 : size;
+}
+
+// Selects the file and asks for its size in bytes; nothing where the device has no FileSize to tell it.
+std::optional<uint64_t> sizeOf(const NodeMap& map, const std::string& entry) {
   size_t size = 0;
-  check(NMDownloadFileMemory(map.handle(), entry.c_str(), nullptr, &size), entry);
-  return static_cast<int64_t>(size);
+  const uint32_t result = NMDownloadFileMemory(map.handle(), entry.c_str(), nullptr, &size);
+  if (result == OXGENAPI_E_UNSPECIFIED) {
+    return std::nullopt;
+  }
+  check(result, entry);
+  return size;
+}
+
+// What the file that is selected now can be opened for, as far as the device tells before it is tried.
+int64_t accessOfSelected(const NodeMap& map) {
+  bool reads = false;
+  bool writes = false;
+  for (const std::string& name : map.node("FileOpenMode").list(NL_EnumEntries)) {
+    const Node mode = map.node(name);
+    if (mode.readable()) {
+      const std::string text = mode.text();
+      reads |= text == "Read" || text == "ReadWrite";
+      writes |= text == "Write" || text == "ReadWrite";
+    }
+  }
+  return reads ? (writes ? AM_ReadWrite : AM_ReadOnly) : (writes ? AM_WriteOnly : AM_NotAvailable);
 }
 
 void list(Session& session) {
@@ -38,14 +70,18 @@ void list(Session& session) {
       continue;
     }
     Json file{{"name", entry.text()}};
+    std::string text = "unknown";
     try {
-      file["size"] = sizeOf(map, entry.text());
+      const std::optional<uint64_t> size = sizeOf(map, entry.text());
+      file["size"] = size ? Json(*size) : Json();
+      file["access"] = accessName(accessOfSelected(map));
+      text = file["access"].get<std::string>() + "  " + (size ? std::to_string(*size) + " bytes" : "size unknown");
     } catch (const Failure& failure) {
       file["error"] = toJson(failure);
       session.report(failure);
     }
     if (!session.output().json()) {
-      session.output().field(entry.text(), file.contains("size") ? file["size"].dump() + " bytes" : "unknown");
+      session.output().field(entry.text(), text);
     }
     files.push_back(file);
   }
@@ -56,28 +92,53 @@ void list(Session& session) {
 }
 
 void get(Session& session, const FilesOptions& options) {
+  const NodeMap& map = session.map();
   FileReplacement file(options.file);
-  check(NMDownloadFile(session.map().handle(), options.entry.c_str(), file.path().c_str()), options.entry);
+  uint64_t size = 0;
+  try {
+    size = sizeOf(map, options.entry).value_or(0);
+  } catch (const Failure&) {
+    // Only the bar needs it; whether the device has the file shows below.
+  }
+  Transfer transfer(session, options.entry, size);
+  const uint32_t result = NMDownloadFile(map.handle(), options.entry.c_str(), file.path().c_str());
+  if (result == OXGENAPI_E_DEVICE_FILE) {
+    throw Failure(result, "the device does not open the file for reading", options.entry);
+  }
+  check(result, options.entry);
+  const uint64_t bytes = sizeOfHostFile(file.path());
   file.commit();
-  done(session, options.entry, "downloaded");
+  done(session, {{"file", options.entry}, {"done", "downloaded"}, {"bytes", bytes}},
+       options.entry + " downloaded: " + transfer.summary(bytes));
 }
 
 void put(Session& session, const FilesOptions& options) {
+  const uint64_t bytes = sizeOfHostFile(options.file);
+  Transfer transfer(session, options.entry, bytes);
   check(NMUploadFile(session.map().handle(), options.entry.c_str(), options.file.c_str()), options.entry);
-  done(session, options.entry, "uploaded");
+  done(session, {{"file", options.entry}, {"done", "uploaded"}, {"bytes", bytes}},
+       options.entry + " uploaded: " + transfer.summary(bytes));
 }
 
 void remove(Session& session, const FilesOptions& options) {
   const NodeMap& map = session.map();
   map.node("FileSelector").set(options.entry);
   map.node("FileOperationSelector").set("Delete");
-  map.node("FileOperationExecute").execute();
+  const Node execute = map.node("FileOperationExecute");
+  execute.execute();
+  const auto end = std::chrono::steady_clock::now() + kLongestDelete;
+  while (execute.readable() && !execute.boolean()) {
+    if (std::chrono::steady_clock::now() > end) {
+      throw Failure(OXGENAPI_E_UNSPECIFIED, "Deleting '" + options.entry + "' does not end", "FileOperationExecute");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   const std::string status = map.node("FileOperationStatus").text();
   if (status != "Success") {
     throw Failure(OXGENAPI_E_UNSPECIFIED, "Deleting '" + options.entry + "' ended with " + status,
                   "FileOperationStatus");
   }
-  done(session, options.entry, "deleted");
+  done(session, {{"file", options.entry}, {"done", "deleted"}}, options.entry + " deleted");
 }
 
 }  // namespace
@@ -95,7 +156,8 @@ void addFiles(CLI::App& app, Action& chosen) {
   CLI::App* files = app.add_subcommand("files", "List, copy and delete the files inside the device");
   files->require_subcommand(1);
   files->fallthrough();
-  files->add_subcommand("list", "List the device's files and their sizes")->callback([&chosen] { chosen = list; });
+  files->add_subcommand("list", "List the device's files, their sizes and what they can be opened for")
+      ->callback([&chosen] { chosen = list; });
   add(files, "get", "Copy a device file to a file here", get)
       ->add_option("file", options->file, "File to write")
       ->required()
@@ -106,7 +168,7 @@ void addFiles(CLI::App& app, Action& chosen) {
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
   add(files, "rm", "Delete a device file", remove);
-  files->footer("Example:\n  oxgenapi files get UserSet1 userset.bin");
+  files->footer("Example:\n  oxgenapi files get UserFile1 settings.bin");
 }
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "Commands.h"
+#include "Transfer.h"
 
 namespace tool {
 namespace {
@@ -99,11 +100,13 @@ void update(Session& session, const FirmwareOptions& options) {
   if (options.entry >= updater.entryCount()) {
     throw UsageError("firmware update: the file has no entry " + std::to_string(options.entry));
   }
+  Transfer transfer(session, options.file, 0);
   check(FWUpdate(updater.handle(), session.map().handle(), options.entry, reset, &session));
   if (session.output().json()) {
     session.output().document({{"file", options.file}, {"entry", options.entry}, {"updated", true}});
   } else {
-    session.output().line("Entry " + std::to_string(options.entry) + " of " + options.file + " applied");
+    session.output().line("Entry " + std::to_string(options.entry) + " of " + options.file +
+                          " applied: " + transfer.summary(transfer.bytes()));
   }
 }
 
@@ -124,7 +127,7 @@ void addFirmware(CLI::App& app, Action& chosen) {
   add("info", "Show what each entry of the file says about itself", info);
   add("verify", "Check that the file is whole", verify);
   add("update", "Apply one entry to the device", update)
-      ->add_option("--entry", options->entry, "Entry, counted from 0")
+      ->add_option("--select", options->entry, "Entry, counted from 0")
       ->capture_default_str();
   firmware->footer("Example:\n  oxgenapi --state camera.state firmware update camera.guf");
 }

@@ -1,6 +1,5 @@
-#include <array>
-
 #include "Commands.h"
+#include "Versions.h"
 
 namespace tool {
 namespace {
@@ -8,18 +7,6 @@ namespace {
 std::string version(const NodeMap& map, TNodeMapInfo major, TNodeMapInfo minor, TNodeMapInfo subMinor) {
   return std::to_string(map.infoInteger(major)) + "." + std::to_string(map.infoInteger(minor)) + "." +
          std::to_string(map.infoInteger(subMinor));
-}
-
-std::string libraryVersion() {
-  uint32_t major = 0, minor = 0, build = 0;
-  Resource_GetFileVersion(&major, &minor, &build);
-  return std::to_string(major) + "." + std::to_string(minor) + "." + std::to_string(build);
-}
-
-std::string genApiVersion() {
-  uint32_t major = 0, minor = 0, subMinor = 0;
-  GetGenApiVersion(&major, &minor, &subMinor);
-  return std::to_string(major) + "." + std::to_string(minor) + "." + std::to_string(subMinor);
 }
 
 void run(Session& session) {

@@ -167,20 +167,30 @@ class Linter {
   std::vector<Problem> problems_;
 };
 
-}  // namespace
-
-std::vector<Problem> lint(const std::string& path) {
+// `source` stands at the front of the text of a load that fails.
+template <class Load>
+std::vector<Problem> problemsOf(const std::string& source, std::string_view text, Load load) {
   std::vector<Problem> problems;
   try {
-    const Description map = loadDescriptionFile(path);
-    const SourceLines lines(contents(path));
+    const Description map = load();
+    const SourceLines lines(text);
     problems = Linter(*map, lines).run();
   } catch (const std::exception& error) {
-    problems.push_back(fatalProblem(path, error.what()));
+    problems.push_back(fatalProblem(source, error.what()));
   }
   std::stable_sort(problems.begin(), problems.end(),
                    [](const Problem& left, const Problem& right) { return left.line < right.line; });
   return problems;
+}
+
+}  // namespace
+
+std::vector<Problem> lint(const std::string& path) {
+  return problemsOf(path, contents(path), [&] { return loadDescriptionFile(path); });
+}
+
+std::vector<Problem> lintBytes(std::string_view description) {
+  return problemsOf("", description, [&] { return loadDescriptionBytes(description); });
 }
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tool {
@@ -24,5 +25,7 @@ struct Problem {
 // Loads the description in the file, XML or zip archive, compiles its formulas and looks at every node. The problems
 // come in the order of their lines, those without a line first. Never throws for what the file contains.
 std::vector<Problem> lint(const std::string& path);
+// The same for a description in memory.
+std::vector<Problem> lintBytes(std::string_view description);
 
 }  // namespace tool

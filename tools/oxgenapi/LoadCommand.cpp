@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 
 #include "Commands.h"
 #include "Settings.h"
@@ -13,6 +14,7 @@ struct LoadOptions {
 };
 
 void run(Session& session, const LoadOptions& options) {
+  const std::optional<size_t> lines = settingsIn(options.file);
   Json problems = Json::array();
   bool stopped = false;
   const ProblemHandler problem = [&](const Failure& failure, int64_t) {
@@ -29,11 +31,21 @@ void run(Session& session, const LoadOptions& options) {
     }
     // The problem that stopped the load has been reported.
   }
-  if (session.output().json()) {
-    session.output().document({{"file", options.file}, {"stopped", stopped}, {"problems", problems}});
-  } else if (problems.empty()) {
-    session.output().line(options.file + " loaded");
+  const Output& output = session.output();
+  if (output.json()) {
+    Json json{{"file", options.file}, {"stopped", stopped}, {"problems", problems}};
+    if (lines) {
+      json["lines"] = *lines;
+    }
+    output.document(json);
+    return;
   }
+  std::string text = options.file + ": " + (lines ? std::to_string(*lines) + " lines" : "settings");
+  text += stopped ? ", stopped at the first problem" : " loaded";
+  if (!stopped && !problems.empty()) {
+    text += ", " + std::to_string(problems.size()) + " problems";
+  }
+  output.line(text);
 }
 
 }  // namespace

@@ -74,6 +74,11 @@ void Output::failure(const Failure& failure) const {
   std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
+void Output::hint(std::string_view text) const {
+  const std::string line = "  " + std::string(text) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
 Json toJson(const Failure& failure) {
   Json json{{"code", codeText(failure.code())}, {"text", failure.what()}};
   if (!failure.feature().empty()) {

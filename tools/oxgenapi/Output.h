@@ -38,6 +38,8 @@ class Output {
   void record(const Json& json) const;
   // "oxgenapi: ExposureTime: text (0x8000000c)" on standard error.
   void failure(const Failure& failure) const;
+  // Advice that goes with a failure, on standard error.
+  void hint(std::string_view text) const;
 
  private:
   std::string painted(std::string_view code, std::string_view text) const;

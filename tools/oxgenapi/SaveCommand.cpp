@@ -1,10 +1,9 @@
-#include <unistd.h>
-
-#include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "Commands.h"
 #include "FileReplacement.h"
+#include "Progress.h"
 #include "Settings.h"
 
 namespace tool {
@@ -27,11 +26,10 @@ class Saver {
     } else {
       saveSettings(session_.map(), file.path(), options_.features, problem());
     }
+    const std::optional<size_t> lines = settingsIn(file.path());
     file.commit();
-    if (session_.output().json() && options_.file != "-") {
-      session_.output().document({{"file", options_.file}, {"notAvailable", notAvailable_}, {"failed", failed_}});
-    } else if (options_.file != "-" && notAvailable_ > 0) {
-      session_.output().line(std::to_string(notAvailable_) + " features are not available now and were left out");
+    if (options_.file != "-") {
+      summarise(lines);
     }
   }
 
@@ -43,6 +41,9 @@ class Saver {
         ++notAvailable_;
       } else {
         ++failed_;
+        if (progress_) {
+          progress_->clear();
+        }
         session_.report(failure);
       }
       return true;
@@ -52,19 +53,39 @@ class Saver {
   std::string stepByStep() {
     const NodeMap& map = session_.map();
     const std::vector<std::string> names = options_.features.empty() ? streamableFeatures(map) : options_.features;
-    const bool terminal = isatty(STDERR_FILENO) == 1;
+    progress_.emplace(names.size());
     std::string text;
-    for (size_t index = 0; index < names.size(); ++index) {
-      const std::string step = "[" + std::to_string(index + 1) + "/" + std::to_string(names.size()) + "] ";
-      std::fputs((terminal ? "\r\x1b[K" + step + names[index] : step + names[index] + "\n").c_str(), stderr);
-      text += settingsText(map, {names[index]}, problem());
+    for (const std::string& name : names) {
+      progress_->step(name);
+      text += settingsText(map, {name}, problem());
     }
-    std::fputs(terminal ? "\r\x1b[K" : "", stderr);
+    progress_.reset();
     return text;
+  }
+
+  void summarise(std::optional<size_t> lines) {
+    const Output& output = session_.output();
+    if (output.json()) {
+      Json json{{"file", options_.file}, {"notAvailable", notAvailable_}, {"failed", failed_}};
+      if (lines) {
+        json["lines"] = *lines;
+      }
+      output.document(json);
+      return;
+    }
+    std::string text = options_.file + ": " + (lines ? std::to_string(*lines) + " lines saved" : "saved");
+    if (notAvailable_ > 0) {
+      text += ", " + std::to_string(notAvailable_) + " features not available now";
+    }
+    if (failed_ > 0) {
+      text += ", " + std::to_string(failed_) + " failed";
+    }
+    output.line(text);
   }
 
   Session& session_;
   const SaveOptions& options_;
+  std::optional<Progress> progress_;
   int notAvailable_ = 0;
   int failed_ = 0;
 };
@@ -78,7 +99,7 @@ void addSave(CLI::App& app, Action& chosen) {
   command->add_option("--features", options->features, "Features to save, in this order (default: all streamable)")
       ->delimiter(',')
       ->type_name("A,B");
-  command->add_flag("--progress", options->progress, "Tell on standard error which feature is being saved");
+  command->add_flag("--progress", options->progress, "Show on standard error how far it has come");
   command->footer("Example:\n  oxgenapi save camera.settings --features ExposureTime,Gain");
   command->callback([&chosen, options] { chosen = [options](Session& session) { Saver(session, *options).run(); }; });
 }

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "NearNames.h"
+#include "RemoteCamera.h"
+
 namespace tool {
 
 Session::Session(const Options& options) : options_(options), output_(options.json, options.colour) {}
@@ -16,6 +19,11 @@ NodeMap& Session::map() {
 Device& Session::device() {
   map();
   return *device_;
+}
+
+WatchedPort& Session::port() {
+  map();
+  return *port_;
 }
 
 const std::vector<std::string>& Session::ports() {
@@ -33,6 +41,22 @@ void Session::report(const Failure& failure) {
   failed_ = true;
   if (!output_.json()) {
     output_.failure(failure);
+    suggest(failure);
+  }
+}
+
+// A name that does not exist may be a slip of the hand.
+void Session::suggest(const Failure& failure) {
+  if (failure.code() != OXGENAPI_E_NOT_PRESENT || failure.feature().empty() || !map_) {
+    return;
+  }
+  const std::vector<std::string> near = nearNames(failure.feature(), map_->nodeNames());
+  std::string text;
+  for (const std::string& name : near) {
+    text += (text.empty() ? "Did you mean " : &name == &near.back() ? " or " : ", ") + name;
+  }
+  if (!text.empty()) {
+    output_.hint(text + "?");
   }
 }
 
@@ -46,7 +70,12 @@ NodeMap& Session::restart() {
 }
 
 void Session::open() {
-  device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.xml, options_.memory);
+  if (!options_.camera.empty()) {
+    device_ = openRemoteCamera(options_.camera);
+  } else {
+    device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.xml, options_.memory);
+  }
+  port_ = std::make_unique<WatchedPort>(device_->registers());
   map_ = load();
 }
 
@@ -69,7 +98,7 @@ void Session::connect(NodeMap& map) {
       }
       const bool vacant = node.access() == 0 && node.infoText(NI_EventID).empty();
       if (name == "Device" || vacant) {
-        map.connect(name, device_->registers());
+        map.connect(name, *port_);
         ports_.push_back(name);
       }
     } catch (const Failure&) {

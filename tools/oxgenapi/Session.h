@@ -8,6 +8,7 @@
 #include "Device.h"
 #include "NodeMap.h"
 #include "Output.h"
+#include "WatchedPort.h"
 
 namespace tool {
 
@@ -15,6 +16,7 @@ struct Options {
   std::string xml;     // description file; empty: the simulated camera and its own description
   std::string memory;  // register image behind `xml`; empty: all zero, kept nowhere
   std::string state;   // register file of the simulated camera; empty: factory settings, kept nowhere
+  std::string camera;  // a real camera, found by a transport; empty: one of the above
   bool json = false;
   Output::Colour colour = Output::Colour::automatic;
 };
@@ -28,6 +30,8 @@ class Session {
   NodeMap& map();
   // The device behind map(), which it opens.
   Device& device();
+  // What stands before the device, which it opens.
+  WatchedPort& port();
   // Names of the ports that the device answers.
   const std::vector<std::string>& ports();
   // Power-cycles the device and connects a node map of its own to it, which takes the place of map(); the one before
@@ -44,12 +48,14 @@ class Session {
 
  private:
   void open();
+  void suggest(const Failure& failure);
   std::unique_ptr<NodeMap> load();
   void connect(NodeMap& map);
 
   Options options_;
   Output output_;
   std::unique_ptr<Device> device_;  // outlives the map, whose ports read from it
+  std::unique_ptr<WatchedPort> port_;
   std::unique_ptr<NodeMap> map_;
   std::vector<std::unique_ptr<NodeMap>> earlierMaps_;
   std::vector<std::string> ports_;

@@ -1,6 +1,6 @@
 #include <memory>
-#include <utility>
 
+#include "Assignment.h"
 #include "Commands.h"
 #include "Value.h"
 
@@ -11,14 +11,6 @@ struct SetOptions {
   std::vector<std::string> assignments;
   bool keepGoing = false;
 };
-
-std::pair<std::string, std::string> split(const std::string& assignment) {
-  const size_t equals = assignment.find('=');
-  if (equals == std::string::npos || equals == 0) {
-    throw UsageError("set: '" + assignment + "' is not NAME=VALUE");
-  }
-  return {assignment.substr(0, equals), assignment.substr(equals + 1)};
-}
 
 // What the device made of the value, as far as it can be read back.
 void show(const Session& session, const Node& node, Json& results) {
@@ -36,10 +28,7 @@ void show(const Session& session, const Node& node, Json& results) {
 }
 
 void run(Session& session, const SetOptions& options) {
-  std::vector<std::pair<std::string, std::string>> assignments;
-  for (const std::string& assignment : options.assignments) {
-    assignments.push_back(split(assignment));
-  }
+  const std::vector<Assignment> assignments = parseAssignments(options.assignments);
   Json results = Json::array();
   for (const auto& [name, value] : assignments) {
     try {

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace tool {
 namespace {
@@ -14,7 +17,7 @@ struct Run {
 
 // Takes the feature's name off the front of the problem's text, where the library puts it.
 Failure problemOf(NODE handle, uint32_t code, int64_t& access) {
-  const Failure failure = lastFailure(code);
+  const Failure failure = oxgenapi::lastError(code);
   if (handle == nullptr) {
     return failure;
   }
@@ -163,6 +166,15 @@ std::vector<Setting> parseSettings(std::string_view text) {
     }
   }
   return settings;
+}
+
+std::optional<size_t> settingsIn(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) {
+    return std::nullopt;
+  }
+  std::ifstream file(path, std::ios::binary);
+  return parseSettings(std::string(std::istreambuf_iterator<char>(file), {})).size();
 }
 
 }  // namespace tool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,5 +35,8 @@ struct Setting {
 
 // Comments and empty lines are left out; a line without "=" (the rest of a value with a line feed) is a key of its own.
 std::vector<Setting> parseSettings(std::string_view text);
+
+// How many settings the text in a file has; nothing for a pipe or terminal, which can be read only once.
+std::optional<size_t> settingsIn(const std::string& path);
 
 }  // namespace tool

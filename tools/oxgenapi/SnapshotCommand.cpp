@@ -1,10 +1,9 @@
-#include <OxBase/OxBase.h>
-
 #include <memory>
 
 #include "Changes.h"
 #include "Commands.h"
 #include "FileReplacement.h"
+#include "Snapshot.h"
 
 namespace tool {
 namespace {
@@ -12,29 +11,6 @@ namespace {
 struct SnapshotOptions {
   std::vector<std::string> names;
   std::string file;
-};
-
-// A document of node records, grown by push().
-class Stream {
- public:
-  explicit Stream(const NodeMap& map) { check(NMCreateStream(map.handle(), ST_Json, &handle_)); }
-  Stream(const Stream&) = delete;
-  Stream& operator=(const Stream&) = delete;
-  ~Stream() { OxIfaceContainerReleaseUseCounter(handle_); }
-
-  void push(const Node& node) { check(NMStreamPush(handle_, node.handle()), node.name()); }
-
-  std::string dump() const {
-    size_t size = 0;
-    check(NMStreamDump(handle_, nullptr, &size));
-    std::string text(size, '\0');
-    check(NMStreamDump(handle_, text.data(), &size));
-    text.resize(size - 1);
-    return text;
-  }
-
- private:
-  NODEMAPSTREAM handle_ = nullptr;
 };
 
 // A record has no type for a register's bytes.
@@ -46,15 +22,8 @@ std::vector<std::string> recordableFeatures(const NodeMap& map) {
 
 void run(Session& session, const SnapshotOptions& options) {
   const NodeMap& map = session.map();
-  Stream stream(map);
-  for (const std::string& name : options.names.empty() ? recordableFeatures(map) : options.names) {
-    try {
-      stream.push(map.node(name));
-    } catch (const Failure& failure) {
-      session.report(failure);
-    }
-  }
-  const std::string text = stream.dump();
+  const std::string text = snapshotText(map, options.names.empty() ? recordableFeatures(map) : options.names,
+                                        [&](const Failure& failure) { session.report(failure); });
   if (options.file.empty()) {
     session.output().line(text);
     return;

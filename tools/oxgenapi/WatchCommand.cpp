@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 
+#include "Assignment.h"
 #include "Changes.h"
 #include "Commands.h"
 #include "Value.h"
@@ -13,10 +14,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+constexpr double kLongestWatch = 1e9;                   // seconds; about thirty years
+constexpr std::chrono::milliseconds kLongestSleep{50};  // an interrupt waits no longer
+
 volatile std::sig_atomic_t interrupted = 0;
 
 struct WatchOptions {
   std::vector<std::string> names;
+  std::vector<std::string> assignments;  // carried out once the first values are shown
   int pollMs = 100;
   double seconds = 0;  // 0: until interrupted
 };
@@ -28,10 +33,15 @@ int64_t elapsedMs(Clock::time_point since) {
 void show(Session& session, const Node& node, int64_t timeMs) {
   const Output& output = session.output();
   try {
+    // Features and entries come and go.
+    const bool readable = node.readable();
+    const std::string access = accessName(node.access());
     if (output.json()) {
-      output.record({{"timeMs", timeMs}, {"name", node.name()}, {"value", valueJson(node)}});
+      const Json value = readable ? valueJson(node) : Json();
+      output.record({{"timeMs", timeMs}, {"name", node.name()}, {"access", access}, {"value", value}});
     } else {
-      output.line(output.dim(std::to_string(timeMs) + " ms  ") + output.name(node.name()) + " = " + valueText(node));
+      output.line(output.dim(std::to_string(timeMs) + " ms  ") + output.name(node.name()) +
+                  (readable ? " = " + valueText(node) : " is not readable (" + access + ")"));
       std::fflush(stdout);
     }
   } catch (const Failure& failure) {
@@ -42,7 +52,16 @@ void show(Session& session, const Node& node, int64_t timeMs) {
   }
 }
 
+// False: interrupted.
+bool sleepUntil(Clock::time_point end) {
+  while (interrupted == 0 && Clock::now() < end) {
+    std::this_thread::sleep_for(std::min<Clock::duration>(end - Clock::now(), kLongestSleep));
+  }
+  return interrupted == 0;
+}
+
 void run(Session& session, const WatchOptions& options) {
+  const std::vector<Assignment> assignments = parseAssignments(options.assignments);
   const NodeMap& map = session.map();
   Changes changes(map, options.names);
   interrupted = 0;
@@ -52,15 +71,20 @@ void run(Session& session, const WatchOptions& options) {
   for (const std::string& name : options.names) {
     show(session, map.node(name), 0);
   }
+  for (const auto& [name, value] : assignments) {
+    map.node(name).set(value);
+  }
+  const auto end =
+      options.seconds > 0
+          ? start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds))
+          : Clock::time_point::max();
   while (true) {
     for (const Node* node : changes.take()) {
       show(session, *node, elapsedMs(start));
     }
-    const double left = options.seconds - std::chrono::duration<double>(Clock::now() - start).count();
-    if (interrupted != 0 || (options.seconds > 0 && left <= 0)) {
+    if (!sleepUntil(std::min(Clock::now() + std::chrono::milliseconds(options.pollMs), end)) || Clock::now() >= end) {
       break;
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(options.pollMs));
     const int64_t sinceMs = elapsedMs(polled);
     polled += std::chrono::milliseconds(sinceMs);
     map.poll(static_cast<int32_t>(std::min<int64_t>(sinceMs, INT32_MAX)));
@@ -78,8 +102,11 @@ void addWatch(CLI::App& app, Action& chosen) {
       ->check(CLI::Range(1, 3'600'000))
       ->capture_default_str();
   command->add_option("--seconds", options->seconds, "Stop after this time; 0: on interrupt")
-      ->check(CLI::NonNegativeNumber)
+      ->check(CLI::Range(0.0, kLongestWatch))
       ->capture_default_str();
+  command->add_option("--set", options->assignments, "Write this once the first values are shown; a command: 1")
+      ->type_name("NAME=VALUE")
+      ->allow_extra_args(false);
   command->footer("Example:\n  oxgenapi watch DeviceTemperature --poll 500 --seconds 10");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
 }

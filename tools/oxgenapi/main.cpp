@@ -1,9 +1,13 @@
 // oxgenapi: drives a GenICam device, simulated or described by a file, through the flat interface.
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <map>
 
 #include "Commands.h"
+#include "Completion.h"
+#include "ManPage.h"
+#include "Versions.h"
 
 namespace {
 
@@ -23,9 +27,14 @@ void addOptions(CLI::App& app, tool::Options& options) {
   app.add_option("--memory", options.memory, "Register image behind --xml: what it lacks is zero; it is written back")
       ->type_name("FILE")
       ->needs(xml);
-  app.add_option("--state", options.state, "Where the simulated camera keeps its registers between runs")
-      ->type_name("FILE")
-      ->excludes(xml);
+  auto* state = app.add_option("--state", options.state, "Where the simulated camera keeps its registers between runs")
+                    ->type_name("FILE")
+                    ->excludes(xml);
+  app.add_option("--camera", options.camera,
+                 "A real camera: its ID (see the command cameras), address or serial number")
+      ->type_name("ID")
+      ->excludes(xml)
+      ->excludes(state);
   app.add_flag("--json", options.json, "Print JSON");
   app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
       ->transform(CLI::CheckedTransformer(std::map<std::string, Colour>{
@@ -33,10 +42,12 @@ void addOptions(CLI::App& app, tool::Options& options) {
 }
 
 void addCommands(CLI::App& app, tool::Action& chosen) {
-  for (const auto add : {tool::addInfo,     tool::addTree,     tool::addGet,    tool::addSet,    tool::addExec,
-                         tool::addNodes,    tool::addDescribe, tool::addWatch,  tool::addPeek,   tool::addPoke,
-                         tool::addRegister, tool::addSave,     tool::addLoad,   tool::addDiff,   tool::addSnapshot,
-                         tool::addFiles,    tool::addFirmware, tool::addEvents, tool::addChunks, tool::addLint}) {
+  for (const auto add :
+       {tool::addInfo,     tool::addTree,      tool::addGet,      tool::addSet,     tool::addExec,     tool::addNodes,
+        tool::addDescribe, tool::addWatch,     tool::addPeek,     tool::addPoke,    tool::addRegister, tool::addSave,
+        tool::addLoad,     tool::addDiff,      tool::addSnapshot, tool::addFiles,   tool::addFirmware, tool::addGuf,
+        tool::addEvents,   tool::addChunks,    tool::addLint,     tool::addCameras, tool::addXml,      tool::addDoc,
+        tool::addReport,   tool::addCompletion}) {
     add(app, chosen);
   }
 }
@@ -60,6 +71,33 @@ int run(const tool::Options& options, const tool::Action& command) {
   return session.failed() ? kFailed : 0;
 }
 
+// What shells and the build ask; nobody types it, so it is no command.
+bool answer(CLI::App& app, const tool::Options& options, std::vector<std::string> words) {
+  if (words.empty()) {
+    return false;
+  }
+  const std::string request = words.front();
+  words.erase(words.begin());
+  if (request == tool::kManPageRequest) {
+    std::cout << tool::manPage(app, tool::libraryVersion());
+    return true;
+  }
+  if (request != tool::kCompletionRequest) {
+    return false;
+  }
+  const auto features = [&] {
+    try {
+      app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    } catch (const CLI::ParseError&) {  // it is not whole yet; the options before the gap have been read
+    }
+    return tool::Session(options).map().nodeNames();
+  };
+  for (const tool::Candidate& candidate : tool::completions(app, words, features)) {
+    std::cout << candidate.word << (candidate.description.empty() ? "" : "\t" + candidate.description) << '\n';
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -72,6 +110,9 @@ int main(int argc, char** argv) {
     app.footer(kExitStatus);
     addOptions(app, options);
     addCommands(app, chosen);
+    if (answer(app, options, {argv + std::min(argc, 1), argv + argc})) {
+      return 0;
+    }
     app.parse(argc, argv);
     return run(options, chosen);
   } catch (const CLI::ParseError& error) {

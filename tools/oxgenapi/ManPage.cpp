@@ -1,0 +1,69 @@
+#include "ManPage.h"
+
+#include <string_view>
+
+namespace tool {
+namespace {
+
+// Plain text in the markup: a backslash, a minus and a leading dot mean themselves.
+std::string escaped(std::string_view text) {
+  std::string result;
+  for (const char character : text) {
+    const bool startsLine = result.empty() || result.back() == '\n';
+    if (startsLine && (character == '.' || character == '\'')) {
+      result += "\\&";
+    }
+    result += character == '\\' ? "\\e" : character == '-' ? "\\-" : std::string(1, character);
+  }
+  return result;
+}
+
+std::string nameOf(const CLI::Option& option) {
+  if (option.get_positional()) {
+    return "\\fI" + escaped(option.get_name()) + "\\fR";
+  }
+  std::string text;
+  for (const std::string& name : option.get_snames()) {
+    text += "\\fB\\-" + escaped(name) + "\\fR, ";
+  }
+  for (const std::string& name : option.get_lnames()) {
+    text += "\\fB\\-\\-" + escaped(name) + "\\fR, ";
+  }
+  text.resize(text.size() - 2);
+  return option.get_items_expected_max() > 0 ? text + " \\fI" + escaped(option.get_type_name()) + "\\fR" : text;
+}
+
+std::string options(const CLI::App& app) {
+  std::string text;
+  for (const CLI::Option* option : app.get_options()) {
+    text += ".TP\n" + nameOf(*option) + "\n" + escaped(option->get_description()) + "\n";
+  }
+  return text;
+}
+
+std::string footer(const CLI::App& app) {
+  return app.get_footer().empty() ? "" : ".PP\n.nf\n" + escaped(app.get_footer()) + "\n.fi\n";
+}
+
+void addCommands(std::string& text, CLI::App& app, const std::string& prefix) {
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    const std::string name = prefix + command->get_name();
+    text += ".SS " + escaped(name) + "\n" + escaped(command->get_description()) + ".\n" + options(*command);
+    addCommands(text, *command, name + " ");
+    text += footer(*command);
+  }
+}
+
+}  // namespace
+
+std::string manPage(CLI::App& app, const std::string& version) {
+  std::string text = ".TH OXGENAPI 1 \"\" \"OxGenApi " + version + "\" \"User commands\"\n";
+  text += ".SH NAME\noxgenapi \\- " + escaped(app.get_description()) + "\n";
+  text += ".SH SYNOPSIS\n\\fBoxgenapi\\fR [\\fIoptions\\fR] \\fIcommand\\fR [\\fIarguments\\fR]\n";
+  text += ".SH OPTIONS\n" + options(app) + ".SH COMMANDS\n";
+  addCommands(text, app, "");
+  text += ".SH EXIT STATUS AND EXAMPLES\n.nf\n" + escaped(app.get_footer()) + "\n.fi\n";
+  return text;
+}
+
+}  // namespace tool

@@ -1,0 +1,14 @@
+// A camera on a network or a bus as the tool's device.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Device.h"
+
+namespace tool {
+
+// The first camera of that ID, address or serial number on any transport. Throws Failure.
+std::unique_ptr<Device> openRemoteCamera(const std::string& name);
+
+}  // namespace tool
