@@ -1,26 +1,27 @@
-// What it costs to load a description, compared in one run with parsing the same bytes and nothing else.
+// What it costs to load a description through the flat interface, compared in one run with parsing the same bytes and
+// nothing else, and for a text in use with hashing and comparing it.
 //
-// A generated description is measured, and every file of the folder in OXGENAPI_DESCRIPTIONS. Counters: medians in
-// microseconds of the bare parser, of a first load (nothing known of the text), of a load of a text in use; and first
-// load / bare parser as the ratio. Both start without free memory at hand, as a first load does; warm_ratio is the same
-// where the heap still has the pages of the round before, which favours the parser: most of its time is fresh pages.
+// "first load": nothing is known of the text, and no free memory is at hand, as in a process that begins. "on a warm
+// heap": the pages of the round before are still there, which favours the parser, most of whose time is fresh pages.
+#include <OxBase/OxBase.h>
+#include <OxGenApi/OxGenApi.h>
 #include <benchmark/benchmark.h>
 #include <malloc.h>
+
+// As the loader does.
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
 
-#include "description/Description.h"
-#include "description/DescriptionLoader.h"
+#include "Descriptions.h"
 
 namespace {
 
@@ -37,6 +38,10 @@ double median(std::vector<double> values) {
   return *middle;
 }
 
+void require(bool done) {
+  if (!done) std::abort();
+}
+
 // The loader's own settings, so that the comparison is about what it adds.
 constexpr unsigned kParseFlags = pugi::parse_escapes | pugi::parse_cdata | pugi::parse_eol |
                                  pugi::parse_wconv_attribute | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata |
@@ -48,99 +53,82 @@ double parseBare(const std::string& text) {
     const std::unique_ptr<char[]> copy(new char[text.size()]);
     std::memcpy(copy.get(), text.data(), text.size());
     pugi::xml_document document;
-    const auto result = document.load_buffer_inplace(copy.get(), text.size(), kParseFlags, pugi::encoding_utf8);
-    if (!result) std::abort();
+    require(document.load_buffer_inplace(copy.get(), text.size(), kParseFlags, pugi::encoding_utf8));
     benchmark::DoNotOptimize(document.first_child());
   }
   return now() - start;
 }
 
-// The time for a load and for giving up what it made, as parseBare gives up its document.
-double loadFirst(const std::string& text) {
+NODEMAP load(const std::string& text) {
+  NODEMAP map = nullptr;
+  require(CreateNodeMap(map) == OXGENAPI_OK);
+  require(NMLoadXMLString(map, text.c_str()) == OXGENAPI_OK);
+  return map;
+}
+
+// A node map from nothing to its end, as parseBare gives up its document.
+double timeOfLoad(const std::string& text) {
   const double start = now();
-  GenApi_3_4_SI::loadDescriptionText(text, GenApi_3_4_SI::ContentType_Xml);
+  OxIfaceContainerReleaseUseCounter(load(text));
   return now() - start;
 }
 
-double loadKnown(const std::string& text) {
+double hashAndCompare(const std::string& text, const std::string& copy) {
   const double start = now();
-  GenApi_3_4_SI::loadDescriptionText(text, GenApi_3_4_SI::ContentType_Xml);
+  benchmark::DoNotOptimize(XXH3_64bits(text.data(), text.size()));
+  benchmark::DoNotOptimize(std::memcmp(text.data(), copy.data(), text.size()));
   return now() - start;
 }
 
-struct Comparison {
-  std::vector<double> bare, first;
-  double ratio() const { return median(first) / median(bare); }
-
-  void measure(const std::string& text, bool fresh) {
-    if (fresh) malloc_trim(0);
-    bare.push_back(parseBare(text));
-    if (fresh) malloc_trim(0);
-    first.push_back(loadFirst(text));
-    GenApi_3_4_SI::clearDescriptionCache();
-  }
-};
-
-void compareLoads(benchmark::State& state, const std::string& text) {
-  Comparison fresh, warm;
-  std::vector<double> known;
+// Runs the work and its floor in turn and reports the medians; `prepare` comes before each.
+template <class Prepare, class Floor, class Work>
+void compare(benchmark::State& state, Prepare&& prepare, Floor&& floor, Work&& work) {
+  std::vector<double> floors, figures;
   for (auto _ : state) {
-    fresh.measure(text, true);
-    state.SetIterationTime(fresh.first.back() / 1e6);
+    prepare();
+    floors.push_back(floor());
+    prepare();
+    figures.push_back(work());
+    state.SetIterationTime(figures.back() / 1e6);
   }
-  const size_t rounds = fresh.first.size();
-  for (size_t i = 0; i < rounds; ++i) warm.measure(text, false);
-  const auto inUse = GenApi_3_4_SI::loadDescriptionText(text, GenApi_3_4_SI::ContentType_Xml);
-  for (size_t i = 0; i < rounds; ++i) known.push_back(loadKnown(text));
-  state.counters["bare_us"] = median(fresh.bare);
-  state.counters["first_us"] = median(fresh.first);
-  state.counters["known_us"] = median(known);
-  state.counters["ratio"] = fresh.ratio();
-  state.counters["warm_ratio"] = warm.ratio();
-  state.counters["nodes"] = static_cast<double>(inUse.description->nodeCount());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+  state.counters["floor"] = median(floors);
+  state.counters["figure"] = median(figures);
+  state.SetLabel("us");
 }
 
-std::string generatedDescription() {
-  std::string text =
-      "<RegisterDescription xmlns='http://www.genicam.org/GenApi/Version_1_1'>\n<Port Name='Device'/>\n"
-      "<Category Name='Root'>";
-  constexpr int kFeatures = 2000;
-  for (int i = 0; i < kFeatures; ++i) text += "<pFeature>Feature" + std::to_string(i) + "</pFeature>\n";
-  text += "</Category>\n";
-  for (int i = 0; i < kFeatures; ++i) {
-    const std::string number = std::to_string(i);
-    text += "<Integer Name='Feature" + number + "'>\n  <ToolTip>What feature " + number + " does.</ToolTip>\n" +
-            "  <Visibility>Expert</Visibility>\n  <pValue>Register" + number + "</pValue>\n  <Min>0</Min>\n" +
-            "  <Max>100</Max>\n</Integer>\n<IntReg Name='Register" + number + "'>\n  <Address>0x" +
-            std::to_string(1000 + 4 * i) + "</Address>\n  <Length>4</Length>\n  <AccessMode>RW</AccessMode>\n" +
-            "  <pPort>Device</pPort>\n  <Sign>Unsigned</Sign>\n  <Endianess>BigEndian</Endianess>\n</IntReg>\n";
-  }
-  return text + "</RegisterDescription>\n";
+void firstLoad(benchmark::State& state, const std::string& text) {
+  compare(
+      state, [] { malloc_trim(0); }, [&] { return parseBare(text); }, [&] { return timeOfLoad(text); });
 }
 
-void add(const std::string& name, std::string text) {
-  benchmark::RegisterBenchmark(("load/" + name).c_str(),
-                               [text = std::move(text)](benchmark::State& state) { compareLoads(state, text); })
-      ->UseManualTime()
-      ->Unit(benchmark::kMicrosecond);
+void firstLoadOnWarmHeap(benchmark::State& state, const std::string& text) {
+  compare(
+      state, [] {}, [&] { return parseBare(text); }, [&] { return timeOfLoad(text); });
+}
+
+void secondNodeMap(benchmark::State& state, const std::string& text) {
+  const NODEMAP inUse = load(text);
+  const std::string copy(text);
+  compare(
+      state, [] {}, [&] { return hashAndCompare(text, copy); }, [&] { return timeOfLoad(text); });
+  OxIfaceContainerReleaseUseCounter(inUse);
+}
+
+void add(const char* work, const NamedDescription& description,
+         void (*measure)(benchmark::State&, const std::string& text)) {
+  benchmark::RegisterBenchmark((work + (", " + description.name)).c_str(), [measure, text = description.text](
+                                                                               benchmark::State& state) {
+    measure(state, text);
+  })->UseManualTime();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  add("generated", generatedDescription());
-  if (const char* folder = std::getenv("OXGENAPI_DESCRIPTIONS")) {
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-      if (entry.path().extension() == ".xml") files.push_back(entry.path());
-    }
-    std::sort(files.begin(), files.end());
-    for (const auto& file : files) {
-      std::ifstream stream(file, std::ios::binary);
-      add(file.filename().string(), {std::istreambuf_iterator<char>(stream), {}});
-    }
-  }
+  const auto all = descriptions();
+  for (const auto& each : all) add("first load", each, firstLoad);
+  for (const auto& each : all) add("first load on a warm heap", each, firstLoadOnWarmHeap);
+  for (const auto& each : all) add("second node map", each, secondNodeMap);
   benchmark::RunSpecifiedBenchmarks();
 }
