@@ -1,65 +1,21 @@
-// Takes one picture with the simulated camera and shows the event that its exposure ends with.
-#include <OxBase/OxBase.h>
-#include <OxGenApi/OxGenApi.h>
-#include <OxSimulation/SimulatedCamera.h>
-
-#include <cstdlib>
+// Delivers the camera's event messages to the node map and reads the features that are bound to them.
 #include <iostream>
-#include <string>
 
-using ox::simulation::CameraEvent;
-using ox::simulation::SimulatedCamera;
-
-namespace {
-
-void check(uint32_t result, const char* what) {
-  if (result == OXGENAPI_OK) return;
-  char text[256];
-  size_t size = sizeof text;
-  OxGetLastError(nullptr, text, &size);
-  std::cerr << what << ": " << text << '\n';
-  std::exit(1);
-}
-
-void set(NODEMAP map, const char* feature, const char* value) {
-  NODE node = nullptr;
-  check(NMGetNode(map, feature, node), feature);
-  check(NSetAsString(node, value), feature);
-  OxIfaceContainerReleaseUseCounter(node);
-}
-
-int readCamera(void* to, int64_t address, int64_t length, void* camera) {
-  return static_cast<SimulatedCamera*>(camera)->read(to, address, length);
-}
-
-int writeCamera(const void* from, int64_t address, int64_t length, void* camera) {
-  return static_cast<SimulatedCamera*>(camera)->write(from, address, length);
-}
-
-}  // namespace
+#include "Camera.h"
 
 int main() {
-  SimulatedCamera camera;
-  NODEMAP map = nullptr;
-  check(CreateNodeMap(map), "CreateNodeMap");
-  check(NMLoadXMLString(map, std::string(SimulatedCamera::description()).c_str()), "NMLoadXMLString");
-  check(NMConnectPort(map, readCamera, writeCamera, nullptr, &camera), "NMConnectPort");
+  const Camera camera;
+  camera.map["EventSelector"].set("ExposureEnd");
+  camera.map["EventNotification"].set("On");
+  camera.map["AcquisitionStart"].execute();
+  OxSimulatedImage image;
+  OxSimulatedCameraNextImage(camera.device.get(), &image);
 
-  set(map, "EventSelector", "ExposureEnd");
-  set(map, "EventNotification", "On");
-  set(map, "AcquisitionStart", "1");
-  camera.acquireFrame();
-
-  NODE frameId = nullptr;
-  check(NMGetNode(map, "EventExposureEndFrameID", frameId), "EventExposureEndFrameID");
-  CameraEvent event;
-  while (camera.nextEvent(event)) {
-    const TEventData message{event.id, event.payload.data(), event.payload.size()};
-    check(NMDeliverEvent(map, &message), "NMDeliverEvent");
-    int64_t value = 0;
-    check(NGetAsInteger(frameId, &value), "NGetAsInteger");
-    std::cout << "event " << event.idText() << ": EventExposureEndFrameID = " << value << '\n';
+  const oxgenapi::Node frameId = camera.map["EventExposureEndFrameID"];
+  TEventData event;
+  while (OxSimulatedCameraNextEvent(camera.device.get(), &event)) {  // with a real camera: as its messages arrive
+    camera.map.deliverEvent(event);
+    std::cout << "event " << std::hex << event.EventID << std::dec
+              << ": EventExposureEndFrameID = " << frameId.integer() << '\n';
   }
-  OxIfaceContainerReleaseUseCounter(frameId);
-  OxIfaceContainerReleaseUseCounter(map);
 }

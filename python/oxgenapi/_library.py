@@ -1,0 +1,229 @@
+"""The flat interface as ctypes sees it: the shared libraries, prototypes, failures, texts, handles."""
+
+from __future__ import annotations
+
+import ctypes
+import enum
+import os
+import threading
+from ctypes import POINTER, byref, c_bool, c_char_p, c_double, c_int, c_int32, c_int64, c_size_t, c_uint32, c_uint64
+from ctypes import c_void_p
+from typing import Any, Callable, Optional
+
+
+def load(name: str) -> ctypes.CDLL:
+    """Loads a library from the folder that OXGENAPI_LIBRARY_PATH names, or from where the system finds libraries."""
+    folder = os.environ.get("OXGENAPI_LIBRARY_PATH")
+    try:
+        return ctypes.CDLL(os.path.join(folder, name) if folder else name)
+    except OSError as error:
+        raise ImportError(f"{error}. Install the package liboxgenapi3, or let OXGENAPI_LIBRARY_PATH name the folder "
+                          f"with {name}.") from error
+
+
+_base = load("libOxBase.so.1")
+lib = load("libOxGenApi.so.3")
+
+
+class EventData(ctypes.Structure):
+    _fields_ = [("id", c_uint64), ("buffer", c_void_p), ("size", c_uint64)]
+
+
+class EventDataEx(ctypes.Structure):
+    _fields_ = [("id", c_char_p), ("buffer", c_void_p), ("size", c_uint64)]
+
+
+class ChunkData(ctypes.Structure):
+    _fields_ = [("id", c_uint64), ("base", c_void_p), ("offset", c_int64), ("length", c_int64)]
+
+
+ReadMem = ctypes.CFUNCTYPE(c_int, c_void_p, c_int64, c_int64, c_void_p)
+WriteMem = ctypes.CFUNCTYPE(c_int, c_void_p, c_int64, c_int64, c_void_p)
+PortAccess = ctypes.CFUNCTYPE(c_uint32, c_void_p)
+NodeUpdate = ctypes.CFUNCTYPE(None, c_void_p, c_void_p)
+SettingsCallback = ctypes.CFUNCTYPE(c_bool, c_void_p, c_uint32, c_void_p)
+FirmwareReset = ctypes.CFUNCTYPE(c_bool, ctypes.c_uint, ctypes.c_uint, POINTER(c_void_p), c_void_p)
+
+_H, _TEXT, _SIZE = c_void_p, c_char_p, POINTER(c_size_t)
+_PROTOTYPES = {
+    "CreateNodeMap": (POINTER(_H),),
+    "NMLoadXMLFile": (_H, _TEXT),
+    "NMLoadXMLString": (_H, _TEXT),
+    "NMConnectPortEx": (_H, ReadMem, WriteMem, PortAccess, c_void_p, _TEXT),
+    "NMNodeCount": (_H, POINTER(c_uint32)),
+    "NMListNode": (_H, c_uint32, c_char_p, _SIZE),
+    "NMGetNode": (_H, _TEXT, POINTER(_H)),
+    "NMInfoAsString": (_H, c_uint32, c_char_p, _SIZE),
+    "NMPollNodes": (_H, c_int32),
+    "NMDeliverEvent": (_H, POINTER(EventData)),
+    "NMDeliverEventEx": (_H, POINTER(EventDataEx)),
+    "NMAttachChunkList": (_H, POINTER(ChunkData), c_size_t),
+    "NMUpdateChunks": (_H, c_void_p),
+    "NMDetachAllChunks": (_H,),
+    "NMLoadSetEx": (_H, _TEXT, c_bool, SettingsCallback, c_void_p),
+    "NMLoadSetString": (_H, _TEXT, c_bool, SettingsCallback, c_void_p),
+    "NMSaveSet": (_H, _TEXT, SettingsCallback, c_void_p),
+    "NMSaveSetEx": (_H, _TEXT, _TEXT, SettingsCallback, c_void_p),
+    "NMSaveSetString": (_H, c_char_p, _SIZE, SettingsCallback, c_void_p),
+    "NMSaveSetStringEx": (_H, c_char_p, _SIZE, _TEXT, SettingsCallback, c_void_p),
+    "NMCreateStream": (_H, c_uint32, POINTER(_H)),
+    "NMStreamPush": (_H, _H),
+    "NMStreamDump": (_H, c_char_p, _SIZE),
+    "NMUploadFile": (_H, _TEXT, _TEXT),
+    "NMUploadFileMemory": (_H, _TEXT, c_void_p, c_size_t),
+    "NMDownloadFile": (_H, _TEXT, _TEXT),
+    "NMDownloadFileMemory": (_H, _TEXT, c_void_p, _SIZE),
+    "NType": (_H, POINTER(c_int32)),
+    "NGetAsBoolean": (_H, POINTER(c_bool)),
+    "NGetAsInteger": (_H, POINTER(c_int64)),
+    "NGetAsFloat": (_H, POINTER(c_double)),
+    "NGetAsString": (_H, c_char_p, _SIZE),
+    "NSetAsBoolean": (_H, c_bool),
+    "NSetAsInteger": (_H, c_int64),
+    "NSetAsFloat": (_H, c_double),
+    "NSetAsString": (_H, _TEXT),
+    "NInfoAsInteger": (_H, c_uint32, POINTER(c_int64)),
+    "NInfoAsFloat": (_H, c_uint32, POINTER(c_double)),
+    "NInfoAsString": (_H, c_uint32, c_char_p, _SIZE),
+    "NListCount": (_H, c_uint32, POINTER(c_int64)),
+    "NList": (_H, c_uint32, c_int64, c_char_p, _SIZE),
+    "NGetAsMemory": (_H, c_int64, c_void_p, c_int64),
+    "NSetAsMemory": (_H, c_int64, c_void_p, c_int64),
+    "NGetAsRegisterData": (_H, c_void_p, POINTER(c_int64)),
+    "NRegisterUpdate": (_H, NodeUpdate, c_void_p, POINTER(c_void_p)),
+    "NDeregisterUpdate": (_H, c_void_p),
+    "NInvalidate": (_H,),
+    "NGetVerifyMode": (_H, POINTER(c_uint32)),
+    "NSetVerifyMode": (_H, c_uint32),
+    "CreateFirmwareUpdater": (_TEXT, c_int, POINTER(_H)),
+    "FWUpdateFileCount": (_H, _SIZE),
+    "FWUpdateFileInfoCount": (_H, c_size_t, _SIZE),
+    "FWUpdateFileInfo": (_H, c_size_t, c_size_t, c_uint32, c_char_p, _SIZE),
+    "FWUpdate": (_H, _H, c_size_t, FirmwareReset, c_void_p),
+    "GetGenApiVersion": (POINTER(c_uint32),) * 3,
+    "Resource_GetFileVersion": (POINTER(c_uint32),) * 3,
+}
+for _name, _arguments in _PROTOTYPES.items():
+    _function = getattr(lib, _name)
+    _function.argtypes = _arguments
+    _function.restype = None if _name == "Resource_GetFileVersion" else c_uint32
+_base.OxGetLastError.argtypes = (POINTER(c_uint32), c_char_p, _SIZE)
+_base.OxSetLastError.argtypes = (c_uint32, c_char_p)
+_base.OxIfaceContainerReleaseUseCounter.argtypes = (_H,)
+
+
+class Code(enum.IntEnum):
+    """Result codes; Error.code is one of them, or another number that a port gave."""
+
+    UNSPECIFIED = 0x80000001
+    INVALID_ARGUMENT = 0x80000002
+    RUNTIME = 0x80000003
+    OUT_OF_MEMORY = 0x80000005
+    NOT_READABLE = 0x8000000B
+    NOT_WRITABLE = 0x8000000C
+    ACCESS_DENIED = 0x8000000E
+    UPLOAD_FAILED = 0x8000000F
+    EXPIRED = 0x80000011
+    NOT_SUPPORTED = 0x80000013
+    DEVICE_FILE = 0x80000016
+    INVALID_HANDLE = 0x8000001D
+    INVALID_STATE = 0x8000001E
+    INVALIDATE_FAILED = 0x8000002D
+    NOT_PRESENT = 0x8000002E
+    FEATURE_TYPE = 0x8000002F
+    FIRMWARE_INDEX = 0x80000030
+
+
+class Error(Exception):
+    """A failed call: the result code, one line of text, the feature or file it was about ("" where there is none)."""
+
+    def __init__(self, code: int, text: str, feature: str = "") -> None:
+        named = not feature or text.startswith(feature)  # most texts begin with the feature
+        super().__init__(text if named else f"{feature}: {text}")
+        self.code: int = Code(code) if code in Code._value2member_map_ else code
+        self.text = text
+        self.feature = feature
+
+
+# The exception that a Python callback raised inside the call now running on this thread: the cause of its failure.
+_raised = threading.local()
+
+
+def keep_exception(error: BaseException) -> int:
+    """Called by port callbacks: notes why the access fails, returns the code that they have to return."""
+    _raised.exception = error
+    code = int(error.code) if isinstance(error, Error) else int(Code.UNSPECIFIED)
+    text = error.text if isinstance(error, Error) else str(error) or type(error).__name__
+    _base.OxSetLastError(code, text.encode("utf-8", "replace"))
+    return code - (1 << 32)
+
+
+def last_error(code: int, feature: str = "") -> Error:
+    last_code, size = c_uint32(), c_size_t()
+    _base.OxGetLastError(byref(last_code), None, byref(size))
+    text = ""
+    if last_code.value == code and size.value > 1:
+        buffer = ctypes.create_string_buffer(size.value)
+        _base.OxGetLastError(None, buffer, byref(size))
+        text = buffer.value.decode("utf-8", "replace")
+    return Error(code, text or "Failed without a text", feature)
+
+
+def check(code: int, feature: str = "") -> None:
+    cause, _raised.exception = getattr(_raised, "exception", None), None
+    if code != 0:
+        raise last_error(code, feature) from cause
+
+
+def encoded(text: Any) -> bytes:
+    """UTF-8 for the library; also takes paths. What came undecodable goes back as it was."""
+    data = os.fspath(text)
+    data = data if isinstance(data, bytes) else data.encode("utf-8", "surrogateescape")
+    if b"\0" in data:
+        raise ValueError("embedded null character")
+    return data
+
+
+def read_text(call: Callable[[Any, Any], int], feature: str = "") -> str:
+    """Text from a call that takes a buffer and its size. A text that fills the buffer may have been cut."""
+    room = 512
+    while True:
+        buffer, size = ctypes.create_string_buffer(room), c_size_t(room)
+        check(call(buffer, byref(size)), feature)
+        if len(buffer.value) + 1 < room:
+            return buffer.value.decode("utf-8", "surrogateescape")
+        room *= 8
+
+
+class Handle:
+    """One reference to an object of the library, given back by close() or with this object."""
+
+    def __init__(self, raw: Optional[int], _release: Any = _base.OxIfaceContainerReleaseUseCounter) -> None:
+        self.raw = raw
+        self._release = _release  # still there when the interpreter ends
+
+    def close(self) -> None:
+        raw, self.raw = self.raw, None
+        if raw:
+            self._release(raw)
+
+    def __del__(self) -> None:
+        self.close()
+
+
+def _version(call: Any) -> tuple[int, int, int]:
+    parts = [c_uint32() for _ in range(3)]
+    call(*[byref(part) for part in parts])
+    return (parts[0].value, parts[1].value, parts[2].value)
+
+
+def library_version() -> tuple[int, int, int]:
+    """The version of the library's file."""
+    return _version(lib.Resource_GetFileVersion)
+
+
+def genapi_version() -> tuple[int, int, int]:
+    """The GenApi release that the library stands on."""
+    return _version(lib.GetGenApiVersion)
+
+

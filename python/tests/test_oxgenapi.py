@@ -1,0 +1,295 @@
+"""The package against the simulated camera. OXGENAPI_LIBRARY_PATH names the folder with the libraries."""
+
+import gc
+import json
+import os
+import tempfile
+import threading
+import unittest
+import zipfile
+from pathlib import Path
+
+import oxgenapi
+from oxgenapi import Access, Code, Error, NodeMap, NodeType, SimulatedCamera, VerifyMode
+
+
+class CameraTest(unittest.TestCase):
+    def setUp(self):
+        self.device = SimulatedCamera()
+        self.cam = NodeMap.of(self.device)
+        self.addCleanup(self.device.close)
+        self.addCleanup(self.cam.close)
+
+    def assertFails(self, code, call, *arguments):
+        with self.assertRaises(Error) as caught:
+            call(*arguments)
+        self.assertEqual(caught.exception.code, code, caught.exception)
+        return caught.exception
+
+
+class Values(CameraTest):
+    def test_every_kind_reads_back_what_was_written(self):
+        for name, value in [("ExposureTime", 5000.0), ("Width", 320), ("PixelFormat", "Mono8"), ("ReverseX", True),
+                            ("DeviceUserID", "Größe 5"), ("TestSigned64", -(1 << 63))]:
+            with self.subTest(name):
+                node = self.cam[name]
+                node.value = value
+                self.assertEqual(node.value, value)
+                self.assertIs(type(node.value), type(value))
+
+    def test_numbers_are_not_cut_on_their_way(self):
+        with self.assertRaises(OverflowError):
+            self.cam.TestSigned64.value = 1 << 63
+        with self.assertRaises(ValueError):
+            self.cam.DeviceUserID.value = "a\0b"
+        with self.assertRaises(TypeError):
+            self.cam.Width.value = None
+
+    def test_commands_and_registers(self):
+        before = self.cam.TestCommandCount.value
+        self.cam.TestCommand.execute()
+        self.assertEqual(self.cam.TestCommandCount.value, before + 1)
+        port, register = self.cam.Device, self.cam.TestRegister
+        port.write_memory(register.address, b"\x01\x02\x03\x04")
+        register.invalidate()
+        self.assertEqual(register.value[:4], b"\x01\x02\x03\x04")
+        self.assertEqual(port.read_memory(register.address, 4), b"\x01\x02\x03\x04")
+
+    def test_a_failure_has_code_text_and_feature(self):
+        error = self.assertFails(Code.INVALID_ARGUMENT, setattr, self.cam.Width, "value", 1)
+        self.assertEqual(error.feature, "Width")
+        self.assertRegex(str(error), "^Width: .*16")
+        self.assertFails(Code.NOT_WRITABLE, setattr, self.cam.DeviceVendorName, "value", "mine")
+        self.assertFails(Code.NOT_PRESENT, self.cam.__getitem__, "NoSuchFeature")
+
+
+class Discovery(CameraTest):
+    def test_attributes_complete_and_unknown_ones_suggest(self):
+        self.assertIn("ExposureTime", dir(self.cam))
+        self.assertIn("unit", dir(self.cam.ExposureTime))
+        self.assertIn("Width", self.cam)
+        self.assertNotIn("Widht", self.cam)
+        with self.assertRaisesRegex(AttributeError, "did you mean .*Width"):
+            self.cam.Widht
+        with self.assertRaisesRegex(AttributeError, r"Width.value = 5"):
+            self.cam.Width = 5
+
+    def test_repr_shows_value_unit_range_and_access(self):
+        cam = self.cam
+        cam.ExposureTime.value = 5000.0
+        self.assertRegex(repr(cam.ExposureTime), r"^<ExposureTime = 5000.0 us, [\d.]+ .. [\d.]+, ReadWrite>$")
+        self.assertRegex(repr(cam.Width), r"^<Width = \d+ px, 16 .. \d+ step 4, ReadWrite>$")
+        self.assertRegex(repr(cam.ExposureAuto), r"Off\|.*ReadWrite>$")
+        self.assertEqual(repr(cam.TestCommand), "<TestCommand, Command, ReadWrite>")
+        self.assertEqual(repr(cam), f"<NodeMap {cam.vendor} {cam.model}>")
+        self.assertIn("No NodeMap", repr(NodeMap()))
+
+    def test_relations_and_information(self):
+        gain = self.cam.Gain
+        self.assertEqual([node.name for node in gain.selecting], ["GainSelector"])
+        self.assertIn("Gain", [node.name for node in self.cam.GainSelector.selected])
+        self.assertEqual((gain.type, gain.access, gain.is_streamable), (NodeType.Float, Access.ReadWrite, True))
+        self.assertIsNone(gain.increment)
+        names = [node.name for node in self.cam.features()]
+        self.assertIn("Width", names)
+        self.assertGreater(len(self.cam.node_names()), len(names))
+        gain.verify_mode = VerifyMode.ReadWrite
+        self.assertEqual(gain.verify_mode, VerifyMode.ReadWrite)
+        records = json.loads(self.cam.to_json([self.cam.Width]))
+        self.assertEqual(records[0]["Value"], str(self.cam.Width.value))
+
+    def test_nodes_outlive_their_map_and_their_camera(self):
+        width = self.cam.Width
+        self.cam.close()
+        self.device.close()
+        gc.collect()
+        width.value = 320
+        self.assertEqual(width.value, 320)
+        with self.assertRaises(ValueError):
+            self.device.image()
+        self.assertFails(Code.INVALID_HANDLE, self.cam.__getitem__, "Width")
+
+
+class Ports(unittest.TestCase):
+    class Refusing:
+        def __init__(self, camera):
+            self.camera, self.refusal, self.reads = camera, None, 0
+
+        def read(self, address, length):
+            self.reads += 1
+            if self.refusal:
+                raise self.refusal
+            return self.camera.read(address, length)
+
+        def write(self, address, data):
+            self.camera.write(address, data)
+
+    def test_a_device_in_python_answers_and_refuses(self):
+        with SimulatedCamera() as camera, NodeMap() as cam:
+            device = self.Refusing(camera)
+            cam.load_text(camera.description)
+            cam.connect(device)
+            cam.Width.value = 640
+            self.assertEqual(cam.Width.value, 640)
+            self.assertGreater(device.reads, 0)
+            for refusal, code in [(OSError("cable pulled"), Code.UNSPECIFIED),
+                                  (Error(Code.ACCESS_DENIED, "cable pulled"), Code.NOT_READABLE)]:
+                device.refusal = refusal
+                cam.DeviceTemperature.invalidate()
+                with self.assertRaisesRegex(Error, "cable pulled") as caught:
+                    cam.DeviceTemperature.value
+                self.assertEqual(caught.exception.code, code)
+                self.assertIs(caught.exception.__cause__, refusal)
+
+
+class Changes(CameraTest):
+    def test_callbacks_run_until_they_are_closed(self):
+        seen = []
+        with self.cam.Width.on_update(lambda node: seen.append(node.value)):
+            self.cam.Width.value = 320
+        self.cam.Width.value = 640
+        self.assertEqual(seen, [320])
+
+    def test_events_fill_features(self):
+        cam = self.cam
+        cam.EventSelector.value = "Test"
+        cam.EventNotification.value = "On"
+        cam.TestEventGenerate.execute()
+        events = list(self.device.events())
+        self.assertTrue(events)
+        node = cam.EventTestTimestamp
+        with node.on_update(lambda changed: updates.append(changed.name)):
+            updates = []
+            cam.deliver_event(events[-1].id, events[-1].payload)
+            cam.deliver_event(f"{events[-1].id:x}", events[-1].payload)
+        self.assertEqual(updates, [node.name] * 2)
+        self.assertFails(Code.INVALID_ARGUMENT, cam.deliver_event, 1, b"")
+
+    def test_chunks_are_read_in_place(self):
+        cam = self.cam
+        cam.ChunkModeActive.value = True
+        cam.ChunkSelector.value = "ExposureTime"
+        cam.ChunkEnable.value = True
+        cam.ExposureTime.value = 1234.0
+        cam.AcquisitionStart.execute()
+        image = self.device.image()
+        with cam.attach_chunks(image.data, image.chunks) as chunks:
+            self.assertEqual(cam.ChunkExposureTime.value, 1234.0)
+            with self.assertRaises(BufferError):
+                image.data.append(0)  # held while it is attached
+            chunks.update(bytes(len(image.data)))
+            self.assertEqual(cam.ChunkExposureTime.value, 0)
+            with self.assertRaises(ValueError):
+                chunks.update(b"short")
+        self.assertFalse(cam.ChunkExposureTime.readable)
+        image.data.append(0)
+        with self.assertRaises(ValueError):
+            cam.attach_chunks(b"1234", [(0xA003, 0, 8)])
+
+    def test_two_threads_two_cameras(self):
+        failures = []
+
+        def work():
+            try:
+                with SimulatedCamera() as device, NodeMap.of(device) as cam:
+                    for width in range(16, 416, 4):
+                        cam.Width.value = width
+                        assert cam.Width.value == width
+            except Exception as error:
+                failures.append(error)
+
+        threads = [threading.Thread(target=work) for _ in range(2)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        self.assertEqual(failures, [])
+
+
+class Keeping(CameraTest):
+    def setUp(self):
+        super().setUp()
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+
+    def test_settings_come_back(self):
+        cam, path = self.cam, self.folder / "camera.settings"
+        cam.Width.value = 320
+        self.assertEqual(cam.save_settings(path, ["Width", "ExposureTime"]), [])
+        cam.Width.value = 640
+        self.assertEqual(cam.load_settings(path, validate=True), [])
+        self.assertEqual(cam.Width.value, 320)
+        self.assertEqual(cam.settings(["Width"]), 'Width = "320"\n')
+        self.assertIn('Gain[GainSelector(All)] = "', cam.settings())
+
+    def test_settings_problems_are_listed_and_may_stop(self):
+        text = 'Width = "1"\nHeight = "240"\nNo line\n'
+        problems = self.cam.load_settings_text(text)
+        self.assertEqual([problem.code for problem in problems], [Code.INVALIDATE_FAILED, Code.DEVICE_FILE])
+        self.assertEqual(self.cam.Height.value, 240)
+        self.cam.Height.value = 480
+        self.assertFails(Code.INVALIDATE_FAILED, self.cam.load_settings_text, text, False, lambda problem: False)
+        self.assertEqual(self.cam.Height.value, 480)
+        with self.assertRaises(ZeroDivisionError):
+            self.cam.load_settings_text(text, on_problem=lambda problem: 1 // 0)
+        self.assertFails(Code.RUNTIME, self.cam.load_settings, self.folder / "missing")
+
+    def test_files_go_up_and_come_down(self):
+        name, content, path = "UserFile1", bytes(range(256)) * 40, self.folder / "file"
+        self.cam.upload(name, content)
+        self.assertEqual(self.cam.download(name), content)
+        self.cam.download_file(name, path)
+        self.assertEqual(path.read_bytes(), content)
+        path.write_bytes(b"short")
+        self.cam.upload_file(name, path)
+        self.assertEqual(self.cam.download(name), b"short")
+        self.assertFails(Code.INVALID_ARGUMENT, self.cam.upload, name, b"")
+
+    def test_firmware_is_applied_and_the_device_reopened(self):
+        path = self.folder / "camera.guf"
+        path.write_bytes(b"not an update")
+        self.assertFails(Code.RUNTIME, oxgenapi.FirmwareUpdater, path)
+
+        package = self.folder / "package.zip"
+        with zipfile.ZipFile(package, "w") as archive:
+            archive.writestr("control.xml", """<?xml version='1.0'?>
+                <FirmwareUpdateControl SchemaMajorVersion='1' SchemaMinorVersion='0'>
+                <Update Procedure='Main'><Info Key='Version'>2.1.0</Info><Info Key='Description'>Wider</Info>
+                <Condition Feature='DeviceModelName'>SC-200</Condition></Update>
+                <Procedure Name='Main'><DeviceReset EstimatedDurationMs='0' DelayEnumerationMs='0'/>
+                <FeatureWrite Feature='Width' Value='160'/></Procedure></FirmwareUpdateControl>""")
+        with zipfile.ZipFile(path, "w") as archive:
+            archive.write(package, "package.zip")
+        reopened = []
+
+        def reopen():
+            self.device.reset()
+            reopened.append(NodeMap.of(self.device))
+            return reopened[-1]
+
+        with oxgenapi.FirmwareUpdater(path) as updater:
+            self.assertIn(("Version", "2.1.0"), [info[:2] for info in updater.entries[0]])
+            updater.update(self.cam, 0, reopen)
+            self.assertEqual(reopened[0].Width.value, 160)
+            with self.assertRaises(ZeroDivisionError):
+                updater.update(self.cam, 0, lambda: 1 // 0)
+            with self.assertRaises(IndexError):
+                updater.update(self.cam, 1, reopen)
+
+
+class Library(unittest.TestCase):
+    def test_codes_are_those_of_the_header(self):
+        header = Path(os.environ["OX_SOURCE_DIR"], "include/OxGenApi/Types.h").read_text()
+        for code in Code:
+            with self.subTest(code.name):
+                self.assertRegex(header, rf"(?s)OXGENAPI_E_{code.name}\W.{{0,90}}?UINT32_C\(0x{code.value:08x}\)")
+        self.assertEqual(header.count("#define OXGENAPI_E_"), len(Code))
+
+    def test_versions(self):
+        self.assertEqual(oxgenapi.library_version()[0], 3)
+        self.assertEqual(oxgenapi.genapi_version()[:2], (3, 4))
+
+
+if __name__ == "__main__":
+    unittest.main()
