@@ -50,4 +50,10 @@ function(ox_embed_text file output)
     DEPENDS "${file}" "${script}"
     COMMENT "Embedding ${file}"
     VERBATIM)
+  cmake_path(GET file STEM name)
+  add_custom_target(embedded_text_${name} DEPENDS "${output}")
+  if(NOT TARGET embedded_texts)  # what a check needs that compiles nothing
+    add_custom_target(embedded_texts)
+  endif()
+  add_dependencies(embedded_texts embedded_text_${name})
 endfunction()

@@ -13,7 +13,7 @@ Json toJson(const CameraEntry& camera) {
           {"serial", camera.serial}, {"address", camera.address}, {"protocol", camera.protocol}};
 }
 
-void run(Session& session) {
+void listCameras(Session& session) {
   std::vector<CameraEntry> cameras;
   for (const auto& transport : openTransports()) {
     for (CameraEntry& camera : transport->cameras()) {
@@ -47,7 +47,7 @@ void run(Session& session) {
 void addCameras(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("cameras", "List the cameras on the network and on USB");
   command->footer("Example:\n  oxgenapi cameras\n  oxgenapi --camera 192.168.0.20 tree --values");
-  command->callback([&chosen] { chosen = run; });
+  command->callback([&chosen] { chosen = listCameras; });
 }
 
 }  // namespace tool

@@ -11,6 +11,10 @@
 
 namespace tool {
 
+inline std::string textOf(const GENAPI_NAMESPACE::gcstring& text) {
+  return std::string(text.view());
+}
+
 struct EndNodeMap {
   void operator()(GENAPI_NAMESPACE::INodeMap* map) const;
 };

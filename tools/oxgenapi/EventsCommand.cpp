@@ -12,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kPause{10};
+constexpr std::chrono::milliseconds kDeliveryPause{10};
 
 struct EventsOptions {
   std::vector<std::string> enable;
@@ -81,7 +81,7 @@ void listen(Session& session, const EventsOptions& options) {
     if (last) {
       return;
     }
-    std::this_thread::sleep_for(kPause);
+    std::this_thread::sleep_for(kDeliveryPause);
   }
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kPause{10};
+constexpr std::chrono::milliseconds kDonePause{10};
 
 struct ExecOptions {
   std::string name;
@@ -27,7 +27,7 @@ void run(Session& session, const ExecOptions& options) {
   bool done = !node.readable() || node.boolean();
   const auto end = Clock::now() + std::chrono::duration<double>(options.seconds);
   while (!done && Clock::now() < end) {
-    std::this_thread::sleep_for(kPause);
+    std::this_thread::sleep_for(kDonePause);
     done = node.boolean();
   }
   if (session.output().json()) {

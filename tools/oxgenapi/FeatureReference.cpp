@@ -11,10 +11,6 @@ namespace {
 
 using namespace GENAPI_NAMESPACE;
 
-std::string textOf(const gcstring& text) {
-  return std::string(text.view());
-}
-
 void addText(Json& json, const char* key, std::string text) {
   if (!text.empty()) {
     json[key] = std::move(text);

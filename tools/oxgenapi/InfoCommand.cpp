@@ -9,7 +9,7 @@ std::string version(const NodeMap& map, TNodeMapInfo major, TNodeMapInfo minor, 
          std::to_string(map.infoInteger(subMinor));
 }
 
-void run(Session& session) {
+void printInfo(Session& session) {
   const NodeMap& map = session.map();
   const Json info{
       {"vendor", map.infoText(NMI_VendorName)},
@@ -55,7 +55,7 @@ void run(Session& session) {
 void addInfo(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("info", "Show what the description says about the device, and versions");
   command->footer("Example:\n  oxgenapi info --xml camera.xml");
-  command->callback([&chosen] { chosen = run; });
+  command->callback([&chosen] { chosen = printInfo; });
 }
 
 }  // namespace tool

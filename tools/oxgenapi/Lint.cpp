@@ -20,10 +20,6 @@ namespace {
 
 using namespace GENAPI_NAMESPACE;
 
-std::string textOf(const gcstring& text) {
-  return std::string(text.view());
-}
-
 std::string contents(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};

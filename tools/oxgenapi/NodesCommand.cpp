@@ -18,7 +18,7 @@ std::string typeOf(const NodeMap& map, const std::string& name) {
   }
 }
 
-void run(Session& session) {
+void listNodes(Session& session) {
   const Output& output = session.output();
   const NodeMap& map = session.map();
   Json nodes = Json::array();
@@ -74,7 +74,7 @@ void addNodes(CLI::App& app, Action& chosen) {
       "invalidate.\n"
       "Example:\n  oxgenapi nodes --xml camera.xml\n  oxgenapi nodes --graph ExposureTime | dot -Tsvg -o exposure.svg");
   command->callback([&chosen, feature, graph] {
-    chosen = run;
+    chosen = listNodes;
     if (graph->count() > 0) {
       chosen = [name = feature->empty() ? "Root" : *feature](Session& session) { draw(session, name); };
     }

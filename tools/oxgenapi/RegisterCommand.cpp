@@ -5,7 +5,7 @@
 namespace tool {
 namespace {
 
-void run(Session& session, const std::string& name) {
+void showRegister(Session& session, const std::string& name) {
   const Node node = session.map().node(name);
   const std::vector<std::byte> bytes = node.registerData();
   const int64_t address = node.infoInteger(NI_RegisterAddress);
@@ -24,7 +24,7 @@ void addRegister(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("register", "Read the bytes of a register node");
   command->add_option("name", *name, "Register node")->required()->type_name("NAME");
   command->footer("Example:\n  oxgenapi register LUTValueAll");
-  command->callback([&chosen, name] { chosen = [name](Session& session) { run(session, *name); }; });
+  command->callback([&chosen, name] { chosen = [name](Session& session) { showRegister(session, *name); }; });
 }
 
 }  // namespace tool

@@ -88,7 +88,7 @@ Json report(Session& session) {
           {"findings", findingsOf(description)}};
 }
 
-std::string textOf(const Json& report) {
+std::string plainText(const Json& report) {
   std::string text = "oxgenapi report\n";
   for (const auto& [key, value] : report.items()) {
     if (!value.is_array()) {
@@ -107,10 +107,10 @@ std::string textOf(const Json& report) {
   return text;
 }
 
-void run(Session& session, const std::string& path) {
+void writeReport(Session& session, const std::string& path) {
   const Json document = report(session);
   const std::string text =
-      session.output().json() ? document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : textOf(document);
+      session.output().json() ? document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : plainText(document);
   if (path.empty()) {
     session.output().line(std::string_view(text).substr(0, text.size() - 1));
     return;
@@ -130,7 +130,7 @@ void addReport(CLI::App& app, Action& chosen) {
   command->footer(
       "It reads every feature once and writes none; the description itself is not part of it.\n"
       "Example:\n  oxgenapi --camera 192.168.0.20 report -o report.txt");
-  command->callback([&chosen, path] { chosen = [path](Session& session) { run(session, *path); }; });
+  command->callback([&chosen, path] { chosen = [path](Session& session) { writeReport(session, *path); }; });
 }
 
 }  // namespace tool

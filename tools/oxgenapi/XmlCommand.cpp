@@ -4,7 +4,7 @@
 namespace tool {
 namespace {
 
-void run(Session& session, const std::string& path) {
+void writeDescription(Session& session, const std::string& path) {
   const std::string text = session.device().description();
   if (session.output().json()) {
     session.output().document({{"description", text}});
@@ -24,7 +24,7 @@ void addXml(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("xml", "Fetch the description that the device carries");
   command->add_option("-o,--output", *path, "Write it here instead of standard output")->type_name("FILE");
   command->footer("Example:\n  oxgenapi --camera 192.168.0.20 xml -o camera.xml");
-  command->callback([&chosen, path] { chosen = [path](Session& session) { run(session, *path); }; });
+  command->callback([&chosen, path] { chosen = [path](Session& session) { writeDescription(session, *path); }; });
 }
 
 }  // namespace tool
