@@ -47,8 +47,8 @@ const char* kindOf(INode& node) {
 // The access that the description fixes: the node's own word, else that of the registers it ends in. What changes while
 // the device runs is not in the description.
 std::string fixedAccess(INodeMap& map, INode& node) {
-  const std::string own = propertyText(node, "AccessMode");
-  const std::string imposed = propertyText(node, "ImposedAccessMode");
+  std::string own = propertyText(node, "AccessMode");
+  std::string imposed = propertyText(node, "ImposedAccessMode");
   if (!imposed.empty() && imposed != "RW") {
     return imposed;
   }
