@@ -11,7 +11,6 @@
 
 #include "Failure.h"
 #include "FileReplacement.h"
-#include "NodeMap.h"
 
 namespace tool {
 namespace {
@@ -52,7 +51,7 @@ class CameraDevice final : public Device {
   RegisterDevice& registers() override { return camera_; }
   void describe(NodeMap& map) override { map.loadText(description()); }
   std::string description() override { return std::string(camera_.currentDescription()); }
-  void restart() override { camera_.reset(); }
+  void restart(std::chrono::milliseconds, std::chrono::milliseconds) override { camera_.reset(); }
 
   std::optional<EventMessage> nextEvent() override {
     ox::simulation::CameraEvent event;
@@ -109,7 +108,8 @@ class MemoryImage final : public Device {
     }
     return {std::istreambuf_iterator<char>(file), {}};
   }
-  void restart() override {}  // memory without behaviour keeps its bytes
+  void restart(std::chrono::milliseconds, std::chrono::milliseconds) override {
+  }  // memory without behaviour keeps its bytes
 
   void keep() override {
     if (!image_.empty()) {

@@ -5,6 +5,7 @@
 #include <OxGenApi/Types.h>
 #include <OxSimulation/RegisterDevice.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -12,10 +13,9 @@
 #include <vector>
 
 #include "Failure.h"
+#include "NodeMap.h"
 
 namespace tool {
-
-class NodeMap;
 
 struct EventMessage {
   std::string id;  // hexadecimal digits, as the description writes it
@@ -50,8 +50,9 @@ class Device {
   // The bytes that describe() loads: XML or a zip archive. Throws Failure.
   virtual std::string description() = 0;
 
-  // What a power cycle does to the device.
-  virtual void restart() = 0;
+  // The device restarts, as its new firmware makes it: wait so long, then expect it back within about `duration`.
+  // Throws Failure when it does not come.
+  virtual void restart(std::chrono::milliseconds delay, std::chrono::milliseconds duration) = 0;
 
   // The oldest event message not yet taken, if there is one. Throws Failure for a device that sends none.
   virtual std::optional<EventMessage> nextEvent();

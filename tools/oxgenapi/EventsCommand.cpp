@@ -49,8 +49,7 @@ void list(Session& session) {
 
 void deliver(Session& session, Changes& changes, const EventMessage& message) {
   changes.take();
-  const TEventDataEx data{message.id.c_str(), message.payload.data(), message.payload.size()};
-  check(NMDeliverEventEx(session.map().handle(), &data), "event " + message.id);
+  session.map().deliverEvent({message.id.c_str(), message.payload.data(), message.payload.size()});
   const Output& output = session.output();
   if (!output.json()) {
     output.line(output.name("event " + message.id));

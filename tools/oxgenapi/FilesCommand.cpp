@@ -35,13 +35,14 @@ uint64_t sizeOfHostFile(const std::string& path) {
 
 // Selects the file and asks for its size in bytes; nothing where the device has no FileSize to tell it.
 std::optional<uint64_t> sizeOf(const NodeMap& map, const std::string& entry) {
-  size_t size = 0;
-  const uint32_t result = NMDownloadFileMemory(map.handle(), entry.c_str(), nullptr, &size);
-  if (result == OXGENAPI_E_UNSPECIFIED) {
-    return std::nullopt;
+  try {
+    return map.fileSize(entry);
+  } catch (const Failure& failure) {
+    if (failure.code() == OXGENAPI_E_UNSPECIFIED) {
+      return std::nullopt;
+    }
+    throw;
   }
-  check(result, entry);
-  return size;
 }
 
 // What the file that is selected now can be opened for, as far as the device tells before it is tried.
@@ -101,11 +102,7 @@ void get(Session& session, const FilesOptions& options) {
     // Only the bar needs it; whether the device has the file shows below.
   }
   Transfer transfer(session, options.entry, size);
-  const uint32_t result = NMDownloadFile(map.handle(), options.entry.c_str(), file.path().c_str());
-  if (result == OXGENAPI_E_DEVICE_FILE) {
-    throw Failure(result, "the device does not open the file for reading", options.entry);
-  }
-  check(result, options.entry);
+  map.downloadFile(options.entry, file.path());
   const uint64_t bytes = sizeOfHostFile(file.path());
   file.commit();
   done(session, {{"file", options.entry}, {"done", "downloaded"}, {"bytes", bytes}},
@@ -115,7 +112,7 @@ void get(Session& session, const FilesOptions& options) {
 void put(Session& session, const FilesOptions& options) {
   const uint64_t bytes = sizeOfHostFile(options.file);
   Transfer transfer(session, options.entry, bytes);
-  check(NMUploadFile(session.map().handle(), options.entry.c_str(), options.file.c_str()), options.entry);
+  session.map().uploadFile(options.entry, options.file);
   done(session, {{"file", options.entry}, {"done", "uploaded"}, {"bytes", bytes}},
        options.entry + " uploaded: " + transfer.summary(bytes));
 }

@@ -1,6 +1,4 @@
-#include <OxBase/OxBase.h>
-
-#include <array>
+#include <chrono>
 #include <memory>
 
 #include "Commands.h"
@@ -9,49 +7,15 @@
 namespace tool {
 namespace {
 
+using oxgenapi::FirmwareUpdater;
+
 struct FirmwareOptions {
   std::string file;
   size_t entry = 0;
 };
 
-class Updater {
- public:
-  Updater(const std::string& path, bool verify) {
-    check(CreateFirmwareUpdater(path.c_str(), verify ? 1 : 0, &handle_));
-  }
-  Updater(const Updater&) = delete;
-  Updater& operator=(const Updater&) = delete;
-  ~Updater() { OxIfaceContainerReleaseUseCounter(handle_); }
-
-  FWUPDATER handle() const { return handle_; }
-
-  size_t entryCount() const {
-    size_t count = 0;
-    check(FWUpdateFileCount(handle_, &count));
-    return count;
-  }
-
-  size_t infoCount(size_t entry) const {
-    size_t count = 0;
-    check(FWUpdateFileInfoCount(handle_, entry, &count));
-    return count;
-  }
-
-  std::string info(size_t entry, size_t index, TFirmwareUpdateInfo what) const {
-    size_t size = 0;
-    check(FWUpdateFileInfo(handle_, entry, index, what, nullptr, &size));
-    std::string text(size, '\0');
-    check(FWUpdateFileInfo(handle_, entry, index, what, text.data(), &size));
-    text.resize(size - 1);
-    return text;
-  }
-
- private:
-  FWUPDATER handle_ = nullptr;
-};
-
 void info(Session& session, const FirmwareOptions& options) {
-  const Updater updater(options.file, false);
+  const FirmwareUpdater updater(options.file, false);
   const Output& output = session.output();
   Json entries = Json::array();
   for (size_t entry = 0; entry < updater.entryCount(); ++entry) {
@@ -59,10 +23,7 @@ void info(Session& session, const FirmwareOptions& options) {
     if (!output.json()) {
       output.line(output.name("Entry " + std::to_string(entry)));
     }
-    for (size_t index = 0; index < updater.infoCount(entry); ++index) {
-      const std::string key = updater.info(entry, index, FUI_Key);
-      const std::string value = updater.info(entry, index, FUI_Value);
-      const std::string language = updater.info(entry, index, FUI_LanguageCode);
+    for (const auto& [key, value, language] : updater.info(entry)) {
       infos.push_back({{"key", key}, {"value", value}, {"language", language}});
       if (!output.json()) {
         output.field("  " + key, value + (language.empty() ? "" : " [" + language + "]"));
@@ -76,7 +37,7 @@ void info(Session& session, const FirmwareOptions& options) {
 }
 
 void verify(Session& session, const FirmwareOptions& options) {
-  const Updater updater(options.file, true);
+  const FirmwareUpdater updater(options.file);
   if (session.output().json()) {
     session.output().document({{"file", options.file}, {"valid", true}});
   } else {
@@ -84,24 +45,16 @@ void verify(Session& session, const FirmwareOptions& options) {
   }
 }
 
-// The device starts anew and gets a node map of its own; the session keeps both until it ends.
-bool reset(unsigned int, unsigned int, void*& newNodeMap, void* session) noexcept {
-  try {
-    newNodeMap = static_cast<Session*>(session)->restart().handle();
-    return true;
-  } catch (const Failure& failure) {
-    OxSetLastError(failure.code(), failure.what());
-    return false;
-  }
-}
-
 void update(Session& session, const FirmwareOptions& options) {
-  const Updater updater(options.file, true);
+  const FirmwareUpdater updater(options.file);
   if (options.entry >= updater.entryCount()) {
     throw UsageError("firmware update: the file has no entry " + std::to_string(options.entry));
   }
+  const NodeMap map = session.map();  // restarting replaces the session's
   Transfer transfer(session, options.file, 0);
-  check(FWUpdate(updater.handle(), session.map().handle(), options.entry, reset, &session));
+  updater.update(map, options.entry, [&](unsigned durationMs, unsigned delayMs) {
+    return session.restart(std::chrono::milliseconds(delayMs), std::chrono::milliseconds(durationMs));
+  });
   if (session.output().json()) {
     session.output().document({{"file", options.file}, {"entry", options.entry}, {"updated", true}});
   } else {

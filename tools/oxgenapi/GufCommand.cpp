@@ -1,5 +1,3 @@
-#include <OxBase/OxBase.h>
-#include <OxGenApi/OxGenApi.h>
 #include <zip.h>
 
 #include <filesystem>
@@ -78,9 +76,8 @@ std::vector<Member> membersOf(const GufOptions& options) {
 
 // As a device's user would: with the library. The text names the file as the user knows it.
 void verify(const std::string& path, const std::string& shownAs) {
-  FWUPDATER updater = nullptr;
   try {
-    check(CreateFirmwareUpdater(path.c_str(), 1, &updater));
+    const oxgenapi::FirmwareUpdater updater(path);
   } catch (const Failure& failure) {
     std::string text = failure.what();
     if (const size_t at = text.find(path); at != std::string::npos) {
@@ -88,7 +85,6 @@ void verify(const std::string& path, const std::string& shownAs) {
     }
     throw Failure(failure.code(), text);
   }
-  OxIfaceContainerReleaseUseCounter(updater);
 }
 
 class TemporaryPackage {

@@ -1,19 +1,11 @@
-// The library's C++ objects, as the tool uses them: a node map that is connected to a register device.
+// The library's C++ objects, under the tool's own roof.
 #pragma once
 
-#include <OxSimulation/RegisterDevice.h>
 #include <OxGenApi/oxgenapi.hpp>
-
-#include <string>
 
 namespace tool {
 
 using oxgenapi::Node;
-
-class NodeMap : public oxgenapi::NodeMap {
- public:
-  // Register accesses through the named port go to `device`, which must outlive the map.
-  void connect(const std::string& port, ox::simulation::RegisterDevice& device);
-};
+using oxgenapi::NodeMap;
 
 }  // namespace tool

@@ -2,35 +2,91 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
-#include <string>
 
 namespace tool {
 namespace {
 
-constexpr size_t kBarWidth = 30;  // characters
+constexpr std::chrono::milliseconds kBarEvery{100};
+constexpr std::chrono::seconds kLineEvery{1};
+constexpr double kBarWidth = 30;
 constexpr const char* kStartOfEmptyLine = "\r\x1b[K";
+
+std::string decimal(double value, int digits) {
+  char text[64];
+  return {text, static_cast<size_t>(std::snprintf(text, sizeof text, "%.*f", digits, value))};
+}
+
+// "7 s", "3 min 20 s", "2 h 5 min"
+std::string duration(double seconds) {
+  const auto whole = static_cast<uint64_t>(std::ceil(std::min(seconds, 1e9)));
+  if (whole < 60) {
+    return std::to_string(whole) + " s";
+  }
+  if (whole < 3600) {
+    return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
+  }
+  return std::to_string(whole / 3600) + " h " + std::to_string(whole / 60 % 60) + " min";
+}
 
 }  // namespace
 
-Progress::Progress(size_t steps) : steps_(steps), terminal_(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(const Output& output, std::string name, uint64_t total, std::string unit)
+    : name_(std::move(name)),
+      total_(total),
+      unit_(std::move(unit)),
+      isTerminal_(isatty(STDERR_FILENO) == 1),
+      isSilent_(output.json() && !isTerminal_) {}
 
-void Progress::step(std::string_view name) {
-  ++done_;
-  std::string text = "[" + std::to_string(done_) + "/" + std::to_string(steps_) + "] ";
-  if (terminal_) {
-    const size_t filled = steps_ == 0 ? kBarWidth : kBarWidth * (done_ - 1) / steps_;
-    text = kStartOfEmptyLine + std::string(filled, '=') + ">" + std::string(kBarWidth - filled, ' ') + text;
+void Progress::reach(uint64_t done) {
+  reach(done, total_ == 0 ? 0 : static_cast<double>(done) / static_cast<double>(total_));
+}
+
+void Progress::reach(uint64_t done, double fraction) {
+  if (!isSilent_ && fraction < 1 && (isTerminal_ ? kBarEvery : kLineEvery) <= Clock::now() - shown_) {
+    show(done, fraction);
   }
-  text += name;
-  text += terminal_ ? "" : "\n";
-  std::fputs(text.c_str(), stderr);
+}
+
+void Progress::begin() {
+  if (isTerminal_) {
+    std::fputs((kStartOfEmptyLine + name_ + " ...").c_str(), stderr);
+    isShown_ = true;
+  }
 }
 
 void Progress::clear() {
-  if (terminal_) {
+  if (isTerminal_ && isShown_) {
     std::fputs(kStartOfEmptyLine, stderr);
+    isShown_ = false;
   }
+}
+
+std::string Progress::summary(uint64_t done) const {
+  return std::to_string(done) + " " + unit_ + " in " + decimal(seconds(), 2) + " s, " + rate(done);
+}
+
+std::string Progress::rate(uint64_t done) const {
+  const double perSecond = static_cast<double>(done) / std::max(seconds(), 1e-9);
+  return unit_ == "bytes" ? decimal(perSecond / 1e6, 1) + " MB/s" : decimal(perSecond, perSecond < 10 ? 1 : 0) + "/s";
+}
+
+void Progress::show(uint64_t done, double fraction) {
+  std::string text = name_ + ": ";
+  if (isTerminal_ && fraction > 0) {
+    const auto filled = static_cast<size_t>(fraction * kBarWidth);
+    text += "[" + std::string(filled, '#') + std::string(static_cast<size_t>(kBarWidth) - filled, '.') + "] ";
+  }
+  text +=
+      std::to_string(done) + (total_ == 0 ? " " : " of " + std::to_string(total_) + " ") + unit_ + ", " + rate(done);
+  if (fraction > 0) {
+    text += ", " + duration(seconds() * (1 - fraction) / fraction) + " left";
+  }
+  std::fputs((isTerminal_ ? kStartOfEmptyLine + text : text + "\n").c_str(), stderr);
+  shown_ = Clock::now();
+  isShown_ = true;
 }
 
 }  // namespace tool

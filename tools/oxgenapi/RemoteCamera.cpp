@@ -1,9 +1,10 @@
 #include "RemoteCamera.h"
 
+#include <chrono>
 #include <limits>
 #include <mutex>
+#include <thread>
 
-#include "NodeMap.h"
 #include "Transports.h"
 
 namespace tool {
@@ -18,14 +19,15 @@ using ox::transport::TransportError;
 // Transports serve one thread at a time.
 class CameraRegisters final : public ox::simulation::RegisterDevice {
  public:
-  explicit CameraRegisters(Camera& camera) : camera_(camera) {}
+  // Of whichever camera is open when an access comes.
+  explicit CameraRegisters(const std::unique_ptr<Camera>& camera) : camera_(camera) {}
 
   int read(void* buffer, int64_t address, int64_t length) override {
-    return access(buffer, length, [&] { camera_.read(buffer, address, static_cast<uint32_t>(length)); });
+    return access(buffer, length, [&] { camera_->read(buffer, address, static_cast<uint32_t>(length)); });
   }
 
   int write(const void* buffer, int64_t address, int64_t length) override {
-    return access(buffer, length, [&] { camera_.write(buffer, address, static_cast<uint32_t>(length)); });
+    return access(buffer, length, [&] { camera_->write(buffer, address, static_cast<uint32_t>(length)); });
   }
 
   int accessMode() override { return ox::simulation::kPortReadWrite; }
@@ -37,6 +39,9 @@ class CameraRegisters final : public ox::simulation::RegisterDevice {
       return fail(kInvalidArgument, "The length of an access is out of range");
     }
     const std::lock_guard lock(mutex_);
+    if (!camera_) {
+      return fail(kRuntimeFailure, "The camera has not come back");
+    }
     try {
       transfer();
       return kSuccess;
@@ -46,26 +51,14 @@ class CameraRegisters final : public ox::simulation::RegisterDevice {
   }
 
   std::mutex mutex_;
-  Camera& camera_;
+  const std::unique_ptr<Camera>& camera_;
 };
 
 class RemoteCamera final : public Device {
  public:
-  explicit RemoteCamera(const std::string& name) : transports_(openTransports()) {
-    std::string reasons;
-    for (const auto& transport : transports_) {
-      try {
-        camera_ = transport->open(name);
-        registers_ = std::make_unique<CameraRegisters>(*camera_);
-        return;
-      } catch (const TransportError& error) {
-        reasons += (reasons.empty() ? "" : "; ") + std::string(error.what());
-      }
-    }
-    throw Failure(kDeviceFailed, reasons);
-  }
+  explicit RemoteCamera(const std::string& name) : name_(name), transports_(openTransports()) { open(); }
 
-  ox::simulation::RegisterDevice& registers() override { return *registers_; }
+  ox::simulation::RegisterDevice& registers() override { return registers_; }
   void describe(NodeMap& map) override { map.loadText(description()); }
 
   std::string description() override {
@@ -79,15 +72,48 @@ class RemoteCamera final : public Device {
     return description_;
   }
 
-  void restart() override {}  // its firmware restarts it; the description is fetched anew by the next session
-  void keep() override {}     // the camera keeps its own registers
+  // Its firmware restarts it: here it is given up, and looked for until it answers again.
+  void restart(std::chrono::milliseconds delay, std::chrono::milliseconds duration) override {
+    camera_.reset();
+    description_.clear();
+    std::this_thread::sleep_for(delay);
+    const auto end = std::chrono::steady_clock::now() + 2 * duration + kPatience;
+    while (!camera_) {
+      try {
+        open();
+      } catch (const Failure&) {
+        if (std::chrono::steady_clock::now() > end) {
+          throw;
+        }
+        std::this_thread::sleep_for(kPause);
+      }
+    }
+  }
+
+  void keep() override {}  // the camera keeps its own registers
 
  private:
   static constexpr uint32_t kDeviceFailed = 0x80000003;
+  static constexpr std::chrono::seconds kPatience{30};  // beyond what the update file expects
+  static constexpr std::chrono::milliseconds kPause{500};
 
+  void open() {
+    std::string reasons;
+    for (const auto& transport : transports_) {
+      try {
+        camera_ = transport->open(name_);
+        return;
+      } catch (const TransportError& error) {
+        reasons += (reasons.empty() ? "" : "; ") + std::string(error.what());
+      }
+    }
+    throw Failure(kDeviceFailed, reasons);
+  }
+
+  std::string name_;
   std::vector<std::unique_ptr<ox::transport::Transport>> transports_;
   std::unique_ptr<Camera> camera_;  // ends before its transport
-  std::unique_ptr<CameraRegisters> registers_;
+  CameraRegisters registers_{camera_};
   std::string description_;
 };
 

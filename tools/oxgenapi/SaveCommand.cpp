@@ -12,7 +12,6 @@ namespace {
 struct SaveOptions {
   std::string file;
   std::vector<std::string> features;
-  bool progress = false;
 };
 
 class Saver {
@@ -21,11 +20,7 @@ class Saver {
 
   void run() {
     FileReplacement file(options_.file == "-" ? "/dev/stdout" : options_.file);
-    if (options_.progress) {
-      file.write(stepByStep());
-    } else {
-      saveSettings(session_.map(), file.path(), options_.features, problem());
-    }
+    file.write(stepByStep());
     const std::optional<size_t> lines = settingsIn(file.path());
     file.commit();
     if (options_.file != "-") {
@@ -53,11 +48,11 @@ class Saver {
   std::string stepByStep() {
     const NodeMap& map = session_.map();
     const std::vector<std::string> names = options_.features.empty() ? streamableFeatures(map) : options_.features;
-    progress_.emplace(names.size());
+    progress_.emplace(session_.output(), "saving", names.size(), "features");
     std::string text;
-    for (const std::string& name : names) {
-      progress_->step(name);
-      text += settingsText(map, {name}, problem());
+    for (size_t done = 0; done < names.size(); ++done) {
+      progress_->reach(done);
+      text += settingsText(map, {names[done]}, problem());
     }
     progress_.reset();
     return text;
@@ -99,7 +94,6 @@ void addSave(CLI::App& app, Action& chosen) {
   command->add_option("--features", options->features, "Features to save, in this order (default: all streamable)")
       ->delimiter(',')
       ->type_name("A,B");
-  command->add_flag("--progress", options->progress, "Show on standard error how far it has come");
   command->footer("Example:\n  oxgenapi save camera.settings --features ExposureTime,Gain");
   command->callback([&chosen, options] { chosen = [options](Session& session) { Saver(session, *options).run(); }; });
 }

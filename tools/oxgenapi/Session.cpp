@@ -60,12 +60,10 @@ void Session::suggest(const Failure& failure) {
   }
 }
 
-NodeMap& Session::restart() {
+NodeMap& Session::restart(std::chrono::milliseconds delay, std::chrono::milliseconds duration) {
   map();
-  device_->restart();
-  std::unique_ptr<NodeMap> fresh = load();
-  earlierMaps_.push_back(std::move(map_));
-  map_ = std::move(fresh);
+  device_->restart(delay, duration);
+  map_ = load();
   return *map_;
 }
 
@@ -79,10 +77,10 @@ void Session::open() {
   map_ = load();
 }
 
-std::unique_ptr<NodeMap> Session::load() {
-  auto map = std::make_unique<NodeMap>();
-  device_->describe(*map);
-  connect(*map);
+NodeMap Session::load() {
+  NodeMap map;
+  device_->describe(map);
+  connect(map);
   return map;
 }
 
@@ -98,7 +96,7 @@ void Session::connect(NodeMap& map) {
       }
       const bool vacant = node.access() == 0 && node.infoText(NI_EventID).empty();
       if (name == "Device" || vacant) {
-        map.connect(name, *port_);
+        map.connect(*port_, name);
         ports_.push_back(name);
       }
     } catch (const Failure&) {

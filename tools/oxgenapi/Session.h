@@ -1,7 +1,9 @@
 // One run of the tool: the global options, the device they choose, and the node map connected to it.
 #pragma once
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,9 +36,8 @@ class Session {
   WatchedPort& port();
   // Names of the ports that the device answers.
   const std::vector<std::string>& ports();
-  // Power-cycles the device and connects a node map of its own to it, which takes the place of map(); the one before
-  // stays valid until the session ends. Throws Failure.
-  NodeMap& restart();
+  // Lets the device restart and connects a new node map to it, which takes the place of map(). Throws Failure.
+  NodeMap& restart(std::chrono::milliseconds delay, std::chrono::milliseconds duration);
   // Writes the device's registers back, if a device was opened and its registers come from a file.
   void keep();
 
@@ -49,15 +50,14 @@ class Session {
  private:
   void open();
   void suggest(const Failure& failure);
-  std::unique_ptr<NodeMap> load();
+  NodeMap load();
   void connect(NodeMap& map);
 
   Options options_;
   Output output_;
   std::unique_ptr<Device> device_;  // outlives the map, whose ports read from it
   std::unique_ptr<WatchedPort> port_;
-  std::unique_ptr<NodeMap> map_;
-  std::vector<std::unique_ptr<NodeMap>> earlierMaps_;
+  std::optional<NodeMap> map_;
   std::vector<std::string> ports_;
   bool failed_ = false;
 };

@@ -106,13 +106,6 @@ Setting parseLine(std::string_view line) {
 
 }  // namespace
 
-void saveSettings(const NodeMap& map, const std::string& path, const std::vector<std::string>& features,
-                  const ProblemHandler& problem) {
-  Run run{problem};
-  check(features.empty() ? NMSaveSet(map.handle(), path.c_str(), onProblem, &run)
-                         : NMSaveSetEx(map.handle(), path.c_str(), joined(features).c_str(), onProblem, &run));
-}
-
 std::string settingsText(const NodeMap& map, const std::vector<std::string>& features, const ProblemHandler& problem) {
   Run run{problem};
   const ProblemHandler silent = [](const Failure&, int64_t) { return true; };

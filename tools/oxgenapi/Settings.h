@@ -17,8 +17,6 @@ using ProblemHandler = std::function<bool(const Failure&, int64_t access)>;
 
 // The named features, or all streamable ones where `features` is empty. Throw Failure when stopped or when nothing can
 // be saved or loaded at all.
-void saveSettings(const NodeMap& map, const std::string& path, const std::vector<std::string>& features,
-                  const ProblemHandler& problem);
 std::string settingsText(const NodeMap& map, const std::vector<std::string>& features, const ProblemHandler& problem);
 void loadSettings(const NodeMap& map, const std::string& path, bool validate, const ProblemHandler& problem);
 

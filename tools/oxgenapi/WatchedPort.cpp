@@ -1,28 +1,28 @@
 #include "WatchedPort.h"
 
+#include "Failure.h"
+
 namespace tool {
 
 template <class Access>
-int WatchedPort::access(int64_t address, int64_t length, Access access) {
-  if (watcher_ == nullptr) {
-    return access();
+void WatchedPort::access(int64_t address, int64_t length, Access access) {
+  if (watcher_ != nullptr && !watcher_->mayAccess()) {
+    throw Failure(OXGENAPI_E_UNSPECIFIED, "stopped by the user");
   }
-  if (!watcher_->mayAccess()) {
-    return fail(ox::simulation::kUnspecifiedFailure, "stopped by the user");
+  if (const int result = access(); result < 0) {
+    throw Failure(static_cast<uint32_t>(result), ox::simulation::RegisterDevice::lastFailureText());
   }
-  const int result = access();
-  if (result >= 0) {
+  if (watcher_ != nullptr) {
     watcher_->accessed(address, length);
   }
-  return result;
 }
 
-int WatchedPort::read(void* buffer, int64_t address, int64_t length) {
-  return access(address, length, [&] { return device_.read(buffer, address, length); });
+void WatchedPort::read(void* buffer, int64_t address, int64_t length) {
+  access(address, length, [&] { return device_.read(buffer, address, length); });
 }
 
-int WatchedPort::write(const void* buffer, int64_t address, int64_t length) {
-  return access(address, length, [&] { return device_.write(buffer, address, length); });
+void WatchedPort::write(const void* buffer, int64_t address, int64_t length) {
+  access(address, length, [&] { return device_.write(buffer, address, length); });
 }
 
 }  // namespace tool

@@ -1,7 +1,9 @@
-// Stands between the node maps and the device: one command at a time may watch what passes, and stop it.
+// What node maps are connected to: the device, and between them one command at a time that watches what passes and may
+// stop it.
 #pragma once
 
 #include <OxSimulation/RegisterDevice.h>
+#include <OxGenApi/cpp/Registers.hpp>
 
 #include <cstdint>
 
@@ -16,20 +18,20 @@ class PortWatcher {
   virtual void accessed(int64_t address, int64_t length) = 0;
 };
 
-class WatchedPort final : public ox::simulation::RegisterDevice {
+class WatchedPort final : public oxgenapi::Registers {
  public:
   explicit WatchedPort(ox::simulation::RegisterDevice& device) : device_(device) {}
 
-  int read(void* buffer, int64_t address, int64_t length) override;
-  int write(const void* buffer, int64_t address, int64_t length) override;
-  int accessMode() override { return device_.accessMode(); }
+  void read(void* buffer, int64_t address, int64_t length) override;
+  void write(const void* buffer, int64_t address, int64_t length) override;
+  TAccessMode accessMode() noexcept override { return static_cast<TAccessMode>(device_.accessMode()); }
 
   // Null ends the watching. The watcher must stay until then.
   void watch(PortWatcher* watcher) { watcher_ = watcher; }
 
  private:
   template <class Access>
-  int access(int64_t address, int64_t length, Access access);
+  void access(int64_t address, int64_t length, Access access);
 
   ox::simulation::RegisterDevice& device_;
   PortWatcher* watcher_ = nullptr;

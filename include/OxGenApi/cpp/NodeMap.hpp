@@ -88,7 +88,11 @@ class NodeMap {
   // ---- Events and chunks ----
 
   void deliverEvent(const TEventData& event) const { check(NMDeliverEvent(handle(), &event)); }
-  void deliverEvent(const TEventDataEx& event) const { check(NMDeliverEventEx(handle(), &event)); }
+  void deliverEvent(const TEventDataEx& event) const {
+    const uint32_t code = NMDeliverEventEx(handle(), &event);
+    if (code != OXGENAPI_OK)
+      throw lastError(code, event.EventID == nullptr ? "" : "event " + std::string(event.EventID));
+  }
   /// Attached chunks are read in place: detach them, or attach others, before their buffer goes.
   void attachChunks(const TChunkData* chunks, size_t count) const { check(NMAttachChunkList(handle(), chunks, count)); }
   /// Moves all attached chunks to another buffer of the same layout.
@@ -148,13 +152,18 @@ class NodeMap {
     check(NMUploadFileMemory(handle(), deviceFile.c_str(), bytes, size), deviceFile);
   }
   void downloadFile(const std::string& deviceFile, const std::string& path) const {
-    check(NMDownloadFile(handle(), deviceFile.c_str(), path.c_str()), deviceFile);
+    checkOpened(NMDownloadFile(handle(), deviceFile.c_str(), path.c_str()), deviceFile);
   }
-  std::vector<std::byte> download(const std::string& deviceFile) const {
+  /// In bytes, as the device tells it; fails with OXGENAPI_E_UNSPECIFIED where it does not.
+  size_t fileSize(const std::string& deviceFile) const {
     size_t size = 0;
     check(NMDownloadFileMemory(handle(), deviceFile.c_str(), nullptr, &size), deviceFile);
+    return size;
+  }
+  std::vector<std::byte> download(const std::string& deviceFile) const {
+    size_t size = fileSize(deviceFile);
     std::vector<std::byte> bytes(size);
-    if (size > 0) check(NMDownloadFileMemory(handle(), deviceFile.c_str(), bytes.data(), &size), deviceFile);
+    if (size > 0) checkOpened(NMDownloadFileMemory(handle(), deviceFile.c_str(), bytes.data(), &size), deviceFile);
     bytes.resize(size);
     return bytes;
   }
@@ -165,6 +174,11 @@ class NodeMap {
     std::string text;
     check(detail::readText(text, call));
     return text;
+  }
+  // The one failure of a download that leaves no text.
+  static void checkOpened(uint32_t code, const std::string& deviceFile) {
+    if (code == OXGENAPI_E_DEVICE_FILE) throw Error(code, "The device does not open the file for reading", deviceFile);
+    check(code, deviceFile);
   }
   static std::string joined(const std::vector<std::string>& features) {
     std::string names;
