@@ -109,7 +109,8 @@ void appendValue(std::string& text, const T& value) {
 template <class T>
 void appendArgument(std::string& text, const char* name, const void* value) {
   // What a handle points to is nobody's business but the base library's.
-  appendTypeName(text, isHandle<T> ? typeid(void*) : typeid(T));
+  constexpr bool isHandleOutput = isHandle<std::remove_pointer_t<T>>;
+  appendTypeName(text, isHandle<T> ? typeid(void*) : isHandleOutput ? typeid(void**) : typeid(T));
   text.append(1, ' ').append(name).append(1, '=');
   appendValue(text, *static_cast<const T*>(value));
 }

@@ -1,13 +1,12 @@
 #include "FirmwareUpdatableNodeMap.h"
 
-#include <new>
 #include <stdexcept>
 
+#include "CallOut.h"
 #include "ExportFrame.h"
 #include "Failure.h"
 #include "GenApi/GenApi.h"
 #include "OxBase/OxBase.h"
-#include "Port.h"
 
 namespace orxGenApi {
 
@@ -49,15 +48,8 @@ INodeMap* CFirmwareUpdateableNodeMap::DeviceResetWhileUpdatingFirmware(unsigned 
   }
   hold(nullptr);
   void* handle = nullptr;
-  bool reopened = false;
-  try {
-    reopened = callback_ != nullptr && callback_(EstimatedDurationMs, DelayEnumerationMs, handle, userData_);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (...) {
-    // What the caller throws may only look like an exception of ours.
-    throw ForeignException();
-  }
+  const bool reopened = callOut(
+      [&] { return callback_ != nullptr && callback_(EstimatedDurationMs, DelayEnumerationMs, handle, userData_); });
   if (!reopened) return nullptr;
   const Held<NodeMapBase> answered(handle);
   if (!answered) throw std::runtime_error("Failed to get device node map after reset.");

@@ -2,10 +2,10 @@
 
 #include <array>
 #include <charconv>
-#include <new>
 #include <string>
 
 #include "Base/GCException.h"
+#include "CallOut.h"
 #include "OxBase/OxBase.h"
 
 namespace orxGenApi {
@@ -17,18 +17,6 @@ constexpr const char* kSource = "src/Port";
 // A port's numbers differ from GenApi's on purpose: read-only comes before write-only.
 constexpr std::array<EAccessMode, 5> kAccessModes = {GENAPI_NAMESPACE::NI, GENAPI_NAMESPACE::NA, GENAPI_NAMESPACE::RO,
                                                      GENAPI_NAMESPACE::WO, GENAPI_NAMESPACE::RW};
-
-// The one place where callbacks of a port are called: no exception of theirs travels on.
-template <class Callback>
-auto callOut(Callback&& callback) {
-  try {
-    return callback();
-  } catch (const std::bad_alloc&) {
-    throw std::bad_alloc();
-  } catch (...) {
-    throw ForeignException();
-  }
-}
 
 // The last error's text if it was set under this code, else the empty text.
 std::string lastErrorText(uint32_t code) {

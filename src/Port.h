@@ -8,10 +8,6 @@
 
 namespace orxGenApi {
 
-// What a caller's callback threw, once it was caught: neither a GenICam nor a standard exception, so that no mapping
-// takes it for one of the library's own failures.
-struct ForeignException {};
-
 // Lives in a shared_ptr: a call in it keeps it alive, so that its callback may replace it or load anew.
 class Port : public GENAPI_NAMESPACE::CPortImpl, public std::enable_shared_from_this<Port> {
  public:
@@ -22,8 +18,8 @@ class Port : public GENAPI_NAMESPACE::CPortImpl, public std::enable_shared_from_
   // From the callback, else from which of the other callbacks exist.
   GENAPI_NAMESPACE::EAccessMode GetAccessMode() const override;
   // Throw AccessException (no callback; refused with 0x8000000e or 0x80000013), RuntimeException (any other negative
-  // result), each with the text that the callback left as last error under the code it returned; std::bad_alloc;
-  // ForeignException.
+  // result), each with the text that the callback left as last error under the code it returned; what callOut throws
+  // for a callback that throws.
   void Read(void* pBuffer, int64_t Address, int64_t Length) override;
   void Write(const void* pBuffer, int64_t Address, int64_t Length) override;
 

@@ -21,7 +21,7 @@ OXGENAPI_EXPORT uint32_t CreateNodeMap(OX_OUT(NODEMAP) NodeMap);
 /* Creates a second handle that stands for InternalNodeMap (which may be a proxy itself): all calls are carried out
  * there. The proxy keeps that node map alive. When its last reference goes, ReleaseNotify (may be null) is called with
  * pUserData on that thread, while the internal node map can still be used; it must not throw.
- *   ProxyNodeMap  out: the handle, one reference owned by the caller; written only on success
+ *   ProxyNodeMap  out: the handle, one reference owned by the caller; zero on failure
  * Errors: OUT_OF_MEMORY for every failure to create. */
 OXGENAPI_EXPORT uint32_t CreateNodeMapProxy(NODEMAP InternalNodeMap, TReleaseNotify ReleaseNotify, void* pUserData,
                                             NODEMAP* ProxyNodeMap);
@@ -86,7 +86,8 @@ OXGENAPI_EXPORT uint32_t NMPollNodes(NODEMAP NodeMap, int32_t DeltaMS);
  * connected before under that name is replaced. The callbacks stay in use until then, until the next load or until the
  * node map ends; each may be null:
  *   ReadMem, WriteMem  access to the device's memory; without one such access fails as not supported
- *   AccessMode         the access at the moment; without one it follows from which of the other two exist
+ *   AccessMode         the access at the moment; without one it follows from which of the other two exist. Features
+ *                      keep what it told: after a change invalidate the port node (NInvalidate)
  *   pUserData          given to each callback
  * Errors: INVALID_STATE "No NodeMap available to connect to"; NOT_PRESENT "Node 'Name' not present in NodeMap" when the
  *         description has no port of that name (what was connected before stays); NOT_WRITABLE, INVALID_ARGUMENT or
@@ -108,8 +109,8 @@ OXGENAPI_EXPORT uint32_t NMDeliverEvent(NODEMAP NodeMap, const TEventData* pData
 OXGENAPI_EXPORT uint32_t NMDeliverEventEx(NODEMAP NodeMap, const TEventDataEx* pData);
 OXGENAPI_EXPORT uint32_t NMDeliverEventExW(NODEMAP NodeMap, const TEventDataExW* pData);
 
-/* Attaches one chunk of an image buffer to every chunk port with that ID. Values read before stay cached until
- * NMUpdateChunks. An ID that no port has, or that is not hexadecimal, is no error.
+/* Attaches one chunk of an image buffer to every chunk port with that ID. Chunk features show the new data at their
+ * next read; update callbacks wait for NMUpdateChunks. An ID that no port has, or that is not hexadecimal, is no error.
  * Errors, in this order: INVALID_ARGUMENT "Chunk data buffer invalid" for length 0, a negative offset or a null base;
  *         nothing loaded; UNSPECIFIED with the description when the chunk is refused; UNSPECIFIED "Unspecified error"
  *         for a null ID where the description has chunk ports. */

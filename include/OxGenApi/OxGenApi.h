@@ -40,8 +40,8 @@
  * 6. Callbacks. They run on the thread whose call caused them, before that call returns; port, node update, event and
  *    polling callbacks run while the node map's lock is held. They may call back into the library, also for the same
  *    node map, but must not wait for another thread that needs that lock. A C++ exception that leaves a callback goes
- *    no further: after a port callback the access fails with "Unspecified error", after a node update callback it is
- *    dropped.
+ *    no further: after a port callback the access fails with "Unspecified error" (a file transfer or firmware update
+ *    with the text of a standard exception), after a node update callback it is dropped.
  */
 #ifndef OXGENAPI_OXGENAPI_H
 #define OXGENAPI_OXGENAPI_H

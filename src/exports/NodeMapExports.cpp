@@ -47,13 +47,11 @@ uint32_t CreateNodeMap(NODEMAP& NodeMap) {
 
 uint32_t CreateNodeMapProxy(NODEMAP InternalNodeMap, TReleaseNotify ReleaseNotify, void* pUserData,
                             NODEMAP* ProxyNodeMap) {
-  constexpr orxGenApi::FailureRules kCreatingProxy{.access = OXGENAPI_E_OUT_OF_MEMORY,
-                                                   .argument = OXGENAPI_E_OUT_OF_MEMORY,
-                                                   .genapi = OXGENAPI_E_OUT_OF_MEMORY,
-                                                   .unknown = OXGENAPI_E_OUT_OF_MEMORY};
+  constexpr orxGenApi::FailureRules kCreatingProxy{.unknown = OXGENAPI_E_OUT_OF_MEMORY, .describes = false};
   const auto arguments = args("InternalNodeMap", InternalNodeMap, "ReleaseNotify", ReleaseNotify, "pUserData",
                               pUserData, "ProxyNodeMap", ProxyNodeMap);
   return onOwnNodeMap(InternalNodeMap, arguments, [&](NodeMapBase& internal) {
+    *ProxyNodeMap = nullptr;
     return orxGenApi::guardedExport(arguments, kCreatingProxy, [&] {
       auto reference = orxBase::shared_ref<NodeMapBase>::add(InternalNodeMap, &internal);
       auto proxy =

@@ -258,6 +258,11 @@ TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
   EXPECT_EQ(NMDownloadFileMemory(closing.map, "Firmware", whole.data(), &wholeSize), 0u);
   EXPECT_EQ(closing.operations, 6);
   EXPECT_EQ(whole, content);
+  // What its port throws is told as well.
+  FileDevice throwing;
+  throwing.after = [](int64_t, bool) { throw std::runtime_error("lost the link"); };
+  EXPECT_EQ(NMUploadFileMemory(throwing.map, "Firmware", "x", 1), 0x8000000Fu);
+  EXPECT_EQ(lastErrorText(), "lost the link");
   // A device that does not open the file leaves the last error alone.
   FileDevice device;
   device.refusedOperation = 1;

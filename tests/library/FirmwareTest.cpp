@@ -184,19 +184,19 @@ TEST(FirmwareUpdate, NamesWhatFailed) {
   const struct {
     bool answer;
     void* newNodeMap;
-    bool throws;
+    std::function<void()> action;
     const char* text;
   } kCases[] = {
-      {false, nullptr, false, "no node map after device reset"},
-      {true, nullptr, false, "Failed to get device node map after reset."},
-      {true, reinterpret_cast<void*>(node), false, "Failed to get device node map after reset."},
-      {true, nullptr, true, "Unknown error updating firmware"},
-      {true, undescribed, false, "no node map after device reset"},
+      {false, nullptr, {}, "no node map after device reset"},
+      {true, nullptr, {}, "Failed to get device node map after reset."},
+      {true, reinterpret_cast<void*>(node), {}, "Failed to get device node map after reset."},
+      {true, nullptr, [] { throw 5; }, "Unknown error updating firmware"},
+      {true, nullptr, [] { throw std::runtime_error("the caller's own"); }, "the caller's own"},
+      {true, undescribed, {}, "no node map after device reset"},
   };
   for (const auto& entry : kCases) {
     UpdatableDevice device;
-    Reset reset{.answer = entry.answer, .newNodeMap = entry.newNodeMap, .action = {}};
-    if (entry.throws) reset.action = [] { throw std::runtime_error("not the library's"); };
+    Reset reset{.answer = entry.answer, .newNodeMap = entry.newNodeMap, .action = entry.action};
     EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, &Reset::callback, &reset), 0x80000001u);
     EXPECT_EQ(reset.calls, 1);
     EXPECT_EQ(lastErrorText(), entry.text);
