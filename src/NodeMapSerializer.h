@@ -52,8 +52,7 @@ class NodeMapSerializer {
  private:
   // Puts a problem to the caller; throws it as orx_error when the answer is stop.
   void report(GENAPI_NAMESPACE::INode* feature, uint32_t code, std::string text);
-  // To be called in a handler: reports the exception at hand under the feature's name. Running out of memory is not
-  // reported but thrown on.
+  // To be called in a handler: reports the exception at hand under the feature's name.
   void reportCurrentException(GENAPI_NAMESPACE::INode* feature, const GENICAM_NAMESPACE::gcstring& name);
 
   void requireWritable(const std::ostream& output) const;

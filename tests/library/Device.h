@@ -107,6 +107,13 @@ class Device {
     return handle;
   }
 
+  // The value of an integer feature, or -1 when it cannot be read.
+  int64_t value(const char* name) {
+    int64_t result = -1;
+    NGetAsInteger(node(name), &result);
+    return result;
+  }
+
   int64_t integerAt(size_t address) const {
     int32_t value = 0;
     std::memcpy(&value, &memory.at(address), sizeof value);

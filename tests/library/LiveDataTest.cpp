@@ -17,10 +17,9 @@ namespace {
 constexpr int64_t kLargest = std::numeric_limits<int64_t>::max();
 
 // A node map over a device whose every byte is 0xff: optional features are there.
-class RealCamera {
+class RealCamera : public Device {
  public:
   explicit RealCamera(const std::filesystem::path& file) {
-    EXPECT_OK(CreateNodeMap(map));
     EXPECT_OK(NMLoadXMLFile(map, file.c_str()));
     const auto read = [](void* to, int64_t, int64_t length, void*) {
       std::memset(to, 0xff, static_cast<size_t>(length));
@@ -29,36 +28,19 @@ class RealCamera {
     const auto write = [](const void*, int64_t, int64_t, void*) { return 0; };
     EXPECT_OK(NMConnectPort(map, read, write, nullptr, nullptr));
   }
-  ~RealCamera() { OxIfaceContainerReleaseUseCounter(map); }
-  RealCamera(const RealCamera&) = delete;
-  RealCamera& operator=(const RealCamera&) = delete;
-
-  // Calls with the node of that name.
-  template <class Call>
-  void with(const char* name, Call&& call) {
-    NODE node = nullptr;
-    ASSERT_OK(NMGetNode(map, name, node)) << name;
-    call(node);
-    OxIfaceContainerReleaseUseCounter(node);
-  }
   uint64_t integer(const char* name) {
     int64_t value = 0;
-    with(name, [&](NODE node) { EXPECT_OK(NGetAsInteger(node, &value)) << name; });
+    EXPECT_OK(NGetAsInteger(node(name), &value)) << name;
     return static_cast<uint64_t>(value);
   }
   double real(const char* name) {
     double value = 0;
-    with(name, [&](NODE node) { EXPECT_OK(NGetAsFloat(node, &value)) << name; });
+    EXPECT_OK(NGetAsFloat(node(name), &value)) << name;
     return value;
   }
   std::string text(const char* name) {
-    char value[64] = {};
-    size_t size = sizeof value;
-    with(name, [&](NODE node) { EXPECT_OK(NGetAsString(node, value, size)) << name; });
-    return value;
+    return textOf([&](char* buffer, size_t& size) { return NGetAsString(node(name), buffer, size); });
   }
-
-  NODEMAP map = nullptr;
 };
 
 std::filesystem::path realDescription(const char* file) {
@@ -140,7 +122,7 @@ TEST(RealChunks, OfOneModelReadBackBitForBit) {
   EXPECT_EQ(camera.text("ChunkSerialData"), "hello\xc3\xa4!!");
   EXPECT_EQ(camera.text("ChunkPixelFormat"), "Mono8");
   EXPECT_EQ(camera.real("ChunkExposureTime"), static_cast<double>(buffer.bits(kExposure, 0, 4, 0, 32)));
-  camera.with("ChunkGainSelector", [](NODE node) { EXPECT_OK(NSetAsString(node, "All")); });
+  EXPECT_OK(NSetAsString(camera.node("ChunkGainSelector"), "All"));
   EXPECT_EQ(camera.real("ChunkGain"), -1.5);
   const auto level = static_cast<int32_t>(buffer.bits(kBlackLevel, 0, 4, 0, 32));
   EXPECT_EQ(camera.real("ChunkBlackLevel"), level / 16777216.0 * 100);
@@ -246,11 +228,7 @@ const std::string kNodes = "<Port Name='Event'><EventID>01A</EventID></Port>" + 
 
 class LiveData : public testing::Test {
  protected:
-  int64_t value(const char* name) {
-    int64_t result = -1;
-    NGetAsInteger(device.node(name), &result);
-    return result;
-  }
+  int64_t value(const char* name) { return device.value(name); }
   uint32_t deliver(const char* id, uint64_t size) {
     const TEventDataEx data{id, bytes.data(), size};
     return NMDeliverEventEx(device.map, &data);
