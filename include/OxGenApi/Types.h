@@ -85,7 +85,7 @@ OX_ENUM(TNodeInfo, uint32_t){
     NI_ToolTip = 9,          /* text */
     NI_Description = 10,     /* text */
     NI_Visibility = 11,      /* 0 beginner, 1 expert, 2 guru, -1 invisible */
-    NI_PollingTime = 12,     /* milliseconds, -1 when the node is not polled */
+    NI_PollingTime = 12,     /* milliseconds, negative when the node is not polled */
     NI_EventID = 13,         /* text, hexadecimal digits */
     NI_RegisterAddress = 14, /* register nodes; bytes */
     NI_RegisterLength = 15,  /* register nodes; bytes */

@@ -39,9 +39,10 @@ TEST(Polling, OfARegisterFiresOncePerPeriodWithEverythingAboveIt) {
 
 TEST(Polling, TakesNoTimeButNoNegativeTime) {
   TestMap map(reg("IntReg", "Always", 0, 4, "<PollingTime>0</PollingTime>") +
-              reg("IntReg", "Sometimes", 4, 4, "<PollingTime>1</PollingTime>"));
+              reg("IntReg", "Sometimes", 4, 4, "<PollingTime>1</PollingTime>") +
+              reg("IntReg", "Never", 8, 4, "<PollingTime>-1</PollingTime>"));
   CallLog log;
-  log.watch(map, {"Always", "Sometimes"});
+  log.watch(map, {"Always", "Sometimes", "Never"});
   map.map->Poll(0);
   EXPECT_THAT(log.take(), ElementsAre("Always")) << "due at every call";
   EXPECT_THROW(map.map->Poll(-1), InvalidArgumentException);

@@ -17,6 +17,7 @@ std::string hexadecimal(const void* pointer) {
 
 TEST(CallTelemetry, AnInvalidHandleShowsTheArguments) {
   int64_t value = 0;
+  NODE node{};
   size_t size = 0;
   char buffer[4];
   const TEventData event{};
@@ -40,6 +41,8 @@ TEST(CallTelemetry, AnInvalidHandleShowsTheArguments) {
       {[] { return NSetAsFloat(nullptr, 2.5); }, "(Pv Node=<null>,d Value=2.5): Invalid NODE handle"},
       {[] { return NSetAsBoolean(nullptr, true); }, "(Pv Node=<null>,b Value=true): Invalid NODE handle"},
       {[] { return NMPollNodes(nullptr, -5); }, "(Pv NodeMap=<null>,i DeltaMS=-5): Invalid NODEMAP handle"},
+      {[&] { return NMGetNode(nullptr, "ab", node); },
+       "(Pv NodeMap=<null>,PKc NodeName=\"ab\",PPv Node=0x" + hexadecimal(&node) + "): Invalid NODEMAP handle"},
       {[&] { return NMDeliverEvent(nullptr, &event); },
        "(Pv hNodeMap=<null>,10TEventData Data = <...>): Invalid NODEMAP handle"},
       {[&] { return NMAttachChunkList(nullptr, chunks, 1); },

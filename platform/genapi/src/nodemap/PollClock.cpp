@@ -19,7 +19,7 @@ bool PollClock::isDue(Clock& clock, int64_t elapsed, bool active, uint32_t turn)
   if (!active) return false;
   if (__builtin_add_overflow(clock.time, elapsed, &clock.time)) clock.time = std::numeric_limits<int64_t>::max();
   const Property* period = map_.description().find(clock.node, Element::PollingTime);
-  if (!period || clock.time < period->integer) return false;
+  if (!period || period->integer < 0 || clock.time < period->integer) return false;  // negative: never
   clock.time = 0;
   return true;
 }
