@@ -12,6 +12,10 @@ class SettingsCommand : public ToolTest {
     arguments.insert(arguments.begin(), {"--state", path("camera.state")});
     return run(arguments);
   }
+  // With the tool as $0.
+  ToolResult shell(const std::string& script) const {
+    return runProgram({"sh", "-c", script, std::string(std::getenv("OX_BUILD_DIR")) + "/bin/oxgenapi"});
+  }
 };
 
 TEST_F(SettingsCommand, SavedSettingsBringAnotherCameraToTheSameValues) {
@@ -26,23 +30,45 @@ TEST_F(SettingsCommand, SavedSettingsBringAnotherCameraToTheSameValues) {
   EXPECT_EQ(run({"--state", other, "diff", path("a.settings")}).status, 0);
 }
 
-TEST_F(SettingsCommand, AllStreamableFeaturesAreSaved) {
-  EXPECT_EQ(camera({"save", path("all.settings")}).status, 0);
+TEST_F(SettingsCommand, AllStreamableFeaturesAreSavedWithProgressWhereAsked) {
+  const ToolResult saved = camera({"save", path("all.settings"), "--progress"});
+  EXPECT_EQ(saved.status, 0) << saved.err;
+  EXPECT_THAT(saved.out, HasSubstr(" lines saved, "));
+  EXPECT_THAT(saved.err, HasSubstr("saving: 1 of "));
   EXPECT_THAT(read("all.settings"), testing::AllOf(HasSubstr("Width = \""), HasSubstr("Gain[GainSelector(Red)] = \"")));
+  EXPECT_THAT(
+      shell("script -qec \"'$0' save x --progress --features Width,No\" /dev/null").out,
+      testing::ContainsRegex("\\[#{15}\\.{15}\\] 1 of 2 [^\n]*\r\x1b\\[Koxgenapi: No: "));  // the bar makes room
 }
 
 TEST_F(SettingsCommand, AFileIsReplacedAsAWholeAndKeepsItsMode) {
   const std::string target = write("a.settings", "; older\n");
   ASSERT_EQ(chmod(target.c_str(), 0600), 0);
-  EXPECT_EQ(camera({"save", target, "--features", "NoSuchFeature,Width"}).status, 1);
-  EXPECT_THAT(read("a.settings"), HasSubstr("Width = "));
+  EXPECT_EQ(shell("ulimit -f 0; \"$0\" save a.settings 2>/dev/full").status, 1);
+  EXPECT_EQ(read("a.settings"), "; older\n");
+  const ToolResult result = camera({"save", target, "--features", "Wdth,Width"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("Did you mean Width?"));
+  EXPECT_THAT(result.out, testing::EndsWith(": 1 line saved, 1 problem\n"));
+  EXPECT_THAT(read("a.settings"), testing::StartsWith("Width = "));
   struct stat status {};
   ASSERT_EQ(stat(target.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
   EXPECT_EQ(files(), (std::vector<std::string>{"a.settings", "camera.state"}));  // nothing is left beside it
 
-  EXPECT_THAT(camera({"save", "-", "--features", "Width"}).out, testing::StartsWith("Width = \""));
-  EXPECT_EQ(camera({"save", path("no-such-folder/a.settings")}).status, 1);
+  EXPECT_EQ(shell("echo above; \"$0\" save - --features Width; echo below").out, "above\nWidth = \"640\"\nbelow\n");
+}
+
+TEST_F(SettingsCommand, FailuresNameTheFile) {
+  const std::string damaged = write("damaged.json", "[{\"Name\":1}]");
+  const std::vector<std::string> kCommands[] = {
+      {"save", "/dev/full"}, {"save", path("no-such-folder/a")}, {"load", path("absent")}, {"diff", damaged}};
+  for (const auto& command : kCommands) {
+    const ToolResult result = camera(command);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr(command[1]));
+  }
+  EXPECT_EQ(shell("\"$0\" save - --features Width >/dev/full").status, 1);
 }
 
 TEST_F(SettingsCommand, LoadReportsBadLinesAndStopsOnlyWhenAsked) {
@@ -105,9 +131,6 @@ TEST_F(SettingsCommand, DiffComparesSnapshotsWithEachOtherAndWithTheCamera) {
   EXPECT_EQ(camera({"diff", path("a.json")}).out, "- Width = \"640\"\n+ Width = \"320\"\n");
   EXPECT_EQ(run({"diff", path("a.json"), path("b.json")}).out,
             "- Width = \"640\"\n+ Width = \"320\"\n- DeviceVendorName = \"Ox Simulation\"\n");
-  // Two kinds do not mix, and damage is named.
+  // Two kinds do not mix.
   EXPECT_EQ(run({"diff", path("a.json"), write("a.settings", "Width = \"640\"\n")}).status, 2);
-  const ToolResult damaged = run({"diff", write("c.json", "[{\"Name\":1}]"), path("a.json")});
-  EXPECT_EQ(damaged.status, 1);
-  EXPECT_THAT(damaged.err, HasSubstr("no snapshot"));
 }

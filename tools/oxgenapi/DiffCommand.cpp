@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -17,15 +15,6 @@ struct DiffOptions {
   std::string left;
   std::string right;  // empty: the device
 };
-
-std::string readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file.good() && !file.eof()) {
-    throw Failure(kFileFailed, "'" + path + "' cannot be read");
-  }
-  return text;
-}
 
 std::vector<std::string> featuresOf(const std::vector<Setting>& settings) {
   std::vector<std::string> features;
@@ -81,11 +70,12 @@ std::vector<Setting> deviceSettings(Session& session, const std::vector<Setting>
     return {};
   }
   const Selectors selectors(map, features);
-  std::vector<Setting> settings = parseSettings(settingsText(map, features, [&](const Failure& failure, int64_t) {
-    session.report(failure);
-    return true;
-  }));
+  oxgenapi::Problems problems;
+  std::vector<Setting> settings = parseSettings(map.settings(features, &problems));
   selectors.putBack();
+  for (const Failure& problem : problems) {
+    session.report(problem);
+  }
   std::unordered_set<std::string> keys;
   for (const Setting& setting : wanted) {
     keys.insert(setting.key);
@@ -154,31 +144,41 @@ class Comparison {
   Json differences_ = Json::array();
 };
 
-std::vector<Setting> parse(const std::string& text) {
-  return isSnapshot(text) ? parseSnapshot(text) : parseSettings(text);
-}
+// What a file holds.
+struct Recorded {
+  explicit Recorded(const std::string& path) {
+    const std::string text = readFile(path);
+    isSnapshot = tool::isSnapshot(text);
+    try {
+      settings = isSnapshot ? parseSnapshot(text) : parseSettings(text);
+    } catch (const Failure& failure) {
+      throw Failure(failure.code(), failure.what(), path);
+    }
+  }
+  bool isSnapshot;
+  std::vector<Setting> settings;
+};
 
 // What the device has now for what is wanted, recorded in the same way.
-std::vector<Setting> ofDevice(Session& session, const std::vector<Setting>& wanted, bool asSnapshot) {
-  if (!asSnapshot) {
-    return deviceSettings(session, wanted);
+std::vector<Setting> ofDevice(Session& session, const Recorded& wanted) {
+  if (!wanted.isSnapshot) {
+    return deviceSettings(session, wanted.settings);
   }
-  return parseSnapshot(
-      snapshotText(session.map(), featuresOf(wanted), [&](const Failure& failure) { session.report(failure); }));
+  return parseSnapshot(snapshotText(session.map(), featuresOf(wanted.settings),
+                                    [&](const Failure& failure) { session.report(failure); }));
 }
 
 void run(Session& session, const DiffOptions& options) {
-  const std::string leftText = readFile(options.left);
-  const std::vector<Setting> left = parse(leftText);
+  const Recorded left(options.left);
   if (options.right.empty()) {
-    Comparison(session).run(left, ofDevice(session, left, isSnapshot(leftText)));
+    Comparison(session).run(left.settings, ofDevice(session, left));
     return;
   }
-  const std::string rightText = readFile(options.right);
-  if (isSnapshot(leftText) != isSnapshot(rightText)) {
+  const Recorded right(options.right);
+  if (left.isSnapshot != right.isSnapshot) {
     throw UsageError("a snapshot and a settings text write values in two ways and cannot be compared");
   }
-  Comparison(session).run(left, parse(rightText));
+  Comparison(session).run(left.settings, right.settings);
 }
 
 }  // namespace

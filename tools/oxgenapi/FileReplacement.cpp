@@ -19,15 +19,16 @@ namespace {
   throw Failure(kFileFailed, "'" + path + "' " + what + ": " + std::strerror(reason));
 }
 
-void flush(const std::string& path) {
+bool flush(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0 || fsync(file) != 0) {
-    if (file >= 0) {
-      close(file);
-    }
-    failed(path, "cannot be flushed to the disk");
+  if (file < 0) {
+    return false;
   }
+  const bool flushed = fsync(file) == 0;
+  const int reason = errno;
   close(file);
+  errno = reason;
+  return flushed;
 }
 
 }  // namespace
@@ -58,7 +59,7 @@ FileReplacement::FileReplacement(const std::string& target) : target_(target), p
   close(file);
   if (!moded) {
     unlink(path_.c_str());
-    failed(path_, "cannot be given its access mode");
+    failed(target_, "cannot be given its access mode");
   }
 }
 
@@ -71,11 +72,11 @@ FileReplacement::~FileReplacement() {
 void FileReplacement::write(std::string_view text) {
   FILE* file = std::fopen(path_.c_str(), "wb");
   if (file == nullptr) {
-    failed(path_, "cannot be opened for writing");
+    failed(target_, "cannot be opened for writing");
   }
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
   if (std::fclose(file) != 0 || !written) {
-    failed(path_, "cannot be written");
+    failed(target_, "cannot be written");
   }
 }
 
@@ -83,7 +84,9 @@ void FileReplacement::commit() {
   if (!beside_) {
     return;
   }
-  flush(path_);
+  if (!flush(path_)) {
+    failed(target_, "cannot be flushed to the disk");
+  }
   if (std::rename(path_.c_str(), target_.c_str()) != 0) {
     failed(target_, "cannot be replaced");
   }

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -13,40 +14,70 @@ struct LoadOptions {
   bool stopOnError = false;
 };
 
-void run(Session& session, const LoadOptions& options) {
-  const std::optional<size_t> lines = settingsIn(options.file);
-  Json problems = Json::array();
-  bool stopped = false;
-  const ProblemHandler problem = [&](const Failure& failure, int64_t) {
-    problems.push_back(toJson(failure));
-    session.report(failure);
-    stopped = options.stopOnError;
-    return !stopped;
-  };
-  try {
-    loadSettings(session.map(), options.file, options.validate, problem);
-  } catch (const Failure&) {
-    if (!stopped) {
-      throw;
+class Loader {
+ public:
+  Loader(Session& session, const LoadOptions& options) : session_(session), options_(options) {}
+
+  void run() {
+    const std::optional<size_t> lines = linesOf(options_.file);
+    const uint32_t code =
+        NMLoadSetEx(session_.map().handle(), options_.file.c_str(), options_.validate, &onProblem, this);
+    if (!stopped_) {  // else the problem that stopped it has been reported
+      check(code, options_.file);
     }
-    // The problem that stopped the load has been reported.
+    summarise(lines);
   }
-  const Output& output = session.output();
-  if (output.json()) {
-    Json json{{"file", options.file}, {"stopped", stopped}, {"problems", problems}};
-    if (lines) {
-      json["lines"] = *lines;
+
+ private:
+  // Nothing for a pipe or terminal, which can be read only once.
+  static std::optional<size_t> linesOf(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+      return std::nullopt;
     }
-    output.document(json);
-    return;
+    return parseSettings(readFile(path)).size();
   }
-  std::string text = options.file + ": " + (lines ? std::to_string(*lines) + " lines" : "settings");
-  text += stopped ? ", stopped at the first problem" : " loaded";
-  if (!stopped && !problems.empty()) {
-    text += ", " + std::to_string(problems.size()) + " problems";
+
+  static bool onProblem(NODE handle, uint32_t code, void* self) noexcept {
+    try {
+      const Failure failure = oxgenapi::lastError(code);
+      const std::string feature = handle == nullptr ? "" : Node(oxgenapi::Handle<NODE>::share(handle)).name();
+      return static_cast<Loader*>(self)->goOn({code, failure.what(), feature});
+    } catch (...) {
+      return false;  // nothing can be told any more
+    }
   }
-  output.line(text);
-}
+
+  bool goOn(const Failure& problem) {
+    problems_.push_back(toJson(problem));
+    session_.report(problem);
+    stopped_ = options_.stopOnError;
+    return !stopped_;
+  }
+
+  void summarise(std::optional<size_t> lines) const {
+    const Output& output = session_.output();
+    if (output.json()) {
+      Json json{{"file", options_.file}, {"stopped", stopped_}, {"problems", problems_}};
+      if (lines) {
+        json["lines"] = *lines;
+      }
+      output.document(json);
+      return;
+    }
+    std::string text = options_.file + ": " + (lines ? counted(*lines, "line") : "settings");
+    text += stopped_ ? ", stopped at the first problem" : " loaded";
+    if (!stopped_ && !problems_.empty()) {
+      text += ", " + counted(problems_.size(), "problem");
+    }
+    output.line(text);
+  }
+
+  Session& session_;
+  const LoadOptions& options_;
+  bool stopped_ = false;
+  Json problems_ = Json::array();
+};
 
 }  // namespace
 
@@ -57,7 +88,7 @@ void addLoad(CLI::App& app, Action& chosen) {
   command->add_flag("--validate", options->validate, "Read every value back and compare");
   command->add_flag("--stop-on-error", options->stopOnError, "Stop at the first line that fails");
   command->footer("Example:\n  oxgenapi load camera.settings --validate");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  command->callback([&chosen, options] { chosen = [options](Session& session) { Loader(session, *options).run(); }; });
 }
 
 }  // namespace tool

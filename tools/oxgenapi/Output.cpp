@@ -44,8 +44,12 @@ std::string Output::painted(std::string_view code, std::string_view text) const 
   return "\x1b[" + std::string(code) + "m" + std::string(text) + "\x1b[0m";
 }
 
-void Output::line(std::string_view text) const {
+void Output::text(std::string_view text) const {
   std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void Output::line(std::string_view text) const {
+  this->text(text);
   std::fputc('\n', stdout);
 }
 
@@ -85,6 +89,10 @@ Json toJson(const Failure& failure) {
     json["feature"] = failure.feature();
   }
   return json;
+}
+
+std::string counted(size_t count, std::string_view thing) {
+  return std::to_string(count) + " " + std::string(thing) + (count == 1 ? "" : "s");
 }
 
 std::string hexText(std::span<const std::byte> bytes) {

@@ -29,6 +29,8 @@ class Output {
   std::string good(std::string_view text) const { return painted("32", text); }
   std::string bad(std::string_view text) const { return painted("31", text); }
 
+  void text(std::string_view text) const;
+  // The same and a line feed.
   void line(std::string_view text) const;
   // "Label:       value", the values of successive calls under each other.
   void field(std::string_view label, std::string_view value) const;
@@ -50,6 +52,8 @@ class Output {
 
 Json toJson(const Failure& failure);
 
+// "1 line", "2 lines"
+std::string counted(size_t count, std::string_view thing);
 // "01 0a ff"
 std::string hexText(std::span<const std::byte> bytes);
 // The bytes that words such as "0a ff 01" or "0aff01" stand for: two digits a byte. Throws UsageError.

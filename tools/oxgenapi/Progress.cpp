@@ -41,11 +41,11 @@ Progress::Progress(const Output& output, std::string name, uint64_t total, std::
       isSilent_(output.json() && !isTerminal_) {}
 
 void Progress::reach(uint64_t done) {
-  reach(done, total_ == 0 ? 0 : static_cast<double>(done) / static_cast<double>(total_));
+  reach(done, fractionOf(done));
 }
 
 void Progress::reach(uint64_t done, double fraction) {
-  if (!isSilent_ && fraction < 1 && (isTerminal_ ? kBarEvery : kLineEvery) <= Clock::now() - shown_) {
+  if (fraction < 1 && (isTerminal_ ? kBarEvery : kLineEvery) <= Clock::now() - shown_) {
     show(done, fraction);
   }
 }
@@ -74,6 +74,9 @@ std::string Progress::rate(uint64_t done) const {
 }
 
 void Progress::show(uint64_t done, double fraction) {
+  if (isSilent_) {
+    return;
+  }
   std::string text = name_ + ": ";
   if (isTerminal_ && fraction > 0) {
     const auto filled = static_cast<size_t>(fraction * kBarWidth);

@@ -9,7 +9,8 @@
 
 namespace tool {
 
-// A bar on a terminal; otherwise a line every second, or nothing beside JSON. What ends soon shows nothing.
+// A bar on a terminal; otherwise a line every second, or nothing beside JSON. What ends soon shows
+// nothing by itself.
 class Progress {
  public:
   // `total`: how much there is to do, 0 where nobody knows. `unit`: what is counted, "bytes" or "features".
@@ -22,6 +23,8 @@ class Progress {
   void reach(uint64_t done);
   // The same where the end is a time and not an amount: `fraction` (0 to 1) of it has passed.
   void reach(uint64_t done, double fraction);
+  // So much is done; shown whether it is due or not.
+  void show(uint64_t done) { show(done, fractionOf(done)); }
   // Shows on a terminal, at once, that something has begun that cannot tell how far it is.
   void begin();
   // Takes the bar away until it is due again, so that something else can be printed.
@@ -33,6 +36,9 @@ class Progress {
  private:
   using Clock = std::chrono::steady_clock;
 
+  double fractionOf(uint64_t done) const {
+    return total_ == 0 ? 0 : static_cast<double>(done) / static_cast<double>(total_);
+  }
   void show(uint64_t done, double fraction);
   double seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
   std::string rate(uint64_t done) const;

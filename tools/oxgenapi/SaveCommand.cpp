@@ -1,5 +1,4 @@
 #include <memory>
-#include <optional>
 
 #include "Commands.h"
 #include "FileReplacement.h"
@@ -12,6 +11,7 @@ namespace {
 struct SaveOptions {
   std::string file;
   std::vector<std::string> features;
+  bool progress = false;
 };
 
 class Saver {
@@ -19,70 +19,98 @@ class Saver {
   Saver(Session& session, const SaveOptions& options) : session_(session), options_(options) {}
 
   void run() {
-    FileReplacement file(options_.file == "-" ? "/dev/stdout" : options_.file);
-    file.write(stepByStep());
-    const std::optional<size_t> lines = settingsIn(file.path());
-    file.commit();
-    if (options_.file != "-") {
-      summarise(lines);
+    if (options_.file == "-") {
+      session_.output().text(settings());
+      return;
     }
+    FileReplacement file(options_.file);  // whether it can be written shows before the device is asked
+    const std::string text = settings();
+    file.write(text);
+    file.commit();
+    summarise(parseSettings(text).size());
   }
 
  private:
-  // Where nobody named the feature, one that the device does not offer now is left out without a failure.
-  ProblemHandler problem() {
-    return [this](const Failure& failure, int64_t access) {
-      if (options_.features.empty() && (access == 0 || access == AM_NotAvailable)) {
-        ++notAvailable_;
-      } else {
-        ++failed_;
-        if (progress_) {
-          progress_->clear();
-        }
-        session_.report(failure);
+  std::vector<std::string> features() {
+    if (!options_.features.empty()) {
+      return options_.features;
+    }
+    const NodeMap& map = session_.map();
+    std::vector<std::string> names = map.nodeNames();
+    std::erase_if(names, [&](const std::string& name) {
+      try {
+        return !map.node(name).infoBoolean(NI_IsStreamable);
+      } catch (const Failure&) {
+        return true;  // a node without a handle has no value to save
       }
-      return true;
-    };
+    });
+    return names;
   }
 
-  std::string stepByStep() {
-    const NodeMap& map = session_.map();
-    const std::vector<std::string> names = options_.features.empty() ? streamableFeatures(map) : options_.features;
-    progress_.emplace(session_.output(), "saving", names.size(), "features");
+  // Feature by feature, so that problems show when they occur.
+  std::string settings() {
+    const std::vector<std::string> names = features();
+    Progress progress(session_.output(), "saving", names.size(), "features");
     std::string text;
     for (size_t done = 0; done < names.size(); ++done) {
-      progress_->reach(done);
-      text += settingsText(map, {names[done]}, problem());
+      if (options_.progress) {
+        progress.show(done);
+      } else {
+        progress.reach(done);
+      }
+      oxgenapi::Problems problems;
+      try {
+        text += session_.map().settings({names[done]}, &problems);
+      } catch (const Failure& failure) {
+        problems.push_back(failure);
+      }
+      for (const Failure& problem : problems) {
+        progress.clear();
+        note(Failure(problem.code(), problem.what(), names[done]));
+      }
     }
-    progress_.reset();
     return text;
   }
 
-  void summarise(std::optional<size_t> lines) {
-    const Output& output = session_.output();
-    if (output.json()) {
-      Json json{{"file", options_.file}, {"notAvailable", notAvailable_}, {"failed", failed_}};
-      if (lines) {
-        json["lines"] = *lines;
-      }
-      output.document(json);
+  void note(const Failure& problem) {
+    if (isExpected(problem.feature())) {
+      ++notAvailable_;
       return;
     }
-    std::string text = options_.file + ": " + (lines ? std::to_string(*lines) + " lines saved" : "saved");
-    if (notAvailable_ > 0) {
-      text += ", " + std::to_string(notAvailable_) + " features not available now";
+    problems_.push_back(toJson(problem));
+    session_.report(problem);
+  }
+
+  // Where nobody named the feature, one that the device does not offer now is left out without a failure.
+  bool isExpected(const std::string& name) {
+    if (!options_.features.empty()) {
+      return false;
     }
-    if (failed_ > 0) {
-      text += ", " + std::to_string(failed_) + " failed";
+    const int64_t access = session_.map().node(name).access();
+    return access == 0 || access == AM_NotAvailable;
+  }
+
+  void summarise(size_t lines) const {
+    const Output& output = session_.output();
+    if (output.json()) {
+      output.document(
+          {{"file", options_.file}, {"lines", lines}, {"notAvailable", notAvailable_}, {"problems", problems_}});
+      return;
+    }
+    std::string text = options_.file + ": " + counted(lines, "line") + " saved";
+    if (notAvailable_ > 0) {
+      text += ", " + counted(notAvailable_, "feature") + " not available now";
+    }
+    if (!problems_.empty()) {
+      text += ", " + counted(problems_.size(), "problem");
     }
     output.line(text);
   }
 
   Session& session_;
   const SaveOptions& options_;
-  std::optional<Progress> progress_;
-  int notAvailable_ = 0;
-  int failed_ = 0;
+  size_t notAvailable_ = 0;
+  Json problems_ = Json::array();
 };
 
 }  // namespace
@@ -94,6 +122,7 @@ void addSave(CLI::App& app, Action& chosen) {
   command->add_option("--features", options->features, "Features to save, in this order (default: all streamable)")
       ->delimiter(',')
       ->type_name("A,B");
+  command->add_flag("--progress", options->progress, "Show each step on standard error, also where it takes no time");
   command->footer("Example:\n  oxgenapi save camera.settings --features ExposureTime,Gain");
   command->callback([&chosen, options] { chosen = [options](Session& session) { Saver(session, *options).run(); }; });
 }

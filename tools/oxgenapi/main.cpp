@@ -1,5 +1,7 @@
 // oxgenapi: drives a GenICam device, simulated or described by a file, through the flat interface.
 #include <algorithm>
+#include <csignal>
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <map>
@@ -68,6 +70,9 @@ int run(const tool::Options& options, const tool::Action& command) {
   } catch (const tool::Failure& failure) {
     session.report(failure);
   }
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    session.report(tool::Failure(tool::kFileFailed, "standard output cannot be written"));
+  }
   return session.failed() ? kFailed : 0;
 }
 
@@ -101,6 +106,7 @@ bool answer(CLI::App& app, const tool::Options& options, std::vector<std::string
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that would grow past its limit fails to be written, and is told
   CLI::App app("Reads, writes and explores the features of a GenICam device", "oxgenapi");
   tool::Options options;
   tool::Action chosen;

@@ -114,7 +114,7 @@ class NodeMap {
   /// `problems` may be null.
   std::string settings(const std::vector<std::string>& features = {}, Problems* problems = nullptr) const {
     const std::string names = joined(features);
-    size_t room = 64 * 1024;
+    size_t room = 256 * 1024;  // takes a table of 4096 lines: another try would read the device again
     while (true) {
       detail::ProblemCollector collector{{}, OnProblem::goOn};
       std::string text(room, '\0');
