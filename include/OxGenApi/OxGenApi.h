@@ -23,7 +23,7 @@
  * 3. Pointers. Output pointers, in/out sizes and records must be valid; where null is allowed the function says so. A
  *    null input text stands for an empty one. OX_OUT(T) is a reference in C++ and a pointer in C, the same at machine
  *    level. A failing call leaves outputs as they were, except that functions that create an object set their output
- *    to zero where they say so.
+ *    to zero where they say so, unless it is their own handle that is invalid.
  *
  * 4. Results and the last error. A function returns 0 or a code (OXGENAPI_E_..., Types.h) with the top bit set. A
  *    failing function also leaves code and text as the calling thread's last error; read it with OxGetLastError of

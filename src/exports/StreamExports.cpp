@@ -35,9 +35,9 @@ uint32_t dump(NODEMAPSTREAM NodeMapStream, Character* Settings, size_t* Settings
 using namespace orxGenApi;
 
 uint32_t NMCreateStream(NODEMAP NodeMap, TStreamType StreamType, NODEMAPSTREAM* Stream) {
-  if (Stream != nullptr) *Stream = nullptr;
   const auto arguments = args("NodeMap", NodeMap, "StreamType", StreamType, "Stream", Stream);
   return onObject<NodeMapBase>(NodeMap, arguments, [&](NodeMapBase& nodeMap) {
+    if (Stream != nullptr) *Stream = nullptr;
     if (StreamType != ST_Json) return refuse(arguments, OXGENAPI_E_INVALID_HANDLE, "Invalid TStreamType handle");
     if (Stream == nullptr) return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, "Invalid buffer");
     return guardedExport(arguments, kCreating, [&] { return createStream(nodeMap, Stream); });

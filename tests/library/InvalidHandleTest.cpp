@@ -16,9 +16,9 @@ struct Outputs {
   bool boolean = true;
   double real = 4711;
   uint32_t count = 4711;
-  NODEMAP nodeMap = nullptr;
-  NODE node = nullptr;
-  NODEMAPSTREAM stream = nullptr;
+  NODEMAP nodeMap = reinterpret_cast<NODEMAP>(uintptr_t{4711});
+  NODE node = reinterpret_cast<NODE>(uintptr_t{4711});
+  NODEMAPSTREAM stream = reinterpret_cast<NODEMAPSTREAM>(uintptr_t{4711});
   TCallbackHandle callback = 4711;
   TVerifyMode verifyMode = VM_ReadWrite;
   TNodeType type = NT_Float;
@@ -33,7 +33,7 @@ struct Outputs {
     const Outputs fresh;
     return std::string(narrow) == fresh.narrow && std::wstring(wide) == fresh.wide && size == fresh.size &&
            integer == fresh.integer && boolean == fresh.boolean && real == fresh.real && count == fresh.count &&
-           nodeMap == nullptr && node == nullptr && stream == nullptr && callback == fresh.callback &&
+           nodeMap == fresh.nodeMap && node == fresh.node && stream == fresh.stream && callback == fresh.callback &&
            verifyMode == fresh.verifyMode;
   }
 };
