@@ -60,16 +60,14 @@ struct Call {
   const char* text;
 };
 
-#define CALL(name, ...)                                                                                                              \
-  Call {                                                                                                                             \
-#name,                                                                                                                           \
-        [](void* handle,                                                                                                             \
-           [[maybe_unused]] Outputs&                                                                                                 \
-               out) { return name(static_cast<decltype(handleOf(&name))>(handle) __VA_OPT__(, ) __VA_ARGS__); },                     \
-                                                                                                              expectedText(          \
-                                                                                                                  decltype(handleOf( \
-                                                                                                                      &name)){})     \
-  }
+// clang-format off
+#define CALL(name, ...)                                                                            \
+  Call{#name,                                                                                      \
+       [](void* handle, [[maybe_unused]] Outputs& out) {                                           \
+         return name(static_cast<decltype(handleOf(&name))>(handle) __VA_OPT__(, ) __VA_ARGS__);   \
+       },                                                                                          \
+       expectedText(decltype(handleOf(&name)){})}
+// clang-format on
 
 const Call kCalls[] = {CALL(CreateNodeMapProxy, nullptr, out.narrow, &out.nodeMap),
                        CALL(NMLoadXMLFile, "x"),
