@@ -169,6 +169,15 @@ def last_error(code: int, feature: str = "") -> Error:
     return Error(code, text or "Failed without a text", feature)
 
 
+def last_error_of(node: Optional[int], code: int) -> Error:
+    """The same in a callback that is told of a node: the error names it, and stays the last one."""
+    error = last_error(code)
+    if node:
+        error = Error(code, error.text, read_text(lambda to, size: lib.NInfoAsString(node, 0, to, size)))
+        _base.OxSetLastError(code, error.text.encode("utf-8", "replace"))
+    return error
+
+
 def check(code: int, feature: str = "") -> None:
     cause, _raised.exception = getattr(_raised, "exception", None), None
     if code != 0:
@@ -225,5 +234,3 @@ def library_version() -> tuple[int, int, int]:
 def genapi_version() -> tuple[int, int, int]:
     """The GenApi release that the library stands on."""
     return _version(lib.GetGenApiVersion)
-
-

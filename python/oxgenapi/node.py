@@ -78,9 +78,7 @@ class Node:
         self._map = map
         self._handle = handle
         self._name = name
-        kind = c_int32()
-        self._check(lib.NType(handle.raw, byref(kind)))
-        self._type = NodeType(kind.value)
+        self._type = NodeType(self._number(lib.NType, c_int32))
 
     # ---- value ----
 
@@ -261,9 +259,7 @@ class Node:
 
     @property
     def verify_mode(self) -> VerifyMode:
-        mode = c_uint32()
-        self._check(lib.NGetVerifyMode(self._handle.raw, byref(mode)))
-        return VerifyMode(mode.value)
+        return VerifyMode(self._number(lib.NGetVerifyMode, c_uint32))
 
     @verify_mode.setter
     def verify_mode(self, mode: VerifyMode) -> None:
@@ -303,9 +299,9 @@ class Node:
     def _check(self, code: int) -> None:
         check(code, self._name)
 
-    def _number(self, call: Any, kind: Any) -> Any:
+    def _number(self, call: Any, kind: Any, *item: int) -> Any:
         number = kind()
-        self._check(call(self._handle.raw, byref(number)))
+        self._check(call(self._handle.raw, *item, byref(number)))
         return number.value
 
     def _text(self, call: Callable[[Any, Any], int]) -> str:
@@ -315,16 +311,12 @@ class Node:
         return self._text(lambda to, size: lib.NInfoAsString(self._handle.raw, item, to, size))
 
     def _info_integer(self, item: int) -> int:
-        number = c_int64()
-        self._check(lib.NInfoAsInteger(self._handle.raw, item, byref(number)))
-        return number.value
+        return self._number(lib.NInfoAsInteger, c_int64, item)
 
     def _limit(self, item: int) -> Union[int, float]:
-        if self._type is not NodeType.Float:
-            return self._info_integer(item)
-        number = c_double()
-        self._check(lib.NInfoAsFloat(self._handle.raw, item, byref(number)))
-        return number.value
+        if self._type is NodeType.Float:
+            return self._number(lib.NInfoAsFloat, c_double, item)
+        return self._info_integer(item)
 
     def _register(self) -> bytes:
         length = c_int64()
@@ -334,11 +326,9 @@ class Node:
         return buffer.raw
 
     def _list(self, relation: int) -> list[Node]:
-        count = c_int64()
-        self._check(lib.NListCount(self._handle.raw, relation, byref(count)))
         return [
             self._map[self._text(lambda to, size: lib.NList(self._handle.raw, relation, index, to, size))]
-            for index in range(count.value)
+            for index in range(self._number(lib.NListCount, c_int64, relation))
         ]
 
 

@@ -9,7 +9,7 @@ from ctypes import byref, c_size_t, c_uint32, c_void_p
 from typing import Any, Callable, Iterable, Iterator, Optional, Protocol, Sequence, Union
 
 from ._library import (ChunkData, Code, Error, EventData, EventDataEx, Handle, PortAccess, ReadMem, SettingsCallback,
-                       WriteMem, check, encoded, keep_exception, last_error, lib, read_text)
+                       WriteMem, check, encoded, keep_exception, last_error_of, lib, read_text)
 from .node import Access, Node
 
 Path = Union[str, "os.PathLike[str]"]
@@ -165,7 +165,7 @@ class NodeMap:
         room = 1 << 16
         while True:
             problems, buffer, size = _Problems(), ctypes.create_string_buffer(room), c_size_t(room)
-            arguments = [self._handle.raw, buffer, byref(size), problems.callback, None]
+            arguments: list[Any] = [self._handle.raw, buffer, byref(size), problems.callback, None]
             if features:
                 arguments.insert(3, encoded("|".join(features)))
             problems.of((lib.NMSaveSetStringEx if features else lib.NMSaveSetString)(*arguments))
@@ -314,7 +314,7 @@ class _Problems:
 
     def _collect(self, node: Optional[int], code: int, private: Any) -> bool:
         try:
-            error = last_error(code)
+            error = last_error_of(node, code)
             self._problems.append(error)
             return self._on_problem is None or bool(self._on_problem(error))
         except BaseException as raised:

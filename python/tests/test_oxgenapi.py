@@ -226,7 +226,8 @@ class Keeping(CameraTest):
     def test_settings_problems_are_listed_and_may_stop(self):
         text = 'Width = "1"\nHeight = "240"\nNo line\n'
         problems = self.cam.load_settings_text(text)
-        self.assertEqual([problem.code for problem in problems], [Code.INVALIDATE_FAILED, Code.DEVICE_FILE])
+        self.assertEqual([(problem.code, problem.feature) for problem in problems],
+                         [(Code.INVALIDATE_FAILED, "Width"), (Code.DEVICE_FILE, "")])
         self.assertEqual(self.cam.Height.value, 240)
         self.cam.Height.value = 480
         self.assertFails(Code.INVALIDATE_FAILED, self.cam.load_settings_text, text, False, lambda problem: False)
