@@ -5,9 +5,26 @@ configure_file(packaging/oxgenapi.pc.in oxgenapi.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/oxgenapi.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
         COMPONENT development)
 
+set(CPACK_PACKAGE_CONTACT "OxGenApi developers <oxgenapi@localhost>")
+
+# What each package has to carry: whose code is in it, and the packaging's own list of changes.
+string(TIMESTAMP packaged "%a, %d %b %Y %H:%M:%S +0000" UTC)
+configure_file(packaging/changelog.in changelog @ONLY)
+execute_process(COMMAND gzip -9nf changelog WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}" COMMAND_ERROR_IS_FATAL ANY)
+function(ox_package_documents component package)
+  install(FILES packaging/copyright "${CMAKE_CURRENT_BINARY_DIR}/changelog.gz"
+          DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package}" COMPONENT ${component})
+endfunction()
+ox_package_documents(runtime liboxgenapi${PROJECT_VERSION_MAJOR})
+ox_package_documents(development liboxgenapi-dev)
+ox_package_documents(tool oxgenapi)
+ox_package_documents(python python3-oxgenapi)
+if(TARGET OxTransportAravis)
+  ox_package_documents(transport oxgenapi-transport-aravis)
+endif()
+
 set(CPACK_PACKAGE_NAME oxgenapi)
-set(CPACK_PACKAGE_CONTACT "OxGenApi maintainers <oxgenapi@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own, the first line of its description
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -15,13 +32,23 @@ set(CPACK_COMPONENTS_ALL runtime development tool python)
 if(TARGET OxTransportAravis)
   list(APPEND CPACK_COMPONENTS_ALL transport)
 endif()
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Shared library that gives applications the features of GenICam cameras: a node
- map is made from the camera's description and connected to its registers.")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers for C and C++, CMake package and pkg-config module of libOxGenApi.")
-set(CPACK_COMPONENT_TOOL_DESCRIPTION "Command line tool: reads, writes, saves, compares and documents the features of a
- GenICam camera or of a simulated one, which comes with it as a library.")
-set(CPACK_COMPONENT_TRANSPORT_DESCRIPTION "GigE Vision and USB3 Vision cameras for the command line tool, through aravis.")
-set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Python package over libOxGenApi: the features of GenICam cameras as objects.")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "features of GenICam cameras, shared libraries
+A node map is made from a camera's XML description and connected to its
+registers; an application then reads and writes features by name, saves
+settings, and receives events and chunk data, through flat C functions.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "features of GenICam cameras, development files
+Headers for C and C++, CMake package and pkg-config module of libOxGenApi,
+and example programs in C, C++ and Python.")
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "features of GenICam cameras, command line tool
+Reads, writes, watches, saves, compares and documents the features of a
+camera or of the simulated one that comes with it, copies files into and
+out of cameras, and updates their firmware.")
+set(CPACK_COMPONENT_TRANSPORT_DESCRIPTION "GigE Vision and USB3 Vision cameras for oxgenapi
+Lets the command line tool reach cameras on a network or on USB, through
+aravis.")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "features of GenICam cameras, Python package
+The features of a camera as Python objects, over the shared library
+libOxGenApi.")
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -32,6 +59,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTOR
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME liboxgenapi${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(triggers "${PROJECT_SOURCE_DIR}/packaging/triggers")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${triggers}")
+set(CPACK_DEBIAN_TOOL_PACKAGE_CONTROL_EXTRA "${triggers}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liboxgenapi-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
