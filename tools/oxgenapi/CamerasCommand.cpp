@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "Commands.h"
+#include "Progress.h"
 #include "Transports.h"
 
 namespace tool {
@@ -15,11 +16,14 @@ Json toJson(const CameraEntry& camera) {
 
 void listCameras(Session& session) {
   std::vector<CameraEntry> cameras;
+  Progress progress(session.output(), "looking for cameras", 0, "");
+  progress.begin();
   for (const auto& transport : openTransports()) {
     for (CameraEntry& camera : transport->cameras()) {
       cameras.push_back(std::move(camera));
     }
   }
+  progress.clear();
   const Output& output = session.output();
   if (output.json()) {
     Json list = Json::array();

@@ -1,10 +1,13 @@
 #include <charconv>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <memory>
 
 #include "Changes.h"
 #include "Commands.h"
+#include "Interrupt.h"
+#include "Progress.h"
 #include "ShowValues.h"
 
 namespace tool {
@@ -13,24 +16,77 @@ namespace {
 struct ChunksOptions {
   std::vector<std::string> enable;
   int frames = 1;
+  bool csv = false;
   std::string buffer;
   std::vector<std::string> chunks;
 };
 
-void show(Session& session, const Image& image, Changes& changes) {
-  const Output& output = session.output();
-  if (!output.json()) {
-    output.line(output.name("frame " + std::to_string(image.frameId)) + ", " + std::to_string(image.data.size()) +
-                " bytes, " + std::to_string(image.chunks.size()) + " chunks");
+// A line of comma-separated values; what contains a comma, quote or line end stands in quotes.
+std::string csvLine(const std::vector<Json>& fields) {
+  std::string line;
+  for (const Json& field : fields) {
+    std::string text = field.is_string() ? field.get<std::string>() : field.is_null() ? "" : field.dump();
+    if (text.find_first_of(",\"\r\n") != text.npos) {
+      for (size_t at = 0; (at = text.find('"', at)) != text.npos; at += 2) {
+        text.insert(at, 1, '"');
+      }
+      text = '"' + text + '"';
+    }
+    line += (&field == &fields.front() ? "" : ",") + text;
   }
-  const Json features = showValues(session, changes.take());
-  if (output.json()) {
-    output.record({{"frame", image.frameId},
-                   {"bytes", image.data.size()},
-                   {"chunks", image.chunks.size()},
-                   {"features", features}});
-  }
+  return line;
 }
+
+// Prints the images' chunk features: lines for people, one JSON document an image, or a table with the columns that the
+// first image has.
+class Images {
+ public:
+  Images(Session& session, bool csv) : session_(session), csv_(csv) {}
+
+  void show(const Image& image, const std::vector<const Node*>& features) {
+    const Output& output = session_.output();
+    chunks_ += image.chunks.size();
+    if (csv_) {
+      row(image, valuesJson(session_, features));
+    } else if (output.json()) {
+      output.record({{"frame", image.frameId},
+                     {"bytes", image.data.size()},
+                     {"chunks", image.chunks.size()},
+                     {"features", valuesJson(session_, features)}});
+      return;
+    } else {
+      output.line(output.name("frame " + std::to_string(image.frameId)) + ", " + std::to_string(image.data.size()) +
+                  " bytes, " + std::to_string(image.chunks.size()) + " chunks");
+      showValues(session_, features);
+    }
+    std::fflush(stdout);
+  }
+
+  // Of all images shown.
+  size_t chunks() const { return chunks_; }
+
+ private:
+  void row(const Image& image, const Json& values) {
+    if (columns_.empty()) {
+      columns_ = {"frame", "bytes"};
+      for (const auto& [name, value] : values.items()) {
+        columns_.emplace_back(name);
+      }
+      session_.output().line(csvLine(columns_));
+    }
+    std::vector<Json> fields{image.frameId, image.data.size()};
+    for (size_t column = fields.size(); column < columns_.size(); ++column) {
+      const auto found = values.find(columns_[column].get<std::string>());
+      fields.push_back(found == values.end() || found->is_object() ? Json() : *found);
+    }
+    session_.output().line(csvLine(fields));
+  }
+
+  Session& session_;
+  bool csv_;
+  std::vector<Json> columns_;
+  size_t chunks_ = 0;
+};
 
 // The image's chunks are attached only while the result lives: the features must not look into a buffer that is gone.
 oxgenapi::AttachedChunks attached(const NodeMap& map, Image& image) {
@@ -51,8 +107,12 @@ void acquire(Session& session, const ChunksOptions& options) {
     map.node("ChunkEnable").set("true");
   }
   Changes changes(map, valueFeatures(map));
+  Images images(session, options.csv);
+  Progress progress(session.output(), "chunks", static_cast<uint64_t>(options.frames), "frames");
+  const Interrupt interrupt;
   map.node("AcquisitionStart").execute();
-  for (int frame = 0; frame < options.frames; ++frame) {
+  for (int frame = 0; frame < options.frames && !interrupt.requested(); ++frame) {
+    progress.reach(static_cast<uint64_t>(frame));
     Image image = session.device().nextImage();
     if (image.data.empty()) {
       session.report(Failure(OXGENAPI_E_UNSPECIFIED, "The device sends no image now"));
@@ -60,9 +120,13 @@ void acquire(Session& session, const ChunksOptions& options) {
     }
     changes.take();
     const oxgenapi::AttachedChunks chunks = attached(map, image);
-    show(session, image, changes);
+    progress.clear();
+    images.show(image, changes.take());
   }
   map.node("AcquisitionStop").execute();
+  if (images.chunks() == 0 && !session.output().json()) {
+    session.output().hint("The images have no chunks. --enable switches chunks on, entries of ChunkSelector.");
+  }
 }
 
 // "a001:0:8": ID in hexadecimal digits, offset and length in bytes.
@@ -94,24 +158,33 @@ void attach(Session& session, const ChunksOptions& options) {
   }
   Changes changes(session.map(), valueFeatures(session.map()));
   const oxgenapi::AttachedChunks chunks = attached(session.map(), image);
-  show(session, image, changes);
+  Images(session, options.csv).show(image, changes.take());
 }
 
 }  // namespace
 
 void addChunks(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<ChunksOptions>();
-  CLI::App* chunks = app.add_subcommand("chunks", "Attach the chunk data of images and show the features in it");
-  chunks->require_subcommand(1);
+  CLI::App* chunks = app.add_subcommand("chunks", "Take images with the device and show the features in their chunks");
+  chunks->require_subcommand(0, 1);
   chunks->fallthrough();
-  chunks->footer("Example:\n  oxgenapi chunks acquire --enable Timestamp,ExposureTime --frames 2");
-  CLI::App* live = chunks->add_subcommand("acquire", "Take images with the device");
-  live->add_option("--enable", options->enable, "Chunks to switch on first, entries of ChunkSelector")->delimiter(',');
-  live->add_option("--frames", options->frames, "Number of images")
+  chunks->footer(
+      "Example:\n"
+      "  oxgenapi chunks --enable Timestamp,ExposureTime --frames 2\n"
+      "  oxgenapi chunks --enable Timestamp --frames 100 --csv > frames.csv");
+  chunks->add_option("--enable", options->enable, "Chunks to switch on first, entries of ChunkSelector")
+      ->delimiter(',')
+      ->type_name("CHUNK");
+  chunks->add_option("--frames", options->frames, "Number of images")
       ->check(CLI::Range(1, 1000000))
       ->capture_default_str();
-  live->callback([&chosen, options] { chosen = [options](Session& session) { acquire(session, *options); }; });
-  CLI::App* given = chunks->add_subcommand("attach", "Attach chunks of a buffer in a file");
+  chunks->add_flag("--csv", options->csv, "Print a table: comma-separated values, one line an image");
+  chunks->callback([&chosen, options, chunks] {
+    if (chunks->get_subcommands().empty()) {
+      chosen = [options](Session& session) { acquire(session, *options); };
+    }
+  });
+  CLI::App* given = chunks->add_subcommand("attach", "Attach chunks of a buffer in a file instead");
   given->add_option("buffer", options->buffer, "File with the buffer")
       ->required()
       ->type_name("FILE")
@@ -119,7 +192,12 @@ void addChunks(CLI::App& app, Action& chosen) {
   given->add_option("chunk", options->chunks, "Chunks: hexadecimal ID, offset and length in bytes")
       ->required()
       ->type_name("ID:OFFSET:LENGTH");
+  given->footer("Example:\n  oxgenapi chunks attach image.bin a001:307200:8");
   given->callback([&chosen, options] { chosen = [options](Session& session) { attach(session, *options); }; });
+  // The command without a word does the same.
+  chunks->add_subcommand("acquire", "Take images with the device")->group("")->callback([&chosen, options] {
+    chosen = [options](Session& session) { acquire(session, *options); };
+  });
 }
 
 }  // namespace tool

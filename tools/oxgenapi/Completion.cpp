@@ -25,7 +25,7 @@ bool takesValue(const CLI::Option& option) {
 }
 
 std::vector<CLI::App*> commandsOf(CLI::App& app) {
-  return app.get_subcommands([](const CLI::App*) { return true; });
+  return app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); });
 }
 
 CLI::App* commandOf(CLI::App& app, const std::string& name) {
@@ -53,7 +53,7 @@ std::string settledPart(const CLI::Option& option, const std::string& word) {
 }  // namespace
 
 std::vector<Candidate> completions(CLI::App& app, const std::vector<std::string>& words,
-                                   const std::function<std::vector<std::string>()>& features) {
+                                   const std::function<std::vector<std::string>(bool all)>& names) {
   const std::string last = words.empty() ? "" : words.back();
   CLI::App* command = &app;
   const CLI::Option* valueOf = nullptr;  // the option whose value comes next
@@ -72,8 +72,15 @@ std::vector<Candidate> completions(CLI::App& app, const std::vector<std::string>
   std::vector<Candidate> found;
   const auto addFeatures = [&](const CLI::Option& option) {
     const std::string settled = settledPart(option, last);
-    for (const std::string& name : features()) {
-      found.push_back({settled + name + (option.get_type_name() == "NAME=VALUE" ? "=" : ""), {}});
+    for (const bool all : {false, true}) {
+      for (const std::string& name : names(all)) {
+        if ((settled + name).starts_with(last)) {
+          found.push_back({settled + name + (option.get_type_name() == "NAME=VALUE" ? "=" : ""), {}});
+        }
+      }
+      if (!found.empty()) {
+        break;
+      }
     }
   };
   if (valueOf != nullptr) {

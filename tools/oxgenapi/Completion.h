@@ -14,9 +14,10 @@ struct Candidate {
 };
 
 // What can stand in the place of the last of `words`, which follow the program's name: commands, options, and where a
-// feature is asked for what `features` yields. Nothing where only a file or free text fits.
+// feature is asked for what `names` yields: the device's features, or with true all its nodes, where no feature fits.
+// Nothing where only a file or free text fits.
 std::vector<Candidate> completions(CLI::App& app, const std::vector<std::string>& words,
-                                   const std::function<std::vector<std::string>()>& features);
+                                   const std::function<std::vector<std::string>(bool all)>& names);
 
 // The script that teaches a shell ("bash", "zsh", "fish") to ask this program.
 std::string completionScript(const std::string& shell);

@@ -1,10 +1,13 @@
 #include <chrono>
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <thread>
 
 #include "Changes.h"
 #include "Commands.h"
+#include "Interrupt.h"
+#include "Progress.h"
 #include "ShowValues.h"
 
 namespace tool {
@@ -17,7 +20,7 @@ constexpr std::chrono::milliseconds kDeliveryPause{10};
 struct EventsOptions {
   std::vector<std::string> enable;
   std::vector<std::string> execute;
-  double seconds = 1;
+  double seconds = 5;
   std::string id;
   std::vector<std::string> payload;
 };
@@ -51,17 +54,18 @@ void deliver(Session& session, Changes& changes, const EventMessage& message) {
   changes.take();
   session.map().deliverEvent({message.id.c_str(), message.payload.data(), message.payload.size()});
   const Output& output = session.output();
-  if (!output.json()) {
-    output.line(output.name("event " + message.id));
-  }
-  const Json features = showValues(session, changes.take());
   if (output.json()) {
-    output.record({{"event", message.id}, {"features", features}});
+    output.record({{"event", message.id}, {"features", valuesJson(session, changes.take())}});
+  } else {
+    output.line(output.name("event " + message.id));
+    showValues(session, changes.take());
+    std::fflush(stdout);
   }
 }
 
 void listen(Session& session, const EventsOptions& options) {
   const NodeMap& map = session.map();
+  const Interrupt interrupt;
   Changes changes(map, valueFeatures(map));
   for (const std::string& event : options.enable) {
     map.node("EventSelector").set(event);
@@ -70,17 +74,26 @@ void listen(Session& session, const EventsOptions& options) {
   for (const std::string& command : options.execute) {
     map.node(command).execute();
   }
-  const auto end = Clock::now() + std::chrono::duration<double>(options.seconds);
+  const auto start = Clock::now();
+  Progress progress(session.output(), "events", 0, "events");
+  uint64_t delivered = 0;
   while (true) {
+    const double passed = std::chrono::duration<double>(Clock::now() - start).count();
     // What came before the end is shown, however late this thread gets to it.
-    const bool last = Clock::now() >= end;
+    const bool last = passed >= options.seconds || interrupt.requested();
     while (const std::optional<EventMessage> message = session.device().nextEvent()) {
+      progress.clear();
       deliver(session, changes, *message);
+      ++delivered;
     }
     if (last) {
-      return;
+      break;
     }
+    progress.reach(delivered, passed / options.seconds);
     std::this_thread::sleep_for(kDeliveryPause);
+  }
+  if (delivered == 0 && !session.output().json()) {
+    session.output().hint("No event came. --enable switches events on, entries of EventSelector.");
   }
 }
 
@@ -98,22 +111,32 @@ void send(Session& session, const EventsOptions& options) {
 void addEvents(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<EventsOptions>();
   CLI::App* events =
-      app.add_subcommand("events", "Deliver the device's event messages and show the features they fill");
-  events->require_subcommand(1);
+      app.add_subcommand("events", "Deliver the event messages that the device sends and show the features they fill");
+  events->require_subcommand(0, 1);
   events->fallthrough();
-  events->footer("Example:\n  oxgenapi events listen --enable Test --exec TestEventGenerate");
-  events->add_subcommand("list", "Show which nodes carry which event ID")->callback([&chosen] { chosen = list; });
-  CLI::App* live = events->add_subcommand("listen", "Deliver what the device sends");
-  live->add_option("--enable", options->enable, "Events to switch on first, entries of EventSelector")->delimiter(',');
-  live->add_option("--exec", options->execute, "Commands to execute then")->delimiter(',')->type_name("NAME");
-  live->add_option("--seconds", options->seconds, "How long to listen")
+  events->footer("Example:\n  oxgenapi events --enable Test --exec TestEventGenerate --seconds 2");
+  events->add_option("--enable", options->enable, "Events to switch on first, entries of EventSelector")
+      ->delimiter(',')
+      ->type_name("EVENT");
+  events->add_option("--exec", options->execute, "Commands to execute then")->delimiter(',')->type_name("A,B");
+  events->add_option("--seconds", options->seconds, "How long to listen")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
-  live->callback([&chosen, options] { chosen = [options](Session& session) { listen(session, *options); }; });
+  events->callback([&chosen, options, events] {
+    if (events->get_subcommands().empty()) {
+      chosen = [options](Session& session) { listen(session, *options); };
+    }
+  });
+  events->add_subcommand("list", "Show which nodes carry which event ID")->callback([&chosen] { chosen = list; });
   CLI::App* one = events->add_subcommand("deliver", "Deliver a message given here");
   one->add_option("id", options->id, "Event ID, hexadecimal digits")->required()->type_name("ID");
   one->add_option("payload", options->payload, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");
+  one->footer("Example:\n  oxgenapi events deliver 9040 00 00 00 00 00 00 04 d2");
   one->callback([&chosen, options] { chosen = [options](Session& session) { send(session, *options); }; });
+  // The command without a word does the same.
+  events->add_subcommand("listen", "Deliver what the device sends")->group("")->callback([&chosen, options] {
+    chosen = [options](Session& session) { listen(session, *options); };
+  });
 }
 
 }  // namespace tool

@@ -142,29 +142,33 @@ void remove(Session& session, const FilesOptions& options) {
 
 void addFiles(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<FilesOptions>();
-  const auto add = [&](CLI::App* files, const char* name, const char* help,
+  CLI::App* files = app.add_subcommand("files", "List, copy and delete the files inside the device");
+  files->require_subcommand(1);
+  files->fallthrough();
+  const auto add = [&](const char* name, const char* help, const std::string& example,
                        void (*run)(Session&, const FilesOptions&)) {
     CLI::App* command = files->add_subcommand(name, help);
-    command->add_option("entry", options->entry, "Device file, an entry of FileSelector")->required();
+    command->footer("Example:\n  oxgenapi files " + example);
+    command->add_option("entry", options->entry, "Device file, an entry of FileSelector")
+        ->required()
+        ->type_name("DEVICEFILE");
     command->callback(
         [&chosen, options, run] { chosen = [options, run](Session& session) { run(session, *options); }; });
     return command;
   };
-  CLI::App* files = app.add_subcommand("files", "List, copy and delete the files inside the device");
-  files->require_subcommand(1);
-  files->fallthrough();
-  files->add_subcommand("list", "List the device's files, their sizes and what they can be opened for")
-      ->callback([&chosen] { chosen = list; });
-  add(files, "get", "Copy a device file to a file here", get)
+  CLI::App* all = files->add_subcommand("list", "List the device's files, their sizes and what they can be opened for");
+  all->callback([&chosen] { chosen = list; });
+  all->footer("Example:\n  oxgenapi files list --json");
+  add("get", "Copy a device file to a file here", "get UserFile1 settings.bin", get)
       ->add_option("file", options->file, "File to write")
       ->required()
       ->type_name("FILE");
-  add(files, "put", "Copy a file to the device", put)
+  add("put", "Copy a file to the device", "put UserFile1 settings.bin", put)
       ->add_option("file", options->file, "File to read")
       ->required()
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
-  add(files, "rm", "Delete a device file", remove);
+  add("rm", "Delete a device file", "rm UserFile1", remove);
   files->footer("Example:\n  oxgenapi files get UserFile1 settings.bin");
 }
 

@@ -3,6 +3,7 @@
 
 #include "Commands.h"
 #include "Transfer.h"
+#include "UpdatePackage.h"
 
 namespace tool {
 namespace {
@@ -51,7 +52,8 @@ void update(Session& session, const FirmwareOptions& options) {
     throw UsageError("firmware update: the file has no entry " + std::to_string(options.entry));
   }
   const NodeMap map = session.map();  // restarting replaces the session's
-  Transfer transfer(session, options.file, 0);
+  // Of several entries nobody knows which data files belong to this one.
+  Transfer transfer(session, options.file, updater.entryCount() == 1 ? dataBytesIn(options.file) : 0);
   updater.update(map, options.entry, [&](unsigned durationMs, unsigned delayMs) {
     return session.restart(std::chrono::milliseconds(delayMs), std::chrono::milliseconds(durationMs));
   });
@@ -72,6 +74,7 @@ void addFirmware(CLI::App& app, Action& chosen) {
   firmware->fallthrough();
   const auto add = [&](const char* name, const char* help, void (*run)(Session&, const FirmwareOptions&)) {
     CLI::App* command = firmware->add_subcommand(name, help);
+    command->footer(std::string("Example:\n  oxgenapi firmware ") + name + " camera.guf");
     command->add_option("file", options->file, "Update file")->required()->type_name("FILE")->check(CLI::ExistingFile);
     command->callback(
         [&chosen, options, run] { chosen = [options, run](Session& session) { run(session, *options); }; });

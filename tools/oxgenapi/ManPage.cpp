@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "Help.h"
+
 namespace tool {
 namespace {
 
@@ -30,7 +32,8 @@ std::string nameOf(const CLI::Option& option) {
     text += "\\fB\\-\\-" + escaped(name) + "\\fR, ";
   }
   text.resize(text.size() - 2);
-  return option.get_items_expected_max() > 0 ? text + " \\fI" + escaped(option.get_type_name()) + "\\fR" : text;
+  const std::string value = valueName(option);
+  return value.empty() ? text : text + " \\fI" + escaped(value) + "\\fR";
 }
 
 std::string options(const CLI::App& app) {
@@ -46,7 +49,7 @@ std::string footer(const CLI::App& app) {
 }
 
 void addCommands(std::string& text, CLI::App& app, const std::string& prefix) {
-  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+  for (CLI::App* command : app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); })) {
     const std::string name = prefix + command->get_name();
     text += ".SS " + escaped(name) + "\n" + escaped(command->get_description()) + ".\n" + options(*command);
     addCommands(text, *command, name + " ");

@@ -32,8 +32,8 @@ void addPeek(CLI::App& app, Action& chosen) {
       ->required()
       ->type_name("LENGTH")
       ->check(CLI::Range(int64_t{1}, kLargestPeek));
-  command->add_option("--port", options->port, "Port node to read through")->capture_default_str();
-  command->footer("Example:\n  oxgenapi peek 0x1000 16");
+  command->add_option("--port", options->port, "Port node to read through")->type_name("NAME")->capture_default_str();
+  command->footer("Example:\n  oxgenapi peek 0x1c098 16");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
 }
 

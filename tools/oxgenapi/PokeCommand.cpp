@@ -28,8 +28,8 @@ void addPoke(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("poke", "Write bytes to the device's address space");
   command->add_option("address", options->address, "First address, decimal or 0x...")->required()->type_name("ADDRESS");
   command->add_option("bytes", options->bytes, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");
-  command->add_option("--port", options->port, "Port node to write through")->capture_default_str();
-  command->footer("Example:\n  oxgenapi poke 0x1000 00 00 04 d2");
+  command->add_option("--port", options->port, "Port node to write through")->type_name("NAME")->capture_default_str();
+  command->footer("Example:\n  oxgenapi poke 0x1c098 00 00 04 d2");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
 }
 

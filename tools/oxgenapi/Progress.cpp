@@ -70,7 +70,10 @@ std::string Progress::summary(uint64_t done) const {
 
 std::string Progress::rate(uint64_t done) const {
   const double perSecond = static_cast<double>(done) / std::max(seconds(), 1e-9);
-  return unit_ == "bytes" ? decimal(perSecond / 1e6, 1) + " MB/s" : decimal(perSecond, perSecond < 10 ? 1 : 0) + "/s";
+  if (unit_ != "bytes") {
+    return decimal(perSecond, perSecond < 10 ? 1 : 0) + "/s";
+  }
+  return perSecond < 1e6 ? decimal(perSecond / 1e3, 1) + " kB/s" : decimal(perSecond / 1e6, 1) + " MB/s";
 }
 
 void Progress::show(uint64_t done, double fraction) {

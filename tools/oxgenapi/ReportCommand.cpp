@@ -109,8 +109,8 @@ std::string plainText(const Json& report) {
 
 void writeReport(Session& session, const std::string& path) {
   const Json document = report(session);
-  const std::string text =
-      session.output().json() ? document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n" : plainText(document);
+  const std::string text = session.output().json() ? document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"
+                                                   : plainText(document);
   if (path.empty()) {
     session.output().line(std::string_view(text).substr(0, text.size() - 1));
     return;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "NearNames.h"
+#include "Progress.h"
 #include "RemoteCamera.h"
 
 namespace tool {
@@ -69,6 +70,8 @@ NodeMap& Session::restart(std::chrono::milliseconds delay, std::chrono::millisec
 
 void Session::open() {
   if (!options_.camera.empty()) {
+    Progress progress(output_, "looking for " + options_.camera, 0, "");
+    progress.begin();
     device_ = openRemoteCamera(options_.camera);
   } else {
     device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.xml, options_.memory);
@@ -79,7 +82,12 @@ void Session::open() {
 
 NodeMap Session::load() {
   NodeMap map;
+  Progress progress(output_, "fetching the description", 0, "");
+  if (!options_.camera.empty()) {
+    progress.begin();
+  }
   device_->describe(map);
+  progress.clear();
   connect(map);
   return map;
 }

@@ -1,4 +1,4 @@
-// The values of a group of nodes below a heading, as events and images bring them.
+// The values of a group of nodes, as events and images bring them. Nodes that are not readable are left out.
 #pragma once
 
 #include <vector>
@@ -7,8 +7,10 @@
 
 namespace tool {
 
-// One indented line each in text output; in JSON output nothing is printed. Returns name and value, or name and error,
-// of each. Nodes that are not readable are left out.
-Json showValues(Session& session, const std::vector<const Node*>& nodes);
+// Name and value of each as members of one object; what fails is reported and stands there as {"error": ...}.
+Json valuesJson(Session& session, const std::vector<const Node*>& nodes);
+
+// One indented line each.
+void showValues(Session& session, const std::vector<const Node*>& nodes);
 
 }  // namespace tool

@@ -5,8 +5,6 @@
 namespace tool {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
-
 // Where the file data passes. A device without the feature has no files, and nothing is counted.
 int64_t addressOfBuffer(const NodeMap& map) {
   try {
@@ -23,22 +21,16 @@ Transfer::Transfer(Session& session, std::string name, uint64_t size)
       progress_(session.output(), std::move(name), size, "bytes"),
       size_(size),
       bufferAddress_(addressOfBuffer(session.map())) {
-  interrupted = 0;
-  struct sigaction action {};
-  action.sa_handler = [](int) { interrupted = 1; };
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
-  sigaction(SIGINT, &action, &former_);
   session_.port().watch(this);
 }
 
 Transfer::~Transfer() {
   session_.port().watch(nullptr);
-  sigaction(SIGINT, &former_, nullptr);
 }
 
 bool Transfer::mayAccess() {
-  progress_.reach(bytes_);
-  if (interrupted == 0 || isStopped_) {
+  progress_.reach(size_ == 0 ? bytes_ : std::min(bytes_, size_));  // the last block may have been filled up
+  if (!interrupt_.requested() || isStopped_) {
     return true;
   }
   isStopped_ = true;
@@ -48,9 +40,6 @@ bool Transfer::mayAccess() {
 void Transfer::accessed(int64_t address, int64_t length) {
   if (address == bufferAddress_) {
     bytes_ += static_cast<uint64_t>(length);
-    if (size_ != 0) {
-      bytes_ = std::min(bytes_, size_);  // the last block may have been filled up
-    }
   }
 }
 

@@ -1,10 +1,10 @@
 // A transfer of a device file, followed at the port: shows how far it has come, and ends cleanly on Ctrl-C.
 #pragma once
 
-#include <csignal>
 #include <cstdint>
 #include <string>
 
+#include "Interrupt.h"
 #include "Progress.h"
 #include "Session.h"
 
@@ -35,7 +35,7 @@ class Transfer final : public PortWatcher {
   int64_t bufferAddress_;
   uint64_t bytes_ = 0;
   bool isStopped_ = false;
-  struct sigaction former_ {};
+  Interrupt interrupt_;
 };
 
 }  // namespace tool

@@ -97,11 +97,12 @@ void run(Session& session, const TreeOptions& options) {
 void addTree(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<TreeOptions>();
   CLI::App* command = app.add_subcommand("tree", "Show the categories and their features");
-  command->add_option("category", options->root, "Category to start at")->capture_default_str();
+  command->add_option("category", options->root, "Category to start at")->type_name("NAME")->capture_default_str();
   command->add_option("-d,--depth", options->depth, "Levels below the start; 0: all")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
   command->add_option("-v,--visibility", options->visibility, "Highest visibility shown (default: guru)")
+      ->type_name("beginner|expert|guru")
       ->transform(CLI::CheckedTransformer(std::map<std::string, int>{{"beginner", 0}, {"expert", 1}, {"guru", 2}},
                                           CLI::ignore_case));
   command->add_flag("--values", options->values, "Read and show the values");

@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <memory>
 #include <thread>
 
 #include "Assignment.h"
 #include "Changes.h"
 #include "Commands.h"
+#include "Interrupt.h"
 #include "Value.h"
 
 namespace tool {
@@ -16,8 +16,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr double kLongestWatch = 1e9;                   // seconds; about thirty years
 constexpr std::chrono::milliseconds kLongestSleep{50};  // an interrupt waits no longer
-
-volatile std::sig_atomic_t interrupted = 0;
 
 struct WatchOptions {
   std::vector<std::string> names;
@@ -53,19 +51,18 @@ void show(Session& session, const Node& node, int64_t timeMs) {
 }
 
 // False: interrupted.
-bool sleepUntil(Clock::time_point end) {
-  while (interrupted == 0 && Clock::now() < end) {
+bool sleepUntil(Clock::time_point end, const Interrupt& interrupt) {
+  while (!interrupt.requested() && Clock::now() < end) {
     std::this_thread::sleep_for(std::min<Clock::duration>(end - Clock::now(), kLongestSleep));
   }
-  return interrupted == 0;
+  return !interrupt.requested();
 }
 
 void run(Session& session, const WatchOptions& options) {
   const std::vector<Assignment> assignments = parseAssignments(options.assignments);
   const NodeMap& map = session.map();
   Changes changes(map, options.names);
-  interrupted = 0;
-  const auto previous = std::signal(SIGINT, [](int) { interrupted = 1; });
+  const Interrupt interrupt;
   const auto start = Clock::now();
   auto polled = start;
   for (const std::string& name : options.names) {
@@ -82,14 +79,14 @@ void run(Session& session, const WatchOptions& options) {
     for (const Node* node : changes.take()) {
       show(session, *node, elapsedMs(start));
     }
-    if (!sleepUntil(std::min(Clock::now() + std::chrono::milliseconds(options.pollMs), end)) || Clock::now() >= end) {
+    if (!sleepUntil(std::min(Clock::now() + std::chrono::milliseconds(options.pollMs), end), interrupt) ||
+        Clock::now() >= end) {
       break;
     }
     const int64_t sinceMs = elapsedMs(polled);
     polled += std::chrono::milliseconds(sinceMs);
     map.poll(static_cast<int32_t>(std::min<int64_t>(sinceMs, INT32_MAX)));
   }
-  std::signal(SIGINT, previous);
 }
 
 }  // namespace

@@ -5,9 +5,12 @@
 #include <exception>
 #include <iostream>
 #include <map>
+#include <memory>
+#include <optional>
 
 #include "Commands.h"
 #include "Completion.h"
+#include "Help.h"
 #include "ManPage.h"
 #include "Versions.h"
 
@@ -39,18 +42,29 @@ void addOptions(CLI::App& app, tool::Options& options) {
       ->excludes(state);
   app.add_flag("--json", options.json, "Print JSON");
   app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
+      ->type_name("WHEN")
       ->transform(CLI::CheckedTransformer(std::map<std::string, Colour>{
           {"auto", Colour::automatic}, {"always", Colour::always}, {"never", Colour::never}}));
+  app.set_version_flag(
+      "--version", [] { return "oxgenapi " + tool::libraryVersion(); }, "Print the version and exit");
 }
 
 void addCommands(CLI::App& app, tool::Action& chosen) {
-  for (const auto add :
-       {tool::addInfo,     tool::addTree,      tool::addGet,      tool::addSet,     tool::addExec,     tool::addNodes,
-        tool::addDescribe, tool::addWatch,     tool::addPeek,     tool::addPoke,    tool::addRegister, tool::addSave,
-        tool::addLoad,     tool::addDiff,      tool::addSnapshot, tool::addFiles,   tool::addFirmware, tool::addGuf,
-        tool::addEvents,   tool::addChunks,    tool::addLint,     tool::addCameras, tool::addXml,      tool::addDoc,
-        tool::addReport,   tool::addCompletion}) {
-    add(app, chosen);
+  using Add = void (*)(CLI::App&, tool::Action&);
+  const std::pair<const char*, std::vector<Add>> groups[] = {
+      {"Features",
+       {tool::addInfo, tool::addTree, tool::addGet, tool::addSet, tool::addExec, tool::addDescribe, tool::addWatch}},
+      {"Settings", {tool::addSave, tool::addLoad, tool::addDiff, tool::addSnapshot}},
+      {"What the device holds and sends",
+       {tool::addFiles, tool::addFirmware, tool::addGuf, tool::addEvents, tool::addChunks}},
+      {"Registers", {tool::addPeek, tool::addPoke, tool::addRegister}},
+      {"Descriptions", {tool::addXml, tool::addNodes, tool::addLint, tool::addDoc}},
+      {"Also", {tool::addCameras, tool::addReport, tool::addCompletion}}};
+  for (const auto& [title, commands] : groups) {
+    for (const Add add : commands) {
+      add(app, chosen);
+      app.get_subcommands([](const CLI::App*) { return true; }).back()->group(title);
+    }
   }
 }
 
@@ -90,14 +104,23 @@ bool answer(CLI::App& app, const tool::Options& options, std::vector<std::string
   if (request != tool::kCompletionRequest) {
     return false;
   }
-  const auto features = [&] {
-    try {
-      app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
-    } catch (const CLI::ParseError&) {  // it is not whole yet; the options before the gap have been read
+  std::optional<tool::Session> session;
+  const auto names = [&](bool all) {
+    if (!session) {
+      try {
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+      } catch (const CLI::ParseError&) {  // it is not whole yet; the options before the gap have been read
+      }
+      session.emplace(options);
     }
-    return tool::Session(options).map().nodeNames();
+    std::vector<std::string> found = session->map().nodeNames();
+    std::erase_if(found, [&](const std::string& name) {
+      const auto node = session->map().tryNode(name);
+      return !all && !(node && node->infoBoolean(NI_IsFeature));
+    });
+    return found;
   };
-  for (const tool::Candidate& candidate : tool::completions(app, words, features)) {
+  for (const tool::Candidate& candidate : tool::completions(app, words, names)) {
     std::cout << candidate.word << (candidate.description.empty() ? "" : "\t" + candidate.description) << '\n';
   }
   return true;
@@ -113,9 +136,10 @@ int main(int argc, char** argv) {
   try {
     app.require_subcommand(1);
     app.fallthrough();
-    app.footer(kExitStatus);
+    app.formatter(std::make_shared<tool::HelpFormatter>());
     addOptions(app, options);
     addCommands(app, chosen);
+    app.footer(kExitStatus);  // of the program alone: set last, it is not handed down
     if (answer(app, options, {argv + std::min(argc, 1), argv + argc})) {
       return 0;
     }

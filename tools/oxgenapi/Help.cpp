@@ -1,0 +1,25 @@
+#include "Help.h"
+
+namespace tool {
+
+std::string valueName(const CLI::Option& option) {
+  if (option.get_items_expected_max() == 0) {
+    return "";
+  }
+  const std::string type = option.get_type_name();
+  const std::string name = type.substr(0, type.find(':'));  // checks add theirs behind a colon
+  return name == "INT" || name == "UINT" || name == "FLOAT" ? "NUMBER" : name;
+}
+
+std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
+  std::string text = valueName(*option);
+  text += option->get_items_expected_max() > 1 ? " ..." : "";
+  return text.empty() ? "" : " " + text;
+}
+
+std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
+  const std::string value = option->get_default_str();
+  return option->get_description() + (value.empty() || value == "false" ? "" : " (default: " + value + ")");
+}
+
+}  // namespace tool

@@ -1,0 +1,19 @@
+// How help, the manual page and wrong usage show options.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace tool {
+
+// What stands for an option's value: "FILE", "NUMBER"; empty for a flag.
+std::string valueName(const CLI::Option& option);
+
+// Options without the names of their checks; defaults behind the text.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_opts(const CLI::Option* option) const override;
+  std::string make_option_desc(const CLI::Option* option) const override;
+};
+
+}  // namespace tool
