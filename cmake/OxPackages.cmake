@@ -19,8 +19,11 @@ ox_package_documents(runtime liboxgenapi${PROJECT_VERSION_MAJOR})
 ox_package_documents(development liboxgenapi-dev)
 ox_package_documents(tool oxgenapi)
 ox_package_documents(python python3-oxgenapi)
+# Everything that packages hold, without the tests.
+add_custom_target(packaged DEPENDS oxgenapi OxSimulatedCamera OxCameraUpdate)
 if(TARGET OxTransportAravis)
   ox_package_documents(transport oxgenapi-transport-aravis)
+  add_dependencies(packaged OxTransportAravis)
 endif()
 
 set(CPACK_PACKAGE_NAME oxgenapi)

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import enum
+import sys
 from ctypes import byref, c_bool, c_double, c_int32, c_int64, c_uint32, c_void_p
 from typing import TYPE_CHECKING, Any, Callable, Optional, Union
 
@@ -69,6 +70,11 @@ _NAME, _DISPLAY_NAME, _ACCESS, _MAX, _MIN, _INCREMENT = 0, 1, 2, 3, 4, 5
 _STREAMABLE, _TOOL_TIP, _DESCRIPTION, _VISIBILITY, _POLLING, _EVENT_ID = 7, 9, 10, 11, 12, 13
 _ADDRESS, _LENGTH, _REPRESENTATION, _UNIT, _DEPRECATED = 14, 15, 16, 17, 19
 _CHILDREN, _SELECTED, _ENTRIES, _SELECTING = 0, 1, 2, 3
+
+
+# Limits that say there is none.
+_LOWEST = (-(1 << 63), -sys.float_info.max)
+_HIGHEST = ((1 << 63) - 1, sys.float_info.max)
 
 
 class Node:
@@ -277,7 +283,9 @@ class Node:
             parts = [f"{self._name} = {self._shown()}" if self.readable and self._has_value() else self._name]
             if self._type in (NodeType.Integer, NodeType.Float) and access > Access.NotAvailable:
                 step = self.increment if self._type is NodeType.Integer else None
-                parts.append(f"{self.min} .. {self.max}" + (f" step {step}" if step not in (None, 1) else ""))
+                low, high = self.min, self.max
+                if low not in _LOWEST or high not in _HIGHEST:
+                    parts.append(f"{low} .. {high}" + (f" step {step}" if step not in (None, 1) else ""))
             elif self._type is NodeType.Enumeration and access > Access.NotAvailable:
                 parts.append("|".join(self.entries))
             elif not self._has_value():

@@ -80,6 +80,7 @@ class Discovery(CameraTest):
         self.assertRegex(repr(cam.ExposureTime), r"^<ExposureTime = 5000.0 us, [\d.]+ .. [\d.]+, ReadWrite>$")
         self.assertRegex(repr(cam.Width), r"^<Width = \d+ px, 16 .. \d+ step 4, ReadWrite>$")
         self.assertRegex(repr(cam.ExposureAuto), r"Off\|.*ReadWrite>$")
+        self.assertEqual(repr(cam.AcquisitionResultingFrameRate), "<AcquisitionResultingFrameRate = 25.0 Hz, ReadOnly>")
         self.assertEqual(repr(cam.TestCommand), "<TestCommand, Command, ReadWrite>")
         self.assertEqual(repr(cam), f"<NodeMap {cam.vendor} {cam.model}>")
         self.assertIn("No NodeMap", repr(NodeMap()))
