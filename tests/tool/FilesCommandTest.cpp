@@ -40,12 +40,8 @@ TEST_F(FilesCommand, ADeviceNeedNotTellSizes) {
     return "<Enumeration Name='" + name + "'><EnumEntry Name='" + entry + "'><Value>0</Value></EnumEntry>" +
            "<Value>0</Value></Enumeration>";
   };
-  write("device.xml",
-        "<RegisterDescription ModelName='M' VendorName='V' StandardNameSpace='None' SchemaMajorVersion='1' "
-        "SchemaMinorVersion='1' SchemaSubMinorVersion='0' MajorVersion='1' MinorVersion='0' SubMinorVersion='0' "
-        "ProductGuid='P' VersionGuid='V' xmlns='http://www.genicam.org/GenApi/Version_1_1'>" +
-            choice("FileSelector", "Log") + choice("FileOpenMode", "Read") + "</RegisterDescription>");
-  EXPECT_EQ(runJson({"--xml", "device.xml", "files", "list"}),
+  const std::string xml = describe("", choice("FileSelector", "Log") + choice("FileOpenMode", "Read"));
+  EXPECT_EQ(runJson({"--xml", xml, "files", "list"}),
             (nlohmann::json::array({{{"name", "Log"}, {"size", nullptr}, {"access", "RO"}}})));
 }
 

@@ -62,6 +62,7 @@ TEST_F(Reference, ManualPageHasEveryCommand) {
 TEST_F(Reference, UnknownFeatureComesWithTheNamesThatAreNear) {
   EXPECT_THAT(run({"get", "ExposureTme"}).err, HasSubstr("Did you mean ExposureTime?"));
   EXPECT_THAT(run({"set", "width=5"}).err, HasSubstr("Did you mean Width?"));
+  EXPECT_EQ(run({"describ", "Width"}).err, "oxgenapi: there is no command 'describ'\n  Did you mean describe?\n");
   EXPECT_THAT(run({"get", "Zzzzzzzzz"}).err, Not(HasSubstr("Did you mean")));
 }
 

@@ -72,11 +72,16 @@ TEST_F(SettingsCommand, FailuresNameTheFile) {
 }
 
 TEST_F(SettingsCommand, LoadReportsBadLinesAndStopsOnlyWhenAsked) {
-  const std::string file = write("bad.settings", "Width = \"none\"\nNoSuchFeature = \"1\"\nHeight = \"64\"\n");
+  std::string text = "Width = \"none\"\nNoSuchFeature = \"1\"\n";
+  for (int line = 3; line < 300; ++line) {
+    text += "Height = \"64\"\n";
+  }
+  const std::string file = write("bad.settings", text + "Height = \"none\"");
   const ToolResult result = camera({"load", file});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("line 1"));
   EXPECT_THAT(result.err, HasSubstr("line 2"));
+  EXPECT_THAT(result.err, HasSubstr("line 300:"));
   EXPECT_EQ(camera({"get", "-b", "Height"}).out, "64\n");
 
   ASSERT_EQ(camera({"set", "Height=128"}).status, 0);

@@ -1,8 +1,9 @@
-#include <filesystem>
+#include <algorithm>
 #include <memory>
-#include <optional>
 
 #include "Commands.h"
+#include "Interrupt.h"
+#include "Progress.h"
 #include "Settings.h"
 
 namespace tool {
@@ -14,64 +15,62 @@ struct LoadOptions {
   bool stopOnError = false;
 };
 
+// In parts, so that problems and progress show while it goes on: one line at first, more of them the further it has
+// come. Each part stands behind as many empty lines as there are lines before it, so that texts of problems count
+// right.
 class Loader {
  public:
   Loader(Session& session, const LoadOptions& options) : session_(session), options_(options) {}
 
   void run() {
-    const std::optional<size_t> lines = linesOf(options_.file);
-    const uint32_t code =
-        NMLoadSetEx(session_.map().handle(), options_.file.c_str(), options_.validate, &onProblem, this);
-    if (!stopped_) {  // else the problem that stopped it has been reported
-      check(code, options_.file);
+    const std::string text = readFile(options_.file == "-" ? "/dev/stdin" : options_.file);
+    if (text.find('\0') != text.npos) {
+      throw Failure(kFileFailed, "holds zero bytes and is no settings text", options_.file);
     }
-    summarise(lines);
+    const auto lines = static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+    Progress progress(session_.output(), "loading", lines, "lines");
+    const Interrupt interrupt;
+    size_t done = 0;
+    for (size_t begin = 0; begin < text.size() && !stopped_;) {
+      if (interrupt.requested()) {
+        throw Failure(OXGENAPI_E_UNSPECIFIED, "stopped by the user before line " + std::to_string(done + 1));
+      }
+      progress.reach(done);
+      std::string part(done, '\n');
+      const size_t count = options_.stopOnError ? 1 : std::max<size_t>(1, done / kPartOfDone);
+      size_t end = begin;
+      for (size_t line = 0; line < count && end < text.size(); ++line, ++done) {
+        end = std::min(text.find('\n', end), text.size() - 1) + 1;
+      }
+      part.append(text, begin, end - begin);
+      for (const Failure& problem : session_.map().loadSettingsText(part, options_.validate)) {
+        progress.clear();
+        problems_.push_back(toJson(problem));
+        session_.report(problem);
+        stopped_ = options_.stopOnError;
+      }
+      begin = end;
+    }
+    progress.clear();
+    summarise(parseSettings(text).size());
   }
 
  private:
-  // Nothing for a pipe or terminal, which can be read only once.
-  static std::optional<size_t> linesOf(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) {
-      return std::nullopt;
-    }
-    return parseSettings(readFile(path)).size();
-  }
-
-  static bool onProblem(NODE handle, uint32_t code, void* self) noexcept {
-    try {
-      const Failure failure = oxgenapi::lastError(code);
-      const std::string feature = handle == nullptr ? "" : Node(oxgenapi::Handle<NODE>::share(handle)).name();
-      return static_cast<Loader*>(self)->goOn({code, failure.what(), feature});
-    } catch (...) {
-      return false;  // nothing can be told any more
-    }
-  }
-
-  bool goOn(const Failure& problem) {
-    problems_.push_back(toJson(problem));
-    session_.report(problem);
-    stopped_ = options_.stopOnError;
-    return !stopped_;
-  }
-
-  void summarise(std::optional<size_t> lines) const {
+  void summarise(size_t lines) const {
     const Output& output = session_.output();
     if (output.json()) {
-      Json json{{"file", options_.file}, {"stopped", stopped_}, {"problems", problems_}};
-      if (lines) {
-        json["lines"] = *lines;
-      }
-      output.document(json);
+      output.document({{"file", options_.file}, {"lines", lines}, {"stopped", stopped_}, {"problems", problems_}});
       return;
     }
-    std::string text = options_.file + ": " + (lines ? counted(*lines, "line") : "settings");
+    std::string text = options_.file + ": " + counted(lines, "line");
     text += stopped_ ? ", stopped at the first problem" : " loaded";
     if (!stopped_ && !problems_.empty()) {
       text += ", " + counted(problems_.size(), "problem");
     }
     output.line(text);
   }
+
+  static constexpr size_t kPartOfDone = 64;
 
   Session& session_;
   const LoadOptions& options_;
@@ -84,7 +83,7 @@ class Loader {
 void addLoad(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<LoadOptions>();
   CLI::App* command = app.add_subcommand("load", "Write the values of a settings text to the device");
-  command->add_option("file", options->file, "Settings file")->required()->type_name("FILE");
+  command->add_option("file", options->file, "Settings file; -: standard input")->required()->type_name("FILE");
   command->add_flag("--validate", options->validate, "Read every value back and compare");
   command->add_flag("--stop-on-error", options->stopOnError, "Stop at the first line that fails");
   command->footer("Example:\n  oxgenapi load camera.settings --validate");

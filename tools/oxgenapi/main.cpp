@@ -12,6 +12,7 @@
 #include "Completion.h"
 #include "Help.h"
 #include "ManPage.h"
+#include "NearNames.h"
 #include "Versions.h"
 
 namespace {
@@ -126,6 +127,22 @@ bool answer(CLI::App& app, const tool::Options& options, std::vector<std::string
   return true;
 }
 
+// A word that is no command is told as such; for the parser it is one too many behind a command that is missing.
+int report(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> left = app.remaining();
+  if (dynamic_cast<const CLI::RequiredError*>(&error) == nullptr || left.empty() || !app.get_subcommands().empty()) {
+    return app.exit(error) == 0 ? 0 : kUsage;
+  }
+  std::vector<std::string> commands;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    commands.push_back(command->get_name());
+  }
+  std::cerr << "oxgenapi: there is no command '" << left.front() << "'\n";
+  const std::vector<std::string> near = tool::nearNames(left.front(), commands);
+  std::cerr << (near.empty() ? "Run with --help for all commands." : "  Did you mean " + near.front() + "?") << '\n';
+  return kUsage;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -146,7 +163,7 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
     return run(options, chosen);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kUsage;
+    return report(app, error);
   } catch (const tool::UsageError& error) {
     std::cerr << "oxgenapi: " << error.what() << '\n';
     return kUsage;
