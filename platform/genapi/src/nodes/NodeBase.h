@@ -94,12 +94,13 @@ class NodeBase : public INode, public ISelector {
     if (EvaluationStep* asking = map_.evaluation()) asking->noteConsumption();
     return static_cast<EAccessMode>(mine.accessMode);
   }
-  // Throw AccessException with the reason; RuntimeException when the node is defective.
+  // Throw AccessException with the reason; RuntimeException when the node is defective. Nothing is refused before the
+  // ports were asked again.
   void requireReadable() {
-    if (!IsReadable(accessMode())) refuseReading();
+    if (!IsReadable(accessMode())) requireReadableNow();
   }
   void requireWritable() {
-    if (!IsWritable(accessMode())) refuseWriting();
+    if (!IsWritable(accessMode())) requireWritableNow();
   }
   [[noreturn]] void refuseReading();
   [[noreturn]] void refuseWriting();
@@ -200,6 +201,8 @@ class NodeBase : public INode, public ISelector {
   [[gnu::noinline]] ECachingMode decideCachingMode() const;
   EAccessMode computeAccessMode();
   std::string accessModeReason(int depth);
+  void requireReadableNow();
+  void requireWritableNow();
   [[noreturn]] void refuse(const char* attempt);
 
   NodeMap& map_;
