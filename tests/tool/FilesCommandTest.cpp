@@ -17,7 +17,7 @@ class FilesCommand : public ToolTest {
   // Starts the tool, waits until it reports progress, and interrupts it.
   ToolResult interrupted(const std::string& command) {
     const std::string script =
-        "\"$0\" --state camera " + command +
+        "rm -f err; \"$0\" --state camera " + command +
         " 2>err & pid=$!; until grep -q bytes err 2>/dev/null; do sleep 0.05; kill -0 $pid || exit 99; done; "
         "kill -INT $pid; wait $pid; status=$?; cat err >&2; exit $status";
     return runProgram({"sh", "-c", script, std::string(std::getenv("OX_BUILD_DIR")) + "/bin/oxgenapi"});
