@@ -27,7 +27,12 @@ set(OX_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wimplicit-fallthrough -Werror
 
 # Every target of ours calls this once.
 function(ox_target name)
-  # Tables are read only once the program runs, the stack is never code. tests/abi/check looks whether they are.
+  # What overruns a buffer or diverts a call ends the program, tables are read only once it runs, the stack is never
+  # code. tests/abi/check looks whether it is so.
+  if(NOT OXGENAPI_SANITIZE)
+    target_compile_options(${name} PRIVATE -fstack-protector-strong -fstack-clash-protection -fcf-protection
+                                           "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  endif()
   target_link_options(${name} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack)
   target_compile_options(${name} PRIVATE ${OX_WARNINGS} $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
   # Sanitizer builds compile sources in batches, which shares the headers' time; a type of one source file that has
