@@ -1,5 +1,5 @@
 // Addresses of documentation with placeholders.
-#include <clocale>
+#include <cstdlib>
 #include <filesystem>
 
 #include "TestMap.h"
@@ -12,6 +12,7 @@ std::string urlOf(const TestMap& map, const char* node) {
 
 TEST(DocuUrls, ReplaceWhatStandsInBrackets) {
   const std::string application = std::filesystem::read_symlink("/proc/self/exe").filename();
+  const char* const locale = std::getenv("OX_TEST_LOCALE");
   const std::pair<std::string, std::string> cases[] = {
       {"http://example.org/a?b=c&amp;d#e", "http://example.org/a?b=c&d#e"},
       {"$(Sys::NodeName)", "X"},
@@ -22,7 +23,7 @@ TEST(DocuUrls, ReplaceWhatStandsInBrackets) {
       {"$(Sys::SchemaVersion)", "1.1.0"},
       {"$(Sys::Application)", application},
       {"$(Sys::OperatingSystem)", "Linux"},
-      {"$(Sys::Language)", "en"},
+      {"$(Sys::Language)", locale == nullptr ? "en" : std::string(locale, 2)},
       {"a$(Gain)b$(Mode)c",
        "a2.5bFast"
        "c"},

@@ -6,6 +6,7 @@
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <locale>
 #include <map>
 #include <numbers>
 #include <sstream>
@@ -73,6 +74,7 @@ std::string floatResult(std::string_view text, Values values = letters(), bool f
   const auto program = FormulaProgram::compile(text, Arithmetic::Float, foldCase, values.names, argument);
   try {
     std::ostringstream stream;
+    stream.imbue(std::locale::classic());
     stream.precision(12);
     stream << program->evaluateFloat(values, argumentValue);
     return stream.str();

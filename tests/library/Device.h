@@ -2,9 +2,12 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
 #include <cstring>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "OxBase/OxBase.h"
@@ -47,6 +50,13 @@ inline Outcome fails(uint32_t code, const char* text) {
 #define EXPECT_OK(call) EXPECT_EQ(outcome(call), succeeds())
 #define ASSERT_OK(call) ASSERT_EQ(outcome(call), succeeds())
 #define EXPECT_FAILS(call, code, text) EXPECT_EQ(outcome(call), fails(code, text))
+
+// No number: NaN. Streams and std::stod would read it as the locale has it.
+inline double numberIn(std::string_view text) {
+  double number = 0;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  return read.ec == std::errc() && read.ptr == text.data() + text.size() ? number : std::nan("");
+}
 
 // The text that a call hands out: asks for the size first, then for the text.
 template <class Call>

@@ -2,7 +2,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -282,7 +284,7 @@ TEST(FileTransfer, AFullDiskFailsTheDownload) {
   device.file("Firmware") = pattern(200000);
   EXPECT_EQ(NMDownloadFile(device.map, "Firmware", "/dev/full"), 0x80000003u);
   EXPECT_NE(lastErrorText().find("/dev/full"), std::string::npos) << lastErrorText();
-  EXPECT_NE(lastErrorText().find("No space left"), std::string::npos) << lastErrorText();
+  EXPECT_NE(lastErrorText().find(std::strerror(ENOSPC)), std::string::npos) << lastErrorText();
 
   const HostPath host("");
   rlimit former{};
@@ -294,6 +296,6 @@ TEST(FileTransfer, AFullDiskFailsTheDownload) {
     const uint32_t result = NMDownloadFile(device.map, "Firmware", host.path.c_str());
     setrlimit(RLIMIT_FSIZE, &former);
     EXPECT_EQ(result, 0x80000003u);
-    EXPECT_NE(lastErrorText().find("File too large"), std::string::npos) << lastErrorText();
+    EXPECT_NE(lastErrorText().find(std::strerror(EFBIG)), std::string::npos) << lastErrorText();
   }
 }

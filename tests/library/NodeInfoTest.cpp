@@ -1,6 +1,5 @@
 // What can be asked about a node: every item of every kind of node, in every form.
 #include <array>
-#include <sstream>
 
 #include "Device.h"
 
@@ -143,10 +142,7 @@ class NodeInfo : public testing::Test {
     if (forms[0].empty()) forms[0] = boolean ? "yes" : "no";
     if (forms[1].empty()) forms[1] = std::to_string(integer);
     if (forms[2].empty()) {
-      std::istringstream number(expected[2]);
-      double wanted = 0;
-      number >> wanted;
-      forms[2] = number && wanted == real ? expected[2] : std::to_string(real);
+      forms[2] = numberIn(expected[2]) == real ? expected[2] : std::to_string(real);
     } else {
       EXPECT_EQ(real, kNoReal);
     }

@@ -96,7 +96,7 @@ TEST_F(NodeValue, ReadsConvertBetweenKindsThatAllowIt) {
       EXPECT_EQ(std::to_string(integer), cell.asInteger) << cell.name;
     }
     if (cell.asFloat) {
-      EXPECT_EQ(real, std::stod(cell.asFloat)) << cell.name;
+      EXPECT_EQ(real, numberIn(cell.asFloat)) << cell.name;
     }
     if (cell.asText) {
       EXPECT_EQ(text(cell.name), cell.asText) << cell.name;
