@@ -46,6 +46,15 @@ void Session::report(const Failure& failure) {
   }
 }
 
+void Session::reportHidden() {
+  if (failed_ || !port_ || !port_->failure()) {
+    return;
+  }
+  failed_ = true;
+  const Failure& failure = *port_->failure();
+  output_.failure(Failure(failure.code(), std::string("an access to the device failed: ") + failure.what()));
+}
+
 // A name that does not exist may be a slip of the hand.
 void Session::suggest(const Failure& failure) {
   if (failure.code() != OXGENAPI_E_NOT_PRESENT || failure.feature().empty() || !map_) {
@@ -76,8 +85,24 @@ void Session::open() {
   } else {
     device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.xml, options_.memory);
   }
-  port_ = std::make_unique<WatchedPort>(device_->registers());
+  port_ = std::make_unique<WatchedPort>(failing(device_->registers()));
   map_ = load();
+}
+
+ox::simulation::RegisterDevice& Session::failing(ox::simulation::RegisterDevice& device) {
+  const Faults& wanted = options_.faults;
+  if (wanted.access == 0 && wanted.every == 0) {
+    return device;
+  }
+  faults_ = std::make_unique<ox::simulation::FaultPort>(device);
+  const auto code = static_cast<int>(wanted.code);
+  if (wanted.access > 0) {
+    faults_->failNth(wanted.access, code, wanted.text);
+  }
+  if (wanted.every > 0) {
+    faults_->failEvery(wanted.every, code, wanted.text);
+  }
+  return *faults_;
 }
 
 NodeMap Session::load() {

@@ -1,7 +1,10 @@
 // One run of the tool: the global options, the device they choose, and the node map connected to it.
 #pragma once
 
+#include <OxSimulation/FaultPort.h>
+
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,11 +17,20 @@
 
 namespace tool {
 
+// How the device fails, to see what becomes of it; with 0 in both numbers not at all.
+struct Faults {
+  int64_t access = 0;  // the access, counted from 1, that fails
+  int64_t every = 0;   // every so many accesses one fails
+  uint32_t code = OXGENAPI_E_UNSPECIFIED;
+  std::string text = "made to fail";
+};
+
 struct Options {
   std::string xml;     // description file; empty: the simulated camera and its own description
   std::string memory;  // register image behind `xml`; empty: all zero, kept nowhere
   std::string state;   // register file of the simulated camera; empty: factory settings, kept nowhere
   std::string camera;  // a real camera, found by a transport; empty: one of the above
+  Faults faults;
   bool json = false;
   Output::Colour colour = Output::Colour::automatic;
 };
@@ -43,12 +55,16 @@ class Session {
 
   // Reports what failed at one feature; the run goes on and its exit status becomes 1.
   void report(const Failure& failure);
+  // An access of the device that failed makes an answer doubtful; reports it where nothing else has been reported.
+  void reportHidden();
   // Makes the exit status 1 without a report.
   void fail() { failed_ = true; }
   bool failed() const { return failed_; }
 
  private:
   void open();
+  // The device, or what lets it fail as the options say.
+  ox::simulation::RegisterDevice& failing(ox::simulation::RegisterDevice& device);
   void suggest(const Failure& failure);
   NodeMap load();
   void connect(NodeMap& map);
@@ -56,6 +72,7 @@ class Session {
   Options options_;
   Output output_;
   std::unique_ptr<Device> device_;  // outlives the map, whose ports read from it
+  std::unique_ptr<ox::simulation::FaultPort> faults_;
   std::unique_ptr<WatchedPort> port_;
   std::optional<NodeMap> map_;
   std::vector<std::string> ports_;

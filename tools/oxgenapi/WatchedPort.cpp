@@ -1,7 +1,5 @@
 #include "WatchedPort.h"
 
-#include "Failure.h"
-
 namespace tool {
 
 template <class Access>
@@ -10,7 +8,11 @@ void WatchedPort::access(int64_t address, int64_t length, Access access) {
     throw Failure(OXGENAPI_E_UNSPECIFIED, "stopped by the user");
   }
   if (const int result = access(); result < 0) {
-    throw Failure(static_cast<uint32_t>(result), ox::simulation::RegisterDevice::lastFailureText());
+    const Failure failure(static_cast<uint32_t>(result), ox::simulation::RegisterDevice::lastFailureText());
+    if (!failure_ && result != ox::simulation::kAccessRefused) {
+      failure_ = failure;
+    }
+    throw failure;
   }
   if (watcher_ != nullptr) {
     watcher_->accessed(address, length);

@@ -6,6 +6,9 @@
 #include <OxGenApi/cpp/Registers.hpp>
 
 #include <cstdint>
+#include <optional>
+
+#include "Failure.h"
 
 namespace tool {
 
@@ -26,6 +29,10 @@ class WatchedPort final : public oxgenapi::Registers {
   void write(const void* buffer, int64_t address, int64_t length) override;
   TAccessMode accessMode() noexcept override { return static_cast<TAccessMode>(device_.accessMode()); }
 
+  // The first failure of the device, if there was one; a refusal is none, for that is how many a device tells that a
+  // feature is not there now.
+  const std::optional<Failure>& failure() const { return failure_; }
+
   // Null ends the watching. The watcher must stay until then.
   void watch(PortWatcher* watcher) { watcher_ = watcher; }
 
@@ -35,6 +42,7 @@ class WatchedPort final : public oxgenapi::Registers {
 
   ox::simulation::RegisterDevice& device_;
   PortWatcher* watcher_ = nullptr;
+  std::optional<Failure> failure_;
 };
 
 }  // namespace tool

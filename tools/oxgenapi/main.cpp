@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,6 +26,18 @@ constexpr const char* kExitStatus =
     "Example:\n"
     "  oxgenapi --state camera.state set Width=640 Height=480";
 
+void addFaults(CLI::App& app, tool::Faults& faults, CLI::Option* camera) {
+  const CLI::Range positive(int64_t{1}, std::numeric_limits<int64_t>::max());
+  const CLI::Range failure(uint32_t{0x80000000}, uint32_t{0xffffffff});
+  for (CLI::Option* option :
+       {app.add_option("--fail-access", faults.access, "Let the N-th access to the registers fail")->check(positive),
+        app.add_option("--fail-every", faults.every, "Let every N-th access fail")->check(positive),
+        app.add_option("--fail-code", faults.code, "With this result")->type_name("CODE")->check(failure),
+        app.add_option("--fail-text", faults.text, "And this reason")->type_name("TEXT")}) {
+    option->group("A simulated device that fails")->excludes(camera)->capture_default_str();
+  }
+}
+
 void addOptions(CLI::App& app, tool::Options& options) {
   using Colour = tool::Output::Colour;
   auto* xml = app.add_option("--xml", options.xml, "Description to load, instead of the simulated camera's own")
@@ -36,11 +49,12 @@ void addOptions(CLI::App& app, tool::Options& options) {
   auto* state = app.add_option("--state", options.state, "Where the simulated camera keeps its registers between runs")
                     ->type_name("FILE")
                     ->excludes(xml);
-  app.add_option("--camera", options.camera,
-                 "A real camera: its ID (see the command cameras), address or serial number")
-      ->type_name("ID")
-      ->excludes(xml)
-      ->excludes(state);
+  auto* camera = app.add_option("--camera", options.camera,
+                                "A real camera: its ID (see the command cameras), address or serial number")
+                     ->type_name("ID")
+                     ->excludes(xml)
+                     ->excludes(state);
+  addFaults(app, options.faults, camera);
   app.add_flag("--json", options.json, "Print JSON");
   app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
       ->type_name("WHEN")
@@ -80,6 +94,7 @@ int run(const tool::Options& options, const tool::Action& command) {
       session.output().document({{"error", tool::toJson(failure)}});
     }
   }
+  session.reportHidden();
   try {
     session.keep();
   } catch (const tool::Failure& failure) {
