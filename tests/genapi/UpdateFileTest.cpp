@@ -314,6 +314,20 @@ TEST(UpdateFile, ADigestIsThatOfTheFileAsItIsNow) {
   }
 }
 
+// An update file whose members claim to inflate to so many bytes each, in both headers.
+std::string claiming(uint32_t bytes, std::vector<ZipEntry> members) {
+  for (ZipEntry& member : members) member.deflated = true;
+  members.insert(members.begin(), {"control.xml", kControl, true});
+  std::string package = zipped(members);
+  for (const auto& [mark, sizeAt, nameAt] : {std::tuple{"PK\3\4", 22, 30}, std::tuple{"PK\1\2", 24, 46}}) {
+    for (size_t at = package.find(mark); at != std::string::npos; at = package.find(mark, at + 4)) {
+      if (package.compare(at + nameAt, 5, "data/") == 0)
+        package.replace(at + sizeAt, 4, reinterpret_cast<char*>(&bytes), 4);
+    }
+  }
+  return zipped({{"package.zip", package}});
+}
+
 TEST(UpdateFile, CountsAndSizesHaveLimits) {
   const auto repeated = [](const std::string& text, int count) {
     std::string all;
@@ -331,6 +345,8 @@ TEST(UpdateFile, CountsAndSizesHaveLimits) {
       {"<Update ", repeated(update, 999), "more than 1000 updates"},
       {"<Procedure ", repeated("<Procedure Name='P#'><DeviceReset/></Procedure>", 1000), "more than 1000 procedures"},
       {"<DeviceReset ", repeated("<FeatureWrite Feature='A' Value='#'/>", 10000), "more than 10000 steps"},
+      {"<Condition ", "<Condition Feature='A'>\\pL{1000}</Condition>", "pattern too large"},
+      {"<Condition ", repeated("<Condition Feature='A'>(abcdefghij){1000}#</Condition>", 120), "too large together"},
   };
   std::string type;
   for (const auto& c : cases) {
@@ -341,6 +357,13 @@ TEST(UpdateFile, CountsAndSizesHaveLimits) {
   std::filesystem::resize_file(file.path(), (uint64_t{4} << 30) + 1);
   EXPECT_THAT(failureOf([&] { CFirmwareUpdater().VerifyGufFile(file.path()); }, type), HasSubstr("4 GiB"));
   EXPECT_EQ(type, "format");
+
+  const std::vector<ZipEntry> three{{"data/main.bin", "1"}, {"data/2", "2"}, {"data/3", "3"}};
+  EXPECT_THAT(verify(claiming((uint32_t{2} << 30) + 1, {three[0]}), type), HasSubstr("limit of 2 GiB"));
+  EXPECT_THAT(verify(claiming(uint32_t{3} << 30, three), type), HasSubstr("inflate to more than 8 GiB"));
+  // A directory of 17 MiB of nothing, and its end.
+  const std::string end = {'P', 'K', 5, 6, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x10, 1, 0, 0, 0, 0, 0, 0};
+  EXPECT_THAT(verify(std::string(17 << 20, '\0') + end, type), HasSubstr("more than 16 MiB"));
 }
 
 TEST(UpdateFile, Sha256MatchesPublishedDigests) {

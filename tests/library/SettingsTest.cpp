@@ -240,6 +240,19 @@ TEST(SettingsFile, AFileThatCannotTakeEveryByteIsNotSaved) {
   EXPECT_EQ(lastErrorText(), "Filename not writable");
 }
 
+TEST(SettingsFile, ALineWithoutAnEndIsRefused) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the release build takes a second for it";
+#endif
+  MemoryDevice device(intReg("Width", "0"));
+  const TemporaryFile file;
+  std::ofstream(file.path) << "Width = 1\n";
+  std::filesystem::resize_file(file.path, (256 << 20) + 20);  // zeros that take no room on the disk
+  EXPECT_EQ(NMLoadSet(device.map, file.path.c_str(), nullptr, nullptr), 0x80000016u);
+  EXPECT_EQ(lastErrorText(), "line exceeds 268435456 bytes");
+  EXPECT_EQ(device.memory[0], 1);
+}
+
 TEST(SettingsFile, OpensNamesAsGivenInBothForms) {
   MemoryDevice device(intReg("Width", "0") + intReg("Height", "4"));
   const TemporaryFile file;
