@@ -1,8 +1,8 @@
 /* Firmware updates: what a GenICam update file holds, and applying one of its entries to a device.
  *
- * The conventions of OxGenApi.h hold: every function below can also report INVALID_HANDLE (not the two that create),
- * OUT_OF_MEMORY and UNSPECIFIED. "Reason" is the text of the failure met while the file was read. An updater may be
- * used by one thread at a time. */
+ * The conventions of OxGenApi.h hold, save one: memory that runs out is a failure like any other here, with the code
+ * named below and its text as the reason. "Reason" is the text of the failure met while the file was read. Every
+ * function but the two that create can also report INVALID_HANDLE. An updater may be used by one thread at a time. */
 #ifndef OXGENAPI_FIRMWAREUPDATE_H
 #define OXGENAPI_FIRMWAREUPDATE_H
 

@@ -39,15 +39,17 @@ struct ZipError {
 };
 
 Archive openArchive(std::string_view bytes) {
-  ZipError error;
-  zip_source_t* const source = zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error.error);
-  if (source == nullptr) refuseError("the zip archive cannot be opened", &error.error);
-  Archive archive(zip_open_from_source(source, ZIP_RDONLY, &error.error));
-  if (!archive) {
+  for (bool again = false;; again = true) {
+    ZipError error;
+    zip_source_t* const source = zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error.error);
+    if (source == nullptr) refuseError("the zip archive cannot be opened", &error.error);
+    if (Archive archive{zip_open_from_source(source, ZIP_RDONLY, &error.error)}) return archive;
     zip_source_free(source);
-    refuseError("the zip archive cannot be opened", &error.error);
+    // Memory that runs out for an entry of the directory is taken for "no archive": once more tells which it was.
+    if (again || zip_error_code_zip(&error.error) != ZIP_ER_NOZIP) {
+      refuseError("the zip archive cannot be opened", &error.error);
+    }
   }
-  return archive;
 }
 
 bool endsInXml(std::string_view name) {

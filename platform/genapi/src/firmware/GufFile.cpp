@@ -145,7 +145,9 @@ MemberReader GufFile::open(const ArchiveMember& member) const {
     if (!source) ::fclose(stream);
     zip_t* zip = source ? zip_open_from_source(source, ZIP_RDONLY, &error) : nullptr;
     if (source && !zip) zip_source_free(source);
-    const std::string reason = zip_error_strerror(&error);
+    // The directory has been read above: what is "no zip archive" now is memory that ran out for one of its entries.
+    const bool isShort = zip_error_code_zip(&error) == ZIP_ER_NOZIP;
+    const std::string reason = isShort ? "out of memory" : zip_error_strerror(&error);
     zip_error_fini(&error);
     if (!zip)
       throw FIRMWARE_EXCEPTION(FormatException)("%s: package.zip cannot be opened: %s", label.c_str(), reason.c_str());
