@@ -1,6 +1,9 @@
 // From bytes to text: encodings, what may stand around the XML, archives, and input that means harm.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include "GufBuilder.h"
 #include "LoaderSnippets.h"
 #include "description/Limits.h"
@@ -102,6 +105,17 @@ TEST(LoaderContent, FaultsInTheXmlNameTheLine) {
   EXPECT_EQ(textFault("<?xml version='1.0'?>\n<!DOCTYPE r [<!ENTITY a 'b'>]>\n" + tipped("x")),
             "<description>:2: a document type declaration is not allowed");
   EXPECT_EQ(textFault(tipped("x") + tipped("x")), "<description>:1: not well-formed: more than one root element");
+  // An attribute given twice, wherever: in nodes and their elements, in what is skipped, among many.
+  std::string many = "<Node Name='A' ";
+  for (int i = 0; i < 20; ++i) many += "a" + std::to_string(i) + "='' ";
+  for (const std::string& nodes :
+       {std::string("<Node Name='A' Name='B'/>"), many + "a15=''/>", std::string("<Group a15='' a15=''/>"),
+        std::string("<Node Name='A'><ToolTip Name='' Name=''>x</ToolTip></Node>"),
+        std::string("<Extension><Other Name='' Name=''/></Extension>")}) {
+    const std::string name = nodes.find("a15") == nodes.npos ? "Name" : "a15";
+    EXPECT_EQ(textFault(described("\n" + nodes)),
+              "<description>:2: not well-formed: attribute '" + name + "' given twice");
+  }
   EXPECT_EQ(textFault(tipped("x") + "\nrubbish"), "<description>:2: not well-formed: the text does not end with a tag");
   const std::string whole = described("\n<Node Name='A'><ToolTip>x</ToolTip><!-- c --></Node>\n");
   for (size_t length = 0; length < whole.size(); ++length) {
@@ -217,8 +231,8 @@ TEST(LoaderContent, UnreadableFilesAreNamed) {
       return std::string(error.GetDescription());
     }
   };
-  EXPECT_EQ(fileFault("/nowhere/cam.xml"), "/nowhere/cam.xml: cannot be read: No such file or directory");
-  EXPECT_EQ(fileFault("/tmp"), "/tmp: cannot be read: Is a directory");
+  EXPECT_EQ(fileFault("/nowhere/cam.xml"), "/nowhere/cam.xml: cannot be read: " + std::string(std::strerror(ENOENT)));
+  EXPECT_EQ(fileFault("/tmp"), "/tmp: cannot be read: " + std::string(std::strerror(EISDIR)));
   const TemporaryFile file("\n" + tipped("x"));
   EXPECT_EQ(fileFault(file.path()), "");
   EXPECT_EQ(loadDescriptionFile(file.path(), ContentType_Auto).sourceName, file.path());

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 
 #include "description/Limits.h"
@@ -33,6 +34,7 @@ void NodeReader::readElements(pugi::xml_node parent, NodeDraft& draft, const Ele
     const char* const name = xml.name();
     if (*name == '\0') continue;  // text between elements
     if (depth_ >= kMaxXmlDepth) checkDepth(depth_ + 1, xml);
+    checkAttributes(xml);
     const Element element = prefix_.empty() ? elementAt(name) : elementOf(localName(name));
     if (pass != Pass::Own) {
       if (++inherited_ > kMaxProperties) {
@@ -297,6 +299,7 @@ void NodeReader::skip(pugi::xml_node subtree, int depth) const {
   pugi::xml_node at = subtree;
   for (;;) {
     checkDepth(depth, at);
+    checkAttributes(at);
     if (const pugi::xml_node child = at.first_child()) {
       at = child;
       ++depth;
@@ -315,6 +318,26 @@ void NodeReader::checkDepth(int depth, pugi::xml_node xml) const {
   if (depth > kMaxXmlDepth) {
     parts_.findings.fatal(offsetOf(xml), "more than " + std::to_string(kMaxXmlDepth) + " nested elements");
   }
+}
+
+void NodeReader::refuseDoubles(pugi::xml_node xml) const {
+  const auto refuse = [&](const char* name) {
+    parts_.findings.fatal(offsetOf(xml), "not well-formed: attribute " + quoted(name) + " given twice");
+  };
+  constexpr size_t kFew = 8;  // compared one by one, which takes no memory; more of them must not take quadratic time
+  size_t count = 0;
+  for (pugi::xml_attribute each = xml.first_attribute(); each; each = each.next_attribute(), ++count) {
+    for (pugi::xml_attribute other = xml.first_attribute(); count < kFew && other != each;
+         other = other.next_attribute()) {
+      if (std::strcmp(each.name(), other.name()) == 0) refuse(each.name());
+    }
+  }
+  if (count <= kFew) return;
+  std::vector<std::string_view> names;
+  for (const pugi::xml_attribute each : xml.attributes()) names.push_back(each.name());
+  std::sort(names.begin(), names.end());
+  const auto twice = std::adjacent_find(names.begin(), names.end());
+  if (twice != names.end()) refuse(twice->data());
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -41,6 +41,7 @@ bool isUsableName(std::string_view name) {
 
 void NodeReader::readDocument(pugi::xml_node root, std::string_view prefix) {
   prefix_ = prefix;
+  checkAttributes(root);
   readNodes(root, 2);
 }
 
@@ -48,6 +49,7 @@ void NodeReader::readNodes(pugi::xml_node parent, int depth) {
   for (pugi::xml_node xml = parent.first_child(); xml; xml = xml.next_sibling()) {
     if (*xml.name() == '\0') continue;  // text between nodes
     checkDepth(depth, xml);
+    checkAttributes(xml);
     depth_ = depth;
     const std::string_view name = localName(xml.name());
     if (const std::optional<NodeType> type = nodeTypeOf(name)) {

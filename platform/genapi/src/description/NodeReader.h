@@ -60,6 +60,12 @@ class NodeReader {
   // Leaves a subtree out; only its depth is looked at.
   void skip(pugi::xml_node subtree, int depth) const;
   void checkDepth(int depth, pugi::xml_node xml) const;
+  // An element that has an attribute twice is not well-formed; the parser lets it pass.
+  void checkAttributes(pugi::xml_node xml) const {
+    const pugi::xml_attribute first = xml.first_attribute();
+    if (first && first.next_attribute()) refuseDoubles(xml);
+  }
+  void refuseDoubles(pugi::xml_node xml) const;
 
   // RequiredElements.cpp: what a node must have
   void checkComplete(NodeDraft& draft);
