@@ -37,7 +37,7 @@ Caller::~Caller() {
   while (!live_.empty()) giveBack(live_.size() - 1);
   // Whatever shared node map is left may keep a node of it alive; everything else has ended.
   for (const Handle& handle : dead_) {
-    if (handle.group == Shared::kGroup) continue;
+    if (handle.group <= Shared::kGroup) continue;
     if (OxIfaceContainerReleaseUseCounter(handle.value) >= 0) broken("a dead handle cannot be released", handle.value);
     if (IsNode(static_cast<NODE>(handle.value))) broken("a dead handle is no node", handle.value);
     if (IsNodeMap(static_cast<NODEMAP>(handle.value))) broken("a dead handle is no node map", handle.value);
@@ -69,20 +69,28 @@ OxHandle Caller::oddHandle() {
   }
 }
 
+int Caller::groupOf(const Handle& handle) const {
+  const bool follows = handle.group == Shared::kGroup && handle.kind != Kind::kNode;
+  return follows ? Shared::kGroup - shared_->loads : handle.group;
+}
+
 OxHandle Caller::pick(Frame& frame, Kind kind) {
   if (forced_ != nullptr) {
+    if (frame.refusal == nullptr && kind == own_) throw Accepted();
     if (frame.refusal == nullptr) frame.refusal = refusalOf(kind);
     return *forced_;
   }
   const bool isFirst = frame.group == 0;
-  const auto fits = [&](const Handle& handle) { return shared_ == nullptr || depth_ <= 1 || handle.group == group_; };
+  const auto fits = [&](const Handle& handle) {
+    return shared_ == nullptr || depth_ <= 1 || groupOf(handle) == group_;
+  };
   const uint8_t choice = bytes_.next();
   const uint8_t which = bytes_.next();
   if (choice >= 0xf0) {
     if (frame.refusal == nullptr) frame.refusal = refusalOf(kind);
     return oddHandle();
   }
-  if (choice >= 0xe8 && !dead_.empty()) {
+  if (choice >= 0xe8 && !dead_.empty() && fits(dead_[which % dead_.size()])) {
     if (frame.refusal == nullptr) frame.isUncertain = true;
     return dead_[which % dead_.size()].value;
   }
@@ -93,7 +101,7 @@ OxHandle Caller::pick(Frame& frame, Kind kind) {
   const auto add = [&](const std::vector<Handle>& handles) {
     std::copy_if(handles.begin(), handles.end(), std::back_inserter(candidates), [&](const Handle& handle) {
       return (handle.kind == kind) != foreign && fits(handle) &&
-             (shared_ == nullptr || isFirst || handle.group == frame.group);
+             (shared_ == nullptr || isFirst || groupOf(handle) == frame.group);
     });
   };
   add(live_);
@@ -103,8 +111,8 @@ OxHandle Caller::pick(Frame& frame, Kind kind) {
   }
   if (candidates.empty()) return nullptr;
   const Handle& chosen = candidates[which % candidates.size()];
-  if (isFirst) frame.group = chosen.group;
-  if (depth_ == 1 && isFirst) group_ = chosen.group;
+  if (isFirst) frame.group = groupOf(chosen);
+  if (depth_ == 1 && isFirst) group_ = frame.group;
   return chosen.value;
 }
 
@@ -150,7 +158,7 @@ char* Caller::argument(Frame& frame, Wanted<char*>) {
   const uint8_t size = bytes_.next();
   frame.room = size % 80;
   if (size >= 0xe0) return nullptr;
-  auto& buffer = frame.bytes.emplace_back(frame.room);
+  auto& buffer = frame.bytes.emplace_back(frame.room, uint8_t{0x5a});
   buffer.shrink_to_fit();
   static char none = 'n';
   return buffer.empty() ? &none : reinterpret_cast<char*>(buffer.data());
@@ -160,7 +168,7 @@ wchar_t* Caller::argument(Frame& frame, Wanted<wchar_t*>) {
   const uint8_t size = bytes_.next();
   frame.room = size % 80;
   if (size >= 0xe0) return nullptr;
-  auto& buffer = frame.bytes.emplace_back(frame.room * sizeof(wchar_t));
+  auto& buffer = frame.bytes.emplace_back(frame.room * sizeof(wchar_t), uint8_t{0x5a});
   static wchar_t none = L'n';
   return buffer.empty() ? &none : reinterpret_cast<wchar_t*>(buffer.data());
 }
@@ -209,8 +217,9 @@ void Caller::giveBack(size_t index) {
 
 void Caller::keep(const Frame& frame) {
   const auto add = [&](OxHandle value, Kind kind, int group) {
-    if (value == nullptr) return;
+    if (value == nullptr || value == untouched<OxHandle>()) return;
     if (group == 0) group = ++groups_;
+    if (group < 0 && kind != Kind::kNode) group = Shared::kGroup;
     live_.push_back({value, kind, group});
     if (live_.size() > kMaxHandles) giveBack(0);
   };

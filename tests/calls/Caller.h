@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <list>
+#include <optional>
 #include <shared_mutex>
 #include <string>
 #include <tuple>
@@ -43,16 +44,17 @@ enum class Kind { kNodeMap, kNode, kStream, kUpdater };
 struct Handle {
   OxHandle value;
   Kind kind;
-  int group;  // the node map it belongs to
+  int group;  // the node map it belongs to; of a node, the load, which has the lock
 };
 
 // Handles of one node map that several callers use. Calls that need a node map for themselves lock out all others
-// meanwhile; a callback calls only into the node map whose call it runs in, so that no two locks are ever taken in two
-// orders.
+// meanwhile; a callback calls only into the load of the node map whose call it runs in, so that no two locks are ever
+// taken in two orders.
 struct Shared {
-  static constexpr int kGroup = -1;
+  static constexpr int kGroup = -1;  // nodes of later loads have lower numbers
   std::vector<Handle> handles;
   std::shared_mutex rule;
+  int loads = 0;
 };
 
 class Caller {
@@ -65,8 +67,9 @@ class Caller {
 
   // Calls one export, or does one of the other things a client does.
   void step();
-  // Calls every export once, with this value wherever a handle is wanted. Returns the number of calls refused.
-  int refuseEverywhere(OxHandle value);
+  // Calls every export once, with this value wherever a handle is wanted; not those that want one of its own kind, if
+  // it has one. Returns the number of calls refused.
+  int refuseEverywhere(OxHandle value, std::optional<Kind> own = std::nullopt);
   int64_t calls() const { return calls_; }
 
   static constexpr int kMaxDepth = 4;
@@ -77,35 +80,53 @@ class Caller {
  private:
   friend struct Exports;
 
+  // What a call may write to; a handle's place tells zero from nothing.
+  template <class Type>
+  static Type untouched() {
+    return reinterpret_cast<Type>(uintptr_t{4711});
+  }
+  struct Outputs {
+    std::list<std::vector<uint8_t>> bytes;
+    std::list<int64_t> integers;
+    std::list<double> reals;
+    std::list<size_t> sizes;
+    std::list<uint32_t> counts;
+    NODEMAP nodeMap = untouched<NODEMAP>();
+    NODE node = untouched<NODE>();
+    NODEMAPSTREAM stream = untouched<NODEMAPSTREAM>();
+    FWUPDATER updater = untouched<FWUPDATER>();
+    bool boolean = false;
+    TVerifyMode verifyMode{};
+    bool operator==(const Outputs&) const = default;
+  };
+
   // What one call needs for its arguments.
-  struct Frame {
+  struct Frame : Outputs {
     const char* texts = "";         // what its text parameters are, in order; see Exports.cpp
     bool isUncertain = false;       // a handle may be dead
     const char* refusal = nullptr;  // the handle is surely none of the kind wanted
     unsigned flags = 0;             // of the export, see Exports.cpp
     int group = 0;                  // node map of the first handle
     size_t room = 0;                // elements of the buffer handed out last
-    std::list<std::string> narrow;  // texts and buffers
+    std::list<std::string> narrow;  // texts
     std::list<std::wstring> wide;
-    std::list<std::vector<uint8_t>> bytes;
-    std::list<int64_t> integers;
-    std::list<double> reals;
-    std::list<size_t> sizes;
-    std::list<uint32_t> counts;
     std::list<TEventDataEx> events;
     TEventData event{};
     TEventDataExW eventW{};
     std::vector<TChunkData> chunks;
     std::vector<TChunkDataEx> chunksEx;
     std::vector<TChunkDataExW> chunksExW;
-    NODEMAP nodeMap{};
-    NODE node{};
-    NODEMAPSTREAM stream{};
-    FWUPDATER updater{};
-    bool boolean = false;
-    TNodeType type{};
-    TVerifyMode verifyMode{};
+    TNodeType type = NT_Float;
+    std::optional<Outputs> before;  // of a call that will surely be refused
+
+    // All arguments are there: the call comes next.
+    void remember() {
+      if (refusal != nullptr) before = *this;
+    }
   };
+
+  // Thrown instead of a call that would accept the forced handle.
+  struct Accepted {};
 
   template <class Type>
   struct Wanted {};
@@ -115,10 +136,12 @@ class Caller {
   uint32_t invoke(Frame& frame, uint32_t (*function)(Parameters...)) {
     // Braces keep the order of the arguments.
     std::tuple<Parameters...> arguments{argument(frame, Wanted<Parameters>{})...};
+    frame.remember();
     return std::apply(function, arguments);
   }
 
   OxHandle pick(Frame& frame, Kind kind);
+  int groupOf(const Handle& handle) const;
   OxHandle oddHandle();
   std::string text(char kind);
   std::string rawText();
@@ -203,6 +226,7 @@ class Caller {
   std::vector<int64_t> registrations_;
   std::vector<std::vector<uint8_t>> chunkBuffers_;
   const OxHandle* forced_ = nullptr;
+  std::optional<Kind> own_;  // of the forced handle
   int depth_ = 0;
   int group_ = 0;      // while depth_ is above 0: that of the outermost call
   int groups_ = 0;     // given out so far

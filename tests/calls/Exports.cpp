@@ -19,6 +19,7 @@ enum Flags : unsigned {
   kNoHandle = 32,      // takes none
   kRegisters = 64,     // gives out a registration
   kIsTest = 128,       // answers a question instead of giving a code
+  kLoads = 256,        // makes new nodes with a new lock
 };
 
 constexpr uint32_t kKnownCodes[] = {OXGENAPI_E_UNSPECIFIED,       OXGENAPI_E_INVALID_ARGUMENT, OXGENAPI_E_RUNTIME,
@@ -120,7 +121,9 @@ struct Exports {
     int64_t size = 0;
     uint8_t* const data = buffer(c, f, size);
     size_t& room = f.sizes.emplace_back(data == nullptr || size >= 0 ? static_cast<size_t>(size) : 0);
-    return function(handle, file, data, byte(c) >= 0xf8 ? nullptr : &room);
+    const bool hasSize = byte(c) < 0xf8;
+    f.remember();
+    return function(handle, file, data, hasSize ? &room : nullptr);
   }
 
   template <class Chunk>
@@ -151,10 +154,10 @@ const Exports::Entry Exports::kAll[101] = {
     CALL_BY(CreateNodeMap, c.invoke(f, &CreateNodeMap), "", kNoHandle),
     CALL(CreateNodeMapProxy),
     CALL_BY(IsNodeMap, IsNodeMap(map(c, f)), "", kIsTest),
-    CALL(NMLoadXMLFile, "p", kAlone),
-    CALL(NMLoadXMLFileW, "p", kAlone),
-    CALL(NMLoadXMLString, "x", kAlone),
-    CALL(NMLoadXMLStringW, "x", kAlone),
+    CALL(NMLoadXMLFile, "p", kAlone | kLoads),
+    CALL(NMLoadXMLFileW, "p", kAlone | kLoads),
+    CALL(NMLoadXMLString, "x", kAlone | kLoads),
+    CALL(NMLoadXMLStringW, "x", kAlone | kLoads),
     CALL_BY(NMLoadXML, NMLoadXML(map(c, f), 1), "", kBuffersFirst),
     CALL_BY(NMConnectRegisterPort, NMConnectRegisterPort(map(c, f), 1), "", kBuffersFirst),
     CALL_BY(NMConnectMultiRegisterPort, NMConnectMultiRegisterPort(map(c, f), 1), "", kBuffersFirst),
@@ -233,7 +236,9 @@ const Exports::Entry Exports::kAll[101] = {
        const NODE handle = node(c, f);
        int64_t size = 0;
        uint8_t* const data = buffer(c, f, size);
-       return NGetAsMemory(handle, c.number(), data, size);
+       const int64_t address = c.number();
+       f.remember();
+       return NGetAsMemory(handle, address, data, size);
      }},
     {"NSetAsMemory",
      [](Caller& c, Caller::Frame& f) {
@@ -247,6 +252,7 @@ const Exports::Entry Exports::kAll[101] = {
        const NODE handle = node(c, f);
        int64_t& size = f.integers.emplace_back();
        uint8_t* const data = buffer(c, f, size);
+       f.remember();
        return NGetAsRegisterData(handle, data, &size);
      }},
     CALL(NRegisterUpdate, "", kRegisters),
@@ -360,6 +366,8 @@ void Caller::judge(const Frame& frame, const char* name, uint32_t result, bool u
     require(result != OXGENAPI_E_OUT_OF_MEMORY || text == "Unspecified error", "memory failures have their text");
   }
   if (frame.refusal == nullptr || (frame.flags & kNoHandle) != 0) return;
+  require(!frame.before || *frame.before == frame, "a refused call leaves its outputs alone");
+  require(frame.type == (std::string_view(name) == "NType" ? NT_Invalid : NT_Float), "what is no node has no type");
   if ((frame.flags & kBuffersFirst) != 0 && result != OXGENAPI_E_INVALID_HANDLE) {
     require(result != OXGENAPI_OK, "what is no handle is refused");
     return;
@@ -389,19 +397,26 @@ uint32_t Caller::call(size_t number) {
   const uint32_t result = entry.call(*this, frame);
   judge(frame, entry.name, result, callbacks_ == before);
   if (result == OXGENAPI_OK && (entry.flags & kRegisters) != 0) registrations_.push_back(frame.integers.front());
+  if (result == OXGENAPI_OK && (entry.flags & kLoads) != 0 && frame.group < 0) ++shared_->loads;
   keep(frame);
   return result;
 }
 
-int Caller::refuseEverywhere(OxHandle value) {
+int Caller::refuseEverywhere(OxHandle value, std::optional<Kind> own) {
   forced_ = &value;
+  own_ = own;
   int refused = 0;
   for (size_t i = 0; i < std::size(Exports::kAll); ++i) {
     if ((Exports::kAll[i].flags & kNoHandle) != 0) continue;
-    const uint32_t result = call(i);
-    if ((Exports::kAll[i].flags & kIsTest) != 0 ? result == 0 : result != OXGENAPI_OK) ++refused;
+    try {
+      const uint32_t result = call(i);
+      if ((Exports::kAll[i].flags & kIsTest) != 0 ? result == 0 : result != OXGENAPI_OK) ++refused;
+    } catch (const Accepted&) {
+      continue;
+    }
   }
   forced_ = nullptr;
+  own_.reset();
   return refused;
 }
 

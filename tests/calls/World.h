@@ -56,6 +56,7 @@ class World {
   int fault(bool& garbage);
 
   ox::simulation::MemoryDevice memoryDevice_;
+  std::atomic<int64_t> cameraTime_{0};
   std::once_flag cameraMade_;  // when it is first asked: most worlds do without
   std::unique_ptr<ox::simulation::SimulatedCamera> camera_;
   std::atomic<Mood> mood_{Mood::kGood};

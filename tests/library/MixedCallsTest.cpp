@@ -76,7 +76,7 @@ class SharedMap {
 class Watchdog {
  public:
   static constexpr int kThreads = 8;
-  static constexpr int kPatienceSeconds = 120;
+  static constexpr int kPatienceSeconds = 300;  // opening and closing a device file may take 120 each
   std::atomic<int64_t> steps[kThreads] = {};
 
   Watchdog() : thread_([this](const std::stop_token& stop) { watch(stop); }) {}
