@@ -63,6 +63,11 @@ int64_t outstandingBlocks() {
 
 #ifdef OX_SANITIZED
 
+// The library for patterns keeps some blocks when memory runs out in its midst.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
+  return "leak:libre2\n";
+}
+
 void* operator new(std::size_t size) {
   void* const block = memory::isDue() ? nullptr : std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
