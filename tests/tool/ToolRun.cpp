@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace {
 
@@ -33,6 +34,15 @@ nlohmann::json ToolResult::json() const {
   nlohmann::json document = nlohmann::json::parse(out, nullptr, false);
   EXPECT_FALSE(document.is_discarded()) << "not JSON: " << out << err;
   return document.is_discarded() ? nlohmann::json() : document;
+}
+
+std::vector<nlohmann::json> ToolResult::records() const {
+  std::vector<nlohmann::json> found;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);) {
+    found.push_back(nlohmann::json::parse(line));
+  }
+  return found;
 }
 
 ToolTest::ToolTest() {

@@ -15,6 +15,8 @@ struct ToolResult {
 
   // Standard output as JSON; a test failure and null where it is none.
   nlohmann::json json() const;
+  // The documents on its lines, one on each.
+  std::vector<nlohmann::json> records() const;
 };
 
 // The folder goes away with the fixture.

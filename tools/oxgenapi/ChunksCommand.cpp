@@ -30,7 +30,8 @@ std::string csvLine(const std::vector<Json>& fields) {
       for (size_t at = 0; (at = text.find('"', at)) != text.npos; at += 2) {
         text.insert(at, 1, '"');
       }
-      text = '"' + text + '"';
+      text.insert(0, 1, '"');
+      text += '"';
     }
     line += (&field == &fields.front() ? "" : ",") + text;
   }

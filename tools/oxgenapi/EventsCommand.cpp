@@ -6,6 +6,7 @@
 
 #include "Changes.h"
 #include "Commands.h"
+#include "Dependents.h"
 #include "Interrupt.h"
 #include "Progress.h"
 #include "ShowValues.h"
@@ -27,11 +28,17 @@ struct EventsOptions {
 
 void list(Session& session) {
   const NodeMap& map = session.map();
+  const std::string description = session.device().description();
   std::map<std::string, std::vector<std::string>> events;
   for (const std::string& name : map.nodeNames()) {
     try {
       if (const std::string id = map.node(name).infoText(NI_EventID); !id.empty()) {
-        events[id].push_back(name);
+        // Mostly a port, through which features read the message.
+        const std::vector<std::string> features = dependentFeatures(description, name);
+        events[id].insert(events[id].end(), features.begin(), features.end());
+        if (features.empty()) {
+          events[id].push_back(name);
+        }
       }
     } catch (const Failure&) {
       continue;  // a node without a handle carries no event
@@ -127,7 +134,9 @@ void addEvents(CLI::App& app, Action& chosen) {
       chosen = [options](Session& session) { listen(session, *options); };
     }
   });
-  events->add_subcommand("list", "Show which nodes carry which event ID")->callback([&chosen] { chosen = list; });
+  events->add_subcommand("list", "Show which features each event fills, by event ID")->callback([&chosen] {
+    chosen = list;
+  });
   CLI::App* one = events->add_subcommand("deliver", "Deliver a message given here");
   one->add_option("id", options->id, "Event ID, hexadecimal digits")->required()->type_name("ID");
   one->add_option("payload", options->payload, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");

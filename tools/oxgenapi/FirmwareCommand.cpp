@@ -27,7 +27,8 @@ void info(Session& session, const FirmwareOptions& options) {
     for (const auto& [key, value, language] : updater.info(entry)) {
       infos.push_back({{"key", key}, {"value", value}, {"language", language}});
       if (!output.json()) {
-        output.field("  " + key, value + (language.empty() ? "" : " [" + language + "]"));
+        const std::string shown = language.empty() ? "" : " [" + language + "]";
+        output.field("  " + key, value + shown);
       }
     }
     entries.push_back(infos);
@@ -55,6 +56,8 @@ void update(Session& session, const FirmwareOptions& options) {
   // Of several entries nobody knows which data files belong to this one.
   Transfer transfer(session, options.file, updater.entryCount() == 1 ? dataBytesIn(options.file) : 0);
   updater.update(map, options.entry, [&](unsigned durationMs, unsigned delayMs) {
+    Progress waiting(session.output(), "waiting for the device to come back", 0, "");
+    waiting.begin();
     return session.restart(std::chrono::milliseconds(delayMs), std::chrono::milliseconds(durationMs));
   });
   if (session.output().json()) {
