@@ -200,6 +200,7 @@ TEST_F(CppLayer, SettingsAndFilesComeBack) {
 
   const std::string content(10000, 'c');
   map_.upload("UserFile1", content.data(), content.size());
+  EXPECT_EQ(map_.fileSize("UserFile1"), content.size());
   EXPECT_EQ(map_.download("UserFile1").size(), content.size());
   EXPECT_EQ(failureOf([&] { (void)map_.download("NoSuchFile"); }).feature(), "NoSuchFile");
 }
