@@ -1,6 +1,6 @@
 #include "SettingsText.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cstdint>
 
 #include "Failure.h"
@@ -132,18 +132,21 @@ void parseValue(std::string_view text, SettingsLine& line) {
 }  // namespace
 
 void appendEscapedValue(std::string& text, std::string_view value) {
-  for (const char c : value) {
-    if (isPrinting(c) || isSpace(c)) {
-      text += c;
-    } else if (c == '\0') {
+  const auto staysAsItIs = [](char c) { return isPrinting(c) || isSpace(c); };
+  for (auto next = value.begin(); next != value.end(); ++next) {
+    const auto escaped = std::find_if_not(next, value.end(), staysAsItIs);
+    text.append(next, escaped);
+    if (escaped == value.end()) return;
+    next = escaped;
+    if (*next == '\0') {
       text += "\\0";
-    } else if (c == '\a') {
+    } else if (*next == '\a') {
       text += "\\a";
-    } else if (c == '\b') {
+    } else if (*next == '\b') {
       text += "\\b";
     } else {
       text += "\\x";
-      appendByteInHex(text, c);
+      appendByteInHex(text, *next);
     }
   }
 }

@@ -1,12 +1,6 @@
 // Applying settings text, what is reported on the way, and the way there and back.
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "Records.h"
 #include "SettingsBench.h"
@@ -109,7 +103,7 @@ TEST(SettingsLoad, ValidationComparesTheTexts) {
   EXPECT_EQ(heard.problems[1].text, "Fickle: Validation failed in line 2: Actual value \"32\" != \"33\"");
   EXPECT_EQ(device.memory[16], 1);
 
-  // The twelfth access is the one that reads the feature back.
+  // Not asked to validate, it reads nothing back.
   device.load(intReg("Width", "0"));
   device.after = nullptr;
   device.accesses = 0;
@@ -200,7 +194,9 @@ TEST(SettingsReport, SendsOneRecordForACallThatCannotBegin) {
   size_t size = 0;
   const Records records;
   EXPECT_EQ(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001Eu);
+  EXPECT_EQ(lastErrorText(), "No nodemap loaded.");
   EXPECT_EQ(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001Eu);
+  EXPECT_EQ(lastErrorText(), "No nodemap loaded");
   EXPECT_EQ(NMLoadSet(empty, "/nowhere", nullptr, nullptr), 0x80000003u);
   const std::vector<std::string> texts = records.texts();
   ASSERT_EQ(texts.size(), 3u);

@@ -1,14 +1,10 @@
 // Saving feature values as settings text.
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
-#include "Records.h"
 #include "SettingsBench.h"
 
 TEST(SettingsSave, WritesOneLineForEachCombinationOfUsableSelectors) {
@@ -283,18 +279,4 @@ TEST(SettingsFile, OpensNamesAsGivenInBothForms) {
   }
   EXPECT_EQ(NMLoadSetString(device.map, nullptr, false, nullptr, nullptr), 0x80000003u);
   EXPECT_EQ(lastErrorText(), "String not readable");
-}
-
-TEST(SettingsExports, RefuseBadHandlesAndEmptyNodeMaps) {
-  size_t size = 0;
-  EXPECT_EQ(NMSaveSet(NODEMAP{}, "x", nullptr, nullptr), 0x8000001Du);
-  EXPECT_EQ(lastErrorText(), "Invalid NODEMAP handle");
-  NODEMAP empty{};
-  ASSERT_EQ(CreateNodeMap(empty), 0u);
-  EXPECT_EQ(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001Eu);
-  EXPECT_EQ(lastErrorText(), "No nodemap loaded.");
-  EXPECT_EQ(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001Eu);
-  EXPECT_EQ(lastErrorText(), "No nodemap loaded");
-  release(empty);
-  EXPECT_EQ(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001Du);
 }
