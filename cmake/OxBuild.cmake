@@ -30,8 +30,9 @@ function(ox_target name)
   # What overruns a buffer or diverts a call ends the program, tables are read only once it runs, the stack is never
   # code. tests/abi/check looks whether it is so.
   if(NOT OXGENAPI_SANITIZE)
-    target_compile_options(${name} PRIVATE -fstack-protector-strong -fstack-clash-protection -fcf-protection
-                                           "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+    target_compile_options(${name} PRIVATE
+      -fstack-protector-strong -fstack-clash-protection -fcf-protection
+      "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")  # needs the optimiser
   endif()
   target_link_options(${name} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack)
   target_compile_options(${name} PRIVATE ${OX_WARNINGS} $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
