@@ -86,7 +86,8 @@ OXGENAPI_EXPORT uint32_t NMPollNodes(NODEMAP NodeMap, int32_t DeltaMS);
  * connected before under that name is replaced. The callbacks stay in use until then, until the next load or until the
  * node map ends; each may be null:
  *   ReadMem, WriteMem  access to the device's memory; without one such access fails as not supported
- *   AccessMode         the access at the moment; without one it follows from which of the other two exist
+ *   AccessMode         the access at the moment; without one it follows from which of the other two exist. Features
+ *                      keep what it told: after a change invalidate the port node (NInvalidate)
  *   pUserData          given to each callback
  * Errors: INVALID_STATE "No NodeMap available to connect to"; NOT_PRESENT "Node 'Name' not present in NodeMap" when the
  *         description has no port of that name (what was connected before stays); NOT_WRITABLE, INVALID_ARGUMENT or

@@ -77,6 +77,18 @@ TEST(PortNodes, HaveTheRightsOfTheirImplementation) {
   map.integer("Locked")->SetValue(0);
   EXPECT_EQ(map.mode("Raw"), RW);
 
+  // The port itself is asked each time, registers keep what they were told until they hear of a change.
+  map.port.mode = RO;
+  EXPECT_EQ(map.mode("Device"), RO);
+  EXPECT_EQ(map.mode("Raw"), RW);
+  map.port.InvalidateNode();
+  EXPECT_EQ(map.mode("Raw"), RO);
+  const uint8_t byte = 0;
+  EXPECT_THROW(map.bytes("Raw")->Set(&byte, 1), AccessException);
+  uint8_t back = 1;
+  map.bytes("Raw")->Get(&back, 1);
+  EXPECT_EQ(back, 0);
+
   map.map->Connect(nullptr);
   EXPECT_EQ(map.mode("Device"), NI);
   EXPECT_EQ(map.mode("Chunk"), NA);

@@ -255,34 +255,6 @@ void NodeMap::dropPort(NodeIndex index, bool accessMayChange) const {
   dropComputed(index, accessMayChange);
 }
 
-void NodeMap::watchPort(NodeIndex index) const {
-  if (std::find(watchedPorts_.begin(), watchedPorts_.end(), index) == watchedPorts_.end()) {
-    watchedPorts_.push_back(index);
-  }
-}
-
-bool NodeMap::renewAccessModes() const {
-  if (renewing_) return false;  // a port may want to know an access mode before it tells its own
-  struct Renewing {
-    bool& flag;
-    explicit Renewing(bool& theFlag) : flag(theFlag) { flag = true; }
-    ~Renewing() { flag = false; }
-  } const renewing(renewing_);
-  bool renewed = false;
-  for (size_t i = 0; i < watchedPorts_.size(); ++i) {  // asking may connect further ports
-    const NodeIndex port = watchedPorts_[i];
-    try {
-      if (!static_cast<PortNode&>(node(port)).hasChangedMode()) continue;
-    } catch (...) {  // it fails those who have to ask it
-      continue;
-    }
-    dropPort(port);
-    renewCategories();
-    renewed = true;
-  }
-  return renewed;
-}
-
 void NodeMap::collectDependents(NodeIndex index) const {
   for (const NodeIndex each : graph().dependents(index, scratch_)) collect(each);
 }

@@ -145,10 +145,6 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   bool removeCallback(NodeIndex index, CallbackHandleType handle) const;
   void deregister(CallbackHandleType handle) const;
 
-  // A port whose access mode somebody has asked for, and which may change it without a word.
-  void watchPort(NodeIndex index) const;
-  // Asks these ports again; what was kept of one that tells another mode now is dropped. True when there was one.
-  bool renewAccessModes() const;
   // Access modes of categories are kept until this changes.
   uint32_t categoryEpoch() const { return categoryEpoch_; }
   void renewCategories() const { ++categoryEpoch_; }
@@ -191,8 +187,6 @@ class NodeMap final : public INodeMap, public IDestroy, public IDeviceInfo, publ
   mutable std::map<NodeIndex, Imposed> imposed_;
   mutable WalkScratch scratch_;
   mutable uint32_t categoryEpoch_ = 1;
-  mutable std::vector<NodeIndex> watchedPorts_;
-  mutable bool renewing_ = false;
   mutable bool accessCycle_ = false;
   mutable int accessDepth_ = 0;
   mutable bool polling_ = false;

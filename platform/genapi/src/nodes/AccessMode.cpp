@@ -27,10 +27,7 @@ std::string modeText(EAccessMode mode) {
 
 EAccessMode NodeBase::GetAccessMode() const {
   auto* self = const_cast<NodeBase*>(this);
-  return map_.operate(self, [&] {
-    map_.renewAccessModes();
-    return self->accessMode();
-  });
+  return map_.operate(self, [&] { return self->accessMode(); });
 }
 
 EAccessMode NodeBase::computeAccessMode() {
@@ -141,13 +138,6 @@ void NodeBase::refuse(const char* attempt) {
   if (!reason.empty()) reason.insert(0, ", ");
   throw ACCESS_EXCEPTION("%s: not %s: access mode is %s%s", map_.pathTo(*this).c_str(), attempt, modeText(mode).c_str(),
                          reason.c_str());
-}
-
-void NodeBase::requireReadableNow() {
-  if (!map_.renewAccessModes() || !IsReadable(accessMode())) refuseReading();
-}
-void NodeBase::requireWritableNow() {
-  if (!map_.renewAccessModes() || !IsWritable(accessMode())) refuseWriting();
 }
 
 void NodeBase::refuseReading() {

@@ -94,13 +94,12 @@ class NodeBase : public INode, public ISelector {
     if (EvaluationStep* asking = map_.evaluation()) asking->noteConsumption();
     return static_cast<EAccessMode>(mine.accessMode);
   }
-  // Throw AccessException with the reason; RuntimeException when the node is defective. Nothing is refused before the
-  // ports were asked again.
+  // Throw AccessException with the reason; RuntimeException when the node is defective.
   void requireReadable() {
-    if (!IsReadable(accessMode())) requireReadableNow();
+    if (!IsReadable(accessMode())) refuseReading();
   }
   void requireWritable() {
-    if (!IsWritable(accessMode())) requireWritableNow();
+    if (!IsWritable(accessMode())) refuseWriting();
   }
   [[noreturn]] void refuseReading();
   [[noreturn]] void refuseWriting();
@@ -201,8 +200,6 @@ class NodeBase : public INode, public ISelector {
   [[gnu::noinline]] ECachingMode decideCachingMode() const;
   EAccessMode computeAccessMode();
   std::string accessModeReason(int depth);
-  void requireReadableNow();
-  void requireWritableNow();
   [[noreturn]] void refuse(const char* attempt);
 
   NodeMap& map_;

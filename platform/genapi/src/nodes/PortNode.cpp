@@ -37,8 +37,6 @@ void PortNode::connect(IPort* implementation) {
     if (auto* construct = dynamic_cast<IPortConstruct*>(former)) construct->SetPortImpl(nullptr);
   }
   if (auto* construct = dynamic_cast<IPortConstruct*>(implementation)) construct->SetPortImpl(this);
-  told_ = _UndefinedAccesMode;
-  toldAnother_ = false;
   map().dropPort(index());
   map().renewCategories();
 }
@@ -107,23 +105,8 @@ int64_t PortNode::fromStart(int64_t address) {
 }
 
 EAccessMode PortNode::typeMode() {
-  IPort* const asked = implementation_;
-  if (!asked) return find(Element::ChunkID) || find(Element::pChunkID) ? NA : NI;
-  const EAccessMode mode = asked->GetAccessMode();
-  if (implementation_ != asked) return mode;  // what was kept of it went with the connection
-  if (told_ == _UndefinedAccesMode) {
-    // Chunk and event ports say themselves when theirs changes.
-    if (dynamic_cast<CPortImpl*>(asked)) map().watchPort(index());
-  } else if (mode != told_) {
-    toldAnother_ = true;
-  }
-  told_ = mode;
-  return mode;
-}
-
-bool PortNode::hasChangedMode() {
-  if (implementation_) typeMode();
-  return std::exchange(toldAnother_, false);
+  if (implementation_) return implementation_->GetAccessMode();
+  return find(Element::ChunkID) || find(Element::pChunkID) ? NA : NI;
 }
 
 gcstring PortNode::GetChunkID() const {

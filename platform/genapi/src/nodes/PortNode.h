@@ -25,8 +25,6 @@ class PortNode final : public NodeBase, public IPortConstruct, public IChunkPort
   // inner operations
   EAccessMode typeMode() override;
   void connect(IPort* implementation);
-  // Asks the implementation once more. True, once, when it told different modes since this was asked last.
-  bool hasChangedMode();
   IPort* implementation() const { return implementation_; }
   // The description gives the chunk ID itself, not through another node.
   bool hasFixedChunkId() const { return !find(Element::pChunkID); }
@@ -44,8 +42,6 @@ class PortNode final : public NodeBase, public IPortConstruct, public IChunkPort
   void requireWholeGroups(int64_t address, int64_t bytes) const;
 
   IPort* implementation_ = nullptr;
-  EAccessMode told_ = _UndefinedAccesMode;  // by the implementation, when it was asked last
-  bool toldAnother_ = false;
   bool swaps_ = false;
 };
 
