@@ -87,7 +87,8 @@ TEST_F(SettingsCommand, LoadReportsBadLinesAndStopsOnlyWhenAsked) {
   ASSERT_EQ(camera({"set", "Height=128"}).status, 0);
   const json stopped = camera({"load", file, "--stop-on-error", "--json"}).json();
   EXPECT_EQ(stopped["stopped"], true);
-  EXPECT_EQ(stopped["problems"].size(), 1);
+  ASSERT_EQ(stopped["problems"].size(), 1);
+  EXPECT_EQ(stopped["problems"][0]["feature"], "Width");
   EXPECT_EQ(camera({"get", "-b", "Height"}).out, "128\n");
 }
 

@@ -37,13 +37,13 @@ class Loader {
       }
       progress.reach(done);
       std::string part(done, '\n');
-      const size_t count = options_.stopOnError ? 1 : std::max<size_t>(1, done / kPartOfDone);
+      const size_t count = std::max<size_t>(1, done / kPartOfDone);
       size_t end = begin;
       for (size_t line = 0; line < count && end < text.size(); ++line, ++done) {
         end = std::min(text.find('\n', end), text.size() - 1) + 1;
       }
       part.append(text, begin, end - begin);
-      for (const Failure& problem : session_.map().loadSettingsText(part, options_.validate)) {
+      for (const Failure& problem : load(part)) {
         progress.clear();
         problems_.push_back(toJson(problem));
         session_.report(problem);
@@ -56,6 +56,18 @@ class Loader {
   }
 
  private:
+  // The problems of a part; where it shall stop, the first.
+  oxgenapi::Problems load(const std::string& part) {
+    if (!options_.stopOnError) {
+      return session_.map().loadSettingsText(part, options_.validate);
+    }
+    try {
+      return session_.map().loadSettingsText(part, options_.validate, oxgenapi::OnProblem::stop);
+    } catch (const Failure& failure) {
+      return {failure};
+    }
+  }
+
   void summarise(size_t lines) const {
     const Output& output = session_.output();
     if (output.json()) {

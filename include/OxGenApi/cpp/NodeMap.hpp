@@ -105,10 +105,10 @@ class NodeMap {
                         OnProblem then = OnProblem::goOn) const {
     detail::ProblemCollector collector{{}, then};
     const std::string names = joined(features);
-    check(features.empty()
-              ? NMSaveSet(handle(), file.c_str(), detail::ProblemCollector::collect, &collector)
-              : NMSaveSetEx(handle(), file.c_str(), names.c_str(), detail::ProblemCollector::collect, &collector),
-          file);
+    collector.finish(features.empty() ? NMSaveSet(handle(), file.c_str(), detail::ProblemCollector::collect, &collector)
+                                      : NMSaveSetEx(handle(), file.c_str(), names.c_str(),
+                                                    detail::ProblemCollector::collect, &collector),
+                     file);
     return std::move(collector.problems);
   }
   /// `problems` may be null.
@@ -134,12 +134,13 @@ class NodeMap {
   /// Applies a file's lines. `validate`: reads each value back and compares.
   Problems loadSettings(const std::string& file, bool validate = false, OnProblem then = OnProblem::goOn) const {
     detail::ProblemCollector collector{{}, then};
-    check(NMLoadSetEx(handle(), file.c_str(), validate, detail::ProblemCollector::collect, &collector), file);
+    collector.finish(NMLoadSetEx(handle(), file.c_str(), validate, detail::ProblemCollector::collect, &collector),
+                     file);
     return std::move(collector.problems);
   }
   Problems loadSettingsText(const std::string& text, bool validate = false, OnProblem then = OnProblem::goOn) const {
     detail::ProblemCollector collector{{}, then};
-    check(NMLoadSetString(handle(), text.c_str(), validate, detail::ProblemCollector::collect, &collector));
+    collector.finish(NMLoadSetString(handle(), text.c_str(), validate, detail::ProblemCollector::collect, &collector));
     return std::move(collector.problems);
   }
 

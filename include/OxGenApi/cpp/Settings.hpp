@@ -37,6 +37,12 @@ struct ProblemCollector {
       return false;  // no memory to keep it: the call ends with this problem
     }
   }
+
+  // Throws what ended a call: the problem at which it stopped, which names its feature, or what the call left.
+  void finish(uint32_t code, const std::string& name = {}) const {
+    if (code != OXGENAPI_OK && then == OnProblem::stop && !problems.empty()) throw problems.back();
+    check(code, name);
+  }
 };
 
 }  // namespace detail
