@@ -1,4 +1,5 @@
 #include <chrono>
+#include <filesystem>
 #include <memory>
 
 #include "Commands.h"
@@ -54,7 +55,8 @@ void update(Session& session, const FirmwareOptions& options) {
   }
   const NodeMap map = session.map();  // restarting replaces the session's
   // Of several entries nobody knows which data files belong to this one.
-  Transfer transfer(session, options.file, updater.entryCount() == 1 ? dataBytesIn(options.file) : 0);
+  Transfer transfer(session, std::filesystem::path(options.file).filename().string(),
+                    updater.entryCount() == 1 ? dataBytesIn(options.file) : 0);
   updater.update(map, options.entry, [&](unsigned durationMs, unsigned delayMs) {
     Progress waiting(session.output(), "waiting for the device to come back", 0, "");
     waiting.begin();

@@ -1,5 +1,6 @@
 #include "Progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,12 +12,17 @@ namespace {
 
 constexpr std::chrono::milliseconds kBarEvery{100};
 constexpr std::chrono::seconds kLineEvery{1};
-constexpr double kBarWidth = 30;
+constexpr double kBarWidth = 20;
 constexpr const char* kStartOfEmptyLine = "\r\x1b[K";
 
 std::string decimal(double value, int digits) {
   char text[64];
   return {text, static_cast<size_t>(std::snprintf(text, sizeof text, "%.*f", digits, value))};
+}
+
+size_t terminalWidth() {
+  winsize size{};
+  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : 80;
 }
 
 // "7 s", "3 min 20 s", "2 h 5 min"
@@ -85,10 +91,13 @@ void Progress::show(uint64_t done, double fraction) {
     const auto filled = static_cast<size_t>(fraction * kBarWidth);
     text += "[" + std::string(filled, '#') + std::string(static_cast<size_t>(kBarWidth) - filled, '.') + "] ";
   }
+  if (fraction > 0) {
+    text += duration(seconds() * (1 - fraction) / fraction) + " left, ";
+  }
   text +=
       std::to_string(done) + (total_ == 0 ? " " : " of " + std::to_string(total_) + " ") + unit_ + ", " + rate(done);
-  if (fraction > 0) {
-    text += ", " + duration(seconds() * (1 - fraction) / fraction) + " left";
+  if (isTerminal_) {
+    text.resize(std::min(text.size(), terminalWidth() - 1));  // what wraps would not be cleared
   }
   std::fputs((isTerminal_ ? kStartOfEmptyLine + text : text + "\n").c_str(), stderr);
   shown_ = Clock::now();
