@@ -57,11 +57,10 @@ Value entryCount(const Item& item, const TypedNode& node, Form) {
   return static_cast<int64_t>(entries.size());
 }
 
-// Integer, float and string registers have an address and a length too.
+// Integers, floats and strings are no registers to callers, whatever they are made of.
 IRegister& registerOf(const Item& item, const TypedNode& node) {
-  auto* reg = dynamic_cast<IRegister*>(node.node);
-  if (reg == nullptr) refuseKind(item.name);
-  return *reg;
+  if (node.type != NT_Register) refuseKind(item.name);
+  return dynamic_cast<IRegister&>(*node.node);
 }
 
 Value aliasName(const Item&, const TypedNode& node, Form) {

@@ -87,8 +87,8 @@ OX_ENUM(TNodeInfo, uint32_t){
     NI_Visibility = 11,      /* 0 beginner, 1 expert, 2 guru, -1 invisible */
     NI_PollingTime = 12,     /* milliseconds, negative when the node is not polled */
     NI_EventID = 13,         /* text, hexadecimal digits */
-    NI_RegisterAddress = 14, /* register nodes; bytes */
-    NI_RegisterLength = 15,  /* register nodes; bytes */
+    NI_RegisterAddress = 14, /* register nodes (NT_Register); bytes */
+    NI_RegisterLength = 15,  /* register nodes (NT_Register); bytes */
     NI_Representation = 16,  /* integer or float nodes: 0 linear, 1 logarithmic, 2 boolean, 3 pure number, 4 hexadecimal
                                 number, 5 IPv4 address, 6 MAC address, -1 undefined */
     NI_Unit = 17,            /* text; integer or float nodes */

