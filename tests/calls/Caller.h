@@ -55,6 +55,7 @@ struct Shared {
   std::vector<Handle> handles;
   std::shared_mutex rule;
   int loads = 0;
+  std::vector<std::vector<uint8_t>> chunkBuffers;  // what stays attached when a caller goes
 };
 
 class Caller {
@@ -147,7 +148,7 @@ class Caller {
   std::string rawText();
   std::wstring wideText(char kind);
   int64_t number();
-  uint8_t* chunkBuffer();
+  uint8_t* chunkBuffer(const Frame& frame);
 
   NODEMAP argument(Frame& frame, Wanted<NODEMAP>) { return static_cast<NODEMAP>(pick(frame, Kind::kNodeMap)); }
   NODE argument(Frame& frame, Wanted<NODE>) { return static_cast<NODE>(pick(frame, Kind::kNode)); }

@@ -93,7 +93,7 @@ struct Exports {
 
   static uint32_t moveChunks(Caller& c, Caller::Frame& f) {
     const NODEMAP handle = map(c, f);
-    return NMUpdateChunks(handle, byte(c) < 0x80 ? c.chunkBuffer() : nullptr);
+    return NMUpdateChunks(handle, byte(c) < 0x80 ? c.chunkBuffer(f) : nullptr);
   }
 
   static uint32_t deregister(Caller& c, Caller::Frame& f) {
@@ -303,10 +303,11 @@ const TEventDataExW* Caller::argument(Frame& frame, Wanted<const TEventDataExW*>
   return &frame.eventW;
 }
 
-uint8_t* Caller::chunkBuffer() {
+uint8_t* Caller::chunkBuffer(const Frame& frame) {
   constexpr size_t kBuffers = 6;
-  if (chunkBuffers_.empty()) chunkBuffers_.resize(kBuffers, std::vector<uint8_t>(kChunkBufferBytes, 'c'));
-  return chunkBuffers_[bytes_.next() % kBuffers].data();
+  auto& buffers = frame.group < 0 ? shared_->chunkBuffers : chunkBuffers_;
+  if (buffers.empty()) buffers.resize(kBuffers, std::vector<uint8_t>(kChunkBufferBytes, 'c'));
+  return buffers[bytes_.next() % kBuffers].data();
 }
 
 // All buffers have the same size, so that a layout fits each of them.
@@ -315,7 +316,7 @@ const TChunkData* Caller::argument(Frame& frame, Wanted<const TChunkData*>) {
   const uint8_t choice = bytes_.next();
   TChunkData& chunk = frame.chunks.emplace_back();
   chunk.ChunkID = choice < 0x80 ? 0xa1 + choice % 2 : static_cast<uint64_t>(number());
-  chunk.pBase = (choice & 0x70) == 0x70 ? nullptr : chunkBuffer();
+  chunk.pBase = (choice & 0x70) == 0x70 ? nullptr : chunkBuffer(frame);
   chunk.ChunkOffset = bytes_.next() % kChunkBufferBytes;
   chunk.ChunkLength = bytes_.next() % (static_cast<int64_t>(kChunkBufferBytes) - chunk.ChunkOffset + 1);
   const uint8_t twist = bytes_.next();
