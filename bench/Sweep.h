@@ -1,6 +1,5 @@
 // Reads every feature of a description over a device full of zeros that counts what it is asked for, place by place.
 #pragma once
-#include <GenApi/GenApi.h>
 #include <OxBase/OxBase.h>
 #include <OxGenApi/OxGenApi.h>
 
@@ -13,11 +12,11 @@
 #include <utility>
 #include <vector>
 
+#include "UncacheablePlaces.h"
+
 inline void requireSweep(bool done) {
   if (!done) std::abort();
 }
-
-using Place = std::pair<int64_t, int64_t>;  // address, length
 
 struct EmptyDevice {
   std::map<Place, long> reads;
@@ -33,6 +32,14 @@ inline int readEmptyDevice(void* to, int64_t address, int64_t length, void* user
 inline int writeEmptyDevice(const void*, int64_t, int64_t, void*) {
   return 0;
 }
+
+// The same device for the engine.
+class EmptyPort final : public GENAPI_NAMESPACE::CPortImpl {
+ public:
+  GENAPI_NAMESPACE::EAccessMode GetAccessMode() const override { return GENAPI_NAMESPACE::RW; }
+  void Read(void* to, int64_t, int64_t length) override { std::memset(to, 0, static_cast<size_t>(length)); }
+  void Write(const void*, int64_t, int64_t) override {}
+};
 
 class SweptCamera {
  public:
@@ -88,34 +95,6 @@ class SweptCamera {
   NODEMAP map_ = nullptr;
   std::vector<NODE> nodes_, features_;
 };
-
-// Places that some register of the description may not remember. Only the engine tells where numbers and texts are.
-inline std::set<Place> uncacheablePlaces(const std::string& text) {
-  using namespace GENAPI_NAMESPACE;
-  struct Zeros final : CPortImpl {
-    EAccessMode GetAccessMode() const override { return RW; }
-    void Read(void* to, int64_t, int64_t length) override { std::memset(to, 0, static_cast<size_t>(length)); }
-    void Write(const void*, int64_t, int64_t) override {}
-  } zeros;
-  INodeMap* const map = CNodeMapFactory(GENICAM_NAMESPACE::gcstring(text.c_str())).CreateNodeMap("Device");
-  NodeList_t nodes;
-  map->GetNodes(nodes);
-  for (INode* node : nodes) {
-    const GENICAM_NAMESPACE::gcstring name = node->GetName();
-    if (std::strstr(name.c_str(), "Device") && dynamic_cast<IPort*>(node)) map->Connect(&zeros, name);
-  }
-  std::set<Place> found;
-  for (INode* node : nodes) {
-    auto* const place = dynamic_cast<IRegister*>(node);
-    if (!place || node->GetCachingMode() != NoCache) continue;
-    try {
-      found.insert({place->GetAddress(), place->GetLength()});
-    } catch (const GENICAM_NAMESPACE::GenericException&) {  // nobody can read it
-    }
-  }
-  dynamic_cast<IDestroy*>(map)->Destroy();
-  return found;
-}
 
 struct SweepCounts {
   long all = 0, most = 0, cacheable = 0;

@@ -3,8 +3,9 @@
 // Measured are tables behind an index selector, whose cost must grow with their size alone, and every file of the
 // folder in OXGENAPI_DESCRIPTIONS over patterned memory. For the comparison the same lines are visited once more in the
 // engine: selectors are set aside the clock, each feature's ToString is timed. Counters: lines, ns per line, total /
-// bare as the ratio, the time of a save that also meets the features that are not available (each is reported); port
-// reads for each place that was read under a combination of selectors, port writes for each change of a selector.
+// bare as the ratio, the time of a save that also meets the features that are not available (each is reported); "most",
+// how often the first save read one place that may be remembered between two writes (twice where selectors change that
+// have no register); port writes for each change of a selector.
 #include <OxBase/OxBase.h>
 #include <OxGenApi/OxGenApi.h>
 #include <OxSimulation/MemoryDevice.h>
@@ -17,6 +18,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -24,6 +26,7 @@
 
 #include "GenApi/GenApi.h"
 #include "GenApi/IDestroy.h"
+#include "UncacheablePlaces.h"
 
 namespace {
 
@@ -41,12 +44,12 @@ int64_t now() {
   return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
-// What a save asked of the port.
+// What a save asks of the port.
 struct Traffic {
-  double reads = 0;
-  double writes = 0;
-  double places = 0;  // address and length, counted anew after each write
-  std::set<std::pair<int64_t, int64_t>> seen;
+  std::set<Place> uncacheable;
+  std::map<Place, int64_t> reads;  // of places that may be remembered, since the last write
+  int64_t most = 0;
+  int64_t writes = 0;
 };
 
 class Saver {
@@ -72,12 +75,10 @@ class Saver {
   // A limit that comes from patterned memory may give a selector millions of values; the port ends such a save.
   bool isEndless() const { return accesses_ > kMostAccesses; }
 
-  Traffic trafficOf(const std::string& names) {
-    Traffic traffic;
+  void count(Traffic& traffic, const std::string& names) {
     traffic_ = &traffic;
     save(names);
     traffic_ = nullptr;
-    return traffic;
   }
 
  private:
@@ -86,8 +87,9 @@ class Saver {
     auto& saver = *static_cast<Saver*>(self);
     if (++saver.accesses_ > kMostAccesses) return -1;
     if (Traffic* traffic = saver.traffic_) {
-      ++traffic->reads;
-      traffic->places += traffic->seen.emplace(address, length).second ? 1 : 0;
+      if (!traffic->uncacheable.contains({address, length})) {
+        traffic->most = std::max(traffic->most, ++traffic->reads[{address, length}]);
+      }
     }
     return saver.memory_.read(to, address, length);
   }
@@ -95,7 +97,7 @@ class Saver {
     auto& saver = *static_cast<Saver*>(self);
     if (Traffic* traffic = saver.traffic_) {
       ++traffic->writes;
-      traffic->seen.clear();
+      traffic->reads.clear();
     }
     return saver.memory_.write(from, address, length);
   }
@@ -221,9 +223,11 @@ void saveAll(benchmark::State& state, const std::string& xml) {
   state.counters["lines"] = static_cast<double>(lines);
   state.counters["ns_per_line"] = static_cast<double>(least) / static_cast<double>(lines);
   state.counters["ratio"] = ratios[ratios.size() / 2];
-  const Traffic traffic = saver.trafficOf(names);
-  state.counters["reads_per_place"] = traffic.reads / std::max(traffic.places, 1.0);
-  state.counters["writes_per_change"] = traffic.writes / std::max(bare.changes(), 1.0);
+  Traffic traffic;
+  traffic.uncacheable = uncacheablePlaces(xml, bare);
+  Saver(xml).count(traffic, names);
+  state.counters["most"] = static_cast<double>(traffic.most);
+  state.counters["writes_per_change"] = static_cast<double>(traffic.writes) / std::max(bare.changes(), 1.0);
   state.counters["all_us"] = static_cast<double>(leastOfAll) / 1e3;
 }
 

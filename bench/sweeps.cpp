@@ -29,7 +29,8 @@ void sweep(benchmark::State& state, const std::string& text) {
   camera.device.reads.clear();
   camera.sweep();
   const EmptyDevice again = camera.device;
-  const std::set<Place> uncacheable = uncacheablePlaces(text);
+  EmptyPort zeros;
+  const std::set<Place> uncacheable = uncacheablePlaces(text, zeros);
   const SweepCounts coldCounts = count(cold, uncacheable), againCounts = count(again, uncacheable);
   state.counters["features"] = static_cast<double>(features);
   state.counters["cold"] = static_cast<double>(coldCounts.all);
