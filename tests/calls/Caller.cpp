@@ -238,6 +238,9 @@ void Caller::step() {
     // Creating is what everything begins with; names of exports are spread over 16 bits, so that they keep their place.
     call(static_cast<size_t>(choice) << 8 | bytes_.next());
   } else if (choice < 0xf0) {
+    // Its callbacks make calls of their own.
+    std::shared_lock<std::shared_mutex> together;
+    if (shared_ != nullptr && isOutermost) together = std::shared_lock(shared_->rule);
     if (!live_.empty()) giveBack(bytes_.next() % live_.size());
   } else if (choice < 0xf8) {
     const auto mood = static_cast<World::Mood>(bytes_.next() % static_cast<uint8_t>(World::Mood::kMoods));
