@@ -231,7 +231,9 @@ TEST_F(FeatureCommand, EventsAndChunksShowTheFeaturesTheyFill) {
   const json event = runJson({"events", "--enable", "Test", "--exec", "TestEventGenerate", "--seconds", "0.1"});
   EXPECT_EQ(event["event"], "9040");
   EXPECT_THAT(event["features"].items().begin().key(), HasSubstr("EventTest"));
-  EXPECT_THAT(run({"events", "--seconds", "0"}).err, HasSubstr("--enable"));
+  EXPECT_THAT(run({"events", "--enable", "Test", "--seconds", "0"}).err, HasSubstr("--enable"));
+  EXPECT_THAT(run({"events", "--seconds", "0.2"}).out, HasSubstr("EventExposureEndTimestamp = "));
+  EXPECT_THAT(run({"chunks"}).out, testing::AllOf(HasSubstr("ChunkTimestamp = "), HasSubstr("ChunkGain = ")));
   EXPECT_EQ(runJson({"events", "deliver", "9040", std::string(32, '0')})["event"], "9040");
   EXPECT_THAT(runJson({"events", "list"})["9040"], Contains("EventTestTimestamp"));
 

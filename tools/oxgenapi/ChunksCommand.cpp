@@ -9,6 +9,7 @@
 #include "Interrupt.h"
 #include "Progress.h"
 #include "ShowValues.h"
+#include "SwitchOn.h"
 
 namespace tool {
 namespace {
@@ -100,13 +101,8 @@ oxgenapi::AttachedChunks attached(const NodeMap& map, Image& image) {
 
 void acquire(Session& session, const ChunksOptions& options) {
   const NodeMap& map = session.map();
-  if (!options.enable.empty()) {
-    map.node("ChunkModeActive").set("true");
-  }
-  for (const std::string& chunk : options.enable) {
-    map.node("ChunkSelector").set(chunk);
-    map.node("ChunkEnable").set("true");
-  }
+  map.node("ChunkModeActive").set("true");
+  switchOn(map, {"ChunkSelector", "ChunkEnable", "true"}, options.enable);
   Changes changes(map, valueFeatures(map));
   Images images(session, options.csv);
   Progress progress(session.output(), "chunks", static_cast<uint64_t>(options.frames), "frames");
@@ -126,7 +122,7 @@ void acquire(Session& session, const ChunksOptions& options) {
   }
   map.node("AcquisitionStop").execute();
   if (images.chunks() == 0 && !session.output().json()) {
-    session.output().hint("The images have no chunks. --enable switches chunks on, entries of ChunkSelector.");
+    session.output().hint("The images have no chunks.");
   }
 }
 
@@ -171,9 +167,12 @@ void addChunks(CLI::App& app, Action& chosen) {
   chunks->fallthrough();
   chunks->footer(
       "Example:\n"
+      "  oxgenapi chunks --frames 3\n"
       "  oxgenapi chunks --enable Timestamp,ExposureTime --frames 2\n"
       "  oxgenapi chunks --enable Timestamp --frames 100 --csv > frames.csv");
-  chunks->add_option("--enable", options->enable, "Chunks to switch on first, entries of ChunkSelector")
+  chunks
+      ->add_option("--enable", options->enable,
+                   "Chunks to switch on first, entries of ChunkSelector; without it all, unless one is on")
       ->delimiter(',')
       ->type_name("CHUNK");
   chunks->add_option("--frames", options->frames, "Number of images")

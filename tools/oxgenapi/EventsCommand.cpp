@@ -10,6 +10,7 @@
 #include "Interrupt.h"
 #include "Progress.h"
 #include "ShowValues.h"
+#include "SwitchOn.h"
 
 namespace tool {
 namespace {
@@ -74,11 +75,10 @@ void listen(Session& session, const EventsOptions& options) {
   const NodeMap& map = session.map();
   const Interrupt interrupt;
   Changes changes(map, valueFeatures(map));
-  for (const std::string& event : options.enable) {
-    map.node("EventSelector").set(event);
-    map.node("EventNotification").set("On");
-  }
-  for (const std::string& command : options.execute) {
+  switchOn(map, {"EventSelector", "EventNotification", "On"}, options.enable);
+  // Most events come with images.
+  const bool acquires = options.enable.empty() && options.execute.empty();
+  for (const std::string& command : acquires ? std::vector<std::string>{"AcquisitionStart"} : options.execute) {
     map.node(command).execute();
   }
   const auto start = Clock::now();
@@ -98,6 +98,9 @@ void listen(Session& session, const EventsOptions& options) {
     }
     progress.reach(delivered, passed / options.seconds);
     std::this_thread::sleep_for(kDeliveryPause);
+  }
+  if (acquires) {
+    map.node("AcquisitionStop").execute();
   }
   if (delivered == 0 && !session.output().json()) {
     session.output().hint("No event came. --enable switches events on, entries of EventSelector.");
@@ -121,11 +124,18 @@ void addEvents(CLI::App& app, Action& chosen) {
       app.add_subcommand("events", "Deliver the event messages that the device sends and show the features they fill");
   events->require_subcommand(0, 1);
   events->fallthrough();
-  events->footer("Example:\n  oxgenapi events --enable Test --exec TestEventGenerate --seconds 2");
-  events->add_option("--enable", options->enable, "Events to switch on first, entries of EventSelector")
+  events->footer(
+      "Example:\n"
+      "  oxgenapi events --seconds 2\n"
+      "  oxgenapi events --enable Test --exec TestEventGenerate --seconds 2");
+  events
+      ->add_option("--enable", options->enable,
+                   "Events to switch on first, entries of EventSelector; without it all, unless one is on")
       ->delimiter(',')
       ->type_name("EVENT");
-  events->add_option("--exec", options->execute, "Commands to execute then")->delimiter(',')->type_name("A,B");
+  events->add_option("--exec", options->execute, "Commands to execute then; without both images are taken meanwhile")
+      ->delimiter(',')
+      ->type_name("A,B");
   events->add_option("--seconds", options->seconds, "How long to listen")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
