@@ -18,6 +18,7 @@ class CLock {
   void Unlock();
 
  private:
+  bool seize();
   void lockContended();
   std::atomic<uint32_t> state_{0};   // 0 free, 1 held, 2 held and waited for
   std::atomic<uintptr_t> owner_{0};  // the owning thread, written only by it

@@ -1,6 +1,7 @@
 #include "GenApi/Synch.h"
 
 #include <pthread.h>
+#include <sys/single_threaded.h>
 
 namespace GENAPI_NAMESPACE {
 
@@ -10,15 +11,24 @@ uintptr_t self() {
 }
 }  // namespace
 
+// A process of one thread does without locked operations: they are most of what a lock costs. A thread that begins while
+// the lock is held finds the state as the locked operations would have left it.
+inline bool CLock::seize() {
+  if (__libc_single_threaded) {
+    state_.store(1, std::memory_order_relaxed);  // it is free: the one thread does not hold it
+    return true;
+  }
+  uint32_t expected = 0;
+  return state_.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed);
+}
+
 void CLock::Lock() {
   const uintptr_t me = self();
   if (owner_.load(std::memory_order_relaxed) == me) {
     ++depth_;
     return;
   }
-  uint32_t expected = 0;
-  if (!state_.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed))
-    lockContended();
+  if (!seize()) lockContended();
   owner_.store(me, std::memory_order_relaxed);
   depth_ = 1;
 }
@@ -34,8 +44,7 @@ bool CLock::TryLock() {
     ++depth_;
     return true;
   }
-  uint32_t expected = 0;
-  if (!state_.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed)) return false;
+  if (!seize()) return false;
   owner_.store(me, std::memory_order_relaxed);
   depth_ = 1;
   return true;
@@ -44,7 +53,11 @@ bool CLock::TryLock() {
 void CLock::Unlock() {
   if (--depth_ != 0) return;
   owner_.store(0, std::memory_order_relaxed);
-  if (state_.exchange(0, std::memory_order_release) == 2) state_.notify_one();
+  if (__libc_single_threaded) {
+    state_.store(0, std::memory_order_relaxed);
+  } else if (state_.exchange(0, std::memory_order_release) == 2) {
+    state_.notify_one();
+  }
 }
 
 }  // namespace GENAPI_NAMESPACE
