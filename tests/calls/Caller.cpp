@@ -231,7 +231,10 @@ void Caller::keep(const Frame& frame) {
 
 void Caller::step() {
   const bool isOutermost = depth_ == 0;
-  if (isOutermost) entered_ = 0;
+  if (isOutermost) {
+    entered_ = 0;
+    World::beginCall();
+  }
   ++depth_;
   const uint8_t choice = bytes_.next();
   if (choice < 0xe0) {

@@ -30,8 +30,33 @@ ox::simulation::RegisterDevice& World::Place::device() const {
   return *world.camera_;
 }
 
+namespace {
+
+// What no call has to do with a device that does not mislead it.
+constexpr int kMostAccesses = 20'000, kMostInARow = 6;
+constexpr int kGivenUp = static_cast<int>(0x80000013);
+
+// What the call that this thread is in has asked for until now.
+thread_local int accessesOfCall = 0, timesInARow = 0;
+thread_local int64_t lastRead = 0;
+
+// Nobody waits for long for an answer that does not come: who asks one place over and over gets an error instead.
+bool asksInVain(int64_t address) {
+  if (std::exchange(lastRead, address) != address) timesInARow = 0;
+  if (++timesInARow <= kMostInARow) return false;
+  timesInARow = 0;
+  return true;
+}
+
+}  // namespace
+
+void World::beginCall() {
+  accessesOfCall = timesInARow = 0;
+}
+
 int World::fault(bool& garbage) {
   if (const auto told = onAccess.load()) told();
+  if (++accessesOfCall > kMostAccesses) return kGivenUp;
   const uint8_t rate = rate_;
   if (rate == 0 || ++accesses_ % rate != 0) return 0;
   switch (mood_.load()) {
@@ -62,17 +87,6 @@ int64_t checked(const World::Place& place, const void* buffer, int64_t address, 
   return place.isCamera ? address : address & 0xffff;
 }
 
-// Nobody waits for long for an answer that does not come: who asks one place over and over gets an error instead.
-bool asksInVain(int64_t address) {
-  constexpr int kPatience = 6;
-  thread_local int64_t last = 0;
-  thread_local int times = 0;
-  if (std::exchange(last, address) != address) times = 0;
-  if (++times <= kPatience) return false;
-  times = 0;
-  return true;
-}
-
 int finish(int result) {
   if (result < 0) {
     OxSetLastError(static_cast<uint32_t>(result), ox::simulation::RegisterDevice::lastFailureText().c_str());
@@ -85,7 +99,7 @@ int finish(int result) {
 int World::read(void* buffer, int64_t address, int64_t length, void* user) {
   const Place& place = *static_cast<Place*>(user);
   address = checked(place, buffer, address, length);
-  if (asksInVain(address)) return static_cast<int>(0x80000013);
+  if (asksInVain(address)) return kGivenUp;
   bool garbage = false;
   if (const int code = place.world.fault(garbage)) return code;
   if (garbage) {

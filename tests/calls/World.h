@@ -35,6 +35,8 @@ class World {
     rate_ = rate;
     mood_ = mood;
   }
+  // Ports give up in a call that asks too much, such as one waiting without end. This thread's next one begins.
+  static void beginCall();
   // Called before each access of a port, on its thread.
   std::atomic<void (*)()> onAccess{nullptr};
 
