@@ -1,5 +1,5 @@
 // Calls of all kinds, mixed by chance: from many threads at once, and with handles that are none.
-// OX_STRESS_SECONDS and OX_HANDLE_CALLS make them long.
+// OX_STRESS_SECONDS and OX_HANDLE_CALLS make them long, OX_STRESS_SEED makes them others.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -103,6 +103,7 @@ class Watchdog {
 TEST(MixedCalls, EightThreadsOnOneSharedAndManySeparateNodeMaps) {
   const auto start = std::chrono::steady_clock::now();
   const std::chrono::seconds wanted(fromEnvironment("OX_STRESS_SECONDS", 0));
+  const auto seed = static_cast<uint64_t>(fromEnvironment("OX_STRESS_SEED", 1));
   const auto goesOn = [&] { return std::chrono::steady_clock::now() - start < wanted; };
   World world;
   std::atomic<int64_t> made{0};
@@ -114,7 +115,7 @@ TEST(MixedCalls, EightThreadsOnOneSharedAndManySeparateNodeMaps) {
       threads.emplace_back([&, self] {
         // Callers come and go, and with them node maps of their own.
         for (uint64_t round = 0; round == 0 || goesOn(); ++round) {
-          Chance chance(round * Watchdog::kThreads + static_cast<uint64_t>(self) + 1);
+          Chance chance(seed + round * Watchdog::kThreads + static_cast<uint64_t>(self));
           Caller caller(chance, world, &map.shared);
           for (int i = 0; i < 2000; ++i) {
             caller.step();
