@@ -50,6 +50,7 @@ void requireNumber(NODE node, const uint8_t* bytes, uint64_t length) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 2) return 0;
+  static const Features keeper;  // the description stays parsed
   const Features features;
   const size_t eventSize = data[0] % size;
   const std::vector<uint8_t> payload(data + 1, data + 1 + (eventSize < size - 1 ? eventSize : size - 1));

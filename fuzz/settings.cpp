@@ -66,6 +66,7 @@ bool survivesTheTextForm(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
+  [[maybe_unused]] static const NODEMAP keeper = loadedMap();  // the description stays parsed
   static const int file = memfd_create("settings", 0);
   static const std::string path = "/proc/self/fd/" + std::to_string(file);
   require(ftruncate(file, 0) == 0);
