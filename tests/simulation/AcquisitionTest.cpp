@@ -33,20 +33,17 @@ TEST(Acquisition, LocksWhatDecidesAboutTheImage) {
 }
 
 TEST(Acquisition, GivesAsManyPicturesAsTheModeSays) {
-  const struct {
-    uint64_t mode, count;
-    int pictures;
-  } cases[] = {{1, 10, 1}, {2, 3, 3}, {0, 1, 20}};
-  for (const auto& c : cases) {
+  using Case = std::tuple<uint64_t, uint64_t, int>;
+  for (const auto& [mode, count, expected] : {Case{1, 10, 1}, Case{2, 3, 3}, Case{0, 1, 20}}) {
     CameraBench bench;
-    bench.set("AcquisitionModeReg", c.mode);
-    bench.set("AcquisitionFrameCountReg", c.count);
+    bench.set("AcquisitionModeReg", mode);
+    bench.set("AcquisitionFrameCountReg", count);
     EXPECT_TRUE(bench->acquireFrame().data.empty()) << "not started";
     bench.set("AcquisitionStartReg", 1);
     int pictures = 0;
     while (pictures < 20 && !bench->acquireFrame().data.empty()) ++pictures;
-    EXPECT_EQ(pictures, c.pictures) << c.mode;
-    EXPECT_EQ(bench.get("TLParamsLockedReg"), c.mode == 0) << c.mode;
+    EXPECT_EQ(pictures, expected) << mode;
+    EXPECT_EQ(bench.get("TLParamsLockedReg"), mode == 0) << mode;
   }
 }
 
@@ -80,41 +77,35 @@ TEST(Acquisition, WaitsForTheTrigger) {
 }
 
 TEST(Acquisition, FollowsTheEdgesOfALine) {
-  const struct {
-    uint64_t activation;
-    int pictures;
-  } cases[] = {{0, 2}, {1, 1}, {2, 3}};  // rising, falling, any: of the edges after 1, 2 and 3 seconds
-  for (const auto& c : cases) {
+  // Rising, falling, any: of the edges after 1, 2 and 3 seconds.
+  for (const auto& [activation, expected] : {std::pair{0, 2}, {1, 1}, {2, 3}}) {
     CameraBench bench;
     bench.set("TriggerModeReg", kOn);
     bench.set("TriggerSourceReg", 1);
-    bench.set("TriggerActivationReg", c.activation);
+    bench.set("TriggerActivationReg", static_cast<uint64_t>(activation));
     EXPECT_EQ(bench.trySetReal("TriggerDelayReg", 5000), 0);
     bench.set("AcquisitionStartReg", 1);
     bench.wait(3015);
     int pictures = 0;
     for (Frame frame; !(frame = bench->acquireFrame()).data.empty(); ++pictures)
       EXPECT_EQ(frame.timestampNs % 1'000'000'000, 5'000'000u) << "exposure begins after the delay";
-    EXPECT_EQ(pictures, c.pictures) << c.activation;
+    EXPECT_EQ(pictures, expected) << activation;
   }
 }
 
 TEST(Pictures, FollowFormatAndPattern) {
-  const struct {
-    uint64_t format;
-    std::size_t bytes;
-  } cases[] = {{0x01080001, 64 * 4}, {0x010C0006, 96 * 4}, {0x01100005, 128 * 4}};
-  for (const auto& c : cases) {
+  using Case = std::pair<uint64_t, std::size_t>;
+  for (const auto& [format, bytes] : {Case{0x01080001, 64 * 4}, {0x010C0006, 96 * 4}, {0x01100005, 128 * 4}}) {
     CameraBench bench;
     bench.set("WidthReg", 64);
     bench.set("HeightReg", 4);
-    bench.set("PixelFormatReg", c.format);
+    bench.set("PixelFormatReg", format);
     bench.set("TestPatternReg", 1);
-    EXPECT_EQ(bench.get("PayloadSizeReg"), c.bytes);
+    EXPECT_EQ(bench.get("PayloadSizeReg"), bytes);
     bench.set("AcquisitionStartReg", 1);
     const Frame frame = bench->acquireFrame();
-    ASSERT_EQ(frame.data.size(), c.bytes);
-    EXPECT_EQ(frame.data[c.bytes / 4 + 5], 5) << "a ramp in each row";
+    ASSERT_EQ(frame.data.size(), bytes);
+    EXPECT_EQ(frame.data[bytes / 4 + 5], 5) << "a ramp in each row";
   }
 }
 
@@ -162,38 +153,26 @@ TEST(ChunkLayout, StopsAtALayoutThatDoesNotFit) {
   std::vector<uint8_t> cutFront(good.begin() + 1, good.end());
   std::vector<uint8_t> wrongLength = good;
   wrongLength[wrongLength.size() - 1] = 0xFF;
-  const struct {
-    const char* what;
-    std::vector<uint8_t> buffer;
-    bool complete;
-    std::ptrdiff_t chunks;
-  } cases[] = {{"good", good, true, 2},
-               {"empty", {}, true, 0},
-               {"front cut off", cutFront, false, 1},
-               {"length too large", wrongLength, false, 0},
-               {"shorter than a tag", {1, 2, 3}, false, 0},
-               {"only a huge length", std::vector<uint8_t>(8, 0xFF), false, 0}};
-  for (const auto& c : cases) {
-    const ChunkLayout layout(c.buffer);
-    EXPECT_EQ(layout.complete(), c.complete) << c.what;
-    EXPECT_EQ(std::distance(layout.begin(), layout.end()), c.chunks) << c.what;
+  using Bytes = std::vector<uint8_t>;
+  const std::tuple<const char*, Bytes, bool, std::ptrdiff_t> cases[] = {
+      {"good", good, true, 2},
+      {"empty", {}, true, 0},
+      {"front cut off", cutFront, false, 1},
+      {"length too large", wrongLength, false, 0},
+      {"shorter than a tag", {1, 2, 3}, false, 0},
+      {"only a huge length", Bytes(8, 0xFF), false, 0}};
+  for (const auto& [what, buffer, complete, chunks] : cases) {
+    const ChunkLayout layout(buffer);
+    EXPECT_EQ(layout.complete(), complete) << what;
+    EXPECT_EQ(std::distance(layout.begin(), layout.end()), chunks) << what;
   }
   EXPECT_EQ(*++ChunkLayout(good).begin(), (ChunkEntry{0x11, 0, 8}));
 }
 
-TEST(Events, AreSentOnlyWhenSwitchedOn) {
+TEST(Events, AreSentWhenSwitchedOnAndCarryTimeFrameAndLines) {
   CameraBench bench;
   bench.set("TestEventGenerateReg", 1);
-  bench.wait(10'000);
   EXPECT_EQ(fetchIds(bench), std::vector<std::string>{});
-  for (int64_t event : {kNotifyRising, kNotifyFalling, kNotifyTest}) bench.set("EventNotificationReg", kOn, event);
-  bench.wait(2000);
-  bench.set("TestEventGenerateReg", 1);
-  EXPECT_EQ(fetchIds(bench), (std::vector<std::string>{"9010", "9011", "9040"}));
-}
-
-TEST(Events, CarryTimeFrameAndLines) {
-  CameraBench bench;
   bench.set("EventNotificationReg", kOn, kNotifyStart);
   bench.set("EventNotificationReg", kOn, kNotifyEnd);
   bench.wait(1200);
@@ -211,6 +190,11 @@ TEST(Events, CarryTimeFrameAndLines) {
   ASSERT_TRUE(bench->nextEvent(event));
   EXPECT_EQ(event.id, kEventExposureEnd);
   EXPECT_EQ(event.timestampNs, 1'200'000'000u);
+  bench.set("AcquisitionStopReg", 1);
+  for (int64_t each : {kNotifyRising, kNotifyFalling, kNotifyTest}) bench.set("EventNotificationReg", kOn, each);
+  bench.wait(2000);
+  bench.set("TestEventGenerateReg", 1);
+  EXPECT_EQ(fetchIds(bench), (std::vector<std::string>{"9011", "9010", "9040"}));
 }
 
 TEST(Events, WarnOfHeatAndCountWhatIsLost) {

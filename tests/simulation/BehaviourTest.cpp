@@ -62,10 +62,9 @@ TEST(Automatics, OnceAdjustsAndSwitchesItselfOff) {
 
 TEST(Devices, KeepLessThanIsWritten) {
   CameraBench bench;
-  const struct { double written, kept; } cases[] = {{1.0, 1.0}, {1.1, 1.0}, {1.13, 1.25}, {-0.4, -0.5}, {100, 100}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(bench.trySetReal("TestFloatCoarseReg", c.written), 0);
-    EXPECT_EQ(bench.getReal("TestFloatCoarseReg"), c.kept) << c.written;
+  for (const auto& [written, kept] : {std::pair{1.0, 1.0}, {1.1, 1.0}, {1.13, 1.25}, {-0.4, -0.5}, {100, 100}}) {
+    EXPECT_EQ(bench.trySetReal("TestFloatCoarseReg", written), 0);
+    EXPECT_EQ(bench.getReal("TestFloatCoarseReg"), kept) << written;
   }
   EXPECT_NE(bench.trySetReal("TestFloatCoarseReg", 101), 0);
   EXPECT_EQ(bench.getReal("TestFloatCoarseReg"), 100);

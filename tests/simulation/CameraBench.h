@@ -7,11 +7,19 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <pugixml.hpp>
 #include <string>
 #include <vector>
 
-#include "DescriptionOutline.h"
 #include "OxSimulation/SimulatedCamera.h"
+
+// The camera's own description as elements.
+struct DescriptionDocument : pugi::xml_document {
+  explicit DescriptionDocument(std::string_view xml) {
+    if (!load_buffer(xml.data(), xml.size())) throw std::runtime_error("the description is not well-formed");
+  }
+  pugi::xml_node root() const { return document_element(); }
+};
 
 class CameraBench {
  public:
@@ -79,11 +87,12 @@ class CameraBench {
   static Place placeOf(const std::string& name) {
     static const std::map<std::string, Place> places = [] {
       std::map<std::string, Place> result;
-      for (const auto& top : DescriptionOutline::read(ox::simulation::SimulatedCamera::description()).children)
-        if (top.attributes.count("Name") && top.child("Address"))
-          result[top.attributes.at("Name")] = {std::strtoll(top.textOf("Address").c_str(), nullptr, 0),
-                                               std::strtoll(top.textOf("Length").c_str(), nullptr, 0),
-                                               top.textOf("Endianess") == "LittleEndian"};
+      const DescriptionDocument description(ox::simulation::SimulatedCamera::description());
+      for (const auto& top : description.root())
+        if (top.attribute("Name") && top.child("Address"))
+          result[top.attribute("Name").value()] = {std::strtoll(top.child_value("Address"), nullptr, 0),
+                                                   std::strtoll(top.child_value("Length"), nullptr, 0),
+                                                   top.child_value("Endianess") == std::string("LittleEndian")};
       return result;
     }();
     return places.at(name);

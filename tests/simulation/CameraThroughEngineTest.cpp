@@ -15,34 +15,18 @@ TEST(CameraThroughEngine, LoadsWithoutFindings) {
   EXPECT_TRUE(bench.map->ParseSwissKnifes(&errors)) << (errors.empty() ? "" : errors[0].c_str());
 }
 
-TEST(CameraThroughEngine, ReadsEveryReadableFeature) {
+TEST(CameraThroughEngine, ReadsEveryFeatureAndTakesBackEverySetting) {
   EngineBench bench;
   NodeList_t nodes;
   bench.map->GetNodes(nodes);
-  int read = 0;
+  int read = 0, written = 0;
   for (INode* node : nodes) {
     auto* value = dynamic_cast<IValue*>(node);
     if (!value || !IsReadable(node)) continue;
     try {
-      value->ToString();
-      ++read;
-    } catch (const GenericException& e) {
-      ADD_FAILURE() << node->GetName().c_str() << ": " << e.GetDescription();
-    }
-  }
-  EXPECT_GT(read, 400);
-}
-
-TEST(CameraThroughEngine, TakesBackEverySetting) {
-  EngineBench bench;
-  NodeList_t nodes;
-  bench.map->GetNodes(nodes);
-  int written = 0;
-  for (INode* node : nodes) {
-    auto* value = dynamic_cast<IValue*>(node);
-    if (!value || !node->IsStreamable() || GetAccess(node) != RW) continue;
-    try {
       const gcstring text = value->ToString();
+      ++read;
+      if (!node->IsStreamable() || GetAccess(node) != RW) continue;
       value->FromString(text);
       EXPECT_EQ(value->ToString(), text) << node->GetName().c_str();
       ++written;
@@ -50,6 +34,7 @@ TEST(CameraThroughEngine, TakesBackEverySetting) {
       ADD_FAILURE() << node->GetName().c_str() << ": " << e.GetDescription();
     }
   }
+  EXPECT_GT(read, 400);
   EXPECT_GT(written, 60);
 }
 
@@ -87,7 +72,7 @@ TEST(CameraThroughEngine, ChangesWhatIsAvailableAndLocked) {
   }
 }
 
-TEST(CameraThroughEngine, ConvertsBetweenUnitsAndRegisters) {
+TEST(CameraThroughEngine, ConvertsBetweenUnitsAndRegistersAndReportsErrors) {
   EngineBench bench;
   CFloatPtr exposure = bench.map->GetNode("ExposureTime");
   EXPECT_DOUBLE_EQ(exposure->GetValue(), 10000);
@@ -105,17 +90,11 @@ TEST(CameraThroughEngine, ConvertsBetweenUnitsAndRegisters) {
   *selector = "All";
   EXPECT_DOUBLE_EQ(gain->GetValue(), 0);
 
-  CFloatPtr coarse = bench.map->GetNode("TestFloatCoarse");
-  coarse->SetValue(1.1);
-  EXPECT_EQ(coarse->GetValue(), 1.0);
   EXPECT_EQ(CValuePtr(bench.map->GetNode("GevMACAddress"))->ToString(), "02:00:5e:10:c2:00");
   EXPECT_EQ(CValuePtr(bench.map->GetNode("GevCurrentIPAddress"))->ToString(), "192.168.10.20");
   EXPECT_EQ(CIntegerPtr(bench.map->GetNode("DeviceStatusTrim"))->GetValue(), -3);
   EXPECT_TRUE(CBooleanPtr(bench.map->GetNode("DeviceStatusLinkUp"))->GetValue());
-}
 
-TEST(CameraThroughEngine, ReportsTheErrorOfAWrite) {
-  EngineBench bench;
   CIntegerPtr value = bench.map->GetNode("TestErrorValue");
   try {
     value->SetValue(101);
