@@ -1,8 +1,6 @@
 // What nodes and properties a description becomes.
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "LoaderSnippets.h"
 
 using namespace loading;
@@ -15,10 +13,6 @@ const Property& property(const Loaded& description, std::string_view node, Eleme
   const Property* const found = description->find(description->indexOf(node), element);
   if (found == nullptr) throw std::runtime_error("no such property");
   return *found;
-}
-
-std::string targetName(const Loaded& description, const Property& link) {
-  return std::string(description->node(link.target).name());
 }
 
 TEST(LoaderNodes, GroupsVanishAndKeepTheOrder) {
@@ -39,90 +33,6 @@ TEST(LoaderNodes, EveryNodeTypeIsKnown) {
   EXPECT_EQ(load("<DcamLock Name='N'/>")->node(0).type, NodeType::AdvFeatureLock);
 }
 
-TEST(LoaderNodes, AttributesAndFlagsStandInTheRecord) {
-  const Loaded description = load(
-      "<Node Name='Plain'/>\n<Integer Name=' Set ' NameSpace='Standard' MergePriority='-1' ExposeStatic='No'>"
-      "<Visibility> Guru </Visibility><IsDeprecated>Yes</IsDeprecated><ImposedAccessMode>RO</ImposedAccessMode>"
-      "<Streamable>Yes</Streamable><Value>1</Value></Integer>");
-  const NodeRecord& plain = description->node(0);
-  EXPECT_EQ(plain.nameSpace, Custom);
-  EXPECT_EQ(plain.visibility, Beginner);
-  EXPECT_EQ(plain.imposedAccessMode, RW);
-  EXPECT_EQ(plain.mergePriority, 0);
-  EXPECT_TRUE(plain.exposeStatic);
-  EXPECT_FALSE(plain.streamable || plain.deprecated || plain.defective);
-  EXPECT_EQ(plain.owner, kNoNode);
-  const NodeRecord& set = description->node(description->indexOf("Set"));
-  EXPECT_EQ(set.nameSpace, Standard);
-  EXPECT_EQ(set.visibility, Guru);
-  EXPECT_EQ(set.imposedAccessMode, RO);
-  EXPECT_EQ(set.mergePriority, -1);
-  EXPECT_FALSE(set.exposeStatic);
-  EXPECT_TRUE(set.streamable && set.deprecated);
-  EXPECT_EQ(description->lineOf(0), 1u);
-  EXPECT_EQ(description->lineOf(1), 2u);
-}
-
-TEST(LoaderNodes, NumbersAreReadOnce) {
-  const auto integer = [](const char* text) {
-    return property(load("<Integer Name='N'><Value>" + std::string(text) + "</Value></Integer>"), "N", Element::Value)
-        .integer;
-  };
-  EXPECT_EQ(integer(" 0815\n"), 815);
-  EXPECT_EQ(integer("-42"), -42);
-  EXPECT_EQ(integer("0xFFFFFFFFFFFFFFFF"), -1);
-  EXPECT_EQ(integer("-0X10"), -16);
-  EXPECT_EQ(integer("-9223372036854775808"), INT64_MIN);
-  const auto real = [](const char* text) {
-    return property(load("<Float Name='N'><Value>" + std::string(text) + "</Value></Float>"), "N", Element::Value).real;
-  };
-  EXPECT_EQ(real("-2E-3"), -0.002);
-  EXPECT_EQ(real("0x10"), 16.0);
-  EXPECT_TRUE(std::isinf(real("INF")));
-
-  const Loaded description = load(
-      "<Float Name='F'><Value>1</Value><Min>-1.5</Min><Max>2.5</Max><Inc>.5</Inc><DisplayPrecision>3</DisplayPrecision>"
-      "</Float><Boolean Name='B'><Value>true</Value><OnValue>0x2</OnValue><OffValue>1</OffValue></Boolean>"
-      "<IntSwissKnife Name='K'><Constant Name='C'>0x7FFFFFFFFFFFFFFF</Constant><Formula>C</Formula></IntSwissKnife>"
-      "<SwissKnife Name='S'><Constant Name='C'>1e3</Constant><Formula>C</Formula></SwissKnife>"
-      "<Enumeration Name='E'><EnumEntry Name='X'><Value>3</Value><NumericValue>1.5</NumericValue></EnumEntry>"
-      "<Value>3</Value><PollingTime>250</PollingTime></Enumeration>"
-      "<Integer Name='I'><Value>0</Value></Integer>"
-      "<Float Name='T'><pIndex>I</pIndex><ValueIndexed Index='0x10'>0.5</ValueIndexed><ValueDefault>2</ValueDefault>"
-      "</Float>");
-  EXPECT_EQ(property(description, "F", Element::Min).real, -1.5);
-  EXPECT_EQ(property(description, "F", Element::Max).real, 2.5);
-  EXPECT_EQ(property(description, "F", Element::Inc).real, 0.5);
-  EXPECT_EQ(property(description, "F", Element::DisplayPrecision).integer, 3);
-  EXPECT_EQ(property(description, "B", Element::Value).integer, 1);
-  EXPECT_EQ(property(description, "B", Element::OnValue).integer, 2);
-  EXPECT_EQ(property(description, "K", Element::Constant).integer, INT64_MAX);
-  EXPECT_EQ(property(description, "S", Element::Constant).real, 1000.0);
-  EXPECT_EQ(property(description, "EnumEntry_E_X", Element::NumericValue).real, 1.5);
-  EXPECT_EQ(property(description, "E", Element::PollingTime).integer, 250);
-  EXPECT_EQ(property(description, "T", Element::ValueIndexed).real, 0.5);
-  EXPECT_EQ(property(description, "T", Element::Index).integer, 16);
-  EXPECT_EQ(property(description, "T", Element::ValueDefault).real, 2.0);
-}
-
-TEST(LoaderNodes, WordsBecomeEnumerators) {
-  const Loaded description =
-      load(kPort +
-           reg("IntReg", "R",
-               "<AccessMode>WO</AccessMode><Cachable>No</Cachable><Sign>Signed</Sign><Endianess>BigEndian</Endianess>"
-               "<Representation>MACAddress</Representation>") +
-           "<Converter Name='C'><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom><pValue>R</pValue>"
-           "<DisplayNotation>Scientific</DisplayNotation><Slope>Varying</Slope><IsLinear>Yes</IsLinear></Converter>");
-  EXPECT_EQ(property(description, "R", Element::AccessMode).word, WO);
-  EXPECT_EQ(property(description, "R", Element::Cachable).word, NoCache);
-  EXPECT_EQ(property(description, "R", Element::Sign).word, Signed);
-  EXPECT_EQ(property(description, "R", Element::Endianess).word, BigEndian);
-  EXPECT_EQ(property(description, "R", Element::Representation).word, MACAddress);
-  EXPECT_EQ(property(description, "C", Element::DisplayNotation).word, fnScientific);
-  EXPECT_EQ(property(description, "C", Element::Slope).word, Varying);
-  EXPECT_EQ(property(description, "C", Element::IsLinear).word, Yes);
-}
-
 TEST(LoaderNodes, TextsAreTrimmedWhereBlanksMeanNothing) {
   const Loaded description = load(
       "<String Name='S'><DisplayName> The  name </DisplayName><ToolTip>\n a\r\n b </ToolTip><Value> padded </Value>"
@@ -130,36 +40,14 @@ TEST(LoaderNodes, TextsAreTrimmedWhereBlanksMeanNothing) {
       "<SwissKnife Name='K'><Unit> mm </Unit><Formula> 1 + 2 </Formula></SwissKnife>"
       "<SwissKnife Name='NoFormula'><Formula/></SwissKnife>"
       "<Node Name='N'><ToolTip> </ToolTip><Description/><IsDeprecated/></Node>");
-  EXPECT_EQ(property(description, "S", Element::DisplayName).value(), "The  name");
-  EXPECT_EQ(property(description, "S", Element::ToolTip).value(), "a\n b");
-  EXPECT_EQ(property(description, "S", Element::Value).value(), " padded ");
-  EXPECT_EQ(property(description, "Empty", Element::Value).value(), "");
-  EXPECT_EQ(property(description, "Blank", Element::Value).value(), "  ");
-  EXPECT_EQ(property(description, "K", Element::Unit).value(), "mm");
-  EXPECT_EQ(property(description, "K", Element::Formula).value(), " 1 + 2 ");
-  EXPECT_EQ(property(description, "NoFormula", Element::Formula).value(), "");
+  const std::tuple<const char*, Element, const char*> texts[] = {
+      {"S", Element::DisplayName, "The  name"}, {"S", Element::ToolTip, "a\n b"},
+      {"S", Element::Value, " padded "},        {"Empty", Element::Value, ""},
+      {"Blank", Element::Value, "  "},          {"K", Element::Unit, "mm"},
+      {"K", Element::Formula, " 1 + 2 "},       {"NoFormula", Element::Formula, ""}};
+  for (const auto& [node, element, text] : texts) EXPECT_EQ(property(description, node, element).value(), text) << node;
   EXPECT_EQ(elements(description, "N"), "");
   EXPECT_TRUE(description->findings().empty());
-}
-
-TEST(LoaderNodes, ElementsKeepTheirOrderAndLinksTheirTargets) {
-  const Loaded description = load(
-      kPort + reg("IntReg", "A") + reg("IntReg", "B") +
-      "<Integer Name='I'><pValueCopy>B</pValueCopy><pValue> A </pValue><pValueCopy>A</pValueCopy><Min>1</Min></Integer>"
-      "<SwissKnife Name='K'><pVariable Name='X.Max'>I</pVariable><pVariable Name='Y'>A</pVariable>"
-      "<Expression Name='Z'>X.Max</Expression><Formula>Z</Formula></SwissKnife>" +
-      reg("IntReg", "R", "<pIndex Offset='0x4'>I</pIndex><pIndex pOffset='A'>B</pIndex><pIndex>A</pIndex>"));
-  EXPECT_EQ(elements(description, "I"), "pValueCopy=B pValue=A pValueCopy=A Min=1");
-  EXPECT_EQ(elements(description, "K"), "pVariable=I[X.Max] pVariable=A[Y] Expression=X.Max[Z] Formula=Z");
-  EXPECT_EQ(elements(description, "R"),
-            "Address=0 Length=4 pIndex=I Offset=0x4 pIndex=B pOffset=A pIndex=A pPort=Device");
-  for (const char* node : {"I", "K", "R"}) {
-    for (const Property& link : description->properties(description->indexOf(node))) {
-      if (elementName(link.element)[0] == 'p') {
-        EXPECT_EQ(targetName(description, link), link.value()) << node;
-      }
-    }
-  }
 }
 
 TEST(LoaderNodes, StructEntriesTakeOverWhatTheyDoNotSay) {
@@ -201,18 +89,6 @@ TEST(LoaderNodes, EntriesBecomeNodesBehindTheirEnumeration) {
   EXPECT_EQ(property(description, "EnumEntry_Mode_On", Element::IsSelfClearing).word, Yes);
 }
 
-TEST(LoaderNodes, EntriesThatStandAloneKeepTheirName) {
-  const Loaded description = load(
-      "<EnumEntry Name='Off'><Value>0</Value></EnumEntry><Enumeration Name='Mode'><pEnumEntry>Off</pEnumEntry>"
-      "<pEnumEntry>On</pEnumEntry><Value>0</Value></Enumeration><EnumEntry Name='On'><Value>1</Value></EnumEntry>",
-      "1_0");
-  EXPECT_EQ(nodeNames(description), (Names{"Off", "Mode", "On"}));
-  EXPECT_EQ(elements(description, "Mode"), "EnumEntry=Off EnumEntry=On Value=0");
-  EXPECT_EQ(description->node(0).owner, 1u);
-  EXPECT_EQ(description->node(2).owner, 1u);
-  EXPECT_EQ(description->entryName(2), "On");
-}
-
 TEST(LoaderNodes, KnivesInRegistersBecomeHiddenNodesBeforeThem) {
   const std::string knife =
       "<IntSwissKnife Name='$1'><pVariable Name='V'>I</pVariable><Formula>V*4</Formula></IntSwissKnife>";
@@ -247,22 +123,6 @@ TEST(LoaderNodes, KeysOfAConfigurationRomBecomeNodes) {
   EXPECT_EQ(property(description, "Rom", Element::IntKey).target, 3u);
   EXPECT_EQ(description->node(2).owner, 1u);
   EXPECT_EQ(property(description, "Free", Element::p1212Parser).target, 1u);
-}
-
-TEST(LoaderNodes, ListsOfNodesThatOthersLookFor) {
-  const Loaded description = load(
-      "<Port Name='Device'><EventID>9001</EventID></Port><Port Name='Chunk'><ChunkID>00aF</ChunkID></Port>"
-      "<String Name='Id'><Value>12</Value></String><Port Name='Named'><pChunkID>Id</pChunkID></Port>"
-      "<Integer Name='I'><EventID>1</EventID><Value>0</Value></Integer>" +
-      reg("IntReg", "R", "<PollingTime>100</PollingTime>"));
-  const auto names = [&](std::span<const NodeIndex> nodes) {
-    Names result;
-    for (NodeIndex node : nodes) result.emplace_back(description->node(node).name());
-    return result;
-  };
-  EXPECT_EQ(names(description->chunkPorts()), (Names{"Chunk", "Named"}));
-  EXPECT_EQ(names(description->eventNodes()), (Names{"Device", "I"}));
-  EXPECT_EQ(names(description->polledNodes()), (Names{"R"}));
 }
 
 TEST(LoaderNodes, NamesAreFoundAndUnknownOnesAreNot) {

@@ -34,25 +34,21 @@ TEST(NodeNames, ComeWithTheTextsOfTheDescription) {
       <EnumEntry Name="A"><DisplayName>First</DisplayName><Value>1</Value><Symbolic>One</Symbolic></EnumEntry>
       <EnumEntry Name="B"><Value>2</Value><Symbolic>Two</Symbolic></EnumEntry>
       <Value>0</Value></Enumeration>)");
-  const INode* full = map.node("Full");
-  EXPECT_STREQ(full->GetToolTip(), "Short");
-  EXPECT_STREQ(full->GetDescription(), "Long & winding");
-  EXPECT_STREQ(full->GetDisplayName(), "The Full One");
-  EXPECT_STREQ(full->GetEventID(), "9a0B");
-  EXPECT_EQ(full->GetVisibility(), Guru);
-  EXPECT_TRUE(full->IsDeprecated());
-  EXPECT_TRUE(full->IsStreamable());
-  const INode* bare = map.node("Bare");
-  for (const gcstring& each : {bare->GetToolTip(), bare->GetDescription(), bare->GetEventID(), bare->GetDocuURL()}) {
-    EXPECT_STREQ(each, "");
-  }
-  EXPECT_STREQ(bare->GetDisplayName(), "Bare");
-  EXPECT_STREQ(bare->GetDeviceName(), "Device");
-  EXPECT_EQ(bare->GetVisibility(), Beginner);
-  EXPECT_FALSE(bare->IsDeprecated());
-  EXPECT_FALSE(bare->IsStreamable());
-  EXPECT_FALSE(bare->IsFeature()) << "there is no category Root";
-  EXPECT_EQ(bare->GetPollingTime(), -1);
+  const auto told = [&](const char* name) {
+    const INode* node = map.node(name);
+    std::string all;
+    for (const gcstring& each : {node->GetToolTip(), node->GetDescription(), node->GetDisplayName(), node->GetEventID(),
+                                 node->GetDocuURL(), node->GetDeviceName()}) {
+      all += std::string(each.c_str()) + "|";
+    }
+    for (const int64_t each : {int64_t{node->GetVisibility()}, int64_t{node->IsDeprecated()},
+                               int64_t{node->IsStreamable()}, int64_t{node->IsFeature()}, node->GetPollingTime()}) {
+      all += std::to_string(each) + " ";
+    }
+    return all;
+  };
+  EXPECT_EQ(told("Full"), "Short|Long & winding|The Full One|9a0B||Device|2 1 1 0 -1 ");
+  EXPECT_EQ(told("Bare"), "||Bare|||Device|0 0 0 0 -1 ") << "no feature: there is no category Root";
 
   EXPECT_STREQ(map.node("EnumEntry_Mode_Off")->GetDisplayName(), "Off");
   EXPECT_STREQ(map.node("EnumEntry_Mode_A")->GetDisplayName(), "First");
@@ -87,24 +83,23 @@ TEST(NodeMaps, TellOfTheirDevice) {
   EXPECT_NE(map->GetNode("X"), second->GetNode("X"));
 
   const CDeviceInfoPtr device(map);
-  EXPECT_STREQ(device->GetModelName(), "Model");
-  EXPECT_STREQ(device->GetVendorName(), "Vendor");
-  EXPECT_STREQ(device->GetToolTip(), "");
-  EXPECT_STREQ(device->GetStandardNameSpace(), "None");
-  EXPECT_STREQ(device->GetProductGuid(), "1F3C6A72-7842-4edd-9130-E2E90A2058BA");
-  EXPECT_STREQ(device->GetVersionGuid(), "7645D2A1-A41E-4ac6-B486-1531FB7BECE6");
-  const auto text = [](const Version_t& version) {
-    return std::to_string(version.Major) + "." + std::to_string(version.Minor) + "." + std::to_string(version.SubMinor);
-  };
-  Version_t version;
+  std::string told;
+  for (const gcstring& each : {device->GetModelName(), device->GetVendorName(), device->GetToolTip(),
+                               device->GetStandardNameSpace(), device->GetProductGuid(), device->GetVersionGuid()}) {
+    told += std::string(each.c_str()) + "|";
+  }
+  Version_t versions[3];
   uint16_t build = 9;
-  device->GetGenApiVersion(version, build);
-  EXPECT_EQ(text(version), "3.4.2");
+  device->GetGenApiVersion(versions[0], build);
+  device->GetSchemaVersion(versions[1]);
+  device->GetDeviceVersion(versions[2]);
+  for (const Version_t& each : versions) {
+    told += std::to_string(each.Major) + "." + std::to_string(each.Minor) + "." + std::to_string(each.SubMinor) + "|";
+  }
+  EXPECT_EQ(told,
+            "Model|Vendor||None|1F3C6A72-7842-4edd-9130-E2E90A2058BA|7645D2A1-A41E-4ac6-B486-1531FB7BECE6|"
+            "3.4.2|1.1.0|1.2.3|");
   EXPECT_EQ(build, 0);
-  device->GetSchemaVersion(version);
-  EXPECT_EQ(text(version), "1.1.0");
-  device->GetDeviceVersion(version);
-  EXPECT_EQ(text(version), "1.2.3");
   dynamic_cast<IDestroy*>(map)->Destroy();
   dynamic_cast<IDestroy*>(second)->Destroy();
 }

@@ -14,23 +14,20 @@ using namespace GENAPI_NAMESPACE;
 using namespace GENAPI_NAMESPACE::text;
 
 TEST(NumberSyntax, ReadsIntegers) {
-  const struct {
-    std::string_view text;
-    int64_t value;
-  } cases[] = {{"0", 0},
-               {"0815", 815},
-               {" -14\n", -14},
-               {"+7", 7},
-               {"0x10", 16},
-               {"0XfF", 255},
-               {"-0x10", -16},
-               {"9223372036854775807", INT64_MAX},
-               {"-9223372036854775808", INT64_MIN},
-               {"9007199254740993", 9007199254740993},
-               {"0x7fffffffffffffff", INT64_MAX},
-               {"0xFFFFFFFFFFFFFFFF", -1},
-               {"0x8000000000000000", INT64_MIN}};
-  for (const auto& expected : cases) EXPECT_EQ(expected.value, parseInteger(expected.text)) << expected.text;
+  const std::pair<std::string_view, int64_t> cases[] = {{"0", 0},
+                                                        {"0815", 815},
+                                                        {" -14\n", -14},
+                                                        {"+7", 7},
+                                                        {"0x10", 16},
+                                                        {"0XfF", 255},
+                                                        {"-0x10", -16},
+                                                        {"9223372036854775807", INT64_MAX},
+                                                        {"-9223372036854775808", INT64_MIN},
+                                                        {"9007199254740993", 9007199254740993},
+                                                        {"0x7fffffffffffffff", INT64_MAX},
+                                                        {"0xFFFFFFFFFFFFFFFF", -1},
+                                                        {"0x8000000000000000", INT64_MIN}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(value, parseInteger(text)) << text;
   for (std::string_view text : {"", " ", "-", "+-1", "- 1", "0x", "0x1 2", "1.5", "1e3", "abc", "&hFF", "12 3", "7z",
                                 "9223372036854775808", "-9223372036854775809", "0x12345678901234567", "0x-1"}) {
     EXPECT_FALSE(parseInteger(text)) << text;
@@ -38,24 +35,21 @@ TEST(NumberSyntax, ReadsIntegers) {
 }
 
 TEST(NumberSyntax, ReadsFloats) {
-  const struct {
-    std::string_view text;
-    double value;
-  } cases[] = {{".5", 0.5},
-               {"1.", 1},
-               {"1e+06", 1e6},
-               {"-2E-3", -2e-3},
-               {" +12.5 ", 12.5},
-               {"0x10", 16},
-               {"18446744073709551616", 18446744073709551616.0},
-               {"1.7976931348623157e308", DBL_MAX},
-               {"4.9406564584124654e-324", 4.9406564584124654e-324},
-               {"1e-400", 0},
-               {"0.0000001e-400", 0},
-               {"0e999", 0},
-               {"INF", HUGE_VAL},
-               {"-INF", -HUGE_VAL}};
-  for (const auto& expected : cases) EXPECT_EQ(expected.value, parseFloat(expected.text)) << expected.text;
+  const std::pair<std::string_view, double> cases[] = {{".5", 0.5},
+                                                       {"1.", 1},
+                                                       {"1e+06", 1e6},
+                                                       {"-2E-3", -2e-3},
+                                                       {" +12.5 ", 12.5},
+                                                       {"0x10", 16},
+                                                       {"18446744073709551616", 18446744073709551616.0},
+                                                       {"1.7976931348623157e308", DBL_MAX},
+                                                       {"4.9406564584124654e-324", 4.9406564584124654e-324},
+                                                       {"1e-400", 0},
+                                                       {"0.0000001e-400", 0},
+                                                       {"0e999", 0},
+                                                       {"INF", HUGE_VAL},
+                                                       {"-INF", -HUGE_VAL}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(value, parseFloat(text)) << text;
   EXPECT_TRUE(std::isnan(parseFloat("NaN").value()));
   for (std::string_view text : {"", ".", "e5", "1e", "1e+", "1,5", "1.5.2", "abc", "inf", "nan", "infinity", "1e999",
                                 "-1e999", "0x", "0x1.8p1", "1.5f", "--1", "1_0"}) {
@@ -83,16 +77,15 @@ TEST(NumberSyntax, ReadsEachRepresentationOrAPlainNumber) {
 }
 
 TEST(NumberSyntax, PrintsEachRepresentation) {
-  EXPECT_EQ("-14", printInteger(-14, Linear));
-  EXPECT_EQ("0x123456789abcdef", printInteger(0x123456789abcdef, HexNumber));
-  EXPECT_EQ("0xffffffffffffffff", printInteger(-1, HexNumber));
-  EXPECT_EQ("86.120.154.188", printInteger(0x1256789ABC, IPV4Address));
-  EXPECT_EQ("12:34:56:78:9a:bc", printInteger(0x7F00123456789ABC, MACAddress));
-  EXPECT_EQ("true", printInteger(2, Boolean));
-  EXPECT_EQ("false", printInteger(0, Boolean));
-}
-
-TEST(NumberSyntax, IntegersSurviveTheRoundTripInEveryRepresentation) {
+  const std::tuple<int64_t, ERepresentation, const char*> cases[] = {
+      {-14, Linear, "-14"},
+      {0x123456789abcdef, HexNumber, "0x123456789abcdef"},
+      {-1, HexNumber, "0xffffffffffffffff"},
+      {0x1256789ABC, IPV4Address, "86.120.154.188"},
+      {0x7F00123456789ABC, MACAddress, "12:34:56:78:9a:bc"},
+      {2, Boolean, "true"},
+      {0, Boolean, "false"}};
+  for (const auto& [value, representation, text] : cases) EXPECT_EQ(text, printInteger(value, representation));
   for (int64_t value : {int64_t{0}, int64_t{1}, int64_t{-1}, INT64_MAX, INT64_MIN, INT64_MAX - 1, int64_t{1} << 53}) {
     for (ERepresentation representation : {Linear, Logarithmic, PureNumber, HexNumber}) {
       EXPECT_EQ(value, parseInteger(printInteger(value, representation), representation)) << value;
@@ -103,27 +96,21 @@ TEST(NumberSyntax, IntegersSurviveTheRoundTripInEveryRepresentation) {
 }
 
 TEST(NumberSyntax, PrintsFloatsByNotationAndPrecision) {
-  const struct {
-    double value;
-    EDisplayNotation notation;
-    int64_t precision;
-    std::string_view text;
-  } cases[] = {{12.3456789, fnAutomatic, 6, "12.3457"},
-               {12.3456789e99, fnAutomatic, 6, "1.23457e+100"},
-               {12.3456789, fnScientific, 4, "1.2346e+01"},
-               {12.3456789, fnFixed, 5, "12.34568"},
-               {12.3456789, fnAutomatic, 3, "12.3"},
-               {12.3456789, _UndefinedEDisplayNotation, 3, "12.3"},
-               {0.1, fnAutomatic, 0, "0.1"},
-               {0.1, fnAutomatic, -1, "0.1"},
-               {2.5, fnFixed, 0, "2"},
-               {20000, fnAutomatic, 6, "20000"},
-               {HUGE_VAL, fnFixed, 2, "inf"},
-               {-HUGE_VAL, fnFixed, 2, "-inf"},
-               {-std::nan(""), fnFixed, 2, "nan"}};
-  for (const auto& expected : cases) {
-    EXPECT_EQ(expected.text, printFloat(expected.value, expected.notation, expected.precision)) << expected.text;
-  }
+  const std::tuple<double, EDisplayNotation, int64_t, std::string_view> cases[] = {
+      {12.3456789, fnAutomatic, 6, "12.3457"},
+      {12.3456789e99, fnAutomatic, 6, "1.23457e+100"},
+      {12.3456789, fnScientific, 4, "1.2346e+01"},
+      {12.3456789, fnFixed, 5, "12.34568"},
+      {12.3456789, fnAutomatic, 3, "12.3"},
+      {12.3456789, _UndefinedEDisplayNotation, 3, "12.3"},
+      {0.1, fnAutomatic, 0, "0.1"},
+      {0.1, fnAutomatic, -1, "0.1"},
+      {2.5, fnFixed, 0, "2"},
+      {20000, fnAutomatic, 6, "20000"},
+      {HUGE_VAL, fnFixed, 2, "inf"},
+      {-HUGE_VAL, fnFixed, 2, "-inf"},
+      {-std::nan(""), fnFixed, 2, "nan"}};
+  for (const auto& [value, notation, precision, text] : cases) EXPECT_EQ(text, printFloat(value, notation, precision));
   EXPECT_EQ(309u + 1 + kMaxDisplayPrecision, printFloat(DBL_MAX, fnFixed, INT64_MAX).size());
   EXPECT_EQ(DBL_MAX, parseFloat(printFloatExactly(DBL_MAX)));
 }
@@ -206,21 +193,18 @@ TEST(NumberSyntax, IgnoresTheProcessLocale) {
 
 TEST(Utf8, FindsTheFirstMalformedByte) {
   const size_t valid = std::string_view::npos;
-  const struct {
-    std::string_view text;
-    size_t at;
-  } cases[] = {{"plain", valid},
-               {"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", valid},
-               {"a\xC3", 1},
-               {"ab\x80", 2},
-               {"\xC0\x80", 0},
-               {"\xE0\x9F\xBF", 0},
-               {"\xED\xA0\x80", 0},
-               {"\xF0\x8F\xBF\xBF", 0},
-               {"\xF4\x90\x80\x80", 0},
-               {"\xF5\x80\x80\x80", 0},
-               {"x\xE2\x82y", 1}};
-  for (const auto& expected : cases) EXPECT_EQ(expected.at, findMalformedUtf8(expected.text)) << expected.text;
+  const std::pair<std::string_view, size_t> cases[] = {{"plain", valid},
+                                                       {"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", valid},
+                                                       {"a\xC3", 1},
+                                                       {"ab\x80", 2},
+                                                       {"\xC0\x80", 0},
+                                                       {"\xE0\x9F\xBF", 0},
+                                                       {"\xED\xA0\x80", 0},
+                                                       {"\xF0\x8F\xBF\xBF", 0},
+                                                       {"\xF4\x90\x80\x80", 0},
+                                                       {"\xF5\x80\x80\x80", 0},
+                                                       {"x\xE2\x82y", 1}};
+  for (const auto& [text, at] : cases) EXPECT_EQ(at, findMalformedUtf8(text)) << text;
   EXPECT_EQ("a\xC3\xA4", firstCharacters("a\xC3\xA4z", 2));
   EXPECT_EQ(3u, countCharacters("a\xC3\xA4\xFF"));
   EXPECT_EQ("a\xC3\xA4? ", excerpt("a\xC3\xA4\xFF\nz", 4));

@@ -54,44 +54,38 @@ std::string interfacesOf(INode* node) {
 TEST(Interfaces, OfANodeAreThoseOfItsTypeAndNoOther) {
   TestMap map(kEveryType);
   struct {
-    const char* node;
+    Names nodes;
     EInterfaceType principal;
     const char* interfaces;
   } const cases[] = {
-      {"Node", intfIValue, "value "},
-      {"Category", intfICategory, "value category "},
-      {"Integer", intfIInteger, "value integer "},
-      {"IntConverter", intfIInteger, "value integer "},
-      {"IntSwissKnife", intfIInteger, "value integer "},
-      {"IntKey", intfIInteger, "value integer "},
-      {"IntReg", intfIInteger, "value integer register "},
-      {"MaskedIntReg", intfIInteger, "value integer register "},
-      {"AdvFeatureLock", intfIInteger, "value integer register "},
-      {"SmartFeature", intfIInteger, "value integer register "},
-      {"Boolean", intfIBoolean, "value boolean "},
-      {"Command", intfICommand, "value command "},
-      {"Enumeration", intfIEnumeration, "value enumeration "},
-      {"EnumEntry_Enumeration_Off", intfIEnumEntry, "value entry "},
-      {"Float", intfIFloat, "value float "},
-      {"Converter", intfIFloat, "value float "},
-      {"SwissKnife", intfIFloat, "value float "},
-      {"FloatReg", intfIFloat, "value float register "},
-      {"String", intfIString, "value string "},
-      {"TextDesc", intfIString, "value string "},
-      {"StringReg", intfIString, "value string register "},
-      {"Register", intfIRegister, "value register "},
-      {"ConfRom", intfIRegister, "value register "},
-      {"Device", intfIPort, "port construct chunk "},
+      {{"Node"}, intfIValue, "value "},
+      {{"Category"}, intfICategory, "value category "},
+      {{"Integer", "IntConverter", "IntSwissKnife", "IntKey"}, intfIInteger, "value integer "},
+      {{"IntReg", "MaskedIntReg", "AdvFeatureLock", "SmartFeature"}, intfIInteger, "value integer register "},
+      {{"Boolean"}, intfIBoolean, "value boolean "},
+      {{"Command"}, intfICommand, "value command "},
+      {{"Enumeration"}, intfIEnumeration, "value enumeration "},
+      {{"EnumEntry_Enumeration_Off"}, intfIEnumEntry, "value entry "},
+      {{"Float", "Converter", "SwissKnife"}, intfIFloat, "value float "},
+      {{"FloatReg"}, intfIFloat, "value float register "},
+      {{"String", "TextDesc"}, intfIString, "value string "},
+      {{"StringReg"}, intfIString, "value string register "},
+      {{"Register", "ConfRom"}, intfIRegister, "value register "},
+      {{"Device"}, intfIPort, "port construct chunk "},
   };
-  EXPECT_EQ(map.map->GetNumNodes(), std::size(cases));
+  size_t count = 0;
   for (const auto& each : cases) {
-    INode* node = map.node(each.node);
-    EXPECT_EQ(interfacesOf(node), each.interfaces) << each.node;
-    EXPECT_EQ(node->GetPrincipalInterfaceType(), each.principal) << each.node;
-    EXPECT_EQ(node->GetNodeMap(), map.map) << each.node;
-    const CValuePtr value = node;
-    EXPECT_TRUE(!value || value->GetNode() == node) << each.node;
+    for (const std::string& name : each.nodes) {
+      ++count;
+      INode* node = map.node(name);
+      EXPECT_EQ(interfacesOf(node), each.interfaces) << name;
+      EXPECT_EQ(node->GetPrincipalInterfaceType(), each.principal) << name;
+      EXPECT_EQ(node->GetNodeMap(), map.map) << name;
+      const CValuePtr value = node;
+      EXPECT_TRUE(!value || value->GetNode() == node) << name;
+    }
   }
+  EXPECT_EQ(map.map->GetNumNodes(), count);
 }
 
 TEST(Interfaces, OfTypesThatAreOnlyLoadedRefuseTheirValue) {
@@ -117,33 +111,24 @@ TEST(Pointers, CastAndTellWhetherTheyHoldSomething) {
   EXPECT_FALSE(integer == CIntegerPtr(map.node("IntReg")));
   EXPECT_TRUE(integer != nullptr);
 
+  EXPECT_TRUE(CNodeMapPtr(map.map).IsValid());
+  EXPECT_STREQ(CDeviceInfoPtr(map.map)->GetModelName(), "Model");
+
   integer = map.map->GetNode("Float");
   EXPECT_FALSE(integer.IsValid()) << "another kind";
   EXPECT_FALSE(integer);
-  EXPECT_TRUE(!integer);
-  EXPECT_TRUE(integer == nullptr);
-  EXPECT_TRUE(integer == NULL);
+  EXPECT_TRUE(!integer && integer == nullptr && integer == NULL);
   EXPECT_FALSE(integer != NULL);
   EXPECT_EQ(static_cast<IInteger*>(integer), nullptr);
-  integer = map.map->GetNode("Nobody");
-  EXPECT_FALSE(integer.IsValid());
-  integer = NULL;
-  EXPECT_FALSE(integer.IsValid());
-  EXPECT_FALSE(CIntegerPtr().IsValid());
-}
-
-TEST(Pointers, RefuseToLeadNowhere) {
-  const CIntegerPtr null;
-  EXPECT_EQ(refusal<LogicalErrorException>([&] { null->GetValue(); }), "NULL pointer dereferenced");
-  EXPECT_THROW((*null).GetValue(), LogicalErrorException);
-  EXPECT_THROW(null().GetValue(), LogicalErrorException);
+  EXPECT_EQ(refusal<LogicalErrorException>([&] { integer->GetValue(); }), "NULL pointer dereferenced");
+  EXPECT_THROW((*integer).GetValue(), LogicalErrorException);
+  EXPECT_THROW(integer().GetValue(), LogicalErrorException);
   EXPECT_THROW(CFloatPtr().GetIntAlias(), LogicalErrorException);
-}
-
-TEST(Pointers, TakeNodeMapsToo) {
-  TestMap map(kEveryType);
-  EXPECT_TRUE(CNodeMapPtr(map.map).IsValid());
-  EXPECT_STREQ(CDeviceInfoPtr(map.map)->GetModelName(), "Model");
+  for (INode* none : {map.map->GetNode("Nobody"), static_cast<INode*>(NULL)}) {
+    integer = map.node("Integer");
+    integer = none;
+    EXPECT_FALSE(integer.IsValid());
+  }
 }
 
 TEST(Pointers, AnswerAccessQuestionsAlsoWhenNull) {
@@ -185,16 +170,20 @@ TEST(Pointers, ToFloatsKnowTheirAliases) {
     <Float Name="Alone"><Value>0</Value></Float>
     <Integer Name="Steps"><Value>0</Value></Integer>
     <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry><Value>0</Value></Enumeration>)");
-  const auto real = [&](const char* name) { return CFloatPtr(map.node(name)); };
-  EXPECT_EQ(real("ByNumber").GetIntAlias(), static_cast<IInteger*>(map.integer("Steps")));
-  EXPECT_EQ(real("ByNumber").GetEnumAlias(), nullptr);
-  EXPECT_EQ(real("ByWord").GetEnumAlias(), static_cast<IEnumeration*>(map.enumeration("Mode")));
-  EXPECT_EQ(real("ByWord").GetIntAlias(), nullptr);
-  EXPECT_EQ(real("Alone").GetIntAlias(), nullptr);
-  EXPECT_EQ(map.node("ByWord")->GetAlias(), map.node("ByNumber"));
-  EXPECT_EQ(map.node("ByWord")->GetCastAlias(), map.node("Mode"));
-  EXPECT_EQ(map.node("Alone")->GetAlias(), nullptr);
-  EXPECT_EQ(map.node("Alone")->GetCastAlias(), nullptr);
+  const auto nodeOf = [](auto* alias) { return alias ? alias->GetNode() : nullptr; };
+  INode *const steps = map.node("Steps"), *const mode = map.node("Mode"), *const byNumber = map.node("ByNumber");
+  const std::tuple<const char*, INode*, INode*, INode*, INode*> cases[] = {
+      // name, integer and enumeration alias of the pointer, both aliases of the node
+      {"ByNumber", steps, nullptr, nullptr, steps},
+      {"ByWord", nullptr, mode, byNumber, mode},
+      {"Alone", nullptr, nullptr, nullptr, nullptr}};
+  for (const auto& [name, number, word, alias, castAlias] : cases) {
+    CFloatPtr real(map.node(name));
+    EXPECT_EQ(nodeOf(real.GetIntAlias()), number) << name;
+    EXPECT_EQ(nodeOf(real.GetEnumAlias()), word) << name;
+    EXPECT_EQ(map.node(name)->GetAlias(), alias) << name;
+    EXPECT_EQ(map.node(name)->GetCastAlias(), castAlias) << name;
+  }
 }
 
 TEST(Values, CanBeUsedLikeVariables) {

@@ -1,9 +1,9 @@
 // The properties of nodes: what the description says of them, as texts.
+#include <algorithm>
+
 #include "NodeNames.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 Names propertyNames(const TestMap& map, const std::string& name) {
   gcstring_vector names;
@@ -12,18 +12,22 @@ Names propertyNames(const TestMap& map, const std::string& name) {
   return namesOf(names);
 }
 
-struct Text {
-  std::string value, attribute;
-  bool operator==(const Text&) const = default;
-};
-void PrintTo(const Text& text, std::ostream* out) {
-  *out << "'" << text.value << "' / '" << text.attribute << "'";
+// "value", or "value @ attribute"; tabs between several of either are shown as commas.
+std::string property(const TestMap& map, const std::string& name, const std::string& property) {
+  gcstring value = "before", attribute = "before";
+  if (!map.node(name)->GetProperty(property.c_str(), value, attribute)) {
+    return value.empty() && attribute.empty() ? "absent" : "absent, but a text";
+  }
+  std::string text = std::string(value.c_str()) + (attribute.empty() ? "" : " @ ") + attribute.c_str();
+  std::replace(text.begin(), text.end(), '\t', ',');
+  return text;
 }
 
-Text property(const TestMap& map, const std::string& name, const std::string& property) {
-  gcstring value = "before", attribute = "before";
-  if (!map.node(name)->GetProperty(property.c_str(), value, attribute)) return {"absent", ""};
-  return {value.c_str(), attribute.c_str()};
+// The properties as "Name=text" with blanks between them.
+std::string properties(const TestMap& map, const std::string& name, const Names& wanted) {
+  std::string all;
+  for (const std::string& each : wanted) all += (all.empty() ? "" : " ") + each + "=" + property(map, name, each);
+  return all;
 }
 
 TEST(Properties, OfARegisterWithEveryKindOfLink) {
@@ -56,51 +60,14 @@ TEST(Properties, OfARegisterWithEveryKindOfLink) {
     <Integer Name="Chosen"><Value>1</Value></Integer>
     <Integer Name="Above"><pValue>TheReg</pValue></Integer>
     <Integer Name="Highest"><pValue>Above</pValue></Integer>)");
-  EXPECT_THAT(propertyNames(map, "TheReg"),
-              ElementsAre("AccessMode", "Address", "Cachable", "DeviceName", "Endianess", "ExposeStatic",
-                          "ImposedAccessMode", "IsDeprecated", "IsFeature", "Length", "Name", "NameSpace", "NodeType",
-                          "Representation", "Sign", "Streamable", "Visibility", "pAddress", "pDependent", "pIndex",
-                          "pInvalidator", "pIsImplemented", "pPort", "pSelected", "pSelecting", "pTerminal"));
-  const std::pair<const char*, Text> texts[] = {
-      {"AccessMode", {"RW", ""}},
-      {"Address", {"256\t3584", ""}},
-      {"Cachable", {"NoCache", ""}},
-      {"DeviceName", {"Device", ""}},
-      {"Endianess", {"BigEndian", ""}},
-      {"ExposeStatic", {"Yes", ""}},
-      {"ImposedAccessMode", {"RW", ""}},
-      {"IsDeprecated", {"No", ""}},
-      {"IsFeature", {"No", ""}},
-      {"Length", {"128", ""}},
-      {"Name", {"TheReg", ""}},
-      {"NameSpace", {"Custom", ""}},
-      {"NodeType", {"IntReg", ""}},
-      {"Representation", {"PureNumber", ""}},
-      {"Sign", {"Unsigned", ""}},
-      {"Streamable", {"No", ""}},
-      {"Visibility", {"Beginner", ""}},
-      {"pAddress", {"First\t_TheReg_Knife\tSecond", ""}},
-      {"pDependent", {"Highest\tAbove\tChosen", ""}},
-      {"pIndex", {"Index\tIndex\tIndex", "4\t128\tIndexOffset"}},
-      {"pInvalidator", {"First\tSecond", ""}},
-      {"pIsImplemented", {"One", ""}},
-      {"pPort", {"Device", ""}},
-      {"pSelected", {"Chosen", ""}},
-      {"pSelecting", {"Selector", ""}},
-      {"pTerminal", {"TheReg", ""}},
-  };
-  for (const auto& [name, text] : texts) EXPECT_EQ(property(map, "TheReg", name), text) << name;
-  for (const char* each : {"ToolTip", "pValue", "name", "", "Bit"}) {
-    EXPECT_EQ(property(map, "TheReg", each), (Text{"absent", ""})) << each;
-  }
-}
-
-TEST(Properties, OfAbsentThingsLeaveEmptyTexts) {
-  TestMap map("<Node Name=\"X\"/>");
-  gcstring value = "before", attribute = "before";
-  EXPECT_FALSE(map.node("X")->GetProperty("Nothing", value, attribute));
-  EXPECT_STREQ(value, "");
-  EXPECT_STREQ(attribute, "");
+  EXPECT_EQ(properties(map, "TheReg", propertyNames(map, "TheReg")),
+            "AccessMode=RW Address=256,3584 Cachable=NoCache DeviceName=Device Endianess=BigEndian ExposeStatic=Yes "
+            "ImposedAccessMode=RW IsDeprecated=No IsFeature=No Length=128 Name=TheReg NameSpace=Custom NodeType=IntReg "
+            "Representation=PureNumber Sign=Unsigned Streamable=No Visibility=Beginner "
+            "pAddress=First,_TheReg_Knife,Second pDependent=Highest,Above,Chosen "
+            "pIndex=Index,Index,Index @ 4,128,IndexOffset pInvalidator=First,Second pIsImplemented=One pPort=Device "
+            "pSelected=Chosen pSelecting=Selector pTerminal=TheReg");
+  for (const char* each : {"ToolTip", "pValue", "name", "", "Bit"}) EXPECT_EQ(property(map, "TheReg", each), "absent");
 }
 
 TEST(Properties, OfFormulaNodes) {
@@ -112,21 +79,13 @@ TEST(Properties, OfFormulaNodes) {
       <pValue>Y</pValue></Converter>
     <Integer Name="X"><Value>1</Value></Integer>
     <Integer Name="Y"><Value>1</Value></Integer>)");
-  EXPECT_THAT(propertyNames(map, "Knife"),
-              ElementsAre("DeviceName", "ExposeStatic", "Formula", "ImposedAccessMode", "InputDirection",
-                          "IsDeprecated", "IsFeature", "Name", "NameSpace", "NodeType", "Representation", "Streamable",
-                          "Visibility", "pVariable"));
-  EXPECT_EQ(property(map, "Knife", "Formula"), (Text{" A + B ", ""}));
-  EXPECT_EQ(property(map, "Knife", "InputDirection"), (Text{"None", ""}));
-  EXPECT_EQ(property(map, "Knife", "NodeType"), (Text{"IntSwissKnife", ""}));
-  EXPECT_EQ(property(map, "Knife", "pVariable"), (Text{"X\tY", "A\tB"}));
-
-  EXPECT_EQ(property(map, "Scaled", "FormulaTo"), (Text{" FROM / T", ""}));
-  EXPECT_EQ(property(map, "Scaled", "FormulaFrom"), (Text{"TO * T ", ""}));
-  EXPECT_EQ(property(map, "Scaled", "Constant"), (Text{"2.5", "K"}));
-  EXPECT_EQ(property(map, "Scaled", "Expression"), (Text{" A * K ", "T"}));
-  EXPECT_EQ(property(map, "Scaled", "pValue"), (Text{"Y", ""}));
-  EXPECT_EQ(property(map, "Scaled", "pTerminal"), (Text{"absent", ""}));
+  EXPECT_EQ(properties(map, "Knife", propertyNames(map, "Knife")),
+            "DeviceName=Device ExposeStatic=Yes Formula= A + B  ImposedAccessMode=RW InputDirection=None "
+            "IsDeprecated=No IsFeature=No Name=Knife NameSpace=Custom NodeType=IntSwissKnife "
+            "Representation=PureNumber Streamable=No Visibility=Beginner pVariable=X,Y @ A,B");
+  EXPECT_EQ(
+      properties(map, "Scaled", {"FormulaTo", "FormulaFrom", "Constant", "Expression", "pValue", "pTerminal"}),
+      "FormulaTo= FROM / T FormulaFrom=TO * T  Constant=2.5 @ K Expression= A * K  @ T pValue=Y pTerminal=absent");
 }
 
 TEST(Properties, TellWhatEachTypeCarries) {
@@ -144,45 +103,24 @@ TEST(Properties, TellWhatEachTypeCarries) {
     <Float Name="Real"><Value>0.50</Value><Max>0x10</Max></Float>
     <String Name="Text"><Value>first</Value></String>
     <Category Name="Root"><pFeature>Mode</pFeature><pFeature>Text</pFeature></Category>)");
-  struct {
-    const char* node;
-    const char* property;
-    Text text;
-  } const cases[] = {
-      {"Field", "NodeType", {"MaskedIntReg", ""}},
-      {"Field", "Address", {"16", ""}},
-      {"Field", "Bit", {"3", ""}},
-      {"Field", "Endianess", {"BigEndian", ""}},
-      {"Mode", "NameSpace", {"Standard", ""}},
-      {"Mode", "ToolTip", {"How", ""}},
-      {"Mode", "DisplayName", {"The mode", ""}},
-      {"Mode", "Visibility", {"Guru", ""}},
-      {"Mode", "Streamable", {"Yes", ""}},
-      {"Mode", "IsFeature", {"Yes", ""}},
-      {"Mode", "pDependent", {"Root", ""}},
-      {"EnumEntry_Mode_Off", "pDependent", {"Root\tMode", ""}},
-      {"EnumEntry_Mode_Off", "Value", {"16", ""}},
-      {"Table", "MergePriority", {"1", ""}},
-      {"Table", "ExposeStatic", {"No", ""}},
-      {"Table", "pIndex", {"Other", ""}},
-      {"Table", "pValueIndexed", {"Other", "2"}},
-      {"Table", "ValueIndexed", {"7\t8", "3\t16"}},
-      {"Table", "ValueDefault", {"9", ""}},
-      {"Table", "Unit", {"mm", ""}},
-      {"Table", "Representation", {"PureNumber", ""}},
-      {"Real", "Value", {"0.50", ""}},
-      {"Real", "Max", {"16", ""}},
-      {"Text", "Value", {"first", ""}},
-      {"Text", "Representation", {"absent", ""}},
-      {"Root", "pFeature", {"Mode\tText", ""}},
-      {"Root", "pTerminal", {"absent", ""}},
-      {"Device", "NodeType", {"Port", ""}},
-  };
-  for (const auto& each : cases) {
-    EXPECT_EQ(property(map, each.node, each.property), each.text) << each.node << "." << each.property;
-  }
+  const auto told = [&](const char* name, const Names& wanted) { return properties(map, name, wanted); };
+  EXPECT_EQ(told("Field", {"NodeType", "Address", "Bit", "Endianess"}),
+            "NodeType=MaskedIntReg Address=16 Bit=3 Endianess=BigEndian");
+  EXPECT_EQ(
+      told("Mode", {"NameSpace", "ToolTip", "DisplayName", "Visibility", "Streamable", "IsFeature", "pDependent"}),
+      "NameSpace=Standard ToolTip=How DisplayName=The mode Visibility=Guru Streamable=Yes IsFeature=Yes "
+      "pDependent=Root");
+  EXPECT_EQ(told("EnumEntry_Mode_Off", {"pDependent", "Value"}), "pDependent=Root,Mode Value=16");
+  EXPECT_EQ(told("Table", {"MergePriority", "ExposeStatic", "pIndex", "pValueIndexed", "ValueIndexed", "ValueDefault",
+                           "Unit", "Representation"}),
+            "MergePriority=1 ExposeStatic=No pIndex=Other pValueIndexed=Other @ 2 ValueIndexed=7,8 @ 3,16 "
+            "ValueDefault=9 Unit=mm Representation=PureNumber");
+  EXPECT_EQ(told("Real", {"Value", "Max"}), "Value=0.50 Max=16");
+  EXPECT_EQ(told("Text", {"Value", "Representation"}), "Value=first Representation=absent");
+  EXPECT_EQ(told("Root", {"pFeature", "pTerminal"}), "pFeature=Mode,Text pTerminal=absent");
+  EXPECT_EQ(property(map, "Device", "NodeType"), "Port");
   map.text("Text")->SetValue("second");
-  EXPECT_EQ(property(map, "Text", "Value"), (Text{"second", ""})) << "the present text";
+  EXPECT_EQ(property(map, "Text", "Value"), "second") << "the present text";
 }
 
 }  // namespace

@@ -4,18 +4,22 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-Names children(const TestMap& map, const std::string& name, ELinkType type) {
-  NodeList_t list(3);  // whatever was in it goes
-  map.node(name)->GetChildren(list, type);
-  return namesOf(list);
-}
-
-Names parents(const TestMap& map, const std::string& name) {
-  NodeList_t list(3);
-  map.node(name)->GetParents(list);
-  return namesOf(list);
+// The lists that are not empty: reading, writing, invalidating children, terminal, parent and depending nodes.
+std::string relations(const TestMap& map, const std::string& name) {
+  const std::pair<const char*, ELinkType> types[] = {{"r:", ctReadingChildren},      {"w:", ctWritingChildren},
+                                                     {"i:", ctInvalidatingChildren}, {"t:", ctTerminalNodes},
+                                                     {"p:", ctParentNodes},          {"d:", ctDependingNodes}};
+  std::string text;
+  for (const auto& [mark, type] : types) {
+    NodeList_t list(3), parents(3);  // whatever was in it goes
+    map.node(name)->GetChildren(list, type);
+    map.node(name)->GetParents(parents);
+    EXPECT_TRUE(type != ctParentNodes || namesOf(list) == namesOf(parents)) << name;
+    if (!list.empty()) text += mark;
+    for (const std::string& each : namesOf(list)) text += each + " ";
+  }
+  return text;
 }
 
 TEST(RelationLists, TellReadingWritingInvalidatingAndTheirOpposites) {
@@ -29,16 +33,8 @@ TEST(RelationLists, TellReadingWritingInvalidatingAndTheirOpposites) {
     <Integer Name="F"><pInvalidator>TheNode</pInvalidator><Value>0</Value></Integer>
     <Integer Name="G"><pInvalidator>H</pInvalidator><Value>0</Value></Integer>
     <Integer Name="H"><Value>0</Value></Integer>)");
-  EXPECT_THAT(children(map, "TheNode", ctWritingChildren), ElementsAre("A"));
-  EXPECT_THAT(children(map, "TheNode", ctReadingChildren), ElementsAre("A", "B"));
-  EXPECT_THAT(children(map, "TheNode", ctInvalidatingChildren), testing::UnorderedElementsAre("A", "B", "G"));
-  EXPECT_THAT(children(map, "TheNode", ctTerminalNodes), ElementsAre("C"));
-  EXPECT_THAT(children(map, "TheNode", ctParentNodes), ElementsAre("D"));
-  EXPECT_THAT(children(map, "TheNode", ctDependingNodes), ElementsAre("D", "E", "F"));
-  EXPECT_THAT(parents(map, "TheNode"), ElementsAre("D"));
-  EXPECT_THAT(children(map, "C", ctTerminalNodes), ElementsAre("C")) << "a node that writes no further";
-  EXPECT_THAT(children(map, "C", ctReadingChildren), IsEmpty());
-
+  EXPECT_EQ(relations(map, "TheNode"), "r:A B w:A i:G A B t:C p:D d:D E F ");
+  EXPECT_EQ(relations(map, "C"), "t:C p:A d:TheNode A D E F ") << "a node that writes no further";
   NodeList_t byDefault;
   map.node("TheNode")->GetChildren(byDefault);
   EXPECT_THAT(namesOf(byDefault), ElementsAre("A", "B"));
@@ -66,47 +62,27 @@ TEST(RelationLists, CountEveryLinkThatIsReadOnce) {
       <pError>Mode</pError><pAlias>V</pAlias><Value>0</Value><pSelected>W</pSelected></Integer>
     <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry>
       <EnumEntry Name="On"><Value>1</Value></EnumEntry><pValue>V</pValue></Enumeration>)");
-  EXPECT_THAT(children(map, "Table", ctReadingChildren), ElementsAre("I", "V", "W", "L", "K"));
-  EXPECT_THAT(children(map, "Table", ctWritingChildren), ElementsAre("V", "W"));
-  EXPECT_THAT(children(map, "Table", ctTerminalNodes), ElementsAre("V", "W"));
-  EXPECT_THAT(children(map, "Copies", ctReadingChildren), ElementsAre("W"));
-  EXPECT_THAT(children(map, "Copies", ctWritingChildren), ElementsAre("V", "W", "L"));
-  EXPECT_THAT(children(map, "K", ctReadingChildren), ElementsAre("I", "L"));
-  EXPECT_THAT(children(map, "K", ctWritingChildren), IsEmpty());
-  EXPECT_THAT(children(map, "Go", ctReadingChildren), ElementsAre("V", "W"));
-  EXPECT_THAT(children(map, "Go", ctWritingChildren), ElementsAre("V"));
-  EXPECT_THAT(children(map, "Raw", ctReadingChildren), ElementsAre("I", "_Raw_Knife", "W", "L", "K"));
-  EXPECT_THAT(children(map, "Raw", ctInvalidatingChildren), ElementsAre("I", "_Raw_Knife", "W", "L", "K"));
-  EXPECT_THAT(children(map, "Device", ctReadingChildren), ElementsAre("Id"));
-  EXPECT_THAT(children(map, "Guarded", ctReadingChildren), IsEmpty());
-  EXPECT_THAT(children(map, "Guarded", ctInvalidatingChildren), IsEmpty());
-  EXPECT_THAT(children(map, "Mode", ctReadingChildren),
-              testing::UnorderedElementsAre("EnumEntry_Mode_Off", "EnumEntry_Mode_On", "V"));
-  EXPECT_THAT(parents(map, "EnumEntry_Mode_On"), ElementsAre("Mode"));
-  EXPECT_THAT(parents(map, "Id"), ElementsAre("Device"));
-  EXPECT_THAT(parents(map, "Device"), IsEmpty());
+  const std::pair<const char*, const char*> cases[] = {
+      {"Table", "r:I V W L K w:V W i:I V W L K t:V W "},
+      {"Copies", "r:W w:V W L i:W t:V W L "},
+      {"K", "r:I L i:I L t:K p:Table Raw d:Table Raw "},
+      {"Go", "r:V W w:V i:V W t:V "},
+      {"Raw", "r:I _Raw_Knife W L K i:I _Raw_Knife W L K t:Raw "},
+      {"Device", "r:Id i:Id t:Device d:Raw "},
+      {"Guarded", "t:Guarded d:Table Copies Go Raw W "},
+      {"Mode", "r:EnumEntry_Mode_Off EnumEntry_Mode_On V w:V i:EnumEntry_Mode_Off EnumEntry_Mode_On V t:V "},
+      {"EnumEntry_Mode_On", "t:EnumEntry_Mode_On p:Mode d:Mode "},
+      {"Id", "t:Id p:Device d:Raw Device "},
+  };
+  for (const auto& [name, expected] : cases) EXPECT_EQ(relations(map, name), expected) << name;
 }
 
 TEST(RelationLists, LeaveTheNodeOutOfItsOwnDependents) {
   TestMap map(R"(
     <Integer Name="A"><pInvalidator>B</pInvalidator><Value>0</Value></Integer>
     <Integer Name="B"><pInvalidator>A</pInvalidator><Value>0</Value></Integer>)");
-  EXPECT_THAT(children(map, "A", ctDependingNodes), ElementsAre("B"));
-  EXPECT_THAT(children(map, "B", ctDependingNodes), ElementsAre("A"));
-}
-
-TEST(RelationLists, TellAllNodesInTheOrderOfTheDescription) {
-  TestMap map(R"(
-    <Group Comment="g"><Integer Name="Z"><Value>0</Value></Integer></Group>
-    <Enumeration Name="Mode"><EnumEntry Name="B"><Value>0</Value></EnumEntry>
-      <EnumEntry Name="A"><Value>1</Value></EnumEntry><Value>0</Value></Enumeration>
-    <IntReg Name="Raw"><IntSwissKnife Name="Knife"><Formula>4</Formula></IntSwissKnife><Length>4</Length>
-      <pPort>Device</pPort></IntReg>)");
-  NodeList_t all(7);
-  map.map->GetNodes(all);
-  EXPECT_THAT(namesOf(all),
-              ElementsAre("Z", "Mode", "EnumEntry_Mode_B", "EnumEntry_Mode_A", "_Raw_Knife", "Raw", "Device"));
-  EXPECT_EQ(map.map->GetNumNodes(), 7U);
+  EXPECT_EQ(relations(map, "A"), "i:B t:A d:B ");
+  EXPECT_EQ(relations(map, "B"), "i:A t:B d:A ");
 }
 
 TEST(Categories, ListTheirFeaturesOnceAndNoPorts) {

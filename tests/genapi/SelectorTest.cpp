@@ -6,16 +6,15 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-Names selected(const TestMap& map, const std::string& name) {
+Names selected(const TestMap& map, const std::string& name, bool selecting = false) {
   FeatureList_t list(3);  // whatever was in it goes
-  CSelectorPtr(map.node(name))->GetSelectedFeatures(list);
+  const CSelectorPtr selector(map.node(name));
+  selecting ? selector->GetSelectingFeatures(list) : selector->GetSelectedFeatures(list);
   return namesOf(list);
 }
 
 Names selecting(const TestMap& map, const std::string& name) {
-  FeatureList_t list(3);
-  CSelectorPtr(map.node(name))->GetSelectingFeatures(list);
-  return namesOf(list);
+  return selected(map, name, true);
 }
 
 TEST(Selectors, SelectTheirTargetsAndWhatReadsThem) {
@@ -37,18 +36,6 @@ TEST(Selectors, SelectTheirTargetsAndWhatReadsThem) {
   }
 }
 
-TEST(Selectors, MayBeIntegersEnumerationsAndBooleans) {
-  TestMap map(R"(
-    <Integer Name="Number"><Value>0</Value><pSelected>Gain</pSelected></Integer>
-    <Enumeration Name="Word"><EnumEntry Name="One"><Value>1</Value></EnumEntry><Value>1</Value>
-      <pSelected>Gain</pSelected></Enumeration>
-    <Boolean Name="Flag"><Value>false</Value><pSelected>Gain</pSelected></Boolean>
-    <Float Name="Gain"><Value>0</Value></Float>)" +
-              reg("IntReg", "Register", 0, 4, "<pSelected>Gain</pSelected>"));
-  EXPECT_THAT(selecting(map, "Gain"), ElementsAre("Number", "Word", "Flag", "Register"));
-  EXPECT_THAT(selected(map, "Register"), ElementsAre("Gain"));
-}
-
 TEST(Selectors, ReachThroughLimitsFormulasAndAddressesButNotThroughCategories) {
   TestMap map(
       "<Category Name=\"Root\"><pFeature>Group</pFeature></Category>"
@@ -66,15 +53,19 @@ TEST(Selectors, ReachThroughLimitsFormulasAndAddressesButNotThroughCategories) {
   EXPECT_THAT(selecting(map, "Guarded"), IsEmpty());
 }
 
-TEST(Selectors, AnswerWithoutRegardToAccess) {
+TEST(Selectors, MayBeOfAnyKindWithoutRegardToAccess) {
   TestMap map(R"(
-    <Integer Name="Outer"><Value>0</Value><pSelected>Inner</pSelected></Integer>
-    <Integer Name="Inner"><pIsImplemented>Zero</pIsImplemented><Value>0</Value><pSelected>Gain</pSelected></Integer>
-    <Integer Name="Gain"><pIsAvailable>Zero</pIsAvailable><Value>0</Value></Integer>
-    <Integer Name="Zero"><Value>0</Value></Integer>)");
-  EXPECT_THAT(selected(map, "Outer"), ElementsAre("Inner"));
-  EXPECT_THAT(selected(map, "Inner"), ElementsAre("Gain"));
-  EXPECT_THAT(selecting(map, "Gain"), ElementsAre("Inner")) << "one selector after the other, not both at once";
+    <Integer Name="Number"><pIsImplemented>Zero</pIsImplemented><Value>0</Value><pSelected>Gain</pSelected></Integer>
+    <Enumeration Name="Word"><EnumEntry Name="One"><Value>1</Value></EnumEntry><Value>1</Value>
+      <pSelected>Gain</pSelected></Enumeration>
+    <Boolean Name="Flag"><Value>false</Value><pSelected>Gain</pSelected></Boolean>
+    <Integer Name="Outer"><Value>0</Value><pSelected>Number</pSelected></Integer>
+    <Float Name="Gain"><pIsAvailable>Zero</pIsAvailable><Value>0</Value></Float>
+    <Integer Name="Zero"><Value>0</Value></Integer>)" +
+              reg("IntReg", "Register", 0, 4, "<pSelected>Gain</pSelected>"));
+  EXPECT_THAT(selecting(map, "Gain"), ElementsAre("Number", "Word", "Flag", "Register")) << "Outer not: one by one";
+  for (const char* each : {"Number", "Register"}) EXPECT_THAT(selected(map, each), ElementsAre("Gain"));
+  EXPECT_THAT(selected(map, "Outer"), ElementsAre("Number"));
 }
 
 TEST(Selectors, DropAndCallBackWhatTheySelectAtEachWrite) {
