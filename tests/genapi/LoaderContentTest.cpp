@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include "GufBuilder.h"
 #include "LoaderSnippets.h"
@@ -61,8 +62,8 @@ TEST(LoaderContent, OddBytesAndWordsAreNoted) {
             Texts{"1: unknown encoding 'KOI8-R', read as UTF-8"});
 }
 
-TEST(LoaderContent, TextBeforeTheFirstTagAndZerosBehindTheLastAreSkipped) {
-  EXPECT_EQ(textFault(tipped("x") + "\n" + std::string(1000, '\0')), "");
+TEST(LoaderContent, TextBeforeTheFirstTagIsSkipped) {
+  EXPECT_EQ(textFault(tipped("x") + "\n" + std::string(1000, '\0')), "") << "so are zeros behind the last";
   EXPECT_TRUE(notes(loadText(" \r\n\t" + tipped("x"))).empty());
   const Loaded description = loadText("Dump of camera 7\n" + tipped("x"));
   EXPECT_EQ(notes(description), Texts{"1: text before the first tag is skipped: 'Dump of camera 7 '"});
@@ -207,7 +208,7 @@ TEST(LoaderContent, ArchivesThatGrowOutOfProportionAreRefused) {
             "<description>: 'cam.xml' in the zip archive grows past 67108864 bytes");
 }
 
-TEST(LoaderContent, FilesAreNamedInWhatIsSaidOfThem) {
+TEST(LoaderContent, UnreadableFilesAreNamed) {
   const auto fileFault = [](const std::string& name) {
     try {
       loadDescriptionFile(name, ContentType_Auto);
@@ -218,6 +219,9 @@ TEST(LoaderContent, FilesAreNamedInWhatIsSaidOfThem) {
   };
   EXPECT_EQ(fileFault("/nowhere/cam.xml"), "/nowhere/cam.xml: cannot be read: " + std::string(std::strerror(ENOENT)));
   EXPECT_EQ(fileFault("/tmp"), "/tmp: cannot be read: " + std::string(std::strerror(EISDIR)));
+  const TemporaryFile huge("<");
+  std::filesystem::resize_file(huge.path(), (128 << 20) + 1);
+  EXPECT_EQ(fileFault(huge.path()), std::string(huge.path()) + ": larger than 134217728 bytes");
   const TemporaryFile file("\n" + tipped("x")), archive(zipped({{"cam.xml", "\n<Camera/>"}}));
   EXPECT_EQ(loadDescriptionFile(file.path(), ContentType_Auto).sourceName, file.path());
   EXPECT_EQ(fileFault(archive.path()),

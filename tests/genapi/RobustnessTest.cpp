@@ -108,8 +108,7 @@ TEST(Robustness, DeepChainsAreRefusedWithoutACrash) {
     EXPECT_THAT(refusal<LogicalErrorException>([&] { t.integer("N0")->GetValue(); }),
                 HasSubstr("depend on each other"));
     EXPECT_THROW(t.integer("N0")->SetValue(2, false), LogicalErrorException);
-    for (const int reachable : {1, 400})
-      EXPECT_NO_THROW(t.integer("N" + std::to_string(kDeep - reachable))->GetValue());
+    for (const int reachable : {1, 400}) EXPECT_EQ(t.integer("N" + std::to_string(kDeep - reachable))->GetValue(), 1);
   }
 }
 

@@ -116,17 +116,6 @@ TEST(FirmwareQueries, TellEveryTextOfEveryEntry) {
   EXPECT_EQ(std::wstring(wide), L"Faster \u00e9");
 }
 
-TEST(FirmwareQueries, CreatingFailsWithoutARecordAskingWithOne) {
-  const Records records;
-  FWUPDATER handle{};
-  EXPECT_EQ(CreateFirmwareUpdater("/nowhere.guf", 1, &handle), 0x80000003u);
-  EXPECT_EQ(records.texts(), std::vector<std::string>{});
-  const Updater updater("/nowhere.guf");
-  size_t count = 0;
-  EXPECT_EQ(FWUpdateFileCount(updater.handle, &count), 0x80000001u);
-  EXPECT_EQ(records.texts().size(), 1u);
-}
-
 TEST(FirmwareQueries, ABadFileShowsWhenItIsRead) {
   FWUPDATER handle{};
   for (const char* path : {"/nowhere.guf", "", static_cast<const char*>(nullptr)}) {
@@ -136,13 +125,21 @@ TEST(FirmwareQueries, ABadFileShowsWhenItIsRead) {
     EXPECT_NE(lastErrorText(), "");
     EXPECT_EQ(count, 5u);
     release(handle);
-    EXPECT_EQ(FWUpdateFileCount(handle, &count), 0x8000001Du);
-    EXPECT_EQ(lastErrorText(), "Invalid FWUPDATER handle");
+    EXPECT_FAILS(FWUpdateFileCount(handle, &count), 0x8000001D, "Invalid FWUPDATER handle");
 
     handle = reinterpret_cast<FWUPDATER>(1);
     EXPECT_EQ(CreateFirmwareUpdater(path, 1, &handle), 0x80000003u);
     EXPECT_NE(lastErrorText(), "");
     EXPECT_EQ(handle, FWUPDATER{});
+  }
+  {  // Creating fails without a record, asking with one.
+    const Records records;
+    EXPECT_EQ(CreateFirmwareUpdater("/nowhere.guf", 1, &handle), 0x80000003u);
+    EXPECT_EQ(records.texts(), std::vector<std::string>{});
+    const Updater updater("/nowhere.guf");
+    size_t count = 0;
+    EXPECT_EQ(FWUpdateFileCount(updater.handle, &count), 0x80000001u);
+    EXPECT_EQ(records.texts().size(), 1u);
   }
   const UpdateFile missing("ox_missing.guf", control(kUpload), {});
   const std::wstring path(missing.path.begin(), missing.path.end());
@@ -214,13 +211,10 @@ TEST(FirmwareUpdate, NamesWhatFailed) {
   EXPECT_EQ(FWUpdate(updater.handle, device.map, 2, nullptr, nullptr), 0x80000001u) << "no such entry";
   NODEMAP empty{};
   ASSERT_EQ(CreateNodeMap(empty), 0u);
-  EXPECT_EQ(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x80000001u);
-  EXPECT_EQ(lastErrorText(), "No NodeMap loaded, yet");
+  EXPECT_FAILS(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x80000001, "No NodeMap loaded, yet");
   release(empty);
-  EXPECT_EQ(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x8000001Du);
-  EXPECT_EQ(lastErrorText(), "Invalid NODEMAP handle");
-  EXPECT_EQ(FWUpdate(FWUPDATER{}, empty, 0, nullptr, nullptr), 0x8000001Du);
-  EXPECT_EQ(lastErrorText(), "Invalid FWUPDATER handle");
+  EXPECT_FAILS(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x8000001D, "Invalid NODEMAP handle");
+  EXPECT_FAILS(FWUpdate(FWUPDATER{}, empty, 0, nullptr, nullptr), 0x8000001D, "Invalid FWUPDATER handle");
 }
 
 TEST(FirmwareUpdate, ASecondUpdateReadsWhatTheFileSaysNow) {

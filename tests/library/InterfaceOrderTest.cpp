@@ -17,67 +17,34 @@ size_t placeOf(Member member) {
   return static_cast<size_t>(offset - 1) / sizeof(void*);
 }
 
+// The operations stand one behind the other from that place on.
+template <class... Members>
+void expectPlaces(size_t first, Members... members) {
+  for (const size_t place : {placeOf(members)...}) EXPECT_EQ(place, first++);
+}
+
 TEST(InterfaceOrder, Node) {
   using ORX::INode;
-  const size_t places[] = {placeOf(&INode::DestroyInPlace),
-                           placeOf(&INode::ListInterfaces),
-                           2,
-                           3,  // the destructors
-                           placeOf(&INode::GetType),
-                           placeOf(&INode::GetInfoAsBoolean),
-                           placeOf(&INode::GetInfoAsFloat),
-                           placeOf(&INode::GetInfoAsInteger),
-                           placeOf(&INode::GetInfoAsString),
-                           placeOf(&INode::GetInfoAsStringW),
-                           placeOf(&INode::GetInfoEnum),
-                           placeOf(&INode::GetInfoEnumW),
-                           placeOf(&INode::GetListCount),
-                           placeOf(&INode::GetList),
-                           placeOf(&INode::GetListW),
-                           placeOf(&INode::GetAsBoolean),
-                           placeOf(&INode::GetAsFloat),
-                           placeOf(&INode::GetAsInteger),
-                           placeOf(&INode::GetAsString),
-                           placeOf(&INode::GetAsStringW),
-                           placeOf(&INode::Invalidate),
-                           placeOf(&INode::SetAsBoolean),
-                           placeOf(&INode::SetAsFloat),
-                           placeOf(&INode::SetAsInteger),
-                           placeOf(&INode::SetAsString),
-                           placeOf(&INode::SetAsStringW),
-                           placeOf(&INode::RegisterUpdate),
-                           placeOf(&INode::DeregisterUpdate),
-                           placeOf(&INode::GetVerifyMode),
-                           placeOf(&INode::SetVerifyMode)};
-  for (size_t place = 0; place < std::size(places); ++place) EXPECT_EQ(places[place], place);
+  expectPlaces(0, &INode::DestroyInPlace, &INode::ListInterfaces);
+  // The destructors are 2 and 3.
+  expectPlaces(4, &INode::GetType, &INode::GetInfoAsBoolean, &INode::GetInfoAsFloat, &INode::GetInfoAsInteger,
+               &INode::GetInfoAsString, &INode::GetInfoAsStringW, &INode::GetInfoEnum, &INode::GetInfoEnumW,
+               &INode::GetListCount, &INode::GetList, &INode::GetListW, &INode::GetAsBoolean, &INode::GetAsFloat,
+               &INode::GetAsInteger, &INode::GetAsString, &INode::GetAsStringW, &INode::Invalidate,
+               &INode::SetAsBoolean, &INode::SetAsFloat, &INode::SetAsInteger, &INode::SetAsString,
+               &INode::SetAsStringW, &INode::RegisterUpdate, &INode::DeregisterUpdate, &INode::GetVerifyMode,
+               &INode::SetVerifyMode);
 }
 
 TEST(InterfaceOrder, NodeMap) {
   using ORX::INodeMap;
-  const size_t places[] = {placeOf(&INodeMap::DestroyInPlace),
-                           placeOf(&INodeMap::ListInterfaces),
-                           2,
-                           3,  // the destructors
-                           placeOf(&INodeMap::GetNode),
-                           placeOf(&INodeMap::GetNodeCount),
-                           placeOf(&INodeMap::ListNode),
-                           placeOf(&INodeMap::ListNodeW),
-                           placeOf(&INodeMap::GetInfoAsBoolean),
-                           placeOf(&INodeMap::GetInfoAsInteger),
-                           placeOf(&INodeMap::GetInfoAsFloat),
-                           placeOf(&INodeMap::GetInfoAsString),
-                           placeOf(&INodeMap::GetInfoAsStringW),
-                           placeOf(&INodeMap::PollNodes),
-                           placeOf(&INodeMap::ConnectPort),
-                           placeOf(&INodeMap::LoadXMLFile),
-                           placeOf(&INodeMap::LoadXMLString),
-                           placeOf(&INodeMap::DeliverEvent),
-                           placeOf(&INodeMap::DeliverEventEx),
-                           placeOf(&INodeMap::AttachChunk),
-                           placeOf(&INodeMap::AttachChunkEx),
-                           placeOf(&INodeMap::UpdateChunks),
-                           placeOf(&INodeMap::DetachAllChunks)};
-  for (size_t place = 0; place < std::size(places); ++place) EXPECT_EQ(places[place], place);
+  expectPlaces(0, &INodeMap::DestroyInPlace, &INodeMap::ListInterfaces);
+  // The destructors are 2 and 3.
+  expectPlaces(4, &INodeMap::GetNode, &INodeMap::GetNodeCount, &INodeMap::ListNode, &INodeMap::ListNodeW,
+               &INodeMap::GetInfoAsBoolean, &INodeMap::GetInfoAsInteger, &INodeMap::GetInfoAsFloat,
+               &INodeMap::GetInfoAsString, &INodeMap::GetInfoAsStringW, &INodeMap::PollNodes, &INodeMap::ConnectPort,
+               &INodeMap::LoadXMLFile, &INodeMap::LoadXMLString, &INodeMap::DeliverEvent, &INodeMap::DeliverEventEx,
+               &INodeMap::AttachChunk, &INodeMap::AttachChunkEx, &INodeMap::UpdateChunks, &INodeMap::DetachAllChunks);
 }
 
 }  // namespace

@@ -44,26 +44,28 @@ TEST(InvalidHandle, HandlesOfAnotherKindAreRefused) {
 TEST(InvalidHandle, TestsOfHandlesAnswerWithoutAnError) {
   Device device(integerRegister("Width", 0));
   void* const node = device.node("Width");
+  void* const map = device.map;
   OxSetLastError(0, "");
-  EXPECT_TRUE(IsNodeMap(device.map));
-  EXPECT_TRUE(IsNode(static_cast<NODE>(node)));
-  EXPECT_FALSE(IsNodeMap(static_cast<NODEMAP>(node)));
-  EXPECT_FALSE(IsNode(static_cast<NODE>(static_cast<void*>(device.map))));
-  EXPECT_FALSE(IsNodeMap(nullptr));
-  EXPECT_FALSE(IsNode(nullptr));
+  for (void* const each : {node, map, static_cast<void*>(nullptr)}) {
+    EXPECT_EQ(IsNodeMap(static_cast<NODEMAP>(each)), each == map);
+    EXPECT_EQ(IsNode(static_cast<NODE>(each)), each == node);
+  }
   EXPECT_EQ(lastErrorText(), "");
 }
 
 TEST(InvalidHandle, OldEntryPointsFailWhateverTheyAreGiven) {
-  EXPECT_FAILS(NMLoadXML(nullptr), OXGENAPI_E_NOT_SUPPORTED, "Unspecified error");
-  EXPECT_FAILS(NMConnectRegisterPort(nullptr, 1, 2), OXGENAPI_E_NOT_SUPPORTED, "Unspecified error");
-  EXPECT_FAILS(NMConnectMultiRegisterPort(nullptr, "x"), OXGENAPI_E_NOT_SUPPORTED, "Unspecified error");
+  for (const Outcome& each : {outcome(NMLoadXML(nullptr)), outcome(NMConnectRegisterPort(nullptr, 1, 2)),
+                              outcome(NMConnectMultiRegisterPort(nullptr, "x"))}) {
+    EXPECT_EQ(each, fails(OXGENAPI_E_NOT_SUPPORTED, "Unspecified error"));
+  }
 }
 
 TEST(InvalidHandle, BuffersThatAreCheckedFirstAreRefusedFirst) {
-  EXPECT_FAILS(NMAttachChunkList(nullptr, nullptr, 1), OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList");
-  EXPECT_FAILS(NMAttachChunkListEx(nullptr, nullptr, 1), OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList");
-  EXPECT_FAILS(NMAttachChunkListExW(nullptr, nullptr, 1), OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList");
+  for (const Outcome& each :
+       {outcome(NMAttachChunkList(nullptr, nullptr, 1)), outcome(NMAttachChunkListEx(nullptr, nullptr, 1)),
+        outcome(NMAttachChunkListExW(nullptr, nullptr, 1))}) {
+    EXPECT_EQ(each, fails(OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList"));
+  }
   EXPECT_FAILS(NMAttachChunkList(nullptr, nullptr, 0), OXGENAPI_E_INVALID_HANDLE, "Invalid NODEMAP handle");
 }
 

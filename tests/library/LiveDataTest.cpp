@@ -66,11 +66,11 @@ class ChunkBuffer {
     ADD_FAILURE() << "no chunk " << id;
     return bytes_.data();
   }
-  // Bits of a little-endian number in a chunk.
-  uint64_t bits(uint64_t id, int at, int bytes, int lowest, int count) {
+  // A little-endian number in a chunk.
+  uint64_t number(uint64_t id, int bytes) {
     uint64_t value = 0;
-    for (int i = bytes; i-- > 0;) value = value << 8 | chunk(id)[at + i];
-    return count == 64 ? value : value >> lowest & ((uint64_t{1} << count) - 1);
+    for (int i = bytes; i-- > 0;) value = value << 8 | chunk(id)[i];
+    return value;
   }
   void attachTo(NODEMAP map) {
     for (TChunkData& each : places_) each.pBase = bytes_.data();
@@ -88,24 +88,27 @@ class ChunkBuffer {
 struct Field {
   const char* feature;
   uint64_t chunk;
-  int at, bytes, lowest, count;
+  int bytes;
 };
 
 void expectFields(RealCamera& camera, ChunkBuffer& buffer, std::span<const Field> fields) {
-  for (const Field& f : fields)
-    EXPECT_EQ(camera.integer(f.feature), buffer.bits(f.chunk, f.at, f.bytes, f.lowest, f.count)) << f.feature;
+  for (const Field& f : fields) EXPECT_EQ(camera.integer(f.feature), buffer.number(f.chunk, f.bytes)) << f.feature;
 }
 
-TEST(RealChunks, OfOneModelReadBackBitForBit) {
+TEST(RealChunks, ReadBackBitForBit) {
   const auto path = realDescription("FLIR_ORX_10G_245S8M.xml");
   SKIP_WITHOUT(path);
   constexpr uint64_t kSerial = 0x0504000D, kFormat = 0x0504000A, kExposure = 0x05040008, kGain = 0x05200009,
                      kBlackLevel = 0x0504000B;
-  const Field kFields[] = {{"ChunkImage", 0x00000001, 0, 4, 0, 32},        {"ChunkCRC", 0x07040002, 0, 4, 0, 32},
-                           {"ChunkFrameID", 0x05040003, 0, 8, 0, 64},      {"ChunkOffsetX", 0x05040004, 0, 4, 0, 32},
-                           {"ChunkOffsetY", 0x05040005, 0, 4, 0, 32},      {"ChunkWidth", 0x05040006, 0, 4, 0, 32},
-                           {"ChunkHeight", 0x05040007, 0, 4, 0, 32},       {"ChunkTimestamp", 0x0508000E, 0, 8, 0, 64},
-                           {"ChunkSerialDataLength", kSerial, 0, 4, 0, 32}};
+  const Field kFields[] = {{"ChunkImage", 1, 4},
+                           {"ChunkCRC", 0x07040002, 4},
+                           {"ChunkFrameID", 0x05040003, 8},
+                           {"ChunkOffsetX", 0x05040004, 4},
+                           {"ChunkOffsetY", 0x05040005, 4},
+                           {"ChunkWidth", 0x05040006, 4},
+                           {"ChunkHeight", 0x05040007, 4},
+                           {"ChunkTimestamp", 0x0508000E, 8},
+                           {"ChunkSerialDataLength", kSerial, 4}};
   ChunkBuffer buffer;
   buffer.add(1, 4000);
   for (const uint64_t id : {0x07040002, 0x05040003, 0x05040004, 0x05040005, 0x05040006, 0x05040007, 0x0508000E})
@@ -121,10 +124,10 @@ TEST(RealChunks, OfOneModelReadBackBitForBit) {
   expectFields(camera, buffer, kFields);
   EXPECT_EQ(camera.text("ChunkSerialData"), "hello\xc3\xa4!!");
   EXPECT_EQ(camera.text("ChunkPixelFormat"), "Mono8");
-  EXPECT_EQ(camera.real("ChunkExposureTime"), static_cast<double>(buffer.bits(kExposure, 0, 4, 0, 32)));
+  EXPECT_EQ(camera.real("ChunkExposureTime"), static_cast<double>(buffer.number(kExposure, 4)));
   EXPECT_OK(NSetAsString(camera.node("ChunkGainSelector"), "All"));
   EXPECT_EQ(camera.real("ChunkGain"), -1.5);
-  const auto level = static_cast<int32_t>(buffer.bits(kBlackLevel, 0, 4, 0, 32));
+  const auto level = static_cast<int32_t>(buffer.number(kBlackLevel, 4));
   EXPECT_EQ(camera.real("ChunkBlackLevel"), level / 16777216.0 * 100);
 
   // The next image has the same layout and other bytes.
@@ -133,38 +136,6 @@ TEST(RealChunks, OfOneModelReadBackBitForBit) {
   EXPECT_OK(NMUpdateChunks(camera.map, next.base()));
   expectFields(camera, next, kFields);
   EXPECT_OK(NMDetachAllChunks(camera.map));
-}
-
-TEST(RealChunks, OfAnotherModelReadBackBitForBit) {
-  const auto path = realDescription("Basler-acA640-300gm.xml");
-  SKIP_WITHOUT(path);
-  constexpr uint64_t kImage = 0x9efc2cdb, kTriggers = 0x6adbdbdc;
-  const Field kFields[] = {{"ChunkStride", kImage, 0, 4, 0, 32},
-                           {"ChunkOffsetX", kImage, 4, 4, 16, 16},
-                           {"ChunkOffsetY", kImage, 4, 4, 0, 16},
-                           {"ChunkWidth", kImage, 8, 4, 16, 16},
-                           {"ChunkHeight", kImage, 8, 4, 0, 16},
-                           {"ChunkDynamicRangeMin", kImage, 12, 4, 0, 16},
-                           {"ChunkDynamicRangeMax", kImage, 12, 4, 16, 16},
-                           {"ChunkTimestamp", 0xc91613db, 0, 8, 0, 64},
-                           {"ChunkFramecounter", 0x8c0f1cd8, 0, 4, 0, 32},
-                           {"ChunkLineStatusAll", 0x52d2d1d9, 0, 4, 0, 32},
-                           {"ChunkTriggerinputcounter", 0xd76f84db, 0, 4, 0, 32},
-                           {"ChunkFrameTriggerCounter", kTriggers, 0, 2, 0, 16},
-                           {"ChunkFramesPerTriggerCounter", kTriggers, 2, 2, 0, 16},
-                           {"ChunkSequenceSetIndex", 0xa8dc53e0, 0, 2, 0, 16},
-                           {"ChunkPayloadCRC16", 0xd9f273db, 0, 4, 0, 32}};
-  ChunkBuffer buffer;
-  uint64_t last = 0;
-  for (const Field& each : kFields) {
-    if (each.chunk != last) buffer.add(each.chunk, 20);
-    last = each.chunk;
-  }
-  std::memcpy(buffer.chunk(kImage) + 16, "\x01\x00\x08\x01", 4);
-  RealCamera camera(path);
-  buffer.attachTo(camera.map);
-  expectFields(camera, buffer, kFields);
-  EXPECT_EQ(camera.text("ChunkPixelFormat"), "Mono8");
 }
 
 TEST(RealEvents, EveryMessageReachesItsFeaturesBitForBit) {

@@ -31,6 +31,13 @@ struct Heard {
   bool goOn = true;
   std::vector<Problem> problems;
 
+  // A line for each: node, code, text.
+  std::string all() const {
+    std::ostringstream lines;
+    for (const Problem& each : problems) lines << each.node << ' ' << std::hex << each.code << ' ' << each.text << '\n';
+    return lines.str();
+  }
+
   static bool callback(NODE node, uint32_t code, void* self) {
     auto& heard = *static_cast<Heard*>(self);
     std::string text = lastErrorText();

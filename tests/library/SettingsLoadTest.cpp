@@ -6,10 +6,8 @@
 #include "SettingsBench.h"
 
 TEST(SettingsLoad, AcceptsAllSpellings) {
-  const struct {
-    const char* line;
-    const char* value;  // of the text feature afterwards
-  } kCases[] = {
+  const std::pair<const char*, const char*> kCases[] = {
+      // line, value of the text feature afterwards
       {"Text = \"plain\"", "plain"},
       {"  \t Text=bare words \r", "bare words"},
       {"Text = \"a\\\"b\\'c\\\\d\"", "a\"b'c\\d"},
@@ -26,68 +24,64 @@ TEST(SettingsLoad, AcceptsAllSpellings) {
       {" \t ", "start"},
       {"\n\n;\nText = last", "last"},
   };
-  for (const auto& entry : kCases) {
+  for (const auto& [line, value] : kCases) {
     MemoryDevice device(stringReg("Text", "0") + intReg("Index", "0x100") + intReg("Other", "0x104"));
     ASSERT_EQ(device.set("Text", "start"), 0u);
     Heard heard;
-    EXPECT_EQ(NMLoadSetString(device.map, entry.line, false, &Heard::callback, &heard), 0u);
-    EXPECT_TRUE(heard.problems.empty()) << entry.line << ": " << heard.problems[0].text;
-    EXPECT_EQ(device.get("Text"), entry.value) << entry.line;
+    EXPECT_EQ(NMLoadSetString(device.map, line, false, &Heard::callback, &heard), 0u);
+    EXPECT_TRUE(heard.problems.empty()) << line << ": " << heard.problems[0].text;
+    EXPECT_EQ(device.get("Text"), value) << line;
   }
 }
 
 TEST(SettingsLoad, ReportsEachBadLineWithItsNumber) {
   const struct {
     const char* line;
-    const char* node;
-    uint32_t code;
-    const char* text;
+    const char* text;  // behind line number and line, or behind the node
+    uint32_t code = 0x80000016;
+    const char* node = "-";
   } kCases[] = {
-      {"Width", "-", 0x80000016, "3:  \"Width\" : Format error"},
-      {" = 5", "-", 0x80000016, "3:  \" = 5\" : Format error"},
-      {"A[B(1) = 5", "-", 0x80000016, "3:  \"A[B(1) = 5\" : Missing ']' for selector list"},
-      {"A[] = 5", "-", 0x80000016, "3:  \"A[] = 5\" : Missing selector value start identifier '('"},
-      {"A[B] = 5", "-", 0x80000016, "3:  \"A[B] = 5\" : Missing selector value start identifier '('"},
-      {"A[B(1,C(2)] = 5", "-", 0x80000016, "3:  \"A[B(1,C(2)] = 5\" : Missing selector value end identifier ')'"},
-      {"Width = \"2", "-", 0x80000016, "3:  \"Width = \"2\" : Missing value end identifier '\"'"},
-      {"Width = \"", "-", 0x80000016, "3:  \"Width = \"\" : Missing value end identifier '\"'"},
-      {"Width = \\", "-", 0x80000016, "3:  \"Width = \\\" : Incomplete escape sequence"},
-      {"Width = \\x4", "-", 0x80000016, "3:  \"Width = \\x4\" : Incomplete escape sequence"},
-      {"Width = \\x4g", "-", 0x80000016, "3:  \"Width = \\x4g\" : Incomplete escape sequence"},
-      {"Width = \\q", "-", 0x80000013, "3:  \"Width = \\q\" : Unknown escape identifier"},
-      {"Absent = 1", "-", 0x8000002D, "Absent: GenApi error in line 3: NULL pointer dereferenced"},
-      {"Width[Absent(1)] = 1", "Width", 0x8000002D, "Width: GenApi error in line 3: NULL pointer dereferenced"},
-      {"Device = 1", "Device", 0x8000002D, "Device: GenApi error in line 3: NULL pointer dereferenced"},
+      {"Width", "Format error"},
+      {" = 5", "Format error"},
+      {"A[B(1) = 5", "Missing ']' for selector list"},
+      {"A[] = 5", "Missing selector value start identifier '('"},
+      {"A[B] = 5", "Missing selector value start identifier '('"},
+      {"A[B(1,C(2)] = 5", "Missing selector value end identifier ')'"},
+      {"Width = \"2", "Missing value end identifier '\"'"},
+      {"Width = \"", "Missing value end identifier '\"'"},
+      {"Width = \\", "Incomplete escape sequence"},
+      {"Width = \\x4", "Incomplete escape sequence"},
+      {"Width = \\x4g", "Incomplete escape sequence"},
+      {"Width = \\q", "Unknown escape identifier", 0x80000013},
+      {"Absent = 1", "Absent: GenApi error in line 3: NULL pointer dereferenced", 0x8000002D},
+      {"Width[Absent(1)] = 1", "Width: GenApi error in line 3: NULL pointer dereferenced", 0x8000002D, "Width"},
+      {"Device = 1", "Device: GenApi error in line 3: NULL pointer dereferenced", 0x8000002D, "Device"},
   };
   MemoryDevice device(intReg("Width", "0"));
   for (const auto& entry : kCases) {
+    const bool isRead = entry.code == 0x8000002D;
+    const std::string expected = (isRead ? "" : std::string("3:  \"") + entry.line + "\" : ") + entry.text;
     const std::string text = std::string("; comment\n\n") + entry.line + "\nWidth = 77\n";
     device.memory[0] = 0;
     Heard heard;
     EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), false, &Heard::callback, &heard), 0u);
-    ASSERT_EQ(heard.problems.size(), 1u) << entry.line;
-    EXPECT_EQ(heard.problems[0].node, entry.node) << entry.line;
-    EXPECT_EQ(heard.problems[0].code, entry.code) << entry.line;
-    EXPECT_EQ(heard.problems[0].text, entry.text);
+    std::ostringstream told;
+    told << entry.node << ' ' << std::hex << entry.code << ' ' << expected << '\n';
+    EXPECT_EQ(heard.all(), told.str());
     EXPECT_EQ(device.memory[0], 77) << "the lines after it are applied";
 
     device.memory[0] = 0;
     heard = {.goOn = false, .problems = {}};
     EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), false, &Heard::callback, &heard), entry.code);
-    EXPECT_EQ(lastErrorText(), entry.text);
+    EXPECT_EQ(lastErrorText(), expected);
     EXPECT_EQ(device.memory[0], 0) << "a stop is a stop";
   }
 }
 
 TEST(SettingsLoad, ValidationComparesTheTexts) {
-  MemoryDevice device(intReg("Width", "0") +
-                      "<IntReg Name='Fickle'><Address>8</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-                      "<pPort>Device</pPort><Cachable>NoCache</Cachable></IntReg>"
-                      "<Integer Name='Vanishing'><pIsAvailable>Here</pIsAvailable><pValue>Leaver</pValue></Integer>"
-                      "<IntReg Name='Here'><Address>12</Address><Length>4</Length><AccessMode>RO</AccessMode>"
-                      "<pPort>Device</pPort><Cachable>NoCache</Cachable></IntReg>"
-                      "<IntReg Name='Leaver'><Address>16</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-                      "<pPort>Device</pPort></IntReg>");
+  MemoryDevice device(intReg("Width", "0") + intReg("Fickle", "8", "<Cachable>NoCache</Cachable>") +
+                      "<Integer Name='Vanishing'><pIsAvailable>Here</pIsAvailable><pValue>Leaver</pValue></Integer>" +
+                      intReg("Here", "12", "<Cachable>NoCache</Cachable>") + intReg("Leaver", "16"));
   device.memory[12] = 1;
   device.after = [&](int64_t address, bool isWrite) {
     if (isWrite && address == 8) device.memory[8] &= 0xf0;  // the device keeps another value
@@ -96,11 +90,9 @@ TEST(SettingsLoad, ValidationComparesTheTexts) {
   Heard heard;
   const char* text = "Width = 0x10\nFickle = 33\nVanishing = 1\n";
   ASSERT_EQ(NMLoadSetString(device.map, text, true, &Heard::callback, &heard), 0u);
-  ASSERT_EQ(heard.problems.size(), 2u);
-  EXPECT_EQ(heard.problems[0].text, "Width: Validation failed in line 1: Actual value \"16\" != \"0x10\"");
-  EXPECT_EQ(heard.problems[1].node, "Fickle");
-  EXPECT_EQ(heard.problems[1].code, 0x8000002Du);
-  EXPECT_EQ(heard.problems[1].text, "Fickle: Validation failed in line 2: Actual value \"32\" != \"33\"");
+  EXPECT_EQ(heard.all(),
+            "Width 8000002d Width: Validation failed in line 1: Actual value \"16\" != \"0x10\"\n"
+            "Fickle 8000002d Fickle: Validation failed in line 2: Actual value \"32\" != \"33\"\n");
   EXPECT_EQ(device.memory[16], 1);
 
   // Not asked to validate, it reads nothing back.
@@ -124,11 +116,9 @@ TEST(SettingsLoad, SurvivesLongLinesAndHostileBytes) {
   }
   Heard heard;
   EXPECT_EQ(NMLoadSet(device.map, file.path.c_str(), &Heard::callback, &heard), 0u);
-  ASSERT_EQ(heard.problems.size(), 4u);
-  EXPECT_EQ(heard.problems[0].code, 0x8000002Du);
-  EXPECT_EQ(heard.problems[1].code, 0x80000016u);
-  EXPECT_EQ(heard.problems[2].code, 0x80000016u);
-  EXPECT_EQ(heard.problems[3].code, 0x8000002Du);
+  std::vector<uint32_t> codes;
+  for (const auto& problem : heard.problems) codes.push_back(problem.code);
+  EXPECT_EQ(codes, (std::vector<uint32_t>{0x8000002D, 0x80000016, 0x80000016, 0x8000002D}));
   EXPECT_EQ(device.memory[0], 12);
 }
 
@@ -151,20 +141,6 @@ TEST(SettingsLoad, ACallbackMayReloadOrThrow) {
   const auto throwing = [](NODE, uint32_t, void*) -> bool { throw 5; };
   ASSERT_EQ(NMLoadSetString(device.map, "bad\nWidth = 4\n", false, throwing, nullptr), 0u) << "counts as go on";
   EXPECT_EQ(device.memory[0x40], 4);
-}
-
-TEST(SettingsLoad, ATextFromAnotherCameraIsAppliedAsFarAsItFits) {
-  CameraUnderTest camera;
-  const std::string text = camera.save();
-  MemoryDevice device(intReg("Width", "0") + stringReg("DeviceUserID", "0x100"));
-  Heard heard;
-  EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), true, &Heard::callback, &heard), 0u);
-  EXPECT_EQ(static_cast<ptrdiff_t>(heard.problems.size()), std::count(text.begin(), text.end(), '\n') - 2);
-  for (const auto& problem : heard.problems) {
-    EXPECT_EQ(problem.code, 0x8000002Du);
-    EXPECT_NE(problem.text.find("NULL pointer dereferenced"), std::string::npos) << problem.text;
-  }
-  EXPECT_NE(text.find("Width = \"" + device.get("Width") + "\""), std::string::npos);
 }
 
 TEST(SettingsReport, SendsAWarningWhenItGoesOnAndAnErrorWhenItStops) {
@@ -193,10 +169,8 @@ TEST(SettingsReport, SendsOneRecordForACallThatCannotBegin) {
   ASSERT_EQ(CreateNodeMap(empty), 0u);
   size_t size = 0;
   const Records records;
-  EXPECT_EQ(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001Eu);
-  EXPECT_EQ(lastErrorText(), "No nodemap loaded.");
-  EXPECT_EQ(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001Eu);
-  EXPECT_EQ(lastErrorText(), "No nodemap loaded");
+  EXPECT_FAILS(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001E, "No nodemap loaded.");
+  EXPECT_FAILS(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001E, "No nodemap loaded");
   EXPECT_EQ(NMLoadSet(empty, "/nowhere", nullptr, nullptr), 0x80000003u);
   const std::vector<std::string> texts = records.texts();
   ASSERT_EQ(texts.size(), 3u);

@@ -31,18 +31,13 @@ class Stream {
 };
 
 const std::string kNodes =
-    "<IntReg Name='Width'><DisplayName>Width \xc3\xa4</DisplayName><Address>0</Address><Length>4</Length>"
-    "<AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
-    "<Boolean Name='Switch'><Value>true</Value></Boolean>"
+    integerRegister("Width", 0, "<DisplayName>Width \xc3\xa4</DisplayName>") +
+    registerNode("StringReg", "Text", 0x100, 16) + registerNode("Register", "Bytes", 8, 4) +
+    integerRegister("Hidden", 4, "<ImposedAccessMode>WO</ImposedAccessMode>") +
+    "<Boolean Name='Switch'><Value>true</Value></Boolean><Node Name='Plain'/>"
     "<Command Name='Go'><Value>0</Value><CommandValue>1</CommandValue></Command>"
     "<Float Name='Gain'><Value>1.5</Value></Float>"
-    "<StringReg Name='Text'><Address>0x100</Address><Length>16</Length><AccessMode>RO</AccessMode>"
-    "<pPort>Device</pPort></StringReg>"
-    "<Enumeration Name='Mode'><EnumEntry Name='On'><Value>1</Value></EnumEntry><Value>1</Value></Enumeration>"
-    "<IntReg Name='Hidden'><Address>4</Address><Length>4</Length><AccessMode>WO</AccessMode>"
-    "<pPort>Device</pPort></IntReg>"
-    "<Register Name='Bytes'><Address>8</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-    "<pPort>Device</pPort></Register><Node Name='Plain'/>";
+    "<Enumeration Name='Mode'><EnumEntry Name='On'><Value>1</Value></EnumEntry><Value>1</Value></Enumeration>";
 
 }  // namespace
 
@@ -55,23 +50,23 @@ TEST(NodeMapStream, RecordsNodesInPushOrderWithTheValueOfTheMoment) {
   EXPECT_EQ(stream.text(),
             "[{\"Display Name\":\"Width \xc3\xa4\",\"Name\":\"Width\",\"Type\":\"Integer\",\"Value\":\"1\"}]");
   ASSERT_EQ(device.set("Width", "2"), 0u);
-  const char* const kPushed[] = {"Width", "Root", "Switch", "Go", "Gain", "Text", "Mode", "Hidden"};
-  for (const char* name : kPushed) ASSERT_EQ(stream.push(device, name), 0u) << name << ": " << lastErrorText();
-  const json document = json::parse(stream.text());
-  ASSERT_EQ(document.size(), 1 + std::size(kPushed));
-  const char* const kTypes[] = {"Integer", "Category", "Boolean",     "Command",
-                                "Float",   "String",   "Enumeration", "Integer"};
-  const char* const kValues[] = {"2", "", "1", "", "1.5", "", "On", ""};
-  for (size_t i = 0; i < std::size(kPushed); ++i) {
-    EXPECT_EQ(document[i + 1]["Name"], kPushed[i]);
-    EXPECT_EQ(document[i + 1]["Type"], kTypes[i]) << kPushed[i];
-    EXPECT_EQ(document[i + 1]["Value"], kValues[i]) << kPushed[i];
+  const std::tuple<const char*, const char*, const char*> kPushed[] = {
+      {"Width", "Integer", "2"}, {"Root", "Category", ""}, {"Switch", "Boolean", "1"},    {"Go", "Command", ""},
+      {"Gain", "Float", "1.5"},  {"Text", "String", ""},   {"Mode", "Enumeration", "On"}, {"Hidden", "Integer", ""}};
+  size_t count = 1;
+  for (const auto& [name, type, value] : kPushed) {
+    ASSERT_EQ(stream.push(device, name), 0u) << name << ": " << lastErrorText();
+    const json document = json::parse(stream.text());
+    ASSERT_EQ(document.size(), ++count);
+    EXPECT_EQ(document.back()["Name"], name);
+    EXPECT_EQ(document.back()["Type"], type) << name;
+    EXPECT_EQ(document.back()["Value"], value) << name;
   }
   for (const char* name : {"Bytes", "Plain", "EnumEntry_Mode_On", "Device"}) {
     EXPECT_EQ(stream.push(device, name), 0x80000001u) << name;
     EXPECT_EQ(lastErrorText(), "not a valid node type");
   }
-  EXPECT_EQ(json::parse(stream.text()).size(), document.size());
+  EXPECT_EQ(json::parse(stream.text()).size(), count);
 }
 
 TEST(NodeMapStream, BytesThatAreNotUtf8AreReplaced) {
@@ -93,8 +88,8 @@ TEST(NodeMapStream, RefusesSizesItCannotUse) {
   wchar_t wide[8] = L"before";
   for (const size_t size : {size_t{0}, SIZE_MAX, SIZE_MAX / 2 + 1}) {
     size_t given = size;
-    EXPECT_EQ(NMStreamDump(stream.handle, narrow, &given), 0x80000002u);
-    EXPECT_EQ(lastErrorText(), "invalid buffer size to read string through c-interface");
+    EXPECT_FAILS(NMStreamDump(stream.handle, narrow, &given), 0x80000002,
+                 "invalid buffer size to read string through c-interface");
     EXPECT_EQ(NMStreamDumpW(stream.handle, wide, &given), 0x80000002u);
     EXPECT_EQ(given, size);
     EXPECT_STREQ(narrow, "before");
@@ -114,16 +109,15 @@ TEST(NodeMapStream, RefusesSizesItCannotUse) {
 TEST(NodeMapStream, RefusesOtherTypesAndKeepsItsNodeMap) {
   MemoryDevice device(kNodes);
   NODEMAPSTREAM made{};
-  EXPECT_EQ(NMCreateStream(device.map, static_cast<TStreamType>(1), &made), 0x8000001Du);
-  EXPECT_EQ(lastErrorText(), "Invalid TStreamType handle");
+  EXPECT_FAILS(NMCreateStream(device.map, static_cast<TStreamType>(1), &made), 0x8000001D,
+               "Invalid TStreamType handle");
   EXPECT_EQ(made, NODEMAPSTREAM{});
   const NODE node = device.node("Width");
   NODEMAP map{};
   ASSERT_EQ(CreateNodeMap(map), 0u);
   {
     const Stream stream(map);
-    EXPECT_EQ(NMStreamPush(stream.handle, NODE{}), 0x8000001Du);
-    EXPECT_EQ(lastErrorText(), "Invalid NODE handle");
+    EXPECT_FAILS(NMStreamPush(stream.handle, NODE{}), 0x8000001D, "Invalid NODE handle");
     release(map);
     EXPECT_TRUE(IsNodeMap(map));
     EXPECT_EQ(NMStreamPush(stream.handle, node), 0u) << "a node of another node map is one like any other";
