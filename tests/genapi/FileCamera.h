@@ -1,13 +1,10 @@
 // A camera with device files behind the standard file access features: a byte-addressed port, and its description.
 #pragma once
 #include <algorithm>
-#include <map>
-#include <string>
-#include <vector>
 
-#include "genapi/TestNodeMap.h"
+#include "TestMap.h"
 
-class FileCamera : public MemoryPort {
+class FileCamera : public BytePort {
  public:
   enum Register {
     Selector = 0,
@@ -27,7 +24,7 @@ class FileCamera : public MemoryPort {
   enum Operations { Open = 0, Close = 1, Read = 2, Write = 3, Delete = 4 };
   static constexpr uint32_t kBufferBytes = 12;
 
-  FileCamera() { std::memcpy(&memory[Model], "EX-100", 7); }
+  FileCamera() : BytePort(256) { std::memcpy(&memory[Model], "EX-100", 7); }
 
   std::map<uint32_t, std::string> files{{0, "user set"}, {1, ""}};
   bool failsAtEnd = true;  // a read behind the end is a Failure, else a Success of zero bytes
@@ -89,56 +86,47 @@ class FileCamera : public MemoryPort {
 
 // `lengthExtra` stands inside FileAccessLength; `without` names a node to leave out.
 inline std::string fileDescription(const std::string& lengthExtra = "", const std::string& without = "") {
-  const auto reg = [](const std::string& name, int address, const std::string& mode = "RW",
-                      const std::string& cache = "WriteThrough") {
-    return "<IntReg Name=\"" + name + "\"><Address>" + std::to_string(address) +
-           "</Address><Length>4</Length><AccessMode>" + mode + "</AccessMode><pPort>Device</pPort><Cachable>" + cache +
-           "</Cachable><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>";
+  const std::string uncached = tag("Cachable", "NoCache"), answer = tag("AccessMode", "RO") + uncached;
+  const auto word = [](const std::string& name, int address, const std::string& more = "") {
+    return reg("IntReg", name, address, 4, more);
   };
   const auto enumeration = [&](const std::string& name, int address, const std::vector<std::string>& entries,
-                               const std::string& mode = "RW", const std::string& cache = "WriteThrough") {
-    std::string text = "<Enumeration Name=\"" + name + "\">";
+                               const std::string& more = "") {
+    std::string text = "<Enumeration Name='" + name + "'>";
     for (size_t i = 0; i < entries.size(); ++i)
-      text += "<EnumEntry Name=\"" + entries[i] + "\"><Value>" + std::to_string(i) + "</Value></EnumEntry>";
-    return text + "<pValue>" + name + "Reg</pValue></Enumeration>" + reg(name + "Reg", address, mode, cache);
+      text += "<EnumEntry Name='" + entries[i] + "'>" + tag("Value", std::to_string(i)) + "</EnumEntry>";
+    return text + tag("pValue", name + "Reg") + "</Enumeration>" + word(name + "Reg", address, more);
   };
-  std::string nodes = "<Port Name=\"Device\"/>";
-  const auto add = [&](const std::string& name, const std::string& text) {
+  const auto command = [&](const std::string& name, int address) {
+    return over(name, name + "Reg", "<CommandValue>1</CommandValue>", "Command") +
+           word(name + "Reg", address, uncached);
+  };
+  std::string nodes = reg("StringReg", "DeviceModelName", FileCamera::Model, 16, tag("AccessMode", "RO")) +
+                      word("Mode", FileCamera::Mode) + command("Activate", FileCamera::Activate);
+  for (const auto& [name, text] : std::initializer_list<std::pair<std::string, std::string>>{
+           {"FileSelector", enumeration("FileSelector", FileCamera::Selector, {"UserSet", "Firmware"})},
+           {"FileOperationSelector",
+            enumeration("FileOperationSelector", FileCamera::Operation, {"Open", "Close", "Read", "Write", "Delete"})},
+           {"FileOpenMode", enumeration("FileOpenMode", FileCamera::OpenMode, {"Read", "Write"})},
+           {"FileOperationStatus",
+            enumeration("FileOperationStatus", FileCamera::Status, {"Success", "Failure"}, answer)},
+           {"FileOperationExecute", command("FileOperationExecute", FileCamera::Execute)},
+           {"FileOperationResult", word("FileOperationResult", FileCamera::Result, answer)},
+           {"FileAccessOffset", word("FileAccessOffset", FileCamera::Offset)},
+           {"FileAccessLength",
+            over("FileAccessLength", "LengthReg", lengthExtra) + word("LengthReg", FileCamera::Length)},
+           {"FileSize", word("FileSize", FileCamera::Size, answer)},
+           {"FileAccessBuffer", reg("Register", "FileAccessBuffer", FileCamera::Buffer, 12, uncached)}}) {
     if (name != without) nodes += text;
-  };
-  add("FileSelector", enumeration("FileSelector", FileCamera::Selector, {"UserSet", "Firmware"}));
-  add("FileOperationSelector",
-      enumeration("FileOperationSelector", FileCamera::Operation, {"Open", "Close", "Read", "Write", "Delete"}));
-  add("FileOpenMode", enumeration("FileOpenMode", FileCamera::OpenMode, {"Read", "Write"}));
-  add("FileOperationStatus",
-      enumeration("FileOperationStatus", FileCamera::Status, {"Success", "Failure"}, "RO", "NoCache"));
-  add("FileOperationExecute",
-      "<Command Name=\"FileOperationExecute\"><pValue>ExecuteReg</pValue>"
-      "<CommandValue>1</CommandValue></Command>" +
-          reg("ExecuteReg", FileCamera::Execute, "RW", "NoCache"));
-  add("FileOperationResult", reg("FileOperationResult", FileCamera::Result, "RO", "NoCache"));
-  add("FileAccessOffset", reg("FileAccessOffset", FileCamera::Offset));
-  add("FileAccessLength", "<Integer Name=\"FileAccessLength\"><pValue>LengthReg</pValue>" + lengthExtra + "</Integer>" +
-                              reg("LengthReg", FileCamera::Length));
-  add("FileSize", reg("FileSize", FileCamera::Size, "RO", "NoCache"));
-  add("FileAccessBuffer", "<Register Name=\"FileAccessBuffer\"><Address>" + std::to_string(FileCamera::Buffer) +
-                              "</Address><Length>12</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>"
-                              "<Cachable>NoCache</Cachable></Register>");
-  nodes += "<StringReg Name=\"DeviceModelName\"><Address>" + std::to_string(FileCamera::Model) +
-           "</Address><Length>16</Length><AccessMode>RO</AccessMode><pPort>Device</pPort></StringReg>" +
-           reg("Mode", FileCamera::Mode) +
-           "<Command Name=\"Activate\"><pValue>ActivateReg</pValue>"
-           "<CommandValue>1</CommandValue></Command>" +
-           reg("ActivateReg", FileCamera::Activate, "RW", "NoCache");
+  }
   return nodes;
 }
 
-// The camera connected to a node map of that description.
+// A camera connected to a node map of that description.
+template <class Camera = FileCamera>
 struct FileBench {
-  explicit FileBench(const std::string& nodes = fileDescription()) : map(nodes) { map->Connect(&camera); }
-  ~FileBench() {
-    if (map.get()) map->Connect(static_cast<GENAPI_NAMESPACE::IPort*>(nullptr));
-  }
-  FileCamera camera;
-  TestNodeMap map;
+  explicit FileBench(const std::string& nodes = fileDescription()) : t(nodes) { map->Connect(&camera); }
+  Camera camera;
+  TestMap t;
+  INodeMap* map = t.map;
 };

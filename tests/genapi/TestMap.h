@@ -14,7 +14,8 @@
 using namespace GENAPI_NAMESPACE;
 using namespace GENICAM_NAMESPACE;
 
-// Memory behind a port. Hooks run before the bytes move: they may throw, or use the node map.
+// Memory behind a port. Hooks run before the bytes move: they may throw, or use the node map; written() runs after
+// them.
 class BytePort : public CPortImpl {
  public:
   using Access = std::pair<int64_t, int64_t>;  // address, length
@@ -22,14 +23,13 @@ class BytePort : public CPortImpl {
 
   EAccessMode GetAccessMode() const override { return mode; }
   void Read(void* buffer, int64_t address, int64_t length) override {
-    ++reads[{address, length}];
-    if (onRead) onRead(address, length);
+    begin(reads, onRead, address, length);
     std::memcpy(buffer, at(address, length), static_cast<size_t>(length));
   }
   void Write(const void* buffer, int64_t address, int64_t length) override {
-    ++writes[{address, length}];
-    if (onWrite) onWrite(address, length);
+    begin(writes, onWrite, address, length);
     std::memcpy(at(address, length), buffer, static_cast<size_t>(length));
+    written(address);
   }
 
   static int total(const std::map<Access, int>& accesses) {
@@ -51,13 +51,30 @@ class BytePort : public CPortImpl {
     const auto first = memory.begin() + static_cast<ptrdiff_t>(address);
     return {first, first + static_cast<ptrdiff_t>(length)};
   }
+  uint32_t word(size_t address) const {
+    uint32_t value;
+    std::memcpy(&value, &memory.at(address), sizeof(value));
+    return value;
+  }
+  void setWord(size_t address, uint32_t value) { std::memcpy(&memory.at(address), &value, sizeof(value)); }
 
   std::vector<uint8_t> memory;
   std::map<Access, int> reads, writes;
+  int accesses = 0;
+  int failAt = 0;  // the number of the access that fails, from 1; 0 for none
   EAccessMode mode = RW;
   std::function<void(int64_t address, int64_t length)> onRead, onWrite;
 
+ protected:
+  virtual void written(int64_t) {}
+
  private:
+  using Hook = std::function<void(int64_t address, int64_t length)>;
+  void begin(std::map<Access, int>& counts, const Hook& hook, int64_t address, int64_t length) {
+    ++counts[{address, length}];
+    if (++accesses == failAt) throw TIMEOUT_EXCEPTION("the line is dead");
+    if (hook) hook(address, length);
+  }
   uint8_t* at(int64_t address, int64_t length) {
     if (address < 0 || address > static_cast<int64_t>(memory.size()) - length) {
       throw ACCESS_EXCEPTION("the device has no bytes at %ld", static_cast<long>(address));
@@ -80,6 +97,21 @@ inline std::string tag(const std::string& element, const std::string& text) {
   return "<" + element + ">" + text + "</" + element + ">";
 }
 
+// An Integer that holds its value.
+inline std::string held(const std::string& name, int64_t value = 0, const std::string& more = "") {
+  return "<Integer Name='" + name + "'>" + tag("Value", std::to_string(value)) + more + "</Integer>";
+}
+// A node over another one.
+inline std::string over(const std::string& name, const std::string& source, const std::string& more = "",
+                        const std::string& type = "Integer") {
+  return "<" + type + " Name='" + name + "'>" + tag("pValue", source) + more + "</" + type + ">";
+}
+// An IntSwissKnife over one variable X.
+inline std::string knife(const std::string& name, const std::string& x, const std::string& formula = "X") {
+  return "<IntSwissKnife Name='" + name + "'><pVariable Name='X'>" + x + "</pVariable>" + tag("Formula", formula) +
+         "</IntSwissKnife>";
+}
+
 // `nodes` with the root element of schema 1.1 or 1.0 around them, and a port "Device" unless they bring one.
 inline std::string description(const std::string& nodes, int minorVersion = 1) {
   const std::string minor = std::to_string(minorVersion);
@@ -98,9 +130,12 @@ struct TestMap {
       : map(CNodeMapFactory(gcstring(description(nodes, minorVersion).c_str())).CreateNodeMap("Device")) {
     map->Connect(&port);
   }
-  ~TestMap() { dynamic_cast<IDestroy*>(map)->Destroy(); }
+  ~TestMap() { end(); }
   TestMap(const TestMap&) = delete;
   TestMap& operator=(const TestMap&) = delete;
+  void end() {
+    if (map) dynamic_cast<IDestroy*>(std::exchange(map, nullptr))->Destroy();
+  }
 
   INode* node(const std::string& name) const {
     INode* found = map->GetNode(name.c_str());
