@@ -10,51 +10,39 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// B, C and D are registers; everything of A comes from them, and all three can be switched off by E.
-const std::string kGuardedFamily = R"(
-  <Integer Name="A"><pValue>B</pValue><pMin>C</pMin><pMax>D</pMax></Integer>
-  <IntReg Name="B"><pIsAvailable>E</pIsAvailable><Address>0</Address><Length>4</Length>
-    <AccessMode>RW</AccessMode><pPort>P</pPort></IntReg>
-  <IntReg Name="C"><pIsAvailable>E</pIsAvailable><Address>4</Address><Length>4</Length>
-    <AccessMode>RW</AccessMode><pPort>P</pPort></IntReg>
-  <IntReg Name="D"><pIsAvailable>E</pIsAvailable><Address>8</Address><Length>4</Length>
-    <AccessMode>RW</AccessMode><pPort>P</pPort></IntReg>
-  <Integer Name="E"><Value>1</Value></Integer>
-  <Port Name="P"/>)";
-
 TEST(Callbacks, FireOnceForEveryNodeThatAnOperationReaches) {
-  TestMap map(kGuardedFamily);
+  // B, C and D are registers; everything of A comes from them, and all three can be switched off by E.
+  std::string nodes = over("A", "B", "<pMin>C</pMin><pMax>D</pMax>");
+  for (const auto& [name, address] : {std::pair{"B", 0}, {"C", 4}, {"D", 8}}) {
+    nodes += "<IntReg Name='" + std::string(name) + "'><pIsAvailable>E</pIsAvailable><Address>" +
+             std::to_string(address) +
+             "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>P</pPort></IntReg>";
+  }
+  TestMap map(nodes + held("E", 1) + "<Port Name='P'/>");
   map.map->Connect(&map.port, "P");
   map.port.poke(8, {100});
   CallLog log;
   log.watch(map, {"P", "E", "D", "C", "B", "A"});
 
-  map.integer("A")->SetValue(5);
-  EXPECT_THAT(log.take(), ElementsAre("A", "B"));
-  map.integer("B")->SetValue(5);
-  EXPECT_THAT(log.take(), ElementsAre("B", "A")) << "the addressed node first";
-  map.node("B")->InvalidateNode();
-  EXPECT_THAT(log.take(), ElementsAre("B", "A"));
-  map.integer("C")->SetValue(1);
-  EXPECT_THAT(log.take(), ElementsAre("C", "A"));
-  map.node("A")->InvalidateNode();
-  EXPECT_THAT(log.take(), ElementsAre("A"));
-  map.integer("E")->SetValue(1);
-  EXPECT_THAT(log.take(), ElementsAre("E", "A", "B", "C", "D"));
-  map.node("E")->InvalidateNode();
-  EXPECT_THAT(log.take(), ElementsAre("E", "A", "B", "C", "D"));
-  map.node("P")->InvalidateNode();
-  EXPECT_THAT(log.take(), ElementsAre("P", "A", "B", "C", "D"));
-  map.port.InvalidateNode();
-  EXPECT_THAT(log.take(), ElementsAre("P", "A", "B", "C", "D"));
-  map.map->InvalidateNodes();
-  EXPECT_THAT(log.take(), ElementsAre("A", "B", "C", "D", "E", "P"));
+  const std::pair<std::function<void()>, Names> cases[] = {
+      {[&] { map.integer("A")->SetValue(5); }, {"A", "B"}},
+      {[&] { map.integer("B")->SetValue(5); }, {"B", "A"}},  // the addressed node first
+      {[&] { map.node("B")->InvalidateNode(); }, {"B", "A"}},
+      {[&] { map.integer("C")->SetValue(1); }, {"C", "A"}},
+      {[&] { map.node("A")->InvalidateNode(); }, {"A"}},
+      {[&] { map.integer("E")->SetValue(1); }, {"E", "A", "B", "C", "D"}},
+      {[&] { map.node("E")->InvalidateNode(); }, {"E", "A", "B", "C", "D"}},
+      {[&] { map.node("P")->InvalidateNode(); }, {"P", "A", "B", "C", "D"}},
+      {[&] { map.port.InvalidateNode(); }, {"P", "A", "B", "C", "D"}},
+      {[&] { map.map->InvalidateNodes(); }, {"A", "B", "C", "D", "E", "P"}}};
+  for (const auto& each : cases) {
+    each.first();
+    EXPECT_EQ(log.take(), each.second) << "case " << &each - cases;
+  }
 }
 
 TEST(Callbacks, FireForEveryKindOfChangeAndForNothingElse) {
-  TestMap map(R"(
-    <Integer Name="Width"><Value>5</Value></Integer>
-    <Float Name="Gain"><Value>5</Value></Float>
+  TestMap map(held("Width", 5) + R"(<Float Name="Gain"><Value>5</Value></Float>
     <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry><Value>0</Value></Enumeration>)" +
               reg("IntReg", "Raw", 0, 4));
   CallLog log;
@@ -62,14 +50,11 @@ TEST(Callbacks, FireForEveryKindOfChangeAndForNothingElse) {
 
   // Changes, also to what it was before.
   map.integer("Width")->SetValue(5);
-  EXPECT_THAT(log.take(), ElementsAre("Width"));
   map.value("Width")->FromString("5", false);
-  EXPECT_THAT(log.take(), ElementsAre("Width"));
   map.enumeration("Mode")->SetIntValue(0);
-  EXPECT_THAT(log.take(), ElementsAre("Mode"));
   const uint8_t byte = 7;
   map.bytes("Raw")->Set(&byte, 1);
-  EXPECT_THAT(log.take(), ElementsAre("Raw"));
+  EXPECT_THAT(log.take(), ElementsAre("Width", "Width", "Mode", "Raw"));
   map.node("Width")->ImposeAccessMode(RO);
   map.node("Width")->ImposeAccessMode(RW);
   map.node("Width")->ImposeVisibility(Guru);
@@ -101,20 +86,15 @@ void countCall(INode*) {
   ++functionCalls;
 }
 
-TEST(Callbacks, MayBePlainFunctions) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
+TEST(Callbacks, OfOneNodeRunInTheOrderOfTheirRegistration) {
+  TestMap map(held("X"));
+  std::string order;
+  for (char each = 'a'; each < 'e'; ++each) Register(map.node("X"), [&order, each](INode*) { order += each; });
   Register(map.node("X"), countCall);
   Register(map.node("X"), &countCall);
   map.integer("X")->SetValue(1);
-  EXPECT_EQ(functionCalls, 2);
-}
-
-TEST(Callbacks, OfOneNodeRunInTheOrderOfTheirRegistration) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
-  std::string order;
-  for (char each = 'a'; each < 'e'; ++each) Register(map.node("X"), [&order, each](INode*) { order += each; });
-  map.integer("X")->SetValue(1);
   EXPECT_EQ(order, "abcd");
+  EXPECT_EQ(functionCalls, 2) << "plain functions";
 }
 
 // Whether the lock could be had by somebody else now.
@@ -127,30 +107,23 @@ bool othersGetTheLock(INodeMap* map) {
   return got;
 }
 
-// What a registered client sees.
-class Witness {
- public:
-  void inside(INode* node) { story += othersGetTheLock(node->GetNodeMap()) ? "inside:free " : "inside:locked "; }
-  void outside(INode* node) { story += othersGetTheLock(node->GetNodeMap()) ? "outside:free " : "outside:locked "; }
-  std::string story;
-};
-
 TEST(Callbacks, RunInsideTheLockFirstAndThenOutsideIt) {
-  TestMap map(R"(<Integer Name="A"><pValue>B</pValue></Integer><Integer Name="B"><Value>0</Value></Integer>)");
-  Witness witness;
-  Register(map.node("A"), witness, &Witness::outside, cbPostOutsideLock);
-  Register(map.node("B"), witness, &Witness::outside, cbPostOutsideLock);
-  Register(map.node("B"), witness, &Witness::inside);
-  Register(map.node("A"), witness, &Witness::inside, cbPostInsideLock);
+  TestMap map(over("A", "B") + held("B"));
+  std::string story;
+  const auto witness = [&](const char* name, const std::string& place, ECallbackType type) {
+    const auto see = [&, place](INode*) { story += place + (othersGetTheLock(map.map) ? ":free " : ":locked "); };
+    map.node(name)->RegisterCallback(make_NodeCallback(map.node(name), see, type));
+  };
+  for (const char* name : {"A", "B"}) witness(name, "outside", cbPostOutsideLock);
+  for (const char* name : {"B", "A"}) witness(name, "inside", cbPostInsideLock);
   map.integer("B")->SetValue(1);
-  EXPECT_EQ(witness.story, "inside:locked inside:locked outside:free outside:free ");
+  EXPECT_EQ(std::exchange(story, ""), "inside:locked inside:locked outside:free outside:free ");
 
   // A caller that holds the lock itself gets its callbacks at the end of the operation all the same.
-  witness.story.clear();
   {
     const AutoLock lock(map.map->GetLock());
     map.integer("A")->SetValue(2);
-    EXPECT_EQ(witness.story, "inside:locked inside:locked outside:locked outside:locked ");
+    EXPECT_EQ(story, "inside:locked inside:locked outside:locked outside:locked ");
   }
   EXPECT_TRUE(othersGetTheLock(map.map));
 }
@@ -173,45 +146,42 @@ class RawCallback : public CNodeCallback {
 
 TEST(Callbacks, BelongToTheNodeUntilTheyAreDestroyedOnce) {
   std::string story;
-  {
-    TestMap map("<Node Name=\"X\"/><Node Name=\"Y\"/>");
-    INode* x = map.node("X");
-    INode* y = map.node("Y");
-    EXPECT_THROW(x->RegisterCallback(nullptr), InvalidArgumentException);
-    const CallbackHandleType first = x->RegisterCallback(new RawCallback(x, story));
-    const CallbackHandleType second = x->RegisterCallback(new RawCallback(x, story));
-    const CallbackHandleType third = y->RegisterCallback(new RawCallback(y, story));
-    EXPECT_NE(first, second);
-    EXPECT_NE(first, third);
-    EXPECT_NE(second, third);
+  TestMap map("<Node Name=\"X\"/><Node Name=\"Y\"/>");
+  INode* x = map.node("X");
+  INode* y = map.node("Y");
+  EXPECT_THROW(x->RegisterCallback(nullptr), InvalidArgumentException);
+  const CallbackHandleType first = x->RegisterCallback(new RawCallback(x, story));
+  const CallbackHandleType second = x->RegisterCallback(new RawCallback(x, story));
+  const CallbackHandleType third = y->RegisterCallback(new RawCallback(y, story));
+  EXPECT_TRUE(first != second && first != third && second != third);
 
-    x->InvalidateNode();
-    EXPECT_EQ(std::exchange(story, ""), "inside inside outside outside ");
-    EXPECT_FALSE(y->DeregisterCallback(first)) << "a callback of another node";
-    EXPECT_TRUE(x->DeregisterCallback(first));
-    EXPECT_EQ(std::exchange(story, ""), "destroyed:X ");
-    EXPECT_FALSE(x->DeregisterCallback(first));
-    EXPECT_FALSE(x->DeregisterCallback(0));
-    EXPECT_FALSE(x->DeregisterCallback(-1));
-    x->InvalidateNode();
-    EXPECT_EQ(std::exchange(story, ""), "inside outside ");
-
-    Deregister(third);
-    EXPECT_EQ(std::exchange(story, ""), "destroyed:Y ");
-    Deregister(third);
-    Deregister(first);
-    Deregister(12345678);
-    EXPECT_EQ(story, "");
+  x->InvalidateNode();
+  EXPECT_EQ(std::exchange(story, ""), "inside inside outside outside ");
+  EXPECT_FALSE(y->DeregisterCallback(first)) << "a callback of another node";
+  EXPECT_TRUE(x->DeregisterCallback(first));
+  EXPECT_EQ(std::exchange(story, ""), "destroyed:X ");
+  for (const CallbackHandleType dead : {first, CallbackHandleType{0}, static_cast<CallbackHandleType>(-1)}) {
+    EXPECT_FALSE(x->DeregisterCallback(dead));
   }
+  x->InvalidateNode();
+  EXPECT_EQ(std::exchange(story, ""), "inside outside ");
+
+  Deregister(third);
+  EXPECT_EQ(std::exchange(story, ""), "destroyed:Y ");
+  for (const CallbackHandleType dead : {third, first, CallbackHandleType{12345678}}) Deregister(dead);
+  EXPECT_EQ(story, "");
+  map.end();
   EXPECT_EQ(story, "destroyed:X ") << "the end of the map destroys what is left and calls nothing";
 }
 
-TEST(Callbacks, MayEndThemselvesAndEachOther) {
-  TestMap map(R"(<Integer Name="A"><pValue>B</pValue></Integer><Integer Name="B"><Value>0</Value></Integer>)");
+TEST(Callbacks, MayEndThemselvesAndEachOtherAndRegisterMore) {
+  TestMap map(over("A", "B") + held("B"));
   std::string story;
+  int added = 0;
   CallbackHandleType self = 0, later = 0, outside = 0;
   self = Register(map.node("B"), [&](INode* node) {
     story += "self ";
+    for (int i = 0; i < 100; ++i) Register(node, [&](INode*) { ++added; });
     EXPECT_TRUE(node->DeregisterCallback(self));
     Deregister(later);
     EXPECT_TRUE(map.node("A")->DeregisterCallback(outside));
@@ -221,23 +191,14 @@ TEST(Callbacks, MayEndThemselvesAndEachOther) {
       map.node("A"), [&](INode*) { story += "outside "; }, cbPostOutsideLock));
   map.integer("B")->SetValue(1);
   EXPECT_EQ(std::exchange(story, ""), "self destroyed:B ");
+  EXPECT_EQ(added, 0) << "the list being fired stays as it was";
   map.integer("B")->SetValue(2);
   EXPECT_EQ(story, "");
-}
-
-TEST(Callbacks, ThatRegisterOthersDoNotDisturbTheListBeingFired) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
-  int calls = 0;
-  Register(map.node("X"), [&](INode* node) {
-    ++calls;
-    for (int i = 0; i < 100; ++i) Register(node, [](INode*) {});
-  });
-  map.integer("X")->SetValue(1);
-  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(added, 100);
 }
 
 TEST(Callbacks, OutsideTheLockDoNotHoldUpDeregistering) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
+  TestMap map(held("X"));
   std::latch entered(1), mayLeave(1);
   bool destroyed = false;
   struct Slow : CNodeCallback {
@@ -267,9 +228,7 @@ TEST(Callbacks, OutsideTheLockDoNotHoldUpDeregistering) {
 }
 
 TEST(Callbacks, StartOperationsOfTheirOwnThatFireFirst) {
-  TestMap map(R"(
-    <Command Name="Go"><pValue>Source</pValue><CommandValue>1</CommandValue></Command>
-    <Integer Name="Source"><Value>0</Value></Integer>)");
+  TestMap map(over("Go", "Source", "<CommandValue>1</CommandValue>", "Command") + held("Source"));
   ICommand* go = map.command("Go");
   int count = 0;
   std::string story;
@@ -279,59 +238,43 @@ TEST(Callbacks, StartOperationsOfTheirOwnThatFireFirst) {
     story += std::to_string(mine) + (done ? ":done " : ":executing ");
   });
   go->Execute();
-  EXPECT_EQ(count, 1);
   EXPECT_EQ(std::exchange(story, ""), "1:executing ");
   map.integer("Source")->SetValue(0);
-  EXPECT_EQ(count, 3) << "the write, and inside its callback the IsDone that noticed the end";
-  EXPECT_EQ(story, "3:done 2:done ");
+  EXPECT_EQ(story, "3:done 2:done ") << "the write, and inside its callback the IsDone that noticed the end";
   EXPECT_TRUE(go->IsDone());
   EXPECT_EQ(count, 3);
 }
 
 TEST(Callbacks, NestOnlySoDeepAndTheRefusedWriteChangesNothing) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
-  IInteger* x = map.integer("X");
-  int calls = 0;
-  Register(map.node("X"), [&](INode*) {
-    ++calls;
-    x->SetValue(x->GetValue() + 1);
-  });
-  EXPECT_THROW(x->SetValue(1), LogicalErrorException);
-  EXPECT_EQ(calls, 64);
-  EXPECT_EQ(x->GetValue(), 64);
-  EXPECT_TRUE(othersGetTheLock(map.map));
-
-  // Outside the lock it is the same depth.
-  TestMap other("<Integer Name=\"X\"><Value>0</Value></Integer>");
-  IInteger* y = other.integer("X");
-  int outside = 0;
-  other.node("X")->RegisterCallback(make_NodeCallback(
-      other.node("X"),
-      [&](INode*) {
-        ++outside;
-        y->SetValue(y->GetValue() + 1);
-      },
-      cbPostOutsideLock));
-  EXPECT_THROW(y->SetValue(1), LogicalErrorException);
-  EXPECT_EQ(outside, 64);
+  for (const ECallbackType type : {cbPostInsideLock, cbPostOutsideLock}) {
+    TestMap map(held("X"));
+    IInteger* x = map.integer("X");
+    int calls = 0;
+    const auto increment = [&](INode*) {
+      ++calls;
+      x->SetValue(x->GetValue() + 1);
+    };
+    map.node("X")->RegisterCallback(make_NodeCallback(map.node("X"), increment, type));
+    EXPECT_THROW(x->SetValue(1), LogicalErrorException);
+    EXPECT_EQ(calls, 64);
+    EXPECT_EQ(x->GetValue(), 64);
+    EXPECT_TRUE(othersGetTheLock(map.map));
+  }
 }
 
 TEST(Callbacks, ThatThrowDoNotStopTheOthers) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
+  TestMap map(held("X"));
   std::string story;
-  const auto add = [&](const char* name, ECallbackType type) {
-    map.node("X")->RegisterCallback(make_NodeCallback(
-        map.node("X"),
-        [&story, name](INode*) {
-          story += name;
-          throw std::runtime_error(name);
-        },
-        type));
-  };
-  add("outside-1 ", cbPostOutsideLock);
-  add("inside-1 ", cbPostInsideLock);
-  add("inside-2 ", cbPostInsideLock);
-  add("outside-2 ", cbPostOutsideLock);
+  for (const auto& [name, type] : {std::pair{"outside-1 ", cbPostOutsideLock},
+                                   {"inside-1 ", cbPostInsideLock},
+                                   {"inside-2 ", cbPostInsideLock},
+                                   {"outside-2 ", cbPostOutsideLock}}) {
+    const auto failing = [&story, text = name](INode*) {
+      story += text;
+      throw std::runtime_error(text);
+    };
+    map.node("X")->RegisterCallback(make_NodeCallback(map.node("X"), failing, type));
+  }
   EXPECT_EQ(refusal<std::runtime_error>([&] { map.integer("X")->SetValue(1); }), "inside-1 ");
   EXPECT_EQ(story, "inside-1 inside-2 outside-1 outside-2 ");
   EXPECT_EQ(map.integer("X")->GetValue(), 1) << "the write itself has happened";
@@ -339,12 +282,11 @@ TEST(Callbacks, ThatThrowDoNotStopTheOthers) {
 }
 
 TEST(Callbacks, OfWhatAPortChangesInTheMiddleOfAReadFireAtItsEnd) {
-  TestMap map("<Integer Name=\"Counter\"><Value>0</Value></Integer>" + reg("IntReg", "Raw", 0, 4));
+  TestMap map(held("Counter") + reg("IntReg", "Raw", 0, 4));
   CallLog log;
   log.watch(map, {"Counter", "Raw"});
   map.port.onRead = [&](int64_t, int64_t) {
-    map.integer("Counter")->SetValue(map.integer("Counter")->GetValue() + 1);
-    map.integer("Counter")->SetValue(map.integer("Counter")->GetValue() + 1);
+    for (int i = 0; i < 2; ++i) map.integer("Counter")->SetValue(map.integer("Counter")->GetValue() + 1);
     EXPECT_THAT(log.take(), IsEmpty()) << "not before the outermost call ends";
   };
   map.integer("Raw")->GetValue();

@@ -6,24 +6,24 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+std::string command(const std::string& name, const std::string& source, const std::string& more = "") {
+  return over(name, source, "<CommandValue>3</CommandValue>" + more, "Command");
+}
+
 TEST(Commands, WriteTheirValueAndFireOnce) {
-  TestMap map(
-      "<Command Name=\"Go\"><pValue>Top</pValue><CommandValue>3</CommandValue></Command>"
-      "<Integer Name=\"Top\"><pValue>Raw</pValue></Integer>" +
-      reg("IntReg", "Raw", 0, 4) + reg("IntReg", "Other", 4, 4, "<pInvalidator>Go</pInvalidator>"));
+  TestMap map(command("Go", "Top") + over("Top", "Raw") + reg("IntReg", "Raw", 0, 4) +
+              reg("IntReg", "Other", 4, 4, "<pInvalidator>Go</pInvalidator>"));
   CallLog log;
   log.watch(map, {"Go", "Top", "Raw", "Other"});
   map.command("Go")->Execute();
   EXPECT_THAT(log.take(), ElementsAre("Go", "Top", "Raw", "Other")) << "itself, what was written, what depends on it";
-  EXPECT_EQ(map.port.peek(0, 1)[0], 3);
-  EXPECT_STREQ(map.value("Go")->ToString(), "1");
+  EXPECT_EQ(map.port.memory[0], 3);
 }
 
 TEST(Commands, AskTheDeviceWhetherTheyHaveFinished) {
-  TestMap map("<Command Name=\"Go\"><pValue>Raw</pValue><CommandValue>3</CommandValue></Command>" +
-              reg("IntReg", "Raw", 0, 4) + reg("IntReg", "ByCommand", 4, 4, "<pInvalidator>Go</pInvalidator>") +
-              reg("IntReg", "ByRegister", 8, 4, "<pInvalidator>Raw</pInvalidator>") +
-              "<Integer Name=\"Above\"><pValue>ByRegister</pValue></Integer>");
+  TestMap map(command("Go", "Raw") + reg("IntReg", "Raw", 0, 4) +
+              reg("IntReg", "ByCommand", 4, 4, "<pInvalidator>Go</pInvalidator>") +
+              reg("IntReg", "ByRegister", 8, 4, "<pInvalidator>Raw</pInvalidator>") + over("Above", "ByRegister"));
   ICommand* go = map.command("Go");
   CallLog log;
   log.watch(map, {"Go", "ByCommand", "ByRegister", "Above"});
@@ -57,13 +57,26 @@ TEST(Commands, AskTheDeviceWhetherTheyHaveFinished) {
   EXPECT_THAT(log.take(), IsEmpty()) << "noticed once";
 }
 
+TEST(Commands, ReadTheirValueAfreshAndAreNotUnderWayAfterAFailure) {
+  TestMap map("<Command Name='Go'><pValue>Raw</pValue><pCommandValue>V</pCommandValue></Command>" +
+              reg("IntReg", "Raw", 0, 1) + reg("IntReg", "V", 1, 1));
+  map.port.poke(1, {5});
+  EXPECT_TRUE(map.command("Go")->IsDone());
+  map.port.poke(1, {6});
+  map.command("Go")->Execute();
+  EXPECT_EQ(map.port.memory[0], 6);
+  EXPECT_FALSE(map.command("Go")->IsDone());
+  map.port.poke(0, {0});
+  EXPECT_TRUE(map.command("Go")->IsDone());
+  map.port.onWrite = [](int64_t, int64_t) { throw TIMEOUT_EXCEPTION("busy"); };
+  EXPECT_THROW(map.command("Go")->Execute(), TimeoutException);
+  EXPECT_TRUE(map.command("Go")->IsDone());
+}
+
 TEST(Commands, AreDoneAtOnceWhereNothingCanBeRead) {
-  TestMap map(
-      "<Command Name=\"Own\"><Value>5</Value><CommandValue>1</CommandValue></Command>"
-      "<Command Name=\"Blind\"><pValue>Raw</pValue><CommandValue>1</CommandValue></Command>" +
-      reg("IntReg", "Raw", 0, 4, "<AccessMode>WO</AccessMode>") +
-      "<Command Name=\"Imposed\"><ImposedAccessMode>WO</ImposedAccessMode><pValue>Top</pValue>"
-      "<CommandValue>1</CommandValue></Command><Integer Name=\"Top\"><Value>0</Value></Integer>");
+  TestMap map("<Command Name='Own'><Value>5</Value><CommandValue>1</CommandValue></Command>" + command("Blind", "Raw") +
+              reg("IntReg", "Raw", 0, 4, "<AccessMode>WO</AccessMode>") +
+              command("Imposed", "Top", "<ImposedAccessMode>WO</ImposedAccessMode>") + held("Top"));
   CallLog log;
   for (const char* each : {"Own", "Blind", "Imposed"}) {
     log.watch(map.node(each));
@@ -78,18 +91,13 @@ TEST(Commands, AreDoneAtOnceWhereNothingCanBeRead) {
 }
 
 TEST(Commands, KnowNumbersOfEverySort) {
-  TestMap map(R"(
-    <Command Name="ByBoolean"><pValue>Flag</pValue><CommandValue>1</CommandValue></Command>
+  TestMap map(command("ByFloat", "Level") + command("ByEntry", "Mode") + R"(
     <Boolean Name="Flag"><Value>false</Value><OnValue>17</OnValue><OffValue>4</OffValue></Boolean>
-    <Command Name="ByFloat"><pValue>Level</pValue><CommandValue>2</CommandValue></Command>
     <Float Name="Level"><Value>0</Value></Float>
-    <Command Name="ByEntry"><pValue>Mode</pValue><CommandValue>20</CommandValue></Command>
-    <Enumeration Name="Mode">
-      <EnumEntry Name="Off"><Value>0</Value></EnumEntry>
-      <EnumEntry Name="On"><Value>1</Value><NumericValue>20</NumericValue></EnumEntry>
-      <Value>0</Value>
-    </Enumeration>)");
-  for (const char* each : {"ByBoolean", "ByFloat", "ByEntry"}) {
+    <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry>
+      <EnumEntry Name="On"><Value>1</Value><NumericValue>3</NumericValue></EnumEntry><Value>0</Value></Enumeration>
+    <Command Name="Truth"><pValue>Flag</pValue><CommandValue>1</CommandValue></Command>)");
+  for (const char* each : {"Truth", "ByFloat", "ByEntry"}) {
     EXPECT_TRUE(map.command(each)->IsDone()) << each;
     map.command(each)->Execute();
     EXPECT_FALSE(map.command(each)->IsDone()) << each;
@@ -98,17 +106,13 @@ TEST(Commands, KnowNumbersOfEverySort) {
   map.boolean("Flag")->SetValue(false);
   map.real("Level")->SetValue(0);
   map.enumeration("Mode")->SetIntValue(0);
-  for (const char* each : {"ByBoolean", "ByFloat", "ByEntry"}) EXPECT_TRUE(map.command(each)->IsDone()) << each;
+  for (const char* each : {"Truth", "ByFloat", "ByEntry"}) EXPECT_TRUE(map.command(each)->IsDone()) << each;
 }
 
 TEST(Commands, AreRefusedByTheirAccessMode) {
-  TestMap map(R"(
-    <Command Name="Go"><pIsImplemented>There</pIsImplemented><pIsAvailable>Ready</pIsAvailable>
-      <pIsLocked>Locked</pIsLocked><pValue>Source</pValue><CommandValue>1</CommandValue></Command>
-    <Integer Name="Source"><Value>0</Value></Integer>
-    <Integer Name="There"><Value>1</Value></Integer>
-    <Integer Name="Ready"><Value>1</Value></Integer>
-    <Integer Name="Locked"><Value>0</Value></Integer>)");
+  TestMap map(command("Go", "Source",
+                      tag("pIsImplemented", "There") + tag("pIsAvailable", "Ready") + tag("pIsLocked", "Locked")) +
+              held("Source") + held("There", 1) + held("Ready", 1) + held("Locked"));
   ICommand* go = map.command("Go");
   const auto set = [&](const char* name, int64_t value) { map.integer(name)->SetValue(value); };
 
@@ -126,18 +130,13 @@ TEST(Commands, AreRefusedByTheirAccessMode) {
   EXPECT_EQ(map.integer("Source")->GetValue(), 0);
   set("Locked", 1);
   EXPECT_NO_THROW(go->Execute(false)) << "without verification nothing is checked";
-  EXPECT_EQ(map.integer("Source")->GetValue(), 1);
+  EXPECT_EQ(map.integer("Source")->GetValue(), 3);
 }
 
 TEST(Commands, ThatHideWhileTheyExecuteAreNoticedAfterwards) {
   // The device takes the command away as long as it is busy with it.
-  TestMap map(
-      "<Command Name=\"Reset\"><pIsAvailable>Idle</pIsAvailable><pValue>Raw</pValue>"
-      "<CommandValue>1</CommandValue></Command>" +
-      reg("IntReg", "Raw", 0, 4) +
-      reg("IntReg", "Idle", 4, 4,
-          "<AccessMode>RO</AccessMode>"
-          "<pInvalidator>Raw</pInvalidator>"));
+  TestMap map(command("Reset", "Raw", tag("pIsAvailable", "Idle")) + reg("IntReg", "Raw", 0, 4) +
+              reg("IntReg", "Idle", 4, 4, "<AccessMode>RO</AccessMode><pInvalidator>Raw</pInvalidator>"));
   map.port.poke(4, {1});
   map.port.onWrite = [&](int64_t, int64_t) { map.port.poke(4, {0}); };
   CallLog log;
@@ -152,12 +151,10 @@ TEST(Commands, ThatHideWhileTheyExecuteAreNoticedAfterwards) {
 }
 
 TEST(Commands, ExecuteByTheirText) {
-  TestMap map(
-      "<Command Name=\"Go\"><pValue>Source</pValue><CommandValue>6</CommandValue></Command>"
-      "<Integer Name=\"Source\"><Value>0</Value></Integer>");
+  TestMap map(command("Go", "Source") + held("Source"));
   for (const char* each : {"1", "true"}) {
     map.value("Go")->FromString(each);
-    EXPECT_EQ(map.integer("Source")->GetValue(), 6) << each;
+    EXPECT_EQ(map.integer("Source")->GetValue(), 3) << each;
     map.integer("Source")->SetValue(0);
   }
   for (const char* each : {"0", "false", "", "2", "TRUE"}) {

@@ -1,28 +1,32 @@
-// Enumerations, their entries, Booleans and Commands as sources of values.
+// Enumerations, their entries, and Booleans as sources of values.
 #include "TestMap.h"
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 namespace {
 
 std::vector<std::string> symbolics(const CEnumerationPtr& node) {
   StringList_t list;
   node->GetSymbolics(list);
-  std::vector<std::string> names;
-  for (size_t i = 0; i < list.size(); ++i) names.emplace_back(list[i].c_str());
-  return names;
+  return {list.begin(), list.end()};
 }
 
-// Entries with guards: Mono8 always, Mono12 while Deep is not 0, Bayer never implemented.
-const char* const kFormats =
-    "<Enumeration Name='Format'><EnumEntry Name='Mono8'><Value>8</Value></EnumEntry>"
-    "<EnumEntry Name='Mono12'><Value>12</Value><pIsAvailable>Deep</pIsAvailable></EnumEntry>"
-    "<EnumEntry "
-    "Name='Bayer'><Value>20</Value><Symbolic>BayerRG</Symbolic><pIsImplemented>Never</pIsImplemented></EnumEntry>"
-    "<pValue>Reg</pValue></Enumeration>"
-    "<Integer Name='Deep'><Value>0</Value></Integer><Integer Name='Never'><Value>0</Value></Integer>"
-    "<Integer Name='Reg'><Value>8</Value></Integer>";
+std::string entry(const std::string& name, int value, const std::string& more = "") {
+  return "<EnumEntry Name='" + name + "'>" + tag("Value", std::to_string(value)) + more + "</EnumEntry>";
+}
+
+// An enumeration that holds its value.
+std::string choice(const std::string& name, const std::string& entries, int value) {
+  return "<Enumeration Name='" + name + "'>" + entries + tag("Value", std::to_string(value)) + "</Enumeration>";
+}
+
+const std::string kWhileG = tag("pIsAvailable", "G");
+
+// Mono8 always, Mono12 while Deep is not 0, Bayer never implemented.
+const std::string kFormats = "<Enumeration Name='Format'>" + entry("Mono8", 8) +
+                             entry("Mono12", 12, tag("pIsAvailable", "Deep")) +
+                             entry("Bayer", 20, "<Symbolic>BayerRG</Symbolic><pIsImplemented>Never</pIsImplemented>") +
+                             "<pValue>Reg</pValue></Enumeration>" + held("Deep") + held("Never") + held("Reg", 8);
 
 }  // namespace
 
@@ -38,13 +42,16 @@ TEST(Enumeration, ValuesAndNames) {
   ASSERT_EQ(entries.size(), 3U);
   EXPECT_EQ(entries[2]->GetName(), "EnumEntry_Format_Bayer");
   EXPECT_EQ(entries[2]->GetDisplayName(), "BayerRG");
+  EXPECT_EQ(format->GetEntryByName("BayerRG")->GetValue(), 20);
+  EXPECT_EQ(format->GetEntryByName("Bayer"), nullptr) << "its Symbolic has replaced the name";
+  EXPECT_EQ(format->GetEntry(12)->GetSymbolic(), "Mono12");
+  EXPECT_EQ(format->GetEntry(13), nullptr);
 
   EXPECT_EQ(refusal<AccessException>([&] { format->SetIntValue(12); }), "Format: entry 'Mono12' is not available");
   EXPECT_THROW(format->FromString("Mono12"), AccessException);
-  EXPECT_EQ(refusal<InvalidArgumentException>([&] { format->FromString("Mono9"); }), "Format: no entry named 'Mono9'");
+  EXPECT_EQ(refusal<InvalidArgumentException>([&] { format->FromString("mono8"); }), "Format: no entry named 'mono8'");
   EXPECT_EQ(refusal<InvalidArgumentException>([&] { format->SetIntValue(77, false); }),
             "Format: no entry with value 77");
-  EXPECT_THROW(format->FromString("mono8"), InvalidArgumentException);
   t.integer("Deep")->SetValue(1);
   EXPECT_THAT(symbolics(format), ElementsAre("Mono8", "Mono12"));
   format->FromString("Mono12");
@@ -67,22 +74,12 @@ TEST(Enumeration, ValuesAndNames) {
   EXPECT_EQ(t.integer("Reg")->GetValue(), 12);
 }
 
-TEST(Enumeration, EntriesByNameAndValue) {
-  TestMap t(kFormats);
-  const CEnumerationPtr format = t.enumeration("Format");
-  EXPECT_EQ(format->GetEntryByName("BayerRG")->GetValue(), 20);
-  EXPECT_EQ(format->GetEntryByName("Bayer"), nullptr) << "its Symbolic has replaced the name";
-  EXPECT_EQ(format->GetEntry(12)->GetSymbolic(), "Mono12");
-  EXPECT_EQ(format->GetEntry(13), nullptr);
-}
-
 TEST(Enumeration, SeveralEntriesOfOneValue) {
   TestMap t(
-      "<Enumeration Name='E'><EnumEntry Name='First'><Value>1</Value><pIsAvailable>G</pIsAvailable></EnumEntry>"
-      "<EnumEntry Name='Second'><Value>1</Value></EnumEntry>"
-      "<EnumEntry Name='Lost'><Value>2</Value><pIsAvailable>G</pIsAvailable></EnumEntry>"
-      "<EnumEntry Name='LostToo'><Value>2</Value><pIsAvailable>G</pIsAvailable></EnumEntry>"
-      "<Value>1</Value></Enumeration><Integer Name='G'><Value>1</Value></Integer>");
+      choice("E",
+             entry("First", 1, kWhileG) + entry("Second", 1) + entry("Lost", 2, kWhileG) + entry("LostToo", 2, kWhileG),
+             1) +
+      held("G", 1));
   EXPECT_EQ(t.enumeration("E")->ToString(), "First");
   t.integer("G")->SetValue(0);
   EXPECT_EQ(t.enumeration("E")->ToString(), "Second");
@@ -107,10 +104,10 @@ TEST(Enumeration, AccessFollowsTheEntries) {
 }
 
 TEST(Enumeration, EntryIsAConstant) {
-  TestMap t(
-      "<Enumeration Name='E'><EnumEntry Name='X'><Value>0x10</Value><NumericValue>1.5</NumericValue>"
-      "<IsSelfClearing>Yes</IsSelfClearing></EnumEntry><EnumEntry Name='Y'><Value>-3</Value></EnumEntry>"
-      "<Value>-3</Value></Enumeration>");
+  TestMap t(choice("E",
+                   entry("X", 16, "<NumericValue>1.5</NumericValue><IsSelfClearing>Yes</IsSelfClearing>") +
+                       entry("Y", -3) + "<EnumEntry Name='Bad'><Value>x</Value></EnumEntry>",
+                   -3));
   const CEnumEntryPtr x = t.node("EnumEntry_E_X"), y = t.node("EnumEntry_E_Y");
   EXPECT_EQ(x->GetValue(), 16);
   EXPECT_EQ(x->GetNumericValue(), 1.5);
@@ -118,17 +115,21 @@ TEST(Enumeration, EntryIsAConstant) {
   EXPECT_EQ(y->GetNumericValue(), -3.0);
   EXPECT_FALSE(y->IsSelfClearing());
   EXPECT_EQ(x->ToString(), "16");
-  EXPECT_THROW(x->FromString("16"), AccessException);
-  EXPECT_THROW(x->FromString("16", false), AccessException);
+  for (const bool verify : {true, false}) EXPECT_THROW(x->FromString("16", verify), AccessException);
+  // One bad entry costs one entry.
+  EXPECT_EQ(t.mode("E"), RW);
+  EXPECT_THAT(symbolics(t.enumeration("E")), ElementsAre("X", "Y"));
+  EXPECT_EQ(t.mode("EnumEntry_E_Bad"), NI);
+  EXPECT_THROW(t.value("EnumEntry_E_Bad")->ToString(), RuntimeException);
 }
 
 TEST(Enumeration, AsSourceOfNumbersUsesNumericValues) {
-  TestMap t(
-      "<Enumeration Name='E'><EnumEntry Name='A'><Value>0</Value><NumericValue>1.5</NumericValue></EnumEntry>"
-      "<EnumEntry Name='B'><Value>1</Value><NumericValue>20</NumericValue></EnumEntry>"
-      "<EnumEntry Name='C'><Value>2</Value><NumericValue>1.7</NumericValue><pIsAvailable>G</pIsAvailable></EnumEntry>"
-      "<Value>1</Value></Enumeration><Integer Name='G'><Value>1</Value></Integer>"
-      "<Integer Name='I'><pValue>E</pValue></Integer><Float Name='F'><pValue>E</pValue></Float>");
+  TestMap t(choice("E",
+                   entry("A", 0, "<NumericValue>1.5</NumericValue>") +
+                       entry("B", 1, "<NumericValue>20</NumericValue>") +
+                       entry("C", 2, "<NumericValue>1.7</NumericValue>" + kWhileG),
+                   1) +
+            held("G", 1) + over("I", "E") + over("F", "E", "", "Float"));
   EXPECT_EQ(t.integer("I")->GetValue(), 20);
   t.integer("I")->SetValue(1);
   EXPECT_EQ(t.enumeration("E")->ToString(), "A");
@@ -138,68 +139,54 @@ TEST(Enumeration, AsSourceOfNumbersUsesNumericValues) {
   t.integer("G")->SetValue(0);
   t.real("F")->SetValue(1.69);
   EXPECT_EQ(t.enumeration("E")->ToString(), "A") << "the nearest of those that are available";
-  for (const char* entry : {"A", "B"}) t.node(std::string("EnumEntry_E_") + entry)->ImposeAccessMode(NA);
+  t.real("F")->SetValue(10.75);
+  EXPECT_EQ(t.enumeration("E")->ToString(), "A") << "as near to A as to B: the first one";
+  EXPECT_THROW(t.real("F")->SetValue(std::numeric_limits<double>::quiet_NaN()), OutOfRangeException);
+  for (const char* each : {"A", "B"}) t.node(std::string("EnumEntry_E_") + each)->ImposeAccessMode(NA);
   EXPECT_THROW(t.real("F")->SetValue(1, false), AccessException);
-}
 
-TEST(Enumeration, WideValuesKeepTheirBitsAsNumbers) {
-  TestMap t(
-      "<Enumeration Name='E'><EnumEntry Name='A'><Value>9007199254740992</Value></EnumEntry>"
-      "<EnumEntry Name='B'><Value>9007199254740993</Value></EnumEntry><Value>9007199254740992</Value></Enumeration>"
-      "<Integer Name='I'><pValue>E</pValue></Integer>");
-  t.integer("I")->SetValue(9007199254740993);
-  EXPECT_EQ(t.enumeration("E")->ToString(), "B");
-  EXPECT_EQ(t.integer("I")->GetValue(), 9007199254740993);
+  TestMap wide(
+      "<Enumeration Name='E'><EnumEntry Name='A'><Value>9007199254740992</Value></EnumEntry><EnumEntry Name='B'>"
+      "<Value>9007199254740993</Value></EnumEntry><Value>9007199254740992</Value></Enumeration>" +
+      over("I", "E"));
+  wide.integer("I")->SetValue(9007199254740993);
+  EXPECT_EQ(wide.enumeration("E")->ToString(), "B");
+  EXPECT_EQ(wide.integer("I")->GetValue(), 9007199254740993) << "wide values keep their bits";
 }
 
 TEST(Enumeration, SelfClearingEntryIsAskedPastTheCache) {
-  TestMap t(
-      "<Enumeration Name='E'><EnumEntry Name='Off'><Value>0</Value></EnumEntry>"
-      "<EnumEntry Name='Once'><Value>1</Value><IsSelfClearing>Yes</IsSelfClearing></EnumEntry>"
-      "<pValue>R</pValue></Enumeration>" +
-      reg("IntReg", "R", 0, 1) +
-      "<IntSwissKnife Name='K'><pVariable Name='X'>E</pVariable><Formula>X</Formula></IntSwissKnife>");
-  int fired = 0;
+  const std::string clears = "<IsSelfClearing>Yes</IsSelfClearing>";
+  TestMap t("<Enumeration Name='E'>" + entry("Off", 0) + entry("Once", 1, clears) + entry("Twice", 2, clears) +
+            "<pValue>R</pValue></Enumeration>" + reg("IntReg", "R", 0, 1) +
+            reg("IntReg", "Result", 4, 1, tag("pInvalidator", "E")));
   t.enumeration("E")->FromString("Once");
-  EXPECT_EQ(t.integer("K")->GetValue(), 1);
-  Register(t.node("K"), [&](INode*) { ++fired; });
-  t.port.counts();
-  EXPECT_EQ(t.enumeration("E")->ToString(), "Once");
-  EXPECT_EQ(t.enumeration("E")->ToString(), "Once");
-  EXPECT_EQ(t.port.counts(), "2r0w");
-  t.port.poke(0, {0});
-  EXPECT_EQ(t.enumeration("E")->ToString(), "Off");
-  EXPECT_EQ(t.integer("K")->GetValue(), 0) << "dependents forget silently";
-  t.port.counts();
-  EXPECT_EQ(t.enumeration("E")->ToString(), "Off");
-  EXPECT_EQ(t.port.counts(), "0r0w");
-  EXPECT_EQ(fired, 0);
-}
-
-TEST(Enumeration, OneBadEntryCostsOneEntry) {
-  TestMap t(
-      "<Enumeration Name='E'><EnumEntry Name='Bad'><Value>x</Value></EnumEntry>"
-      "<EnumEntry Name='Good'><Value>1</Value></EnumEntry><Value>1</Value></Enumeration>");
-  EXPECT_EQ(t.mode("E"), RW);
-  EXPECT_THAT(symbolics(t.enumeration("E")), ElementsAre("Good"));
-  EXPECT_EQ(t.mode("EnumEntry_E_Bad"), NI);
-  EXPECT_THROW(t.value("EnumEntry_E_Bad")->ToString(), RuntimeException);
+  int fired = 0;
+  for (const char* name : {"E", "R", "Result"}) Register(t.node(name), [&](INode*) { ++fired; });
+  for (const auto& [byte, shown, result, accesses] :
+       std::initializer_list<std::tuple<uint8_t, const char*, int, const char*>>{
+           {1, "Once", 1, "3r1w"},    // dependents do not forget before it has changed
+           {2, "Twice", 2, "3r0w"},   // another one that clears itself
+           {0, "Off", 3, "2r0w"}}) {  // now the cache will do
+    t.port.poke(0, {byte, 0, 0, 0, static_cast<uint8_t>(result)});
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(t.enumeration("E")->ToString(), shown);
+      EXPECT_EQ(t.integer("Result")->GetValue(), result);
+      t.port.poke(4, {99});
+    }
+    EXPECT_EQ(t.port.counts(), accesses) << shown;
+  }
+  EXPECT_EQ(fired, 0) << "whatever is noticed by reading is forgotten silently";
 }
 
 TEST(Enumeration, TopLevelEntriesOfSchema10) {
-  TestMap t(
-      "<EnumEntry Name='Lonely'><Value>4</Value></EnumEntry>"
-      "<Enumeration Name='E'><pEnumEntry>Lonely</pEnumEntry><Value>4</Value></Enumeration>",
-      0);
+  TestMap t(entry("Lonely", 4) + choice("E", tag("pEnumEntry", "Lonely"), 4), 0);
   EXPECT_EQ(t.enumeration("E")->ToString(), "Lonely");
   EXPECT_EQ(t.enumeration("E")->GetEntryByName("Lonely")->GetValue(), 4);
 }
 
 TEST(Boolean, ComparesWithItsTwoValues) {
-  TestMap t(
-      "<Boolean Name='B'><pValue>V</pValue><OnValue>7</OnValue><OffValue>-1</OffValue></Boolean>"
-      "<Integer Name='V'><Value>7</Value><Max>7</Max></Integer><Boolean Name='Own'><Value>true</Value></Boolean>"
-      "<Boolean Name='Plain'><pValue>V</pValue></Boolean>");
+  TestMap t(over("B", "V", "<OnValue>7</OnValue><OffValue>-1</OffValue>", "Boolean") + held("V", 7, "<Max>7</Max>") +
+            "<Boolean Name='Own'><Value>true</Value></Boolean>");
   EXPECT_TRUE(t.boolean("B")->GetValue());
   t.boolean("B")->SetValue(false);
   EXPECT_EQ(t.integer("V")->GetValue(), -1);
@@ -210,63 +197,9 @@ TEST(Boolean, ComparesWithItsTwoValues) {
   EXPECT_TRUE(t.boolean("Own")->GetValue());
   t.boolean("Own")->SetValue(false);
   EXPECT_EQ(t.boolean("Own")->ToString(), "0");
-  t.node("V")->ImposeAccessMode(RW);
   t.integer("V")->ImposeMax(0);
   EXPECT_EQ(refusal<OutOfRangeException>([&] { t.boolean("B")->SetValue(true); }),
             "B > V: value 7 must be at most Max = 0");
   t.boolean("B")->SetValue(true, false);
   EXPECT_TRUE(t.boolean("B")->GetValue());
-  EXPECT_THROW(t.boolean("Plain")->GetValue(), LogicalErrorException);
-}
-
-TEST(Boolean, OverOtherKindsOfNumbers) {
-  TestMap t(
-      "<Boolean Name='OverE'><pValue>E</pValue><OnValue>50</OnValue></Boolean>"
-      "<Enumeration Name='E'><EnumEntry Name='No'><Value>0</Value></EnumEntry><EnumEntry Name='Yes'><Value>1</Value>"
-      "<NumericValue>50</NumericValue></EnumEntry><Value>0</Value></Enumeration>"
-      "<Boolean Name='OverB'><pValue>OverE</pValue></Boolean>");
-  EXPECT_FALSE(t.boolean("OverB")->GetValue());
-  t.boolean("OverB")->SetValue(true);
-  EXPECT_EQ(t.enumeration("E")->ToString(), "Yes");
-  EXPECT_TRUE(t.boolean("OverE")->GetValue());
-  EXPECT_TRUE(t.boolean("OverB")->GetValue());
-}
-
-TEST(Command, WritesItsValueAndAsksPastTheCache) {
-  TestMap t("<Command Name='C'><pValue>R</pValue><pCommandValue>V</pCommandValue></Command>" +
-            reg("IntReg", "R", 0, 1) + reg("IntReg", "V", 1, 1));
-  t.port.poke(1, {5});
-  EXPECT_TRUE(t.command("C")->IsDone()) << "never executed: the register answers";
-  t.port.counts();
-  t.port.poke(1, {6});
-  t.command("C")->Execute();
-  EXPECT_EQ(t.port.memory[0], 6) << "the command value is read afresh";
-  EXPECT_FALSE(t.command("C")->IsDone()) << "written through a cache, read from the device";
-  EXPECT_EQ(t.value("C")->ToString(), "1");
-  t.port.poke(0, {0});
-  EXPECT_TRUE(t.command("C")->IsDone());
-  EXPECT_EQ(t.value("C")->ToString(), "0");
-  t.port.onWrite = [](int64_t, int64_t) { throw TIMEOUT_EXCEPTION("busy"); };
-  EXPECT_THROW(t.command("C")->Execute(), TimeoutException);
-  EXPECT_TRUE(t.command("C")->IsDone());
-}
-
-TEST(Command, WithoutReadableSourceIsAlwaysDone) {
-  TestMap t(
-      "<Command Name='C'><pValue>R</pValue><CommandValue>1</CommandValue></Command>" +
-      reg("IntReg", "R", 0, 1, tag("AccessMode", "WO")) +
-      "<Command Name='Own'><Value>0</Value><CommandValue>9</CommandValue></Command>"
-      "<Command Name='Hidden'><Value>0</Value><CommandValue>9</CommandValue><pIsAvailable>Zero</pIsAvailable></Command>"
-      "<Integer Name='Zero'><Value>0</Value></Integer>");
-  EXPECT_EQ(t.mode("C"), WO);
-  t.command("C")->Execute();
-  EXPECT_TRUE(t.command("C")->IsDone());
-  EXPECT_EQ(t.port.counts(), "0r1w");
-  t.command("Own")->Execute();
-  EXPECT_TRUE(t.command("Own")->IsDone());
-  EXPECT_THROW(t.command("Hidden")->IsDone(), AccessException);
-  EXPECT_THROW(t.command("Hidden")->Execute(), AccessException);
-  EXPECT_THROW(t.value("Hidden")->FromString("x"), AccessException) << "the access mode comes before the text";
-  EXPECT_THROW(t.value("Own")->FromString("0"), InvalidArgumentException);
-  t.value("Own")->FromString("true");
 }
