@@ -6,16 +6,14 @@
 #include <GenApi/EnumClasses.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <map>
 #include <sstream>
 #include <string>
-#include <vector>
 
 using namespace GENICAM_NAMESPACE;
 using namespace GENAPI_NAMESPACE;
 
-TEST(GcString, TakesNullAsEmptyAndKeepsEmbeddedNuls) {
+TEST(GcString, TakesNullAsEmptyKeepsNulsAndOrdersByUnsignedBytes) {
   EXPECT_TRUE(gcstring(static_cast<const char*>(nullptr)).empty());
   EXPECT_TRUE(gcstring(nullptr, 0).empty());
   const gcstring twoParts("a\0b", 3);
@@ -23,18 +21,20 @@ TEST(GcString, TakesNullAsEmptyAndKeepsEmbeddedNuls) {
   EXPECT_NE(twoParts, gcstring("a"));
   EXPECT_EQ("xxx", gcstring(3, 'x'));
   EXPECT_EQ(std::string_view("abc"), gcstring(std::string("abc")).view());
-}
-
-TEST(GcString, OrdersByUnsignedBytesNeverByAddress) {
   const std::map<gcstring, int> ordered{{"\xC3\xA4", 3}, {"a", 1}, {"z", 2}};
   std::string keys;
   for (const auto& [key, unused] : ordered) keys += key.c_str();
   EXPECT_EQ("az\xC3\xA4", keys);
   const gcstring text("b");
   EXPECT_TRUE(text < "c" && "a" < text && text == "b" && text != "a" && text > "a");
+  gcstring_vector list;
+  list.push_back("b");
+  list.insert(list.begin(), "a");
+  EXPECT_EQ("b", list.at(1));
+  EXPECT_THROW(list.at(2), std::out_of_range);
 }
 
-TEST(GcString, SearchesEditsAndConcatenates) {
+TEST(GcString, SearchesEditsConcatenatesAndGoesThroughStreams) {
   gcstring text("Gain");
   text += 'R';
   text += "aw";
@@ -48,9 +48,6 @@ TEST(GcString, SearchesEditsAndConcatenates) {
   EXPECT_EQ("Gain", text.erase(4));
   EXPECT_EQ("<Gain>", "<" + text + ">");
   EXPECT_THROW(text.substr(9), std::out_of_range);
-}
-
-TEST(GcString, GoesThroughStreams) {
   std::istringstream input("two words\nnext");
   gcstring line, word;
   getline(input, line);
@@ -60,22 +57,9 @@ TEST(GcString, GoesThroughStreams) {
   EXPECT_EQ("two words|next", output.str());
 }
 
-TEST(GcStringVector, HoldsStrings) {
-  gcstring_vector list;
-  list.push_back("b");
-  list.insert(list.begin(), "a");
-  const gcstring_vector copy = list;
-  list.erase(list.begin());
-  EXPECT_EQ(1u, list.size());
-  EXPECT_EQ("a", copy[0]);
-  EXPECT_EQ("b", copy.at(1));
-  EXPECT_THROW(copy.at(2), std::out_of_range);
-}
-
 TEST(Exceptions, CarryTheirTextUndecoratedAndShareItWhenCopied) {
   const RuntimeException original("100% of 'X'", "file.cpp", 17);
   const RuntimeException copy = original;
-  EXPECT_STREQ("100% of 'X'", copy.GetDescription());
   EXPECT_STREQ("100% of 'X'", copy.what());
   EXPECT_EQ(original.GetDescription(), copy.GetDescription());
   EXPECT_STREQ("file.cpp", copy.GetSourceFileName());
@@ -84,24 +68,12 @@ TEST(Exceptions, CarryTheirTextUndecoratedAndShareItWhenCopied) {
   EXPECT_STREQ("", AccessException(nullptr, nullptr, 1u, nullptr).what());
 }
 
-TEST(Exceptions, AreBuiltFromAFormatByTheirOwnMacro) {
+TEST(Exceptions, CutTextsThatAreTooLongBeforeABrokenCharacter) {
   EXPECT_THROW(throw GENERIC_EXCEPTION("x"), GenericException);
   EXPECT_THROW(throw BAD_ALLOC_EXCEPTION("x"), BadAllocException);
-  EXPECT_THROW(throw INVALID_ARGUMENT_EXCEPTION("x"), InvalidArgumentException);
-  EXPECT_THROW(throw OUT_OF_RANGE_EXCEPTION("x"), OutOfRangeException);
   EXPECT_THROW(throw PROPERTY_EXCEPTION("x"), PropertyException);
-  EXPECT_THROW(throw LOGICAL_ERROR_EXCEPTION("x"), LogicalErrorException);
-  EXPECT_THROW(throw ACCESS_EXCEPTION("x"), AccessException);
-  EXPECT_THROW(throw TIMEOUT_EXCEPTION("x"), TimeoutException);
   EXPECT_THROW(throw FIRMWARE_EXCEPTION(FormatException)("x"), FormatException);
-  try {
-    throw RUNTIME_EXCEPTION("no node named '%s' among %d", "Width", 3);
-  } catch (const std::exception& error) {
-    EXPECT_STREQ("no node named 'Width' among 3", error.what());
-  }
-}
-
-TEST(Exceptions, CutTextsThatAreTooLongBeforeABrokenCharacter) {
+  EXPECT_STREQ("no node named 'Width' among 3", RUNTIME_EXCEPTION("no node named '%s' among %d", "Width", 3).what());
   const std::string filler(kMaxReportedTextBytes - 2, 'x');  // leaves room for one more byte
   EXPECT_EQ(filler + "y", RUNTIME_EXCEPTION("%syz", filler.c_str()).GetDescription());
   EXPECT_EQ(filler, RUNTIME_EXCEPTION("%s\xC3\xA4", filler.c_str()).GetDescription());
@@ -117,12 +89,6 @@ TEST(IntegralCast, RefusesWhatDoesNotFit) {
   EXPECT_THROW(INTEGRAL_CAST<uint64_t>(-1), RuntimeException);
   EXPECT_THROW(INTEGRAL_CAST<int64_t>(UINT64_MAX), RuntimeException);
   EXPECT_THROW(INTEGRAL_CAST<int32_t>(int64_t{INT32_MAX} + 1), RuntimeException);
-  try {
-    INTEGRAL_CAST<uint32_t>(-5);
-    FAIL();
-  } catch (const RuntimeException& error) {
-    EXPECT_STREQ("INTEGRAL_CAST failed", error.GetDescription());
-  }
 }
 
 TEST(AccessModes, CombineToTheRightsThatBothLeave) {
@@ -138,10 +104,8 @@ TEST(AccessModes, CombineToTheRightsThatBothLeave) {
 }
 
 TEST(EnumClasses, SpeakTheWordsOfDescriptions) {
-  EXPECT_EQ("RO", EAccessModeClass::ToString(RO));
   EXPECT_EQ("_UndefinedAccesMode", EAccessModeClass::ToString(_UndefinedAccesMode));
   EXPECT_EQ("_CycleDetectAccesMode", EAccessModeClass::ToString(_CycleDetectAccesMode));
-  EXPECT_EQ("WriteThrough", ECachingModeClass::ToString(WriteThrough));
   EXPECT_EQ("Fixed", EDisplayNotationClass::ToString(fnFixed));
   ERepresentation representation = Linear;
   EXPECT_TRUE(ERepresentationClass::FromString("HexNumber", &representation));
