@@ -116,30 +116,25 @@ TEST(NumberSyntax, PrintsFloatsByNotationAndPrecision) {
 }
 
 TEST(NumberSyntax, StepsARoundedNumberBackInsideItsLimits) {
-  const struct {
-    double value, min, max;
-    EDisplayNotation notation;
-    int64_t precision;
-    std::string_view text;
-  } cases[] = {{3.14159, 0, 3.14159, fnFixed, 4, "3.1415"},
-               {-3.14159, -3.14159, 0, fnFixed, 4, "-3.1415"},
-               {3.14151, 3.14151, 9, fnFixed, 4, "3.1416"},
-               {-3.14151, -9, -3.14151, fnFixed, 4, "-3.1416"},
-               {12.996, 0, 12.996, fnAutomatic, 4, "12.99"},
-               {9.9996, 0, 9.9996, fnAutomatic, 4, "9.999"},
-               {9.9996, 0, 9.9996, fnScientific, 3, "9.999e+00"},
-               {9.994, 9.994, 10, fnAutomatic, 3, "10"},
-               {0.7, 0, 0.7, fnFixed, 0, "0"},
-               {0.3, 0.3, 1, fnFixed, 0, "1"},
-               {DBL_MAX, 0, DBL_MAX, fnAutomatic, 3, "1.79e+308"},
-               {3.14159, 3.14158, 3.14159, fnFixed, 4, "3.1416"},  // none of four decimals lies inside
-               {5, 0, 3, fnFixed, 4, "5.0000"},                    // outside before it was rounded
-               {2, 0, 3, fnFixed, 4, "2.0000"}};
-  for (const auto& expected : cases) {
-    const std::string plain = printFloat(expected.value, expected.notation, expected.precision);
-    EXPECT_EQ(expected.text, stepInsideLimits(plain, expected.value, expected.min, expected.max, expected.notation,
-                                              expected.precision))
-        << plain;
+  const std::tuple<double, double, double, EDisplayNotation, int64_t, std::string_view> cases[] = {
+      // value, Min, Max, and how it is printed
+      {3.14159, 0, 3.14159, fnFixed, 4, "3.1415"},
+      {-3.14159, -3.14159, 0, fnFixed, 4, "-3.1415"},
+      {3.14151, 3.14151, 9, fnFixed, 4, "3.1416"},
+      {-3.14151, -9, -3.14151, fnFixed, 4, "-3.1416"},
+      {12.996, 0, 12.996, fnAutomatic, 4, "12.99"},
+      {9.9996, 0, 9.9996, fnAutomatic, 4, "9.999"},
+      {9.9996, 0, 9.9996, fnScientific, 3, "9.999e+00"},
+      {9.994, 9.994, 10, fnAutomatic, 3, "10"},
+      {0.7, 0, 0.7, fnFixed, 0, "0"},
+      {0.3, 0.3, 1, fnFixed, 0, "1"},
+      {DBL_MAX, 0, DBL_MAX, fnAutomatic, 3, "1.79e+308"},
+      {2, 0, 3, fnFixed, 4, "2.0000"},
+      {3.14159, 3.14158, 3.14159, fnFixed, 4, "3.1416"},  // none of four decimals lies inside
+      {5, 0, 3, fnFixed, 4, "5.0000"}};                   // outside before it was rounded
+  for (const auto& [value, min, max, notation, precision, text] : cases) {
+    const std::string plain = printFloat(value, notation, precision);
+    EXPECT_EQ(text, stepInsideLimits(plain, value, min, max, notation, precision)) << plain;
   }
 }
 

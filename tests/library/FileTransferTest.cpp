@@ -1,14 +1,9 @@
 // Whole files between the host and a device: the checks in their order, and no failure that passes as success.
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include "FileDevice.h"
+#include "SettingsBench.h"
 
 namespace {
 
@@ -21,21 +16,6 @@ std::string pattern(size_t size) {
 std::wstring widened(const std::string& text) {
   return {text.begin(), text.end()};
 }
-
-class HostPath {
- public:
-  explicit HostPath(const std::string& content) : path(testing::TempDir() + "ox_file_" + std::to_string(::getpid())) {
-    std::ofstream(path, std::ios::binary) << content;
-  }
-  ~HostPath() { std::remove(path.c_str()); }
-  std::string content() const {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-  }
-  const std::string path;
-};
 
 constexpr uint32_t kMark = 12345;
 void markLastError() {
@@ -54,13 +34,13 @@ TEST(FileTransfer, MovesFilesOfAnySizeBothWays) {
     FileDevice device;
     device.file("Firmware") = "what was there before, longer than some of what replaces it";
     const std::string content = pattern(size);
-    const HostPath source(content);
+    const TemporaryFile source(content);
     ASSERT_EQ(NMUploadFile(device.map, "Firmware", source.path.c_str()), 0u) << lastErrorText();
     EXPECT_EQ(device.file("Firmware"), content);
 
-    const HostPath target("longer than nothing");
+    const TemporaryFile target("longer than nothing");
     ASSERT_EQ(NMDownloadFileW(device.map, L"Firmware", widened(target.path).c_str()), 0u) << lastErrorText();
-    EXPECT_EQ(target.content(), content);
+    EXPECT_EQ(fileText(target.path), content);
 
     size_t told = 0;
     ASSERT_EQ(NMDownloadFileMemory(device.map, "Firmware", nullptr, &told), 0u) << lastErrorText();
@@ -166,7 +146,7 @@ TEST(FileTransfer, TheSizeQueryNamesWhatIsMissing) {
 
 TEST(FileTransfer, AFailureOfAnyPortAccessFailsTheTransfer) {
   const std::string content = pattern(3 * FileDevice::kBlock - 10);
-  const HostPath host(content);
+  const TemporaryFile host(content);
   const struct {
     const char* name;
     uint32_t code;
@@ -263,7 +243,7 @@ TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
   EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory, &size), 0x80000016u);
   EXPECT_TRUE(lastErrorIsUntouched());
   device.refusedOperation = device.operations + 1;
-  const HostPath host("");
+  const TemporaryFile host("");
   EXPECT_EQ(NMDownloadFile(device.map, "Firmware", host.path.c_str()), 0x80000016u);
   EXPECT_TRUE(lastErrorIsUntouched());
 }
@@ -275,16 +255,10 @@ TEST(FileTransfer, AFullDiskFailsTheDownload) {
   EXPECT_NE(lastErrorText().find("/dev/full"), std::string::npos) << lastErrorText();
   EXPECT_NE(lastErrorText().find(std::strerror(ENOSPC)), std::string::npos) << lastErrorText();
 
-  const HostPath host("");
-  rlimit former{};
-  getrlimit(RLIMIT_FSIZE, &former);
+  const TemporaryFile host("");
   for (const rlim_t limit : {rlim_t{10}, rlim_t{150000}}) {
-    rlimit tight = former;
-    tight.rlim_cur = limit;
-    setrlimit(RLIMIT_FSIZE, &tight);  // past it the system would end the process with a signal
-    const uint32_t result = NMDownloadFile(device.map, "Firmware", host.path.c_str());
-    setrlimit(RLIMIT_FSIZE, &former);
-    EXPECT_EQ(result, 0x80000003u);
+    EXPECT_EQ(withFileLimit(limit, [&] { return NMDownloadFile(device.map, "Firmware", host.path.c_str()); }),
+              0x80000003u);
     EXPECT_NE(lastErrorText().find(std::strerror(EFBIG)), std::string::npos) << lastErrorText();
   }
 }

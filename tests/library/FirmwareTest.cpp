@@ -13,12 +13,8 @@ class UpdatableDevice : public FileDevice {
   UpdatableDevice() { load(features()); }
 
   static std::string features() {
-    return nodes() +
-           "<String Name='DeviceModelName'><Value>EX-100</Value></String>"
-           "<IntReg Name='Mode'><Address>0x200</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-           "<pPort>Device</pPort></IntReg>"
-           "<IntReg Name='Running'><Address>0x204</Address><Length>4</Length><AccessMode>RO</AccessMode>"
-           "<pPort>Device</pPort></IntReg>";
+    return nodes() + "<String Name='DeviceModelName'><Value>EX-100</Value></String>" + integerRegister("Mode", 0x200) +
+           integerRegister("Running", 0x204, "<ImposedAccessMode>RO</ImposedAccessMode>");
   }
 };
 

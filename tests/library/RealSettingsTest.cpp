@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
-#include <map>
 #include <set>
 
 #include "OxSimulation/MemoryDevice.h"
@@ -23,10 +21,10 @@ class PatternedCamera {
   PatternedCamera& operator=(const PatternedCamera&) = delete;
 
   // All that is streamable.
-  std::string save(Heard* heard = nullptr) {
+  std::string save() {
     std::string text(size_t{1} << 20, '\0');
     size_t size = text.size();
-    EXPECT_EQ(NMSaveSetString(map, text.data(), &size, heard ? &Heard::callback : nullptr, heard), OXGENAPI_OK);
+    EXPECT_EQ(NMSaveSetString(map, text.data(), &size, nullptr, nullptr), OXGENAPI_OK);
     EXPECT_LT(size, text.size());
     text.resize(size - 1);
     return text;
@@ -52,24 +50,6 @@ class PatternedCamera {
   std::set<std::pair<int64_t, int64_t>> known_;
 };
 
-// Problems counted by code and by what their texts have in common: numbers and names are left out.
-std::map<std::string, int> kinds(const Heard& heard) {
-  std::map<std::string, int> counts;
-  for (const auto& problem : heard.problems) {
-    const size_t cause = problem.text.rfind(": ");
-    std::string kind;
-    for (const char c : problem.text.substr(cause == std::string::npos ? 0 : cause + 2)) {
-      const bool isDigit = c >= '0' && c <= '9';
-      if (!isDigit) kind += c;
-      if (isDigit && !kind.ends_with('#')) kind += '#';
-    }
-    char code[16];
-    std::snprintf(code, sizeof code, "%08x ", problem.code);
-    ++counts[code + kind.substr(0, kind.find(','))];
-  }
-  return counts;
-}
-
 class RealSettings : public testing::TestWithParam<const char*> {};
 
 TEST_P(RealSettings, AreSavedLoadedAndSavedAgainAlike) {
@@ -79,16 +59,12 @@ TEST_P(RealSettings, AreSavedLoadedAndSavedAgainAlike) {
   std::string xml = fileText(path);
 
   PatternedCamera camera(xml);
-  Heard saving;
   camera.save();
-  const std::string text = camera.save(&saving);
-  Heard loading;
-  ASSERT_EQ(NMLoadSetString(camera.map, text.c_str(), false, &Heard::callback, &loading), OXGENAPI_OK);
+  const std::string text = camera.save();
+  ASSERT_GT(std::count(text.begin(), text.end(), '\n'), 5);
+  ASSERT_EQ(NMLoadSetString(camera.map, text.c_str(), false, nullptr, nullptr), OXGENAPI_OK);
   camera.save();
   const std::string again = camera.save();
-  std::cout << GetParam() << ": " << std::count(text.begin(), text.end(), '\n') << " lines\n";
-  for (const auto& [what, heard] : {std::pair("save", &saving), std::pair("load", &loading)})
-    for (const auto& [kind, count] : kinds(*heard)) std::cout << "  " << what << ' ' << count << " x " << kind << '\n';
   EXPECT_EQ(again, text);
 
   // Where every register may be cached and no selector moves, no place is read twice.

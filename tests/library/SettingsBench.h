@@ -1,5 +1,7 @@
-// What the tests of settings share: register snippets, a callback that listens, and texts saved into memory.
+// What the tests of settings and files share: register snippets, a callback that listens, texts saved into memory, and
+// files of the host.
 #pragma once
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -79,7 +81,23 @@ inline std::string fileText(const std::string& path) {
 
 class TemporaryFile {
  public:
-  TemporaryFile() : path(testing::TempDir() + "ox_settings_" + std::to_string(::getpid())) {}
+  explicit TemporaryFile(const std::string& content = {})
+      : path(testing::TempDir() + "ox_settings_" + std::to_string(::getpid())) {
+    std::ofstream(path, std::ios::binary) << content;
+  }
   ~TemporaryFile() { std::remove(path.c_str()); }
   const std::string path;
 };
+
+// What the call answers while no file may grow beyond the limit.
+template <class Call>
+uint32_t withFileLimit(rlim_t limit, Call&& call) {
+  rlimit former{};
+  getrlimit(RLIMIT_FSIZE, &former);
+  rlimit tight = former;
+  tight.rlim_cur = limit;
+  setrlimit(RLIMIT_FSIZE, &tight);  // past it the system would end the process with a signal
+  const uint32_t result = call();
+  setrlimit(RLIMIT_FSIZE, &former);
+  return result;
+}

@@ -1,6 +1,4 @@
 // Saving feature values as settings text.
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -200,13 +198,7 @@ TEST(SettingsFile, AFileThatCannotTakeEveryByteIsNotSaved) {
   EXPECT_FAILS(NMSaveSet(device.map, "/nowhere/set.txt", nullptr, nullptr), 0x80000003, "Filename not readable");
 
   const TemporaryFile file;
-  rlimit former{};
-  getrlimit(RLIMIT_FSIZE, &former);
-  rlimit tight = former;
-  tight.rlim_cur = 5;
-  setrlimit(RLIMIT_FSIZE, &tight);  // past it the system would end the process with a signal
-  const uint32_t result = NMSaveSet(device.map, file.path.c_str(), nullptr, nullptr);
-  setrlimit(RLIMIT_FSIZE, &former);
+  const uint32_t result = withFileLimit(5, [&] { return NMSaveSet(device.map, file.path.c_str(), nullptr, nullptr); });
   EXPECT_FAILS(result, 0x80000003, "Filename not writable");
 }
 
@@ -215,8 +207,7 @@ TEST(SettingsFile, ALineWithoutAnEndIsRefused) {
   GTEST_SKIP() << "the release build takes a second for it";
 #endif
   MemoryDevice device(intReg("Width", "0"));
-  const TemporaryFile file;
-  std::ofstream(file.path) << "Width = 1\n";
+  const TemporaryFile file("Width = 1\n");
   std::filesystem::resize_file(file.path, (256 << 20) + 20);  // zeros that take no room on the disk
   EXPECT_FAILS(NMLoadSet(device.map, file.path.c_str(), nullptr, nullptr), 0x80000016, "line exceeds 268435456 bytes");
   EXPECT_EQ(device.memory[0], 1);
