@@ -11,8 +11,8 @@ uintptr_t self() {
 }
 }  // namespace
 
-// A process of one thread does without locked operations: they are most of what a lock costs. A thread that begins while
-// the lock is held finds the state as the locked operations would have left it.
+// A process of one thread does without locked operations: they are most of what a lock costs. A thread that begins
+// while the lock is held finds the state as the locked operations would have left it.
 inline bool CLock::seize() {
   if (__libc_single_threaded) {
     state_.store(1, std::memory_order_relaxed);  // it is free: the one thread does not hold it
