@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -33,11 +34,16 @@ struct Heard {
   bool goOn = true;
   std::vector<Problem> problems;
 
-  // A line for each: node, code, text.
+  static std::string line(const std::string& node, uint32_t code, const std::string& text) {
+    std::ostringstream line;
+    line.imbue(std::locale::classic());  // whatever the suite runs under
+    line << node << ' ' << std::hex << code << ' ' << text << '\n';
+    return line.str();
+  }
   std::string all() const {
-    std::ostringstream lines;
-    for (const Problem& each : problems) lines << each.node << ' ' << std::hex << each.code << ' ' << each.text << '\n';
-    return lines.str();
+    std::string lines;
+    for (const Problem& each : problems) lines += line(each.node, each.code, each.text);
+    return lines;
   }
 
   static bool callback(NODE node, uint32_t code, void* self) {

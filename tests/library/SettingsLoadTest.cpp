@@ -65,9 +65,7 @@ TEST(SettingsLoad, ReportsEachBadLineWithItsNumber) {
     device.memory[0] = 0;
     Heard heard;
     EXPECT_EQ(NMLoadSetString(device.map, text.c_str(), false, &Heard::callback, &heard), 0u);
-    std::ostringstream told;
-    told << entry.node << ' ' << std::hex << entry.code << ' ' << expected << '\n';
-    EXPECT_EQ(heard.all(), told.str());
+    EXPECT_EQ(heard.all(), Heard::line(entry.node, entry.code, expected));
     EXPECT_EQ(device.memory[0], 77) << "the lines after it are applied";
 
     device.memory[0] = 0;
