@@ -3,7 +3,8 @@
 // Order of publication: whoever publishes writes the interfaces and the object first and the use count last (release);
 // whoever checks reads the use count first (acquire). So a use count that was taken always comes with an object.
 //
-// Counts change by compare and swap, but in a process of one thread by plain stores, which cost a tenth.
+// Counts change by compare and swap, but by plain stores in a process of one thread: locked operations are most of what
+// taking and giving back a count costs.
 #include <sys/single_threaded.h>
 
 #include <cstdlib>
