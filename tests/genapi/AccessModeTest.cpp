@@ -166,6 +166,13 @@ TEST(AccessMode, FeaturesThatLockEachOther) {
       EXPECT_EQ(t.mode("B"), RW);
     }
   }
+  for (const std::string first : {"A", "B"}) {
+    TestMap t("<Integer Name='A'><pIsAvailable>Zero</pIsAvailable><pIsLocked>B</pIsLocked><Value>0</Value></Integer>" +
+              held("B", 0, "<pIsLocked>A</pIsLocked>") + held("Zero"));
+    t.mode(first);
+    EXPECT_EQ(t.mode("A"), NA) << first << " asked first";
+    EXPECT_EQ(t.mode("B"), NA) << first << " asked first";
+  }
   TestMap own(held("A", 1, "<pIsLocked>A</pIsLocked>") + held("B", 0, "<pIsAvailable>B</pIsAvailable>"));
   EXPECT_EQ(own.mode("A"), RO) << "guarded by itself";
   EXPECT_EQ(own.mode("B"), NA);

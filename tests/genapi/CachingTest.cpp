@@ -216,6 +216,39 @@ TEST(Caching, PlaceForgottenThroughOneNodeStillWarnsTheOthers) {
   EXPECT_EQ(t.integer("OverB")->GetValue(), 0x1234);
 }
 
+// B has the register of A and was never read: once invalidated, it must not take what A has read before.
+TEST(Caching, ForgottenThroughOneNodeIsNotTakenFromAnother) {
+  const auto content = [](const CRegisterPtr& node) {
+    std::vector<uint8_t> bytes(4);
+    node->Get(bytes.data(), 4);
+    return bytes;
+  };
+  for (const bool partialWrite : {false, true}) {
+    TestMap t(reg("Register", "A", 0, 4) + reg("Register", "B", 0, 4));
+    t.port.poke(0, {1, 2, 3, 4});
+    content(t.bytes("A"));
+    t.port.poke(0, {5, 6, 7, 8});
+    t.node("B")->InvalidateNode();
+    const uint8_t nine = 9;
+    if (partialWrite) t.bytes("B")->Set(&nine, 1);
+    for (const char* name : {"B", "A"}) {
+      EXPECT_EQ(content(t.bytes(name)), (std::vector<uint8_t>{uint8_t(partialWrite ? 9 : 5), 6, 7, 8})) << name;
+    }
+  }
+}
+
+TEST(Caching, ResultOfOldAndFreshContentIsNotKept) {
+  TestMap t(reg("IntReg", "P", 0, 4) + reg("IntReg", "Q", 0, 4) +
+            "<IntSwissKnife Name='X'><pVariable Name='P'>P</pVariable><pVariable Name='Q'>Q</pVariable>"
+            "<Formula>P * 1000 + Q</Formula></IntSwissKnife>");
+  t.port.poke(0, {1});
+  EXPECT_EQ(t.integer("P")->GetValue(), 1);
+  t.port.poke(0, {2});
+  t.node("Q")->InvalidateNode();
+  t.integer("X")->GetValue();  // an old P with a fresh Q may be answered, but not remembered
+  EXPECT_EQ(t.integer("X")->GetValue(), 2002);
+}
+
 TEST(Caching, NeighboursAreLeftAlone) {
   TestMap t(reg("IntReg", "Before", 0, 4) + reg("IntReg", "At", 4, 4) + reg("IntReg", "After", 8, 4) +
             "<Port Name='Other'/><IntReg Name='Elsewhere'><Address>4</Address><Length>4</Length><pPort>Other</pPort>"
@@ -246,6 +279,9 @@ TEST(Caching, StatusAndCommandAtOneAddress) {
   EXPECT_EQ(t.integer("Over")->GetValue(), 0x81) << "who only reads wants to see the device";
   EXPECT_EQ(t.integer("Both")->GetValue(), 0x81) << "and what it saw is news for all";
   EXPECT_EQ(t.port.counts(), "1r1w");
+  t.integer("Both")->SetValue(0x81);
+  t.port.poke(0, {0x82});
+  EXPECT_EQ(t.integer("Status")->GetValue(), 0x82) << "writing what was there already makes no difference";
 }
 
 TEST(Caching, PortAccessBesideTheRegistersIsNotNoticed) {

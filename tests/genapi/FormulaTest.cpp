@@ -118,7 +118,7 @@ TEST(IntegerFormula, ComputesOperators) {
   expectIntegers(R"(
     A+B*2 -> 1; A-B-1 -> 9; A/2 -> 3; B/2 -> -1; A%4 -> 3; B%2 -> -1; -A -> -7; +-~A -> 8; 2*-3 -> -6; ~0 -> -1
     -2**2 -> -4; 2**3**2 -> 512; 2**-1 -> 0; 2**-1*8 -> 0; (-1)**-3 -> -1; (-2)**63 -> -9223372036854775808
-    6&3|8^1 -> 11; 1<<4>>2 -> 4; 1<<63 -> -9223372036854775808; B>>63 -> -1; 3<<63 -> -9223372036854775808; 1+1<<2 -> 8
+    6&3|8^1 -> 11; 1|2^3 -> 1; 3^2|1 -> 1; 1<<4>>2 -> 4; 1<<63 -> -9223372036854775808; B>>63 -> -1; 3<<63 -> -9223372036854775808; 1+1<<2 -> 8
     A>B -> 1; A<=B -> 0; A>=7 -> 1; A<B=0 -> 1; A<>7 -> 0; A=7&1 -> 1; 1||0&&0 -> 1; 2&&B -> 1; Z||5 -> 1
     Z?1:B?2:3 -> 2; A?B?10:20:30 -> 10; A>3?A+1:A-1 -> 8; (A) -> 7; SGN(B) -> -1; ABS(B)+neg(-1) -> 4)");
   EXPECT_EQ("8", integerResult("A\n\t+ 1"));
@@ -214,6 +214,8 @@ TEST(Formula, DeclaredNamesWinOverBuiltInOnes) {
   EXPECT_EQ("6", floatResult("E+PI+TO", values, false, "TO", 100));
   EXPECT_EQ("0", floatResult("SIN(SIN)+SIN", values));
   EXPECT_EQ("11", floatResult("GAIN.Max+GAIN", values));
+  values.add("PI", 20);
+  EXPECT_EQ("2", floatResult("PI", values)) << "the first of one name counts";
   EXPECT_EQ("unknown name 'GAIN.Min' at column 1 of 'GAIN.Min'", floatResult("GAIN.Min", values));
 }
 
