@@ -8,11 +8,11 @@
 #include <cstring>
 #include <new>
 
-#include "Base/GCException.h"
 #include "description/DescriptionBuilder.h"
 #include "description/DescriptionCache.h"
 #include "description/Limits.h"
 #include "description/ZippedDescription.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 namespace {
@@ -116,9 +116,9 @@ LoadedDescription reportingFaults(std::string sourceName, Load&& run) {
     text += ' ' + fault.text;
     throw GENICAM_NAMESPACE::RuntimeException(text.c_str(), __FILE__, __LINE__);
   } catch (const std::bad_alloc&) {
-    throw BAD_ALLOC_EXCEPTION("out of memory while a description was loaded");
+    refuse<BadAllocException>("out of memory while a description was loaded");
   } catch (const std::length_error&) {
-    throw BAD_ALLOC_EXCEPTION("out of memory while a description was loaded");
+    refuse<BadAllocException>("out of memory while a description was loaded");
   }
 }
 

@@ -1,8 +1,8 @@
 // The evaluator: one loop over the instructions. Values already computed in this evaluation (variables, Expressions)
 // are remembered, so each is fetched or computed at most once.
-#include "Base/GCException.h"
 #include "formula/FormulaArithmetic.h"
 #include "formula/FormulaProgram.h"
+#include "text/Refusal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -273,30 +273,30 @@ Number FormulaProgram::evaluate(VariableSource& source, Number argument) const {
 }
 
 int64_t FormulaProgram::evaluateInteger(VariableSource& source, int64_t argument) const {
-  if (!ok()) refuse(source, defect_);
-  if (arithmetic_ != Arithmetic::Integer) refuse(source, "a float formula cannot be evaluated in whole numbers");
+  if (!ok()) fail(source, defect_);
+  if (arithmetic_ != Arithmetic::Integer) fail(source, "a float formula cannot be evaluated in whole numbers");
   return evaluate(source, argument);
 }
 
 double FormulaProgram::evaluateFloat(VariableSource& source, double argument) const {
-  if (!ok()) refuse(source, defect_);
-  if (arithmetic_ != Arithmetic::Float) refuse(source, "an integer formula cannot be evaluated in floating point");
+  if (!ok()) fail(source, defect_);
+  if (arithmetic_ != Arithmetic::Float) fail(source, "an integer formula cannot be evaluated in floating point");
   return evaluate(source, argument);
 }
 
 void FormulaProgram::fail(VariableSource& source, size_t instruction, const char* what) const {
   const auto after = std::upper_bound(parts_.begin(), parts_.end(), instruction,
                                       [](size_t index, const Part& part) { return index < part.firstInstruction; });
-  refuse(source, describeProblem(what, columns_[instruction], std::prev(after)->quotedText));
+  fail(source, describeProblem(what, columns_[instruction], std::prev(after)->quotedText));
 }
 
-void FormulaProgram::refuse(VariableSource& source, const std::string& reason) const {
+void FormulaProgram::fail(VariableSource& source, const std::string& reason) const {
   source.evaluationFailed(reason);
-  throw LOGICAL_ERROR_EXCEPTION("%s", reason.c_str());
+  refuse<LogicalErrorException>("{}", reason);
 }
 
 void VariableSource::evaluationFailed(const std::string& reason) {
-  throw LOGICAL_ERROR_EXCEPTION("%s", reason.c_str());
+  refuse<LogicalErrorException>("{}", reason);
 }
 
 }  // namespace GENAPI_NAMESPACE::formula

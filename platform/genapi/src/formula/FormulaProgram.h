@@ -94,7 +94,7 @@ class FormulaProgram {
   template <class Number>
   Number run(VariableSource& source, Number argument, Value* scratch) const;
   [[noreturn, gnu::cold, gnu::noinline]] void fail(VariableSource& source, size_t instruction, const char* what) const;
-  [[noreturn, gnu::cold, gnu::noinline]] void refuse(VariableSource& source, const std::string& reason) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void fail(VariableSource& source, const std::string& reason) const;
 
   std::vector<Instruction> code_;      // the formula, then the Expressions it uses
   std::vector<uint32_t> columns_;      // of each instruction, in the text of its part

@@ -1,6 +1,9 @@
 #include <Base/GCException.h>
 #include <Base/GCUtilities.h>
 
+#include "text/Refusal.h"
+#include "text/Utf8.h"
+
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -60,20 +63,13 @@ void formatReportedText(char (&buffer)[kMaxReportedTextBytes], const char* forma
     buffer[0] = '\0';
     return;
   }
-  if (static_cast<size_t>(length) < sizeof buffer) return;
-  // Cut: a character whose last bytes did not fit goes as a whole.
-  size_t end = sizeof buffer - 1;
-  size_t start = end;
-  while (start > 0 && end - start < 4 && (static_cast<unsigned char>(buffer[start - 1]) & 0xC0) == 0x80) --start;
-  if (start == 0) return;
-  const unsigned char lead = static_cast<unsigned char>(buffer[start - 1]);
-  const size_t needed = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
-  if (end - (start - 1) < needed) end = start - 1;
-  buffer[end] = '\0';
+  constexpr size_t kMaxBytes = sizeof buffer - 1;
+  if (static_cast<size_t>(length) > kMaxBytes)
+    buffer[GENAPI_NAMESPACE::text::wholeCharacters({buffer, kMaxBytes})] = '\0';
 }
 
 void throwIntegralCastFailed() {
-  throw RUNTIME_EXCEPTION("INTEGRAL_CAST failed");
+  GENAPI_NAMESPACE::refuse<RuntimeException>("INTEGRAL_CAST failed");
 }
 
 }  // namespace GENICAM_NAMESPACE

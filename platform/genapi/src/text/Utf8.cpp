@@ -58,6 +58,15 @@ size_t countCharacters(std::string_view text) noexcept {
   return count;
 }
 
+size_t wholeCharacters(std::string_view cut) noexcept {
+  size_t start = cut.size();
+  while (start > 0 && cut.size() - start < 4 && isContinuation(cut[start - 1])) --start;
+  if (start == 0) return cut.size();
+  const unsigned char lead = static_cast<unsigned char>(cut[start - 1]);
+  const size_t needed = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+  return cut.size() - (start - 1) < needed ? start - 1 : cut.size();
+}
+
 std::string_view firstCharacters(std::string_view text, size_t characters) noexcept {
   size_t at = 0;
   for (size_t count = 0; count < characters && at < text.size(); ++count) {

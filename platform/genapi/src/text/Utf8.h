@@ -20,6 +20,9 @@ inline bool isUtf8(std::string_view text) noexcept {
 // The characters of a text; a malformed byte counts as one.
 size_t countCharacters(std::string_view text) noexcept;
 
+// How many bytes remain of a text that was cut anywhere when a character that the cut broke goes as a whole.
+size_t wholeCharacters(std::string_view cut) noexcept;
+
 // The first `characters` characters of a text, all of it if it has no more.
 std::string_view firstCharacters(std::string_view text, size_t characters) noexcept;
 
