@@ -238,31 +238,48 @@ TEST(Handle, InterfaceNamesGetLastingIdsAboveTheFixedOnes) {
   EXPECT_EQ(OxRegisterInterface(""), 0u);
 }
 
-[[noreturn]] void useUpAScarceAddressSpace() {
+size_t mappedBytes() {
   unsigned long pages = 0;
   std::FILE* statm = std::fopen("/proc/self/statm", "r");
   if (statm == nullptr || std::fscanf(statm, "%lu", &pages) != 1) std::exit(2);
   std::fclose(statm);
-  const rlim_t limit = pages * 4096 + (160u << 20);
-  const rlimit scarce{limit, limit};
-  setrlimit(RLIMIT_AS, &scarce);
+  return pages * 4096;
+}
 
+// Ends with 0, or with the number of the promise that was broken.
+[[noreturn]] void createInAddressSpace(size_t room, bool useUp) {
   std::vector<OxHandle> handles;
-  handles.reserve(4 << 20);
+  handles.reserve(useUp ? 4 << 20 : 1);
+  const size_t before = mappedBytes();
+  if (room != 0) {
+    const rlimit scarce{before + room, before + room};
+    setrlimit(RLIMIT_AS, &scarce);
+  }
   void* storage = nullptr;
+  handles.push_back(OxCreatePlacementIfaceContainer(1, &storage));
+  constexpr size_t kHeap = size_t{1} << 20;
+  if (mappedBytes() - before > std::min(room == 0 ? SIZE_MAX : room / 16, size_t{64} << 20) + kHeap) std::exit(3);
+  if (!useUp) std::exit(0);
   while (OxHandle handle = OxCreatePlacementIfaceContainer(1, &storage)) handles.push_back(handle);
-  if (handles.size() < 65536) std::exit(3);
+  if (handles.size() < 5 * room / 64 / 10) std::exit(4);  // not half of the space went into blocks
+  for (OxHandle handle : handles) {
+    if (OxIfaceContainerAddUseCounter(handle) != OX_OK || OxIfaceContainerReleaseUseCounter(handle) != OX_OK) {
+      std::exit(5);
+    }
+  }
   for (int i = 0; i < 2 * kQuarantine; ++i) {
     OxIfaceContainerReleaseUseCounter(handles.back());
     handles.pop_back();
   }
-  std::exit(OxCreatePlacementIfaceContainer(1, &storage) != nullptr ? 0 : 4);
+  std::exit(OxCreatePlacementIfaceContainer(1, &storage) != nullptr ? 0 : 6);
 }
 
-TEST(HandleDeathTest, ScarceAddressSpaceGivesFewerHandlesAndThenNone) {
+TEST(HandleDeathTest, TakesLittleOfAnAddressSpaceAtOnceAndNearlyAllInTheEnd) {
   if (OX_UNDER_SANITIZER) GTEST_SKIP() << "a sanitizer needs the address space itself";
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // in a process of its own, where no range is reserved yet
-  EXPECT_EXIT(useUpAScarceAddressSpace(), testing::ExitedWithCode(0), "");
+  for (const size_t mebibytes : {0, 130, 1030, 4100}) {
+    EXPECT_EXIT(createInAddressSpace(mebibytes << 20, mebibytes == 130), testing::ExitedWithCode(0), "") << mebibytes;
+  }
 }
 
 }  // namespace

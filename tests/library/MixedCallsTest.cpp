@@ -162,7 +162,7 @@ TEST(MixedCalls, WhatIsNoHandleIsRefusedByEveryExport) {
         value = aLiveOne | uint64_t{1} << (47 + random() % 17);
         break;
       case 4:  // where handles could be, but none is yet
-        value = aLiveOne + (uint64_t{1} << 30) + 64 * (random() % 65536);
+        value = aLiveOne + (uint64_t{1} << 25) + 64 * (random() % 65536);
         break;
       case 5:
         value = aLiveOne ^ uint64_t { 1 } << (36 + random() % 28);

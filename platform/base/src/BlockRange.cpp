@@ -1,7 +1,12 @@
 #include "BlockRange.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <charconv>
 #include <mutex>
 #include <new>
 
@@ -10,27 +15,54 @@ extern "C" void __lsan_register_root_region(const void* begin, size_t size) __at
 
 namespace oxbase {
 
-constinit std::atomic<uintptr_t> rangeBegin{0};
-constinit std::atomic<uintptr_t> rangeUsed{0};
+constinit BlockRange firstRange{};
 
 namespace {
 
 // Creation and the end of an object take this; checking a handle never does. Has no destructor to run, so handles can
 // still end while the process does.
 constinit std::mutex rangeMutex;
+constinit BlockRange furtherRanges[kRanges - 1]{};
+constinit std::atomic<size_t> furtherCount{0};
+// Blocks are carved from the newest range.
+BlockRange* newest = nullptr;
+size_t newestBytes = 0, openedBytes = 0, usedBytes = 0;
 size_t reservedBytes = 0;
-size_t openedBytes = 0;
 
 ControlBlock* oldestWaiting = nullptr;
 ControlBlock* newestWaiting = nullptr;
 size_t waitingBlocks = 0;
 
+// What a limit of the process's address space leaves of it; just enough for a range when that cannot be found out.
+size_t addressSpaceLeft() noexcept {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return SIZE_MAX;
+  constexpr size_t kUnknown = kPartOfLimit * kLeastRangeBytes;
+  const int file = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
+  if (file < 0) return kUnknown;
+  char text[64];  // begins with the number of mapped pages
+  const ssize_t length = read(file, text, sizeof text);
+  close(file);
+  size_t pages = 0;
+  if (length <= 0 || std::from_chars(text, text + length, pages).ec != std::errc()) return kUnknown;
+  const size_t mapped = pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  return limit.rlim_cur > mapped ? limit.rlim_cur - mapped : 0;
+}
+
 bool reserveRange() noexcept {
-  for (size_t size = kReservedBytes; size >= kLeastReservedBytes; size /= 2) {
+  const size_t count = furtherCount.load(std::memory_order_relaxed);
+  const size_t wanted = std::min(std::max(reservedBytes, kFirstRangeBytes), kReservedBytes - reservedBytes);
+  if (wanted == 0 || count == std::size(furtherRanges)) return false;
+  for (size_t size = std::min(wanted, addressSpaceLeft() / kPartOfLimit); size >= kLeastRangeBytes; size /= 2) {
+    size -= size % kLeastRangeBytes;
     void* begin = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (begin == MAP_FAILED) continue;
-    reservedBytes = size;
-    rangeBegin.store(reinterpret_cast<uintptr_t>(begin), std::memory_order_relaxed);
+    newest = reservedBytes == 0 ? &firstRange : &furtherRanges[count];
+    newest->begin.store(reinterpret_cast<uintptr_t>(begin), std::memory_order_relaxed);
+    if (newest != &firstRange) furtherCount.store(count + 1, std::memory_order_release);
+    reservedBytes += size;
+    newestBytes = size;
+    openedBytes = usedBytes = 0;
     // Objects are reached from their blocks only, and the sanitizer does not search mappings by itself.
     if (__lsan_register_root_region != nullptr) __lsan_register_root_region(begin, size);
     return true;
@@ -39,25 +71,30 @@ bool reserveRange() noexcept {
 }
 
 ControlBlock* carveBlock() noexcept {
-  if (reservedBytes == 0 && !reserveRange()) return nullptr;
-  const uintptr_t begin = rangeBegin.load(std::memory_order_relaxed);
-  const uintptr_t used = rangeUsed.load(std::memory_order_relaxed);
-  if (used == openedBytes) {
-    if (openedBytes == reservedBytes) return nullptr;
-    void* step = reinterpret_cast<void*>(begin + openedBytes);
-    if (mprotect(step, kStepBytes, PROT_READ | PROT_WRITE) != 0) return nullptr;
-    openedBytes += kStepBytes;
+  if (usedBytes == newestBytes && !reserveRange()) return nullptr;
+  const uintptr_t begin = newest->begin.load(std::memory_order_relaxed);
+  if (usedBytes == openedBytes) {
+    const size_t step = std::min(kStepBytes, newestBytes - openedBytes);
+    if (mprotect(reinterpret_cast<void*>(begin + openedBytes), step, PROT_READ | PROT_WRITE) != 0) return nullptr;
+    openedBytes += step;
   }
-  auto* block = ::new (reinterpret_cast<void*>(begin + used)) ControlBlock{};
-  rangeUsed.store(used + sizeof(ControlBlock), std::memory_order_release);
+  auto* block = ::new (reinterpret_cast<void*>(begin + usedBytes)) ControlBlock{};
+  usedBytes += sizeof(ControlBlock);
+  newest->used.store(usedBytes, std::memory_order_release);
   return block;
 }
 
 }  // namespace
 
+bool isInFurtherRange(uintptr_t address) noexcept {
+  const size_t count = furtherCount.load(std::memory_order_acquire);
+  return std::any_of(furtherRanges, furtherRanges + count,
+                     [=](const BlockRange& range) { return range.holds(address); });
+}
+
 ControlBlock* takeBlock() noexcept {
   const std::lock_guard lock(rangeMutex);
-  if (waitingBlocks < kQuarantinedBlocks) return carveBlock();
+  if (waitingBlocks <= kQuarantinedBlocks) return carveBlock();
   ControlBlock* block = oldestWaiting;
   oldestWaiting = block->next;
   --waitingBlocks;
