@@ -131,7 +131,7 @@ int64_t binary(Op op, int64_t a, int64_t b) {
       if (b == 0) undefined();
       return fitting(wide / b);
     case Op::Modulo:
-      if (b == 0 || (b == -1 && a == INT64_MIN)) undefined();
+      if (b == 0) undefined();
       return static_cast<int64_t>(wide % b);
     case Op::Plus:
       return fitting(wide + b);

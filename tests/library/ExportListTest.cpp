@@ -49,6 +49,17 @@ std::set<std::string> declaredFunctions(const std::string& includeFolder) {
   return names;
 }
 
+// What the linker is told to export; a name that does not exist exports nothing and shows nowhere else.
+std::set<std::string> listedSymbols(const std::string& exportMap) {
+  std::set<std::string> names;
+  std::ifstream file(exportMap);
+  std::string word;
+  while (file >> word && word != "global:") {
+  }
+  while (file >> word && word != "local:") names.insert(word.substr(0, word.size() - 1));
+  return names;
+}
+
 TEST(ExportList, TheLibraryExportsWhatTheHeadersDeclareAndNothingElse) {
   const std::string build = folder("OX_BUILD_DIR");
   const std::string source = folder("OX_SOURCE_DIR");
@@ -56,6 +67,7 @@ TEST(ExportList, TheLibraryExportsWhatTheHeadersDeclareAndNothingElse) {
   const auto declared = declaredFunctions(source + "/include/OxGenApi/");
   EXPECT_EQ(declared.size(), 101u);
   EXPECT_EQ(dynamicSymbols(build + "/lib/libOxGenApi.so.3"), declared);
+  EXPECT_EQ(listedSymbols(source + "/src/exports.map"), declared);
 }
 
 TEST(ExportList, TheHeadersServeC) {

@@ -38,8 +38,7 @@ inline Problem divide(int64_t a, int64_t b, int64_t& result) noexcept {
 }
 inline Problem remainder(int64_t a, int64_t b, int64_t& result) noexcept {
   if (b == 0) return kDivisionByZero;
-  if (b == -1 && a == INT64_MIN) return kOverflow;
-  result = b == -1 ? 0 : a % b;
+  result = b == -1 ? 0 : a % b;  // the processor traps on the smallest integer % -1
   return nullptr;
 }
 inline Problem power(int64_t base, int64_t exponent, int64_t& result) noexcept {
