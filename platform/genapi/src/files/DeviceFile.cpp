@@ -1,14 +1,14 @@
 #include "files/DeviceFile.h"
 
-#include "Base/GCException.h"
 #include "GenApi/IInteger.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
 bool DeviceFile::open(INodeMap* map, const char* name, std::ios_base::openmode mode) {
-  if (!name) throw INVALID_ARGUMENT_EXCEPTION("device files: the file name is null");
+  if (!name) refuse<InvalidArgumentException>("device files: the file name is null");
   name_ = name;
   map_ = map;
   if (!adapter_.attach(map)) {
@@ -33,19 +33,17 @@ bool DeviceFile::open(INodeMap* map, const char* name, std::ios_base::openmode m
 
 void DeviceFile::openForWriting(INodeMap* map, const char* name, std::ios_base::openmode mode) {
   if (!open(map, name, mode))
-    throw RUNTIME_EXCEPTION("file '%s' could not be opened for writing: %s", name_.c_str(), refusal_.c_str());
+    refuse<RuntimeException>("file '{}' could not be opened for writing: {}", name_, refusal_);
 }
 
 void DeviceFile::write(const char* data, int64_t count) {
   if (failed_)
-    throw RUNTIME_EXCEPTION("writing file '%s' stopped at byte %lld: an earlier write has failed", name_.c_str(),
-                            static_cast<long long>(offset_));
+    refuse<RuntimeException>("writing file '{}' stopped at byte {}: an earlier write has failed", name_, offset_);
   failed_ = true;  // until it has succeeded, exceptions included
   const int64_t written = adapter_.write(data, offset_, count, name_.c_str());
   offset_ += written;
   if (written < count)
-    throw RUNTIME_EXCEPTION("writing file '%s' stopped at byte %lld: %s", name_.c_str(),
-                            static_cast<long long>(offset_), adapter_.lastOutcome().c_str());
+    refuse<RuntimeException>("writing file '{}' stopped at byte {}: {}", name_, offset_, adapter_.lastOutcome());
   failed_ = false;
 }
 
@@ -67,9 +65,8 @@ void DeviceFile::checkEnd() const {
   if (!IsReadable(size)) return;
   const int64_t total = size->GetValue(false, true);
   if (total > offset_)
-    throw RUNTIME_EXCEPTION("reading file '%s' stopped at byte %lld of %lld: %s", name_.c_str(),
-                            static_cast<long long>(offset_), static_cast<long long>(total),
-                            adapter_.lastOutcome().c_str());
+    refuse<RuntimeException>("reading file '{}' stopped at byte {} of {}: {}", name_, offset_, total,
+                             adapter_.lastOutcome());
 }
 
 bool DeviceFile::close() {
@@ -77,8 +74,7 @@ bool DeviceFile::close() {
 }
 
 void DeviceFile::closeOrThrow() {
-  if (!close())
-    throw RUNTIME_EXCEPTION("file '%s' could not be closed: %s", name_.c_str(), adapter_.lastOutcome().c_str());
+  if (!close()) refuse<RuntimeException>("file '{}' could not be closed: {}", name_, adapter_.lastOutcome());
 }
 
 }  // namespace GENAPI_NAMESPACE

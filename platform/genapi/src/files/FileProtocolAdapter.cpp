@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "Base/GCException.h"
 #include "GenApi/IEnumEntry.h"
 #include "GenApi/INode.h"
 #include "files/FileProtocolNodes.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -98,7 +98,7 @@ bool FileProtocolAdapter::deleteFile(const char* pFileName) {
 int64_t FileProtocolAdapter::write(const char* buf, int64_t offs, int64_t len, const char* pFileName) {
   nodes_->require(pFileName);
   if (offs < 0 || len < 0 || (!buf && len > 0))
-    throw INVALID_ARGUMENT_EXCEPTION("file '%s': no valid block to write", pFileName);
+    refuse<InvalidArgumentException>("file '{}': no valid block to write", pFileName);
   int64_t done = 0;
   while (done < len) {
     nodes_->keepSelected(pFileName, "Write");
@@ -129,7 +129,7 @@ int64_t FileProtocolAdapter::write(const char* buf, int64_t offs, int64_t len, c
 int64_t FileProtocolAdapter::read(char* buf, int64_t offs, int64_t len, const char* pFileName) {
   nodes_->require(pFileName);
   if (offs < 0 || len < 0 || (!buf && len > 0))
-    throw INVALID_ARGUMENT_EXCEPTION("file '%s': no valid block to read", pFileName);
+    refuse<InvalidArgumentException>("file '{}': no valid block to read", pFileName);
   int64_t done = 0;
   while (done < len) {
     nodes_->keepSelected(pFileName, "Read");

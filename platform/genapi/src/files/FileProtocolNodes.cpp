@@ -4,9 +4,9 @@
 #include <chrono>
 #include <cstring>
 
-#include "Base/GCException.h"
 #include "GenApi/IEnumEntry.h"
 #include "files/CommandWait.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -52,8 +52,8 @@ bool FileProtocolAdapter::Nodes::Selection::holds(const char* name) const {
 }
 
 void FileProtocolAdapter::Nodes::require(const char* fileName) const {
-  if (!attached) throw LOGICAL_ERROR_EXCEPTION("device files: no node map with the file access features is attached");
-  if (!fileName) throw INVALID_ARGUMENT_EXCEPTION("device files: the file name is null");
+  if (!attached) refuse<LogicalErrorException>("device files: no node map with the file access features is attached");
+  if (!fileName) refuse<InvalidArgumentException>("device files: the file name is null");
 }
 
 void FileProtocolAdapter::Nodes::select(const char* fileName, const char* operationName) {
@@ -117,8 +117,8 @@ bool FileProtocolAdapter::Nodes::run() {
   execute->Execute();
   if (!waitUntilDone(*execute, std::chrono::milliseconds(kFileOperationTimeout), kFirstPause, kLongestPause)) {
     isStuck = true;
-    throw TIMEOUT_EXCEPTION("file '%s': operation '%s' has not finished within %lld ms", file.entry.c_str(),
-                            operation.entry.c_str(), static_cast<long long>(kFileOperationTimeout));
+    refuse<TimeoutException>("file '{}': operation '{}' has not finished within {} ms", file.entry, operation.entry,
+                             kFileOperationTimeout);
   }
   const int64_t value = operationStatus->GetIntValue(false, true);
   if (hasSuccess && value == successValue) {

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -30,23 +31,19 @@ ByteRange ByteRange::open(const std::string& path) {
   opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a named pipe must not block
   if (opened < 0) {
     const int error = errno;
-    if (error == ENOENT || error == ENOTDIR)
-      throw FIRMWARE_EXCEPTION(FileNotFoundException)("'%s': %s", path.c_str(), reasonOf(error).c_str());
-    throw FIRMWARE_EXCEPTION(FileIOException)("'%s': cannot be opened: %s", path.c_str(), reasonOf(error).c_str());
+    if (error == ENOENT || error == ENOTDIR) refuse<FileNotFoundException>("'{}': {}", path, reasonOf(error));
+    refuse<FileIOException>("'{}': cannot be opened: {}", path, reasonOf(error));
   }
   struct stat facts {};
-  if (::fstat(opened, &facts) != 0)
-    throw FIRMWARE_EXCEPTION(FileIOException)("'%s': cannot be examined: %s", path.c_str(), reasonOf(errno).c_str());
-  if (!S_ISREG(facts.st_mode)) throw FIRMWARE_EXCEPTION(FileIOException)("'%s': is not a regular file", path.c_str());
+  if (::fstat(opened, &facts) != 0) refuse<FileIOException>("'{}': cannot be examined: {}", path, reasonOf(errno));
+  if (!S_ISREG(facts.st_mode)) refuse<FileIOException>("'{}': is not a regular file", path);
   return ByteRange(std::move(descriptor), std::move(sharedPath), 0, static_cast<uint64_t>(facts.st_size));
 }
 
 ByteRange ByteRange::part(uint64_t offset, uint64_t size) const {
   if (offset > size_ || size > size_ - offset)
-    throw FIRMWARE_EXCEPTION(FormatException)("'%s': %llu bytes at %llu lie outside the %llu bytes that there are",
-                                              path().c_str(), static_cast<unsigned long long>(size),
-                                              static_cast<unsigned long long>(offset),
-                                              static_cast<unsigned long long>(size_));
+    refuse<FormatException>("'{}': {} bytes at {} lie outside the {} bytes that there are", path(), size, offset,
+                            size_);
   return ByteRange(descriptor_, path_, offset_ + offset, size);
 }
 
@@ -57,9 +54,8 @@ void ByteRange::read(uint64_t offset, void* buffer, size_t size) const {
   while (size > 0) {
     const ssize_t got = ::pread(descriptor(), to, size, from);
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0)
-      throw FIRMWARE_EXCEPTION(FileIOException)("'%s': cannot be read: %s", path().c_str(), reasonOf(errno).c_str());
-    if (got == 0) throw FIRMWARE_EXCEPTION(FileIOException)("'%s': has become shorter", path().c_str());
+    if (got < 0) refuse<FileIOException>("'{}': cannot be read: {}", path(), reasonOf(errno));
+    if (got == 0) refuse<FileIOException>("'{}': has become shorter", path());
     to += got;
     from += got;
     size -= static_cast<size_t>(got);

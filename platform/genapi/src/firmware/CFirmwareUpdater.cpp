@@ -3,6 +3,7 @@
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
 #include "FirmwareUpdate/FirmwareUpdater.h"
 #include "firmware/UpdateRun.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -61,14 +62,14 @@ void CFirmwareUpdater::ReadFirmwareUpdateInfos(const gcstring& Filename, IFirmwa
 
 bool CFirmwareUpdater::FirmwareUpdateMatchesDevice(INodeMap* pNodeMapOfOpenDevice,
                                                    const CFirmwareUpdateInfo& Info) const {
-  if (!pNodeMapOfOpenDevice) throw INVALID_ARGUMENT_EXCEPTION("firmware update: the node map is null");
+  if (!pNodeMapOfOpenDevice) refuse<InvalidArgumentException>("firmware update: the node map is null");
   return Info.IsValid() && !unmetCondition(*pNodeMapOfOpenDevice, *Info.content());
 }
 
 void CFirmwareUpdater::ApplyUpdate(IFirmwareUpdatableDevice* pDevice, const CFirmwareUpdateInfo& Info,
                                    IFirmwareUpdateProgressObserver* pObserver, const char* pPreferredLanguageCode) {
-  if (!pDevice) throw INVALID_ARGUMENT_EXCEPTION("firmware update: the device is null");
-  if (!Info.IsValid()) throw INVALID_ARGUMENT_EXCEPTION("firmware update: the update info is invalid");
+  if (!pDevice) refuse<InvalidArgumentException>("firmware update: the device is null");
+  if (!Info.IsValid()) refuse<InvalidArgumentException>("firmware update: the update info is invalid");
   UpdateRun(*pDevice, Info, pObserver, pPreferredLanguageCode).run();
 }
 
@@ -78,14 +79,14 @@ void CFirmwareUpdater::VerifyGufFile(const gcstring& Filename) {
     const UpdateControl control(file.readControl(), controlOf(file.path()));
     for (const UpdateEntry& update : control.updates())
       if (!control.procedure(update.procedure))
-        throw FIRMWARE_EXCEPTION(FormatException)("%s: has no procedure '%s', which an Update names",
-                                                  controlOf(file.path()).c_str(), update.procedure.c_str());
+        refuse<FormatException>("{}: has no procedure '{}', which an Update names", controlOf(file.path()),
+                                update.procedure);
     std::set<std::string> checked;
     for (const UpdateProcedure& procedure : control.procedures())
       for (const UpdateStep& step : procedure.steps)
         if (!step.file.empty() && checked.insert(step.file).second) file.checkMember(step.file);
   } catch (const NotWellFormedException& failure) {
-    throw RUNTIME_EXCEPTION("%s", failure.GetDescription());
+    refuse<RuntimeException>("{}", failure.GetDescription());
   }
 }
 

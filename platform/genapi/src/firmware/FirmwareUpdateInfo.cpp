@@ -1,8 +1,8 @@
 #include "FirmwareUpdate/FirmwareUpdateInfo.h"
 
-#include "Base/GCException.h"
 #include "FirmwareUpdate/FirmwareUpdateDefaultInfoCollector.h"
 #include "firmware/UpdateInfoContent.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -35,8 +35,7 @@ namespace {
 
 const CFirmwareUpdateInfo::Content::Info& infoAt(const CFirmwareUpdateInfo& info, size_t index) {
   if (index >= info.GetCountOfInfos())
-    throw INVALID_ARGUMENT_EXCEPTION("update info: index %zu is not below the count %zu", index,
-                                     info.GetCountOfInfos());
+    refuse<InvalidArgumentException>("update info: index {} is not below the count {}", index, info.GetCountOfInfos());
   return info.content()->infos[index];
 }
 
@@ -66,11 +65,11 @@ const char* CFirmwareUpdateInfo::GetInfoLanguageCode(const char* Key) const {
 
 gcstring CFirmwareUpdateInfo::ExtractVersionFromDeviceFirmwareVersion(const gcstring& DeviceFirmwareVersion) const {
   for (const char* key : {FirmwareUpdateInfoKey_VersionStyle, FirmwareUpdateInfoKey_VersionExtractionPattern})
-    if (!content_ || !content_->find(key)) throw LOGICAL_ERROR_EXCEPTION("update info: has no '%s'", key);
+    if (!content_ || !content_->find(key)) refuse<LogicalErrorException>("update info: has no '{}'", key);
   std::string version;
   if (!content_->extraction.extract(DeviceFirmwareVersion.view(), version))
-    throw RUNTIME_EXCEPTION("update info: the device's version '%s' does not match '%s'", DeviceFirmwareVersion.c_str(),
-                            content_->extraction.text().c_str());
+    refuse<RuntimeException>("update info: the device's version '{}' does not match '{}'", DeviceFirmwareVersion,
+                             content_->extraction.text());
   return gcstring(std::string_view(version));
 }
 
@@ -93,7 +92,7 @@ const CFirmwareUpdateInfo& CFirmwareUpdateDefaultInfoCollector::operator[](size_
 
 const CFirmwareUpdateInfo& CFirmwareUpdateDefaultInfoCollector::at(size_t index) const {
   if (index >= infos_.size())
-    throw OUT_OF_RANGE_EXCEPTION("update infos: index %zu is not below the count %zu", index, infos_.size());
+    refuse<OutOfRangeException>("update infos: index {} is not below the count {}", index, infos_.size());
   return infos_[index];
 }
 

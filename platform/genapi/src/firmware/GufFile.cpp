@@ -10,6 +10,7 @@
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
 #include "firmware/GufLimits.h"
 #include "firmware/PackageDigest.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -24,15 +25,14 @@ std::string quoted(const std::string& path) {
 }
 
 [[noreturn]] void throwMissing(const std::string& where, const char* name, MissingMember missing) {
-  if (missing == MissingMember::isFileNotFound)
-    throw FIRMWARE_EXCEPTION(FileNotFoundException)("%s: has no member %s", where.c_str(), name);
-  throw FIRMWARE_EXCEPTION(FormatException)("%s: is not an update file: it has no member %s", where.c_str(), name);
+  if (missing == MissingMember::isFileNotFound) refuse<FileNotFoundException>("{}: has no member {}", where, name);
+  refuse<FormatException>("{}: is not an update file: it has no member {}", where, name);
 }
 
 const ArchiveMember* storedMember(const ZipDirectory& directory, const std::string& path, const char* name) {
   const ArchiveMember* member = directory.find(name);
   if (member && !member->isStored())
-    throw FIRMWARE_EXCEPTION(FormatException)("'%s': member %s is compressed; it must be stored", path.c_str(), name);
+    refuse<FormatException>("'{}': member {} is compressed; it must be stored", path, name);
   return member;
 }
 
@@ -48,8 +48,7 @@ struct ZipFileClose {
 
 GufLayout GufLayout::read(const std::string& path, MissingMember missing) {
   const ByteRange file = ByteRange::open(path);
-  if (file.size() > kMaxGufBytes)
-    throw FIRMWARE_EXCEPTION(FormatException)("'%s': is longer than the limit of 4 GiB", path.c_str());
+  if (file.size() > kMaxGufBytes) refuse<FormatException>("'{}': is longer than the limit of 4 GiB", path);
   const ZipDirectory directory(file, quoted(path));
   const ArchiveMember* package = storedMember(directory, path, kPackageName);
   if (!package) throwMissing(quoted(path), kPackageName, missing);
@@ -76,24 +75,17 @@ size_t MemberReader::read(void* buffer, size_t size) {
   size_t filled = 0;
   while (filled < size) {
     const zip_int64_t got = zip_fread(handle_->file.get(), static_cast<char*>(buffer) + filled, size - filled);
-    if (got < 0)
-      throw FIRMWARE_EXCEPTION(FileIOException)("%s: cannot be extracted: %s", label_.c_str(),
-                                                zip_file_strerror(handle_->file.get()));
+    if (got < 0) refuse<FileIOException>("{}: cannot be extracted: {}", label_, zip_file_strerror(handle_->file.get()));
     if (got == 0) {
-      if (done_ != member_.size)
-        throw FIRMWARE_EXCEPTION(FileIOException)("%s: ends after %llu of %llu bytes", label_.c_str(),
-                                                  static_cast<unsigned long long>(done_),
-                                                  static_cast<unsigned long long>(member_.size));
+      if (done_ != member_.size) refuse<FileIOException>("{}: ends after {} of {} bytes", label_, done_, member_.size);
       break;
     }
     filled += static_cast<size_t>(got);
     done_ += static_cast<uint64_t>(got);
     if (done_ > member_.size)
-      throw FIRMWARE_EXCEPTION(FormatException)("%s: inflates to more than the %llu bytes of its directory entry",
-                                                label_.c_str(), static_cast<unsigned long long>(member_.size));
+      refuse<FormatException>("{}: inflates to more than the {} bytes of its directory entry", label_, member_.size);
     if (done_ / kMaxInflateRatio > member_.compressedSize)
-      throw FIRMWARE_EXCEPTION(FormatException)("%s: inflates to more than %llu times its size", label_.c_str(),
-                                                static_cast<unsigned long long>(kMaxInflateRatio));
+      refuse<FormatException>("{}: inflates to more than {} times its size", label_, kMaxInflateRatio);
   }
   return filled;
 }
@@ -113,8 +105,7 @@ GufFile::GufFile(const std::string& path, MissingMember missing)
   for (const ArchiveMember& member : directory_.members()) {
     total += std::min(member.size, kMaxInflatedBytes + 1);
     if (total > kMaxInflatedBytes)
-      throw FIRMWARE_EXCEPTION(FormatException)("'%s': the members of package.zip inflate to more than 8 GiB",
-                                                path.c_str());
+      refuse<FormatException>("'{}': the members of package.zip inflate to more than 8 GiB", path);
   }
 }
 
@@ -136,7 +127,7 @@ MemberReader GufFile::open(const ArchiveMember& member) const {
     FILE* stream = descriptor < 0 ? nullptr : ::fdopen(descriptor, "rb");
     if (!stream) {
       if (descriptor >= 0) ::close(descriptor);
-      throw FIRMWARE_EXCEPTION(FileIOException)("%s: the file cannot be opened once more", label.c_str());
+      refuse<FileIOException>("{}: the file cannot be opened once more", label);
     }
     zip_error_t error;
     zip_error_init(&error);
@@ -149,8 +140,7 @@ MemberReader GufFile::open(const ArchiveMember& member) const {
     const bool isShort = zip_error_code_zip(&error) == ZIP_ER_NOZIP;
     const std::string reason = isShort ? "out of memory" : zip_error_strerror(&error);
     zip_error_fini(&error);
-    if (!zip)
-      throw FIRMWARE_EXCEPTION(FormatException)("%s: package.zip cannot be opened: %s", label.c_str(), reason.c_str());
+    if (!zip) refuse<FormatException>("{}: package.zip cannot be opened: {}", label, reason);
     archive_->zip.reset(zip);
   }
   zip_t* zip = archive_->zip.get();
@@ -159,11 +149,10 @@ MemberReader GufFile::open(const ArchiveMember& member) const {
   zip_stat_init(&facts);
   if (index < 0 || zip_stat_index(zip, static_cast<zip_uint64_t>(index), ZIP_FL_ENC_RAW, &facts) != 0 ||
       facts.size != member.size || facts.comp_size != member.compressedSize || facts.crc != member.checksum)
-    throw FIRMWARE_EXCEPTION(FormatException)("%s: the directory of package.zip is ambiguous", label.c_str());
+    refuse<FormatException>("{}: the directory of package.zip is ambiguous", label);
   auto handle = std::make_unique<MemberReader::Handle>();
   handle->file.reset(zip_fopen_index(zip, static_cast<zip_uint64_t>(index), 0));
-  if (!handle->file)
-    throw FIRMWARE_EXCEPTION(FileIOException)("%s: cannot be extracted: %s", label.c_str(), zip_strerror(zip));
+  if (!handle->file) refuse<FileIOException>("{}: cannot be extracted: {}", label, zip_strerror(zip));
   return MemberReader(label, member, std::move(handle));
 }
 
@@ -171,7 +160,7 @@ std::string GufFile::readControl() const {
   const ArchiveMember* member = directory_.find(kControlName);
   if (!member) throwMissing(quoted(path()) + ": package.zip", kControlName, missing_);
   if (member->size > kMaxControlBytes)
-    throw FIRMWARE_EXCEPTION(FormatException)("%s: is longer than the limit of 4 MiB", labelOf(kControlName).c_str());
+    refuse<FormatException>("{}: is longer than the limit of 4 MiB", labelOf(kControlName));
   MemberReader reader = open(*member);
   std::string text(static_cast<size_t>(member->size) + 1, '\0');  // one more, so that the end is seen and checked
   text.resize(reader.read(text.data(), text.size()));
@@ -180,9 +169,8 @@ std::string GufFile::readControl() const {
 
 MemberReader GufFile::openMember(std::string_view name) const {
   const ArchiveMember* member = directory_.find(name);
-  if (!member) throw FIRMWARE_EXCEPTION(FileNotFoundException)("%s: is missing in package.zip", labelOf(name).c_str());
-  if (member->size > kMaxDataFileBytes)
-    throw FIRMWARE_EXCEPTION(FormatException)("%s: is longer than the limit of 2 GiB", labelOf(name).c_str());
+  if (!member) refuse<FileNotFoundException>("{}: is missing in package.zip", labelOf(name));
+  if (member->size > kMaxDataFileBytes) refuse<FormatException>("{}: is longer than the limit of 2 GiB", labelOf(name));
   return open(*member);
 }
 

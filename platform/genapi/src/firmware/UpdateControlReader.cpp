@@ -10,6 +10,7 @@
 
 #include "FirmwareUpdate/FirmwareUpdateInfo.h"
 #include "firmware/GufLimits.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -102,54 +103,50 @@ bool oneOf(const std::string& value, const char* first, const char* second) {
 
 void UpdateControlReader::read(const std::string& text) {
   if (static_cast<size_t>(std::count(text.begin(), text.end(), '<')) > kMaxTagBrackets)
-    refuse("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes");
-  if (refersToNul(text))
-    throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed: it refers to the character 0",
-                                                     where_.c_str());
+    refuseAt("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes");
+  if (refersToNul(text)) refuse<NotWellFormedException>("{}: is not well-formed: it refers to the character 0", where_);
   pugi::xml_document document;
   const pugi::xml_parse_result result = document.load_buffer(
       text.data(), text.size(), pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata_single);
   if (!result)
-    throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed at byte %lld: %s", where_.c_str(),
-                                                     static_cast<long long>(result.offset), result.description());
+    refuse<NotWellFormedException>("{}: is not well-formed at byte {}: {}", where_, result.offset,
+                                   result.description());
   const Oddities odd = odditiesOf(document);
   if (odd.isTooLarge)
-    refuse("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes or is nested deeper than " +
-                           std::to_string(kMaxControlDepth));
-  if (odd.hasDoctype) refuse("document", "has a DOCTYPE, which is not accepted");
+    refuseAt("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes or is nested deeper than " +
+                             std::to_string(kMaxControlDepth));
+  if (odd.hasDoctype) refuseAt("document", "has a DOCTYPE, which is not accepted");
   if (odd.repeated)
-    throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed: an element has two attributes '%s'",
-                                                     where_.c_str(), odd.repeated);
+    refuse<NotWellFormedException>("{}: is not well-formed: an element has two attributes '{}'", where_, odd.repeated);
   const pugi::xml_node root = document.document_element();
   for (pugi::xml_node other = root.next_sibling(); other; other = other.next_sibling())
     if (other.type() == pugi::node_element)
-      throw FIRMWARE_EXCEPTION(NotWellFormedException)("%s: is not well-formed: it has two root elements",
-                                                       where_.c_str());
+      refuse<NotWellFormedException>("{}: is not well-formed: it has two root elements", where_);
   readRoot(root);
 }
 
 void UpdateControlReader::readRoot(pugi::xml_node root) {
   const std::string name = root.name();
-  if (name != "FirmwareUpdateControl") refuse("root element", "is '" + name + "', not FirmwareUpdateControl");
+  if (name != "FirmwareUpdateControl") refuseAt("root element", "is '" + name + "', not FirmwareUpdateControl");
   const std::string major = required(root, "SchemaMajorVersion", name);
-  if (major != "1") refuse(name, "has schema version " + major + ", and only 1 is known");
+  if (major != "1") refuseAt(name, "has schema version " + major + ", and only 1 is known");
   std::set<std::string> names;
   for (const pugi::xml_node child : root.children()) {
     if (std::strcmp(child.name(), "Update") == 0) {
       if (control_.updates_.size() == kMaxUpdates)
-        refuse(name, "has more than " + std::to_string(kMaxUpdates) + " updates");
+        refuseAt(name, "has more than " + std::to_string(kMaxUpdates) + " updates");
       control_.updates_.push_back(readUpdate(child, "Update " + std::to_string(control_.updates_.size() + 1)));
     } else if (std::strcmp(child.name(), "Procedure") == 0) {
       if (control_.procedures_.size() == kMaxProcedures)
-        refuse(name, "has more than " + std::to_string(kMaxProcedures) + " procedures");
+        refuseAt(name, "has more than " + std::to_string(kMaxProcedures) + " procedures");
       control_.procedures_.push_back(
           readProcedure(child, "Procedure " + std::to_string(control_.procedures_.size() + 1)));
       const std::string& added = control_.procedures_.back().name;
-      if (!names.insert(added).second) refuse(name, "has two procedures named '" + added + "'");
+      if (!names.insert(added).second) refuseAt(name, "has two procedures named '" + added + "'");
     }
   }
-  if (control_.updates_.empty()) refuse(name, "has no Update");
-  if (control_.procedures_.empty()) refuse(name, "has no Procedure");
+  if (control_.updates_.empty()) refuseAt(name, "has no Update");
+  if (control_.procedures_.empty()) refuseAt(name, "has no Procedure");
 }
 
 UpdateEntry UpdateControlReader::readUpdate(pugi::xml_node element, const std::string& place) {
@@ -163,7 +160,7 @@ UpdateEntry UpdateControlReader::readUpdate(pugi::xml_node element, const std::s
       entry.conditions.push_back(
           readCondition(child, place + ", Condition " + std::to_string(entry.conditions.size() + 1)));
   }
-  if (entry.conditions.empty()) refuse(place, "has no Condition");
+  if (entry.conditions.empty()) refuseAt(place, "has no Condition");
   checkInfos(entry, place);
   return entry;
 }
@@ -191,24 +188,24 @@ void UpdateControlReader::checkInfos(const UpdateEntry& entry, const std::string
     return nullptr;
   };
   for (const char* key : {FirmwareUpdateInfoKey_Description, FirmwareUpdateInfoKey_Version})
-    if (!values(key)) refuse(place, std::string("has no Info '") + key + "'");
+    if (!values(key)) refuseAt(place, std::string("has no Info '") + key + "'");
 
   const WholePattern* style = nullptr;
   if (const auto* styles = values(FirmwareUpdateInfoKey_VersionStyle))
     for (const LocalizedText& value : *styles) {
       if (!oneOf(value.text, FirmwareUpdateInfoValue_VersionStyle_Dotted, FirmwareUpdateInfoValue_VersionStyle_SemVer))
-        refuse(place, "VersionStyle '" + value.text + "' is neither dotted nor semver");
+        refuseAt(place, "VersionStyle '" + value.text + "' is neither dotted nor semver");
       style = value.text == FirmwareUpdateInfoValue_VersionStyle_Dotted ? &dotted : &semantic;
     }
   if (style)
     for (const LocalizedText& value : *values(FirmwareUpdateInfoKey_Version))
-      if (!style->matches(value.text)) refuse(place, "Version '" + value.text + "' does not fit its VersionStyle");
+      if (!style->matches(value.text)) refuseAt(place, "Version '" + value.text + "' does not fit its VersionStyle");
   for (const char* key : {FirmwareUpdateInfoKey_UserSetPersistence, FirmwareUpdateInfoKey_SequencerSetPersistence})
     if (const auto* supports = values(key))
       for (const LocalizedText& value : *supports)
         if (!oneOf(value.text, FirmwareUpdateInfoKey_PersistenceSupport_None,
                    FirmwareUpdateInfoKey_PersistenceSupport_Full))
-          refuse(place, std::string(key) + " '" + value.text + "' is neither none nor full");
+          refuseAt(place, std::string(key) + " '" + value.text + "' is neither none nor full");
   if (const auto* patterns = values(FirmwareUpdateInfoKey_VersionExtractionPattern))
     for (const LocalizedText& value : *patterns) pattern(value.text, place + ": VersionExtractionPattern");
 }
@@ -216,7 +213,7 @@ void UpdateControlReader::checkInfos(const UpdateEntry& entry, const std::string
 UpdateCondition UpdateControlReader::readCondition(pugi::xml_node element, const std::string& place) {
   std::string unknown;
   expectAttributes(element, {"Feature"}, unknown);
-  if (!unknown.empty()) refuse(place, "has an unknown attribute '" + unknown + "'");
+  if (!unknown.empty()) refuseAt(place, "has an unknown attribute '" + unknown + "'");
   return {required(element, "Feature", place), pattern(textOf(element, place, Strange::isRefused), place)};
 }
 
@@ -226,14 +223,14 @@ UpdateProcedure UpdateControlReader::readProcedure(pugi::xml_node element, const
   const std::string here = "Procedure '" + procedure.name + "'";
   for (const pugi::xml_node child : element.children()) {
     const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
-    if (isText && !isBlank(child.value())) refuse(here, "contains text between its steps");
+    if (isText && !isBlank(child.value())) refuseAt(here, "contains text between its steps");
     if (child.type() != pugi::node_element) continue;
     if (procedure.steps.size() == kMaxStepsPerProcedure)
-      refuse(here, "has more than " + std::to_string(kMaxStepsPerProcedure) + " steps");
+      refuseAt(here, "has more than " + std::to_string(kMaxStepsPerProcedure) + " steps");
     procedure.steps.push_back(
         readStep(child, here + ", step " + std::to_string(procedure.steps.size() + 1) + " " + child.name()));
   }
-  if (procedure.steps.empty()) refuse(here, "has no step");
+  if (procedure.steps.empty()) refuseAt(here, "has no step");
   return procedure;
 }
 
@@ -249,7 +246,7 @@ UpdateStep UpdateControlReader::readStep(pugi::xml_node element, const std::stri
     case ProgressStepType_FeatureWrite:
       expectAttributes(element, {"Feature", "Value", "EstimatedDurationMs"}, unknown);
       step.feature = required(element, "Feature", place);
-      if (!element.attribute("Value")) refuse(place, "has no attribute Value");
+      if (!element.attribute("Value")) refuseAt(place, "has no attribute Value");
       step.value = element.attribute("Value").value();
       break;
     case ProgressStepType_FeatureExecute:
@@ -259,7 +256,7 @@ UpdateStep UpdateControlReader::readStep(pugi::xml_node element, const std::stri
     case ProgressStepType_FeatureAssert:
       expectAttributes(element, {"Feature", "Pattern", "EstimatedDurationMs"}, unknown);
       step.feature = required(element, "Feature", place);
-      if (!element.attribute("Pattern")) refuse(place, "has no attribute Pattern");
+      if (!element.attribute("Pattern")) refuseAt(place, "has no attribute Pattern");
       step.pattern = pattern(element.attribute("Pattern").value(), place);
       break;
     case ProgressStepType_FileUpload:
@@ -272,18 +269,18 @@ UpdateStep UpdateControlReader::readStep(pugi::xml_node element, const std::stri
       step.delayEnumerationMs = milliseconds(element, "DelayEnumerationMs", place);
       break;
     default:
-      refuse(place, "is no step that is known");
+      refuseAt(place, "is no step that is known");
   }
-  if (!unknown.empty()) refuse(place, "has an unknown attribute '" + unknown + "'");
+  if (!unknown.empty()) refuseAt(place, "has an unknown attribute '" + unknown + "'");
   step.estimatedMs = milliseconds(element, "EstimatedDurationMs", place);
   for (const pugi::xml_node child : element.children()) {
     const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
-    if (isText && !isBlank(child.value())) refuse(place, "contains text");
+    if (isText && !isBlank(child.value())) refuseAt(place, "contains text");
     if (child.type() != pugi::node_element) continue;
     if (std::strcmp(child.name(), "Description") != 0)
-      refuse(place, std::string("has an unknown element '") + child.name() + "'");
+      refuseAt(place, std::string("has an unknown element '") + child.name() + "'");
     expectAttributes(child, {"Lang"}, unknown);
-    if (!unknown.empty()) refuse(place, "Description has an unknown attribute '" + unknown + "'");
+    if (!unknown.empty()) refuseAt(place, "Description has an unknown attribute '" + unknown + "'");
     addLocalized(step.descriptions, {language(child, place), textOf(child, place, Strange::isRefused)}, place);
   }
   return step;
@@ -295,7 +292,7 @@ std::string UpdateControlReader::textOf(pugi::xml_node element, const std::strin
     if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
       text += child.value();
     else if (child.type() == pugi::node_element && elements == Strange::isRefused)
-      refuse(place, std::string("has an unknown element '") + child.name() + "'");
+      refuseAt(place, std::string("has an unknown element '") + child.name() + "'");
   }
   return text;
 }
@@ -303,7 +300,7 @@ std::string UpdateControlReader::textOf(pugi::xml_node element, const std::strin
 WholePattern UpdateControlReader::pattern(const std::string& text, const std::string& place) {
   WholePattern compiled(text, where_ + ": " + place);
   programSteps_ += compiled.programSteps();
-  if (programSteps_ > kMaxProgramSteps) refuse(place, "the regular expressions of the file are too large together");
+  if (programSteps_ > kMaxProgramSteps) refuseAt(place, "the regular expressions of the file are too large together");
   return compiled;
 }
 
@@ -313,7 +310,7 @@ std::string UpdateControlReader::language(pugi::xml_node element, const std::str
   std::string code = attribute.value();
   const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
   if (code.size() != 2 || !isLetter(code[0]) || !isLetter(code[1]))
-    refuse(place, "Lang '" + code + "' is not a language code of two letters");
+    refuseAt(place, "Lang '" + code + "' is not a language code of two letters");
   return code;
 }
 
@@ -325,14 +322,14 @@ void UpdateControlReader::addLocalized(std::vector<LocalizedText>& texts, Locali
   };
   for (const LocalizedText& other : texts)
     if (folded(other.language) == folded(text.language))
-      refuse(place, "is there twice for language '" + text.language + "'");
+      refuseAt(place, "is there twice for language '" + text.language + "'");
   texts.push_back(std::move(text));
 }
 
 std::string UpdateControlReader::required(pugi::xml_node element, const char* attribute,
                                           const std::string& place) const {
   std::string value = element.attribute(attribute).value();
-  if (value.empty()) refuse(place, std::string("has no attribute ") + attribute);
+  if (value.empty()) refuseAt(place, std::string("has no attribute ") + attribute);
   return value;
 }
 
@@ -345,7 +342,7 @@ uint32_t UpdateControlReader::milliseconds(pugi::xml_node element, const char* a
   uint32_t value = 0;
   const auto [stop, error] = std::from_chars(text, end, value);
   if (error != std::errc() || stop != end)
-    refuse(place, std::string(attribute) + " '" + text + "' is not a number of 0 to 4294967295");
+    refuseAt(place, std::string(attribute) + " '" + text + "' is not a number of 0 to 4294967295");
   return value;
 }
 
@@ -358,12 +355,12 @@ std::string UpdateControlReader::memberName(std::string name, const std::string&
     good = !part.empty() && part != "." && part != "..";
     start = end + 1;
   }
-  if (!good) refuse(place, "File '" + name + "' is not a relative path inside the package");
+  if (!good) refuseAt(place, "File '" + name + "' is not a relative path inside the package");
   return name;
 }
 
-void UpdateControlReader::refuse(const std::string& place, const std::string& what) const {
-  throw FIRMWARE_EXCEPTION(FormatException)("%s: %s: %s", where_.c_str(), place.c_str(), what.c_str());
+void UpdateControlReader::refuseAt(const std::string& place, const std::string& what) const {
+  refuse<FormatException>("{}: {}: {}", where_, place, what);
 }
 
 }  // namespace GENAPI_NAMESPACE

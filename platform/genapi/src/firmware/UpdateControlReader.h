@@ -32,7 +32,7 @@ class UpdateControlReader {
   std::string required(pugi::xml_node element, const char* attribute, const std::string& place) const;
   uint32_t milliseconds(pugi::xml_node element, const char* attribute, const std::string& place) const;
   std::string memberName(std::string name, const std::string& place) const;
-  [[noreturn]] void refuse(const std::string& place, const std::string& what) const;
+  [[noreturn]] void refuseAt(const std::string& place, const std::string& what) const;
 
   UpdateControl& control_;
   std::string where_;

@@ -11,6 +11,7 @@
 #include "GenApi/IValue.h"
 #include "files/CommandWait.h"
 #include "files/DeviceFile.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -56,7 +57,7 @@ void UpdateRun::run() {
 
 void UpdateRun::carryOut() {
   map_ = device_.GetNodeMapOfDeviceToUpdate();
-  if (!map_) throw RUNTIME_EXCEPTION("device has no node map");
+  if (!map_) refuse<RuntimeException>("device has no node map");
   if (observer_) observer_->OnFirmwareUpdateBegin(info_, update_.estimatedMs);
   wrapped(ProgressStepType_CheckPreconditions, 0, "", [this] { checkPreconditions(); });
   wrapped(ProgressStepType_AcquireUpdateData, 0, "", [this] { acquireData(); });
@@ -73,8 +74,8 @@ void UpdateRun::carryOut() {
 
 void UpdateRun::checkPreconditions() {
   if (const UpdateCondition* unmet = unmetCondition(*map_, update_))
-    throw INVALID_ARGUMENT_EXCEPTION("the update is not for this device: %s does not match '%s'",
-                                     unmet->feature.c_str(), unmet->pattern.text().c_str());
+    refuse<InvalidArgumentException>("the update is not for this device: {} does not match '{}'", unmet->feature,
+                                     unmet->pattern.text());
 }
 
 // Everything that can be wrong with the file shows here, before the device is touched.
@@ -85,12 +86,10 @@ void UpdateRun::acquireData() {
     isSame = file_->fileSize() == update_.fileSize && file_->digest() == update_.packageDigest;
   } catch (const FormatException&) {  // it was an update file when it was read
   }
-  if (!isSame) throw RUNTIME_EXCEPTION("'%s': has changed since it was read", update_.path.c_str());
+  if (!isSame) refuse<RuntimeException>("'{}': has changed since it was read", update_.path);
   const UpdateControl control(file_->readControl(), "'" + update_.path + "': control.xml");
   const UpdateProcedure* procedure = control.procedure(update_.procedure);
-  if (!procedure)
-    throw FIRMWARE_EXCEPTION(FormatException)("'%s': control.xml: has no procedure '%s'", update_.path.c_str(),
-                                              update_.procedure.c_str());
+  if (!procedure) refuse<FormatException>("'{}': control.xml: has no procedure '{}'", update_.path, update_.procedure);
   procedure_ = *procedure;
   std::set<std::string> checked;
   for (const UpdateStep& step : procedure_.steps)
@@ -110,7 +109,7 @@ void UpdateRun::carryOut(const UpdateStep& step, bool beforeReset) {
     case ProgressStepType_DeviceReset:
       return reset(step);
     default:
-      throw LOGICAL_ERROR_EXCEPTION("step %zu: is of no known kind", stepNumber_);
+      refuse<LogicalErrorException>("step {}: is of no known kind", stepNumber_);
   }
 }
 
@@ -124,15 +123,15 @@ void UpdateRun::execute(const UpdateStep& step, bool wait) {
   command.Execute();
   if (!wait) return;  // the device may be on its way down already
   if (!waitUntilDone(command, limit, kCommandPoll, kCommandPoll))
-    throw TIMEOUT_EXCEPTION("step %zu %s '%s': has not finished within %lld ms", stepNumber_, step.element,
-                            step.feature.c_str(), static_cast<long long>(limit.count()));
+    refuse<TimeoutException>("step {} {} '{}': has not finished within {} ms", stepNumber_, step.element, step.feature,
+                             limit.count());
 }
 
 void UpdateRun::expect(const UpdateStep& step) {
   const gcstring value = featureOf<IValue>(step, "a feature with a value").ToString(false, true);
   if (!step.pattern.matches(value.view()))
-    throw RUNTIME_EXCEPTION("step %zu %s '%s': value '%s' does not match '%s'", stepNumber_, step.element,
-                            step.feature.c_str(), value.c_str(), step.pattern.text().c_str());
+    refuse<RuntimeException>("step {} {} '{}': value '{}' does not match '{}'", stepNumber_, step.element, step.feature,
+                             value, step.pattern.text());
 }
 
 void UpdateRun::upload(const UpdateStep& step) {
@@ -142,8 +141,8 @@ void UpdateRun::upload(const UpdateStep& step) {
     target.openForWriting(&nodeMap(), step.feature.c_str(), std::ios_base::out | std::ios_base::trunc);
   } catch (const RuntimeException&) {
     if (target.missingFeature().empty()) throw;
-    throw RUNTIME_EXCEPTION("step %zu %s '%s': the device has no %s", stepNumber_, step.element, step.feature.c_str(),
-                            target.missingFeature().c_str());
+    refuse<RuntimeException>("step {} {} '{}': the device has no {}", stepNumber_, step.element, step.feature,
+                             target.missingFeature());
   }
   try {
     uint64_t done = 0;
@@ -171,7 +170,7 @@ void UpdateRun::reset(const UpdateStep& step) {
 }
 
 INodeMap& UpdateRun::nodeMap() const {
-  if (!map_) throw RUNTIME_EXCEPTION("no node map after device reset");
+  if (!map_) refuse<RuntimeException>("no node map after device reset");
   return *map_;
 }
 
@@ -179,11 +178,10 @@ template <typename T>
 T& UpdateRun::featureOf(const UpdateStep& step, const char* kind) {
   INode* node = nodeMap().GetNode(step.feature.c_str());
   if (!node)
-    throw RUNTIME_EXCEPTION("step %zu %s '%s': the device has no such feature", stepNumber_, step.element,
-                            step.feature.c_str());
+    refuse<RuntimeException>("step {} {} '{}': the device has no such feature", stepNumber_, step.element,
+                             step.feature);
   T* feature = dynamic_cast<T*>(node);
-  if (!feature)
-    throw RUNTIME_EXCEPTION("step %zu %s '%s': is not %s", stepNumber_, step.element, step.feature.c_str(), kind);
+  if (!feature) refuse<RuntimeException>("step {} {} '{}': is not {}", stepNumber_, step.element, step.feature, kind);
   return *feature;
 }
 
@@ -213,9 +211,9 @@ void UpdateRun::reportFailure() const {
   } catch (const GenericException& failure) {
     tell([&] { observer_->OnFirmwareUpdateError(failure); });
   } catch (const std::exception& failure) {
-    tell([&] { observer_->OnFirmwareUpdateError(GENERIC_EXCEPTION("%s", failure.what())); });
+    tell([&] { observer_->OnFirmwareUpdateError(GenericException(failure.what(), __FILE__, __LINE__)); });
   } catch (...) {
-    tell([&] { observer_->OnFirmwareUpdateError(GENERIC_EXCEPTION("unknown exception")); });
+    tell([&] { observer_->OnFirmwareUpdateError(GenericException("unknown exception", __FILE__, __LINE__)); });
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
 #include "firmware/GufLimits.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -21,15 +22,13 @@ WholePattern::WholePattern(const std::string& text, const std::string& where) : 
   // Every byte of UTF-8 but the continuations begins a character.
   const auto characters = std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; });
   if (static_cast<size_t>(characters) > kMaxPatternCharacters)
-    throw FIRMWARE_EXCEPTION(FormatException)("%s: the regular expression is longer than %zu characters", where.c_str(),
-                                              kMaxPatternCharacters);
+    refuse<FormatException>("{}: the regular expression is longer than {} characters", where, kMaxPatternCharacters);
   re2::RE2::Options options;
   options.set_log_errors(false);
   options.set_max_mem(kMaxPatternMemory);
   auto compiled = std::make_shared<const re2::RE2>(pieceOf(text), options);
   if (!compiled->ok())
-    throw FIRMWARE_EXCEPTION(FormatException)("%s: '%s' is not a regular expression: %s", where.c_str(), text.c_str(),
-                                              compiled->error().c_str());
+    refuse<FormatException>("{}: '{}' is not a regular expression: {}", where, text, compiled->error());
   compiled_ = std::move(compiled);
 }
 

@@ -5,6 +5,7 @@
 
 #include "FirmwareUpdate/FirmwareUpdateExceptions.h"
 #include "firmware/GufLimits.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -69,16 +70,16 @@ ZipDirectory::ZipDirectory(const ByteRange& archive, const std::string& label) :
     const uint8_t* candidate = tail.data() + at - kEndOfDirectoryBytes;
     if (number32(candidate) == kEndOfDirectory && number16(candidate + 20) == tail.size() - at) end = candidate;
   }
-  if (!end) refuse("is not a zip archive");
+  if (!end) refuseArchive("is not a zip archive");
   const uint64_t endOffset = archive.size() - tailSize + static_cast<uint64_t>(end - tail.data());
   const size_t count = number16(end + 10);
   const uint64_t size = number32(end + 12);
   const uint64_t offset = number32(end + 16);
   if (number16(end + 4) != 0 || number16(end + 6) != 0 || number16(end + 8) != count)
-    refuse("is an archive of several volumes");
-  if (offset == kElsewhere || size == kElsewhere || count == 0xffff) refuse("has a zip64 directory");
-  if (offset > endOffset || size > endOffset - offset) refuse("has a directory outside the archive");
-  if (size > kMaxZipDirectoryBytes) refuse("has a directory of more than 16 MiB");
+    refuseArchive("is an archive of several volumes");
+  if (offset == kElsewhere || size == kElsewhere || count == 0xffff) refuseArchive("has a zip64 directory");
+  if (offset > endOffset || size > endOffset - offset) refuseArchive("has a directory outside the archive");
+  if (size > kMaxZipDirectoryBytes) refuseArchive("has a directory of more than 16 MiB");
 
   std::vector<uint8_t> directory(static_cast<size_t>(size));
   archive.read(offset, directory.data(), directory.size());
@@ -87,14 +88,14 @@ ZipDirectory::ZipDirectory(const ByteRange& archive, const std::string& label) :
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* record = directory.data() + at;
     const size_t left = directory.size() - at;
-    if (left < kDirectoryEntryBytes || number32(record) != kDirectoryEntry) refuse("has a damaged directory");
+    if (left < kDirectoryEntryBytes || number32(record) != kDirectoryEntry) refuseArchive("has a damaged directory");
     const size_t length =
         kDirectoryEntryBytes + number16(record + 28) + size_t{number16(record + 30)} + number16(record + 32);
-    if (length > left) refuse("has a damaged directory");
+    if (length > left) refuseArchive("has a damaged directory");
     readMember(archive, record, offset);
     at += length;
   }
-  if (at != directory.size()) refuse("has bytes in its directory that belong to no member");
+  if (at != directory.size()) refuseArchive("has bytes in its directory that belong to no member");
   checkOverlaps();
 }
 
@@ -110,17 +111,20 @@ void ZipDirectory::readMember(const ByteRange& archive, const uint8_t* record, u
   member.size = number32(record + 24);
   uint64_t header = number32(record + 42);
   const std::string called = "member '" + member.name.substr(0, 200) + "' ";
-  if (member.name.empty() || member.name.find('\0') != std::string::npos) refuse("has a member with an unusable name");
+  if (member.name.empty() || member.name.find('\0') != std::string::npos)
+    refuseArchive("has a member with an unusable name");
   if (!takeZip64(record + kDirectoryEntryBytes + nameSize, extraSize, {&member.size, &member.compressedSize, &header}))
-    refuse(called + "has a damaged extra field");
-  if (number16(record + 34) != 0) refuse(called + "lies on another volume");
-  if ((flags & kEncryptedFlags) != 0) refuse(called + "is encrypted");
+    refuseArchive(called + "has a damaged extra field");
+  if (number16(record + 34) != 0) refuseArchive(called + "lies on another volume");
+  if ((flags & kEncryptedFlags) != 0) refuseArchive(called + "is encrypted");
   if (member.method != kStored && member.method != kDeflated)
-    refuse(called + "is compressed by method " + std::to_string(member.method) + ", neither stored nor deflated");
-  if (member.isStored() && member.size != member.compressedSize) refuse(called + "is stored with two different sizes");
+    refuseArchive(called + "is compressed by method " + std::to_string(member.method) +
+                  ", neither stored nor deflated");
+  if (member.isStored() && member.size != member.compressedSize)
+    refuseArchive(called + "is stored with two different sizes");
 
   if (header > directoryOffset || directoryOffset - header < kLocalHeaderBytes)
-    refuse(called + "has a local header outside the archive");
+    refuseArchive(called + "has a local header outside the archive");
   uint8_t local[kLocalHeaderBytes];
   archive.read(header, local, sizeof(local));
   const size_t localNameSize = number16(local + 26);
@@ -128,7 +132,7 @@ void ZipDirectory::readMember(const ByteRange& archive, const uint8_t* record, u
   const uint64_t room = directoryOffset - header - kLocalHeaderBytes;
   if (number32(local) != kLocalHeader || localNameSize != nameSize || localNameSize + localExtraSize > room ||
       member.compressedSize > room - localNameSize - localExtraSize)
-    refuse(called + "has a local header that disagrees with the directory");
+    refuseArchive(called + "has a local header that disagrees with the directory");
   std::vector<uint8_t> rest(localNameSize + localExtraSize);
   archive.read(header + kLocalHeaderBytes, rest.data(), rest.size());
   uint64_t localSize = number32(local + 22);
@@ -146,10 +150,10 @@ void ZipDirectory::readMember(const ByteRange& archive, const uint8_t* record, u
       (number16(local + 6) & (kEncryptedFlags | kSizesFollowFlag)) != (flags & (kEncryptedFlags | kSizesFollowFlag)) ||
       !agrees(localSize, member.size) || !agrees(localCompressed, member.compressedSize) ||
       !agrees(localChecksum, member.checksum))
-    refuse(called + "has a local header that disagrees with the directory");
+    refuseArchive(called + "has a local header that disagrees with the directory");
 
   member.dataOffset = header + kLocalHeaderBytes + localNameSize + localExtraSize;
-  if (!byName_.emplace(member.name, members_.size()).second) refuse(called + "is there twice");
+  if (!byName_.emplace(member.name, members_.size()).second) refuseArchive(called + "is there twice");
   headerOffsets_.push_back(header);
   members_.push_back(std::move(member));
 }
@@ -162,7 +166,7 @@ void ZipDirectory::checkOverlaps() const {
   for (size_t i = 1; i < order.size(); ++i) {
     const ArchiveMember& before = members_[order[i - 1]];
     if (before.dataOffset + before.compressedSize > headerOffsets_[order[i]])
-      refuse("member '" + before.name.substr(0, 200) + "' overlaps another member");
+      refuseArchive("member '" + before.name.substr(0, 200) + "' overlaps another member");
   }
 }
 
@@ -171,8 +175,8 @@ const ArchiveMember* ZipDirectory::find(std::string_view name) const {
   return found == byName_.end() ? nullptr : &members_[found->second];
 }
 
-void ZipDirectory::refuse(const std::string& what) const {
-  throw FIRMWARE_EXCEPTION(FormatException)("%s: %s", label_.c_str(), what.c_str());
+void ZipDirectory::refuseArchive(const std::string& what) const {
+  refuse<FormatException>("{}: {}", label_, what);
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -35,7 +35,7 @@ class ZipDirectory {
  private:
   void readMember(const ByteRange& archive, const uint8_t* record, uint64_t directoryOffset);
   void checkOverlaps() const;
-  [[noreturn]] void refuse(const std::string& what) const;
+  [[noreturn]] void refuseArchive(const std::string& what) const;
 
   std::string label_;
   std::vector<ArchiveMember> members_;

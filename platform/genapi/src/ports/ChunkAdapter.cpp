@@ -1,10 +1,10 @@
 #include "GenApi/ChunkAdapter.h"
 
-#include "Base/GCException.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
 #include "nodes/PortNode.h"
 #include "ports/ChunkPortState.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -52,7 +52,7 @@ CChunkAdapter::~CChunkAdapter() {
 
 void CChunkAdapter::AttachNodeMap(INodeMap* pNodeMap) {
   auto* live = dynamic_cast<ILiveData*>(pNodeMap);
-  if (!live) throw INVALID_ARGUMENT_EXCEPTION("chunk adapter: no node map of this engine was given");
+  if (!live) refuse<InvalidArgumentException>("chunk adapter: no node map of this engine was given");
   DetachNodeMap();
   BoundLock lock(pNodeMap);
   NodeList_t nodes;
@@ -90,7 +90,7 @@ void CChunkAdapter::DetachNodeMap() {
 }
 
 void CChunkAdapter::UpdateBuffer(uint8_t* pBaseAddress) {
-  if (!pBaseAddress) throw INVALID_ARGUMENT_EXCEPTION("chunk adapter: the buffer's base address is null");
+  if (!pBaseAddress) refuse<InvalidArgumentException>("chunk adapter: the buffer's base address is null");
   if (!m_ppChunkPorts) return;
   state_->together(false, [this, pBaseAddress] {
     for (const CChunkPort* port : *m_ppChunkPorts)

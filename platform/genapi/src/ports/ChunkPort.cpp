@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "Base/GCException.h"
 #include "Base/GCString.h"
 #include "GenApi/IChunkPort.h"
 #include "GenApi/INode.h"
@@ -11,6 +10,7 @@
 #include "ports/ByteWindow.h"
 #include "ports/ChunkPortState.h"
 #include "ports/SingleNodeChange.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -55,10 +55,10 @@ std::string CChunkPort::State::name() const {
 }
 
 void CChunkPort::State::checkBase(const uint8_t* base) const {
-  if (!base) throw INVALID_ARGUMENT_EXCEPTION("%s: the buffer's base address is null", name().c_str());
+  if (!base) refuse<InvalidArgumentException>("{}: the buffer's base address is null", name());
   if (!fitsAddressSpace(base, offset, length))
-    throw INVALID_ARGUMENT_EXCEPTION("%s: %lld bytes at offset %lld reach past the end of the address space",
-                                     name().c_str(), static_cast<long long>(length), static_cast<long long>(offset));
+    refuse<InvalidArgumentException>("{}: {} bytes at offset {} reach past the end of the address space", name(),
+                                     length, offset);
 }
 
 void CChunkPort::State::rebase(uint8_t* base) noexcept {
@@ -68,7 +68,7 @@ void CChunkPort::State::rebase(uint8_t* base) noexcept {
 
 CChunkPort::CChunkPort(IPort* pPortNode) : state_(std::make_unique<State>()) {
   if (pPortNode && !AttachPort(pPortNode))
-    throw INVALID_ARGUMENT_EXCEPTION("chunk port: the node given is no port node of a node map");
+    refuse<InvalidArgumentException>("chunk port: the node given is no port node of a node map");
 }
 
 CChunkPort::~CChunkPort() {
@@ -91,17 +91,13 @@ void CChunkPort::DetachPort() {
 
 void CChunkPort::AttachChunk(uint8_t* pBaseAddress, int64_t ChunkOffset, int64_t Length, bool Cache) {
   State& state = *state_;
-  if (!pBaseAddress) throw INVALID_ARGUMENT_EXCEPTION("%s: the chunk's base address is null", state.name().c_str());
+  if (!pBaseAddress) refuse<InvalidArgumentException>("{}: the chunk's base address is null", state.name());
   if (ChunkOffset < 0)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the chunk offset %lld is negative", state.name().c_str(),
-                                     static_cast<long long>(ChunkOffset));
-  if (Length < 1)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the chunk length %lld must be at least 1", state.name().c_str(),
-                                     static_cast<long long>(Length));
+    refuse<InvalidArgumentException>("{}: the chunk offset {} is negative", state.name(), ChunkOffset);
+  if (Length < 1) refuse<InvalidArgumentException>("{}: the chunk length {} must be at least 1", state.name(), Length);
   if (!fitsAddressSpace(pBaseAddress, ChunkOffset, Length))
-    throw INVALID_ARGUMENT_EXCEPTION("%s: %lld bytes at offset %lld reach past the end of the address space",
-                                     state.name().c_str(), static_cast<long long>(Length),
-                                     static_cast<long long>(ChunkOffset));
+    refuse<InvalidArgumentException>("{}: {} bytes at offset {} reach past the end of the address space", state.name(),
+                                     Length, ChunkOffset);
   BoundLock lock(state.binding.map());
   const bool wasAttached = state.start != nullptr;
   uint8_t* start = pBaseAddress + ChunkOffset;
@@ -128,7 +124,7 @@ void CChunkPort::DetachChunk() {
 
 void CChunkPort::UpdateBuffer(uint8_t* pBaseAddress) {
   State& state = *state_;
-  if (!pBaseAddress) throw INVALID_ARGUMENT_EXCEPTION("%s: the buffer's base address is null", state.name().c_str());
+  if (!pBaseAddress) refuse<InvalidArgumentException>("{}: the buffer's base address is null", state.name());
   changeNode(state.binding, false, [&state, pBaseAddress] {
     if (!state.start) return false;
     state.checkBase(pBaseAddress);
@@ -171,11 +167,9 @@ namespace {
 
 // True when there is nothing to move.
 bool checkAccess(const CChunkPort& port, const std::string& name, const void* buffer, int64_t length) {
-  if (length < 0)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the access length %lld is negative", name.c_str(),
-                                     static_cast<long long>(length));
-  if (!buffer && length > 0) throw INVALID_ARGUMENT_EXCEPTION("%s: the buffer is null", name.c_str());
-  if (port.GetAccessMode() == NA) throw RUNTIME_EXCEPTION("%s: no chunk is attached", name.c_str());
+  if (length < 0) refuse<InvalidArgumentException>("{}: the access length {} is negative", name, length);
+  if (!buffer && length > 0) refuse<InvalidArgumentException>("{}: the buffer is null", name);
+  if (port.GetAccessMode() == NA) refuse<RuntimeException>("{}: no chunk is attached", name);
   return length == 0;
 }
 
@@ -185,9 +179,8 @@ bool isPseudoRegister(int64_t address) {
 
 [[noreturn]] void throwOutside(const std::string& path, const std::string& id, int64_t address, int64_t length,
                                int64_t chunkLength) {
-  throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the chunk %s of %lld bytes", path.c_str(),
-                         static_cast<long long>(address), static_cast<long long>(lastByte(address, length)), id.c_str(),
-                         static_cast<long long>(chunkLength));
+  refuse<AccessException>("{}: bytes {}..{} lie outside the chunk {} of {} bytes", path, address,
+                          lastByte(address, length), id, chunkLength);
 }
 
 }  // namespace
@@ -200,8 +193,7 @@ void CChunkPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
   const uint8_t* bytes = state.hasCopy ? state.copy.data() : state.start;
   if (isPseudoRegister(Address)) {
     if (Length != static_cast<int64_t>(sizeof(uint64_t)))
-      throw ACCESS_EXCEPTION("%s: the register at %lld has 8 bytes, not %lld", state.name().c_str(),
-                             static_cast<long long>(Address), static_cast<long long>(Length));
+      refuse<AccessException>("{}: the register at {} has 8 bytes, not {}", state.name(), Address, Length);
     const uint64_t value = Address == CHUNK_LENGTH_REGISTER
                                ? static_cast<uint64_t>(state.length)
                                : reinterpret_cast<uintptr_t>(state.start ? state.start : bytes);
@@ -219,11 +211,8 @@ void CChunkPort::Write(const void* pBuffer, int64_t Address, int64_t Length) {
   const bool ready = pBuffer && Length > 0 && state.start;
   if (!ready && checkAccess(*this, state.name(), pBuffer, Length)) return;
   if (!state.start)
-    throw ACCESS_EXCEPTION("%s: the chunk %s is detached, its copy is read-only", state.name().c_str(),
-                           state.idText.c_str());
-  if (isPseudoRegister(Address))
-    throw ACCESS_EXCEPTION("%s: the register at %lld is read-only", state.name().c_str(),
-                           static_cast<long long>(Address));
+    refuse<AccessException>("{}: the chunk {} is detached, its copy is read-only", state.name(), state.idText);
+  if (isPseudoRegister(Address)) refuse<AccessException>("{}: the register at {} is read-only", state.name(), Address);
   const int64_t start = startWithin(Address, Length, state.length);
   if (start < 0) throwOutside(state.binding.path(state.name()), state.idText, Address, Length, state.length);
   std::memcpy(state.start + start, pBuffer, static_cast<size_t>(Length));

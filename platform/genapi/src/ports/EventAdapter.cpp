@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "Base/GCException.h"
 #include "GenApi/INodeMap.h"
 #include "nodes/PortNode.h"
 #include "ports/EventPortState.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -43,7 +43,7 @@ CEventAdapter::~CEventAdapter() {
 
 void CEventAdapter::AttachNodeMap(INodeMap* pNodeMap) {
   auto* live = dynamic_cast<ILiveData*>(pNodeMap);
-  if (!live) throw INVALID_ARGUMENT_EXCEPTION("event adapter: no node map of this engine was given");
+  if (!live) refuse<InvalidArgumentException>("event adapter: no node map of this engine was given");
   CEventAdapter::DetachNodeMap();
   BoundLock lock(pNodeMap);
   NodeList_t nodes;
@@ -88,8 +88,7 @@ void CEventAdapter::DetachNodeMap() {
 void CEventAdapter::deliver(const uint8_t msg[], uint32_t numBytes, std::string_view eventId) {
   HexId id;
   if (!id.parse(eventId))
-    throw INVALID_ARGUMENT_EXCEPTION("event ID '%.*s' is not a hexadecimal number",
-                                     static_cast<int>(std::min<size_t>(eventId.size(), 64)), eventId.data());
+    refuse<InvalidArgumentException>("event ID '{}' is not a hexadecimal number", eventId.substr(0, 64));
   CEventPort::State::checkPayload(nullptr, msg, numBytes);
   const auto found = state_->byId.find(id.significant());
   if (found == state_->byId.end()) return;

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "Base/GCException.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -11,7 +11,7 @@ CEventAdapterGeneric::CEventAdapterGeneric(INodeMap* pNodeMap) : CEventAdapter(p
 CEventAdapterGeneric::~CEventAdapterGeneric() = default;
 
 void CEventAdapterGeneric::DeliverMessage(const uint8_t[], uint32_t) {
-  throw LOGICAL_ERROR_EXCEPTION("event adapter: a message can only be delivered together with its event ID");
+  refuse<LogicalErrorException>("event adapter: a message can only be delivered together with its event ID");
 }
 
 void CEventAdapterGeneric::DeliverMessage(const uint8_t msg[], uint32_t numBytes,

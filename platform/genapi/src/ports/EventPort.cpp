@@ -1,10 +1,10 @@
 #include "GenApi/EventPort.h"
 
-#include "Base/GCException.h"
 #include "GenApi/INodeMap.h"
 #include "ports/ByteWindow.h"
 #include "ports/EventPortState.h"
 #include "ports/SingleNodeChange.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -15,12 +15,10 @@ std::string CEventPort::State::name() const {
 void CEventPort::State::checkPayload(const State* receiver, const uint8_t* bytes, int64_t length) {
   if (length >= 0 && length <= kMaxEventBytes && (bytes || length == 0)) return;
   const std::string name = receiver ? receiver->name() : "event adapter";
-  if (length < 0)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the event length %lld is negative", name.c_str(),
-                                     static_cast<long long>(length));
-  if (!bytes) throw INVALID_ARGUMENT_EXCEPTION("%s: the event's data is null", name.c_str());
-  throw INVALID_ARGUMENT_EXCEPTION("%s: an event of %lld bytes exceeds the limit of %lld bytes", name.c_str(),
-                                   static_cast<long long>(length), static_cast<long long>(kMaxEventBytes));
+  if (length < 0) refuse<InvalidArgumentException>("{}: the event length {} is negative", name, length);
+  if (!bytes) refuse<InvalidArgumentException>("{}: the event's data is null", name);
+  refuse<InvalidArgumentException>("{}: an event of {} bytes exceeds the limit of {} bytes", name, length,
+                                   kMaxEventBytes);
 }
 
 CEventPort::CEventPort() : state_(std::make_unique<State>()) {}
@@ -35,9 +33,9 @@ CEventPort::~CEventPort() {
 }
 
 bool CEventPort::AttachNode(INode* pNode) {
-  if (!pNode) throw INVALID_ARGUMENT_EXCEPTION("event port: the node is null");
+  if (!pNode) refuse<InvalidArgumentException>("event port: the node is null");
   const std::string idText = pNode->GetEventID().c_str();
-  if (idText.empty()) throw INVALID_ARGUMENT_EXCEPTION("%s: the node has no event ID", pNode->GetName().c_str());
+  if (idText.empty()) refuse<InvalidArgumentException>("{}: the node has no event ID", pNode->GetName());
   const bool isPort = dynamic_cast<IPortConstruct*>(pNode) != nullptr;
   if (!state_->binding.bind(pNode, isPort ? this : nullptr)) return false;
   state_->takeId(idText, isPort);
@@ -91,25 +89,21 @@ EAccessMode CEventPort::GetAccessMode() const {
 
 void CEventPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
   State& state = *state_;
-  if (Length < 0)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the access length %lld is negative", state.name().c_str(),
-                                     static_cast<long long>(Length));
-  if (!pBuffer && Length > 0) throw INVALID_ARGUMENT_EXCEPTION("%s: the buffer is null", state.name().c_str());
+  if (Length < 0) refuse<InvalidArgumentException>("{}: the access length {} is negative", state.name(), Length);
+  if (!pBuffer && Length > 0) refuse<InvalidArgumentException>("{}: the buffer is null", state.name());
   BoundLock lock(state.binding.map());
-  if (!state.delivered) throw RUNTIME_EXCEPTION("%s: no event has been delivered", state.name().c_str());
+  if (!state.delivered) refuse<RuntimeException>("{}: no event has been delivered", state.name());
   if (Length == 0) return;
   const auto size = static_cast<int64_t>(state.payload.size());
   const int64_t start = startWithin(Address, Length, size);
   if (start < 0)
-    throw ACCESS_EXCEPTION("%s: bytes %lld..%lld lie outside the event %s of %lld bytes",
-                           state.binding.path(state.name()).c_str(), static_cast<long long>(Address),
-                           static_cast<long long>(lastByte(Address, Length)), state.idText.c_str(),
-                           static_cast<long long>(size));
+    refuse<AccessException>("{}: bytes {}..{} lie outside the event {} of {} bytes", state.binding.path(state.name()),
+                            Address, lastByte(Address, Length), state.idText, size);
   std::memcpy(pBuffer, state.payload.data() + start, static_cast<size_t>(Length));
 }
 
 void CEventPort::Write(const void*, int64_t, int64_t) {
-  throw ACCESS_EXCEPTION("%s: an event's data is read-only", state_->name().c_str());
+  refuse<AccessException>("{}: an event's data is read-only", state_->name());
 }
 
 void CEventPort::SetPortImpl(IPort* pPort) {

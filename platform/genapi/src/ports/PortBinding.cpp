@@ -1,16 +1,15 @@
 #include "ports/PortBinding.h"
 
-#include "Base/GCException.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
 bool PortBinding::bind(INode* node, IPort* implementation) {
   INodeMap* map = node->GetNodeMap();
   auto* live = dynamic_cast<ILiveData*>(map);
-  if (!live)
-    throw INVALID_ARGUMENT_EXCEPTION("%s: the node belongs to no node map of this engine", node->GetName().c_str());
+  if (!live) refuse<InvalidArgumentException>("{}: the node belongs to no node map of this engine", node->GetName());
   return bind(node, dynamic_cast<IPort*>(node), map, live, implementation);
 }
 
