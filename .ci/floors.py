@@ -19,6 +19,8 @@ ROOMS = [
     ("api", "include", ["base-public"]),
     ("simulation-public", "simulation/include", []),
     ("simulation", "simulation", ["simulation-public"]),
+    ("pixels-public", "camera/pixels/include", []),
+    ("pixels", "camera/pixels", ["pixels-public"]),
     ("simulated-public", "transport/simulated/include", ["api"]),
     ("simulated", "transport/simulated", ["simulated-public", "api", "base-public", "simulation-public"]),
     ("transport", "transport", ["simulation-public"]),
@@ -29,7 +31,8 @@ ROOMS = [
 ALLOWED = {name: {name, *below} for name, _, below in ROOMS}
 # Where the compiler looks for "Name/File.h"; a room's own sources come first through the file's own folder.
 INCLUDE_ROOTS = ["include", "platform/base/include", "platform/telemetry/include", "platform/genapi/include",
-                 "simulation/include", "src", "platform/base/src", "platform/telemetry/src", "platform/genapi/src",
+                 "simulation/include", "camera/pixels/include", "src", "platform/base/src", "platform/telemetry/src",
+                 "platform/genapi/src",
                  "transport/simulated/include", "simulation", "transport", "transport/aravis", "tools/oxgenapi", ""]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 

@@ -1,0 +1,32 @@
+// Makes results that say what is wrong.
+#pragma once
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <new>
+#include <utility>
+
+#include "OxPixels/Result.h"
+
+namespace ox::pixels {
+
+/// A failure with a text; one that is too long loses its end, so the reason comes first.
+template <class... Args>
+Result failure(Code code, fmt::format_string<Args...> text, Args&&... args) noexcept {
+  Result result;
+  result.code = code;
+  const auto end = fmt::format_to_n(result.text, std::size(result.text) - 1, text, std::forward<Args>(args)...);
+  *end.out = '\0';
+  return result;
+}
+
+/// Runs work that allocates and returns what it returns, or the failure to get memory.
+template <class Work>
+Result withMemory(Work&& work) noexcept try {
+  return work();
+} catch (const std::bad_alloc&) {
+  return failure(Code::NoMemory, "not enough memory");
+}
+
+}  // namespace ox::pixels
