@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
+#include "Base/GCException.h"
 #include "Failure.h"
+#include "OxBase/Exceptions.h"
 #include "SettingsText.h"
 
 namespace orxGenApi {
 
 using GENAPI_NAMESPACE::INode;
+using GENICAM_NAMESPACE::BadAllocException;
 using GENICAM_NAMESPACE::gcstring;
 using GENICAM_NAMESPACE::GenericException;
 
@@ -22,18 +26,28 @@ void NodeMapSerializer::report(INode* feature, uint32_t code, std::string text) 
 void NodeMapSerializer::reportCurrentException(INode* feature, const gcstring& name) {
   uint32_t code = OXGENAPI_E_UNSPECIFIED;
   std::string text = std::string(name.view()) + ": ";
+  const auto outOfMemory = [&] {
+    code = OXGENAPI_E_OUT_OF_MEMORY;
+    text += kUnspecifiedError;
+  };
   try {
     throw;
   } catch (const orx_error& fault) {
     code = fault.code();
     text += fault.what();
+  } catch (const std::bad_alloc&) {
+    outOfMemory();
+  } catch (const orxBase::bad_alloc&) {
+    outOfMemory();
+  } catch (const BadAllocException&) {
+    outOfMemory();
   } catch (const GenericException& fault) {
     code = kSettingDoesNotHold;
     text += fault.GetDescription();
   } catch (const std::exception& fault) {
     text += fault.what();
   } catch (...) {
-    text += "Unspecified error";
+    text += kUnspecifiedError;
   }
   report(feature, code, std::move(text));
 }

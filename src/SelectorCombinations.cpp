@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 
 #include "Failure.h"
 #include "SettingsText.h"
@@ -28,6 +29,13 @@ SelectorValues SelectorValues::listed(IValue* selector, std::vector<gcstring> sy
   values.symbols_ = std::move(symbols);
   if (!values.empty()) values.takeTurn();
   return values;
+}
+
+uint64_t SelectorValues::size() const {
+  if (!counted_) return symbols_.size();
+  const uint64_t steps =
+      (static_cast<uint64_t>(maximum_) - static_cast<uint64_t>(minimum_)) / static_cast<uint64_t>(increment_);
+  return std::max(steps, steps + 1);
 }
 
 void SelectorValues::takeTurn() {
@@ -115,6 +123,20 @@ SelectorCombinations::SelectorCombinations(INode& feature) {
   std::sort(selecting.begin(), selecting.end(), std::less<IValue*>());
   selecting.erase(std::unique(selecting.begin(), selecting.end()), selecting.end());
   for (IValue* selector : selecting) addUsable(feature, selector, selectors_);
+  requireFew();
+}
+
+void SelectorCombinations::requireFew() const {
+  if (empty()) return;
+  uint64_t count = 1;
+  for (const SelectorValues& values : selectors_) {
+    if (!__builtin_mul_overflow(count, values.size(), &count)) continue;
+    count = std::numeric_limits<uint64_t>::max();
+    break;
+  }
+  if (count <= kMaxSelectorCombinations) return;
+  throw orx_error(kSettingDoesNotHold, std::to_string(count) + " selector combinations, more than " +
+                                           std::to_string(kMaxSelectorCombinations));
 }
 
 bool SelectorCombinations::empty() const {

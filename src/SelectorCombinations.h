@@ -9,6 +9,10 @@
 
 namespace orxGenApi {
 
+// Combinations of the selector values of one feature that are saved: a table of 16 bits in four channels. A register
+// that answers garbage for a limit makes billions.
+inline constexpr uint64_t kMaxSelectorCombinations = 262144;
+
 // The values of one selector and the one that is its turn. Integers are counted, never listed: their range may hold
 // 2^63 values.
 class SelectorValues {
@@ -20,7 +24,9 @@ class SelectorValues {
   static SelectorValues listed(GENAPI_NAMESPACE::IValue* selector, std::vector<GENICAM_NAMESPACE::gcstring> symbols);
 
   GENAPI_NAMESPACE::IValue* selector() const { return selector_; }
-  bool empty() const { return !counted_ && symbols_.empty(); }
+  bool empty() const { return size() == 0; }
+  // How many values; the largest number for more.
+  uint64_t size() const;
 
   // Moves on to the next value; back to the first, with false, when there is none.
   bool advance();
@@ -49,7 +55,7 @@ class SelectorCombinations {
   // Usable is a selector that can be read: a writable integer with its whole range, a read-only one with its current
   // value, an enumeration with those entries that are available. Integers whose maximum lies below the minimum are left
   // out. Throws orx_error 0x8000002f for a readable selector of another type, 0x8000002d for an increment that is not
-  // positive, and what the nodes throw.
+  // positive and for more than kMaxSelectorCombinations, and what the nodes throw.
   explicit SelectorCombinations(GENAPI_NAMESPACE::INode& feature);
 
   bool hasSelectors() const { return !selectors_.empty(); }
@@ -63,6 +69,8 @@ class SelectorCombinations {
   void appendTo(std::string& text) const;
 
  private:
+  void requireFew() const;
+
   std::vector<SelectorValues> selectors_;
 };
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 
 #include <gmock/gmock.h>
 
@@ -129,18 +130,50 @@ TEST(SettingsSave, AFailingAccessEndsTheFeatureAndAsks) {
   }
 }
 
-TEST(SettingsSave, ASelectorWithHugeRangeIsSteppedNotListed) {
-  MemoryDevice device(
-      "<Integer Name='Last'><Value>0</Value><Min>9223372036854775800</Min><Max>9223372036854775807</Max><Inc>5</Inc>"
-      "<pSelected>Few</pSelected></Integer><Integer Name='Few'><Value>1</Value></Integer>"
-      "<Integer Name='Huge'><Value>0</Value><Min>-9223372036854775808</Min><Max>9223372036854775807</Max>"
-      "<pSelected>Endless</pSelected></Integer>"
-      "<IntReg Name='Endless'><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>"
-      "<Cachable>NoCache</Cachable></IntReg>");
-  EXPECT_EQ(saved(device, "Few"), "Few[Last(9223372036854775800)] = \"1\"\nFew[Last(9223372036854775805)] = \"1\"\n");
-  device.failingAccess = 100;
-  Heard heard{.goOn = false, .problems = {}};
-  saved(device, "Endless", &heard, 0x8000002D);
+// A register that answers garbage makes a range without an end: that feature fails, the rest is saved.
+TEST(SettingsSave, CountsTheCombinationsOfAFeatureBeforeItVisitsThem) {
+  struct Selector {
+    const char *name, *selected, *minimum, *maximum, *increment = "1";
+  };
+  constexpr const char* kLargest = "9223372036854775807";
+  std::string nodes = integerRegister("DeadReg", 0, "<Sign>Unsigned</Sign>");
+  for (const Selector& each : {Selector{"Last", "Few", "9223372036854775800", kLargest, "5"},
+                               {"A", "Most", "0", "511"},
+                               {"B", "Most", "1", "512"},
+                               {"C", "OneMore", "0", "262144"},
+                               {"D", "All", "-9223372036854775808", kLargest},
+                               {"E", "All", "0", "9"}}) {
+    nodes += std::string("<Integer Name='") + each.name + "'><Value>0</Value><Min>" + each.minimum + "</Min><Max>" +
+             each.maximum + "</Max><Inc>" + each.increment + "</Inc><pSelected>" + each.selected +
+             "</pSelected></Integer>";
+  }
+  nodes += "<Integer Name='F'><Value>0</Value><Min>0</Min><pMax>DeadReg</pMax><pSelected>Dead</pSelected></Integer>";
+  for (const char* name : {"Few", "OneMore", "All", "Dead", "Rest"}) nodes += intReg(name, "4");
+  MemoryDevice device(nodes + intReg("Most", "0x100", "<Cachable>NoCache</Cachable>"));
+  std::fill_n(device.memory.begin(), 4, uint8_t{0xff});
+  device.failingAccess = 100;  // as many combinations as are allowed are visited: up to here
+  Heard heard;
+  std::string text(500, '\0');
+  size_t size = text.size();
+  ASSERT_OK(NMSaveSetString(device.map, text.data(), &size, &Heard::callback, &heard));
+  EXPECT_THAT(text, testing::StartsWith("Few[Last(9223372036854775800)] = \"0\"\n"
+                                        "Few[Last(9223372036854775805)] = \"0\"\n"
+                                        "Rest = \"0\"\nMost[A(0),B(1)] = \"0\"\nMost[A(0),B(2)] = \"0\"\n"));
+  EXPECT_EQ(heard.all(),
+            "OneMore 8000002d OneMore: 262145 selector combinations, more than 262144\n"
+            "All 8000002d All: 18446744073709551615 selector combinations, more than 262144\n"
+            "Dead 8000002d Dead: 4294967296 selector combinations, more than 262144\n"
+            "Most 8000002d Most: port broken\n");
+}
+
+TEST(SettingsSave, MemoryThatRunsOutForOneFeatureIsToldAsSuch) {
+  MemoryDevice device(intReg("Width", "0") + intReg("Height", "4"));
+  device.after = [](int64_t address, bool) {
+    if (address == 0) throw std::bad_alloc();
+  };
+  Heard heard;
+  EXPECT_EQ(saved(device, nullptr, &heard), "Height = \"0\"\n");
+  EXPECT_EQ(heard.all(), "Width 80000005 Width: Unspecified error\n");
 }
 
 TEST(SettingsSave, WritesASelectorOnlyWhenItsValueChanges) {
