@@ -7,10 +7,12 @@
 #include <new>
 
 inline std::atomic<long> allocations{0};
+inline std::atomic<long> allocatedBytes{0};
 
 // Not inlined: the compiler would take the pair for mismatched.
 [[gnu::noinline]] void* operator new(size_t bytes) {
   allocations.fetch_add(1, std::memory_order_relaxed);
+  allocatedBytes.fetch_add(static_cast<long>(bytes), std::memory_order_relaxed);
   if (void* memory = std::malloc(bytes)) return memory;
   throw std::bad_alloc();
 }

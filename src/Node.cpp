@@ -12,6 +12,7 @@ Node::Node(orxBase::shared_ref<NodeMapBase> nodeMap, std::shared_ptr<LoadedMap> 
 
 Node::~Node() {
   deregisterAll();
+  for (const auto& list : related_) delete list.load(std::memory_order_relaxed);
 }
 
 Operation Node::operation(const char* tag, const FailureRules& rules) const noexcept {

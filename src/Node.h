@@ -1,10 +1,11 @@
 // The object behind a NODE handle: one feature of a loaded description.
 #pragma once
+#include <array>
 #include <atomic>
-
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "Failure.h"
 #include "INode.h"
@@ -28,6 +29,8 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
   const TypedNode& typed() const noexcept { return typed_; }
   const std::shared_ptr<LoadedMap>& load() const noexcept { return load_; }
   const orxBase::shared_ref<NodeMapBase>& nodeMap() const noexcept { return nodeMap_; }
+  // Without the node map's lock, for calls that are about to take it.
+  TVerifyMode verifyMode() const noexcept { return verifyMode_.load(std::memory_order_relaxed); }
 
   uint32_t GetType(TNodeType* type) noexcept override;
 
@@ -75,7 +78,7 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
  private:
   class CallbackHelper;
   class UpdateCallback;
-  struct Related;
+  using Related = std::vector<GENAPI_NAMESPACE::INode*>;
 
   // "<name><tag>: <text>" in the record of a failure.
   Operation operation(const char* tag, const FailureRules& rules) const noexcept;
@@ -86,7 +89,10 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
   void writeInteger(bool verify, int64_t value);
   void writeFloat(bool verify, double value);
   void writeText(bool verify, const char* value);
-  Related related(TNodeList list, const char* unknown) const;
+  // What a list holds. It follows from the description alone, so it is found once: callers walk lists entry by entry.
+  const Related& related(TNodeList list, const char* unknown) const;
+  Related findRelated(TNodeList list, const char* unknown) const;
+  GENAPI_NAMESPACE::INode& relatedAt(TNodeList list, int64_t index) const;
   std::string entryInfo(TNodeInfo info, int64_t index, int64_t* integer) const;
   GENICAM_NAMESPACE::gcstring listEntryName(TNodeList list, int64_t index) const;
   void deregisterAll() noexcept;
@@ -94,7 +100,8 @@ class Node : public ORX::INode, public orxBase::enable_shared_from_this<Node> {
   const orxBase::shared_ref<NodeMapBase> nodeMap_;
   const std::shared_ptr<LoadedMap> load_;
   const TypedNode typed_;
-  std::atomic<TVerifyMode> verifyMode_{VM_WriteOnly};
+  mutable std::array<std::atomic<const Related*>, 4> related_{};  // by TNodeList; null until asked
+  std::atomic<TVerifyMode> verifyMode_{VM_WriteOnly};             // written under the engine map's lock
   // What is registered with the engine, which owns the callback objects. Guarded by the engine map's lock.
   std::set<TCallbackHandle> callbacks_;
 };

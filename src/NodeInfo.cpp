@@ -28,11 +28,7 @@ uint32_t Node::GetInfoAsStringW(TNodeInfo info, wchar_t* value, size_t& size) no
 }
 
 std::string Node::entryInfo(TNodeInfo info, int64_t index, int64_t* integer) const {
-  if (typed_.type != NT_Enumeration) throw orx_error(OXGENAPI_E_INVALID_HANDLE, "This is not an IEnum node");
-  GENAPI_NAMESPACE::NodeList_t entries;
-  typed_.enumeration->GetEntries(entries);
-  if (index < 0 || static_cast<uint64_t>(index) >= entries.size()) throwIndexOutOfRange(index, entries.size());
-  const TypedNode entry(entries[static_cast<size_t>(index)]);
+  const TypedNode entry(&relatedAt(NL_EnumEntries, index));
   // An item that has only one of the two forms is answered in that one.
   const int64_t number = isTextInfo(info) ? 0 : infoAsInteger(entry, info);
   std::string text = hasTextForm(info) ? infoAsText(entry, info) : std::string();

@@ -1,4 +1,6 @@
 // The nodes that a node is related to.
+#include <memory>
+
 #include "Node.h"
 #include "NodeText.h"
 
@@ -11,51 +13,60 @@ namespace {
 
 }  // namespace
 
-// What the engine answers: nodes, or values; the other list is empty.
-struct Node::Related {
+Node::Related Node::findRelated(TNodeList list, const char* unknown) const {
   GENAPI_NAMESPACE::NodeList_t nodes;
   GENAPI_NAMESPACE::FeatureList_t features;
-
-  size_t size() const noexcept { return nodes.size() + features.size(); }
-  GENAPI_NAMESPACE::INode& at(size_t index) const {
-    return nodes.empty() ? *features[index]->GetNode() : *nodes[index];
-  }
-};
-
-Node::Related Node::related(TNodeList list, const char* unknown) const {
-  Related related;
   switch (list) {
     case NL_Children:
       if (typed_.type == NT_Category) {
-        typed_.category->GetFeatures(related.features);
+        typed_.category->GetFeatures(features);
       } else {
-        typed_.node->GetChildren(related.nodes, GENAPI_NAMESPACE::ctReadingChildren);
+        typed_.node->GetChildren(nodes, GENAPI_NAMESPACE::ctReadingChildren);
       }
-      return related;
+      break;
     case NL_SelectedFeatures: {
       const auto* selector = dynamic_cast<GENAPI_NAMESPACE::ISelector*>(typed_.node);
       if (selector == nullptr || !selector->IsSelector()) refuseKind("This is not a selected node");
-      selector->GetSelectedFeatures(related.features);
-      return related;
+      selector->GetSelectedFeatures(features);
+      break;
     }
     case NL_EnumEntries:
       if (typed_.type != NT_Enumeration) refuseKind("This is not an IEnum node");
-      typed_.enumeration->GetEntries(related.nodes);
-      return related;
+      typed_.enumeration->GetEntries(nodes);
+      break;
     case NL_SelectingFeatures: {
       const auto* selector = dynamic_cast<GENAPI_NAMESPACE::ISelector*>(typed_.node);
       if (selector == nullptr) refuseKind("This is not an ISelector node");
-      selector->GetSelectingFeatures(related.features);
-      return related;
+      selector->GetSelectingFeatures(features);
+      break;
     }
+    default:
+      throw orx_error(OXGENAPI_E_NOT_SUPPORTED, unknown);
   }
-  throw orx_error(OXGENAPI_E_NOT_SUPPORTED, unknown);
+  Related related(nodes.begin(), nodes.end());
+  related.reserve(nodes.size() + features.size());
+  for (GENAPI_NAMESPACE::IValue* feature : features) related.push_back(feature->GetNode());
+  return related;
+}
+
+const Node::Related& Node::related(TNodeList list, const char* unknown) const {
+  const auto place = static_cast<size_t>(list);
+  const Related* known = place < related_.size() ? related_[place].load(std::memory_order_acquire) : nullptr;
+  if (known != nullptr) return *known;
+  auto found = std::make_unique<const Related>(findRelated(list, unknown));
+  // Another thread may have been faster.
+  if (related_[place].compare_exchange_strong(known, found.get(), std::memory_order_acq_rel)) known = found.release();
+  return *known;
+}
+
+GENAPI_NAMESPACE::INode& Node::relatedAt(TNodeList list, int64_t index) const {
+  const Related& nodes = related(list, "Unknown list type");
+  if (index < 0 || static_cast<uint64_t>(index) >= nodes.size()) throwIndexOutOfRange(index, nodes.size());
+  return *nodes[static_cast<size_t>(index)];
 }
 
 GENICAM_NAMESPACE::gcstring Node::listEntryName(TNodeList list, int64_t index) const {
-  const Related nodes = related(list, "Unknown list type");
-  if (index < 0 || static_cast<uint64_t>(index) >= nodes.size()) throwIndexOutOfRange(index, nodes.size());
-  return nodes.at(static_cast<size_t>(index)).GetName(true);
+  return relatedAt(list, index).GetName(true);
 }
 
 uint32_t Node::GetListCount(TNodeList list, int64_t* count) noexcept {

@@ -111,8 +111,10 @@ uint32_t Node::Invalidate() noexcept {
 }
 
 uint32_t Node::GetVerifyMode(TVerifyMode* mode) noexcept {
-  *mode = verifyMode_.load(std::memory_order_relaxed);
-  return OXGENAPI_OK;
+  return guarded(operation("::GetVerifyMode", kReading), [&] {
+    const AutoLock lock(typed_.node->GetNodeMap()->GetLock());
+    *mode = verifyMode();
+  });
 }
 
 uint32_t Node::SetVerifyMode(TVerifyMode mode) noexcept {
@@ -120,7 +122,10 @@ uint32_t Node::SetVerifyMode(TVerifyMode mode) noexcept {
     if (static_cast<uint32_t>(mode) >= kVerifyModeNames.size()) {
       throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Unknown validation mode");
     }
-    verifyMode_.store(mode, std::memory_order_relaxed);
+    {
+      const AutoLock lock(typed_.node->GetNodeMap()->GetLock());
+      verifyMode_.store(mode, std::memory_order_relaxed);
+    }
     note(OXT_LEVEL_DEBUG, typed_.node, ": Set verify mode to ", kVerifyModeNames[mode]);
   });
 }

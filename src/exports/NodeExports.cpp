@@ -1,5 +1,7 @@
 #include "OxGenApi/Node.h"
 
+#include <typeinfo>
+
 #include "ExportFrame.h"
 #include "INode.h"
 #include "Node.h"
@@ -15,7 +17,9 @@ uint32_t onNode(NODE handle, const Arguments& arguments, Call&& call) {
   return onObject<ORX::INode>(handle, arguments, call);
 }
 
+// The library's own nodes are asked without the node map's lock: the value call that follows takes it anyway.
 TVerifyMode verifyMode(ORX::INode& node) {
+  if (typeid(node) == typeid(orxGenApi::Node)) return static_cast<orxGenApi::Node&>(node).verifyMode();
   TVerifyMode mode = VM_None;
   node.GetVerifyMode(&mode);
   return mode;

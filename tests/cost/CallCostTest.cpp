@@ -73,6 +73,43 @@ TEST(CallCost, PortAccessesAndAllocationsOfCallsOnceTheirFeatureIsKnown) {
   }
 }
 
+// Steps are bytes of memory: what a walk over a list costs beside its names is the lists that are built for it.
+TEST(CallCost, WalksOverListsGrowAsTheListsDo) {
+  char text[64];
+  size_t size = sizeof text;
+  struct Walk {
+    const char* node;
+    std::function<uint32_t(NODE, int64_t index)> step;
+  };
+  const Walk walks[] = {
+      {"Root", [&](NODE node, int64_t i) { return NList(node, NL_Children, i, text, size); }},
+      {"Mode", [&](NODE node, int64_t i) { return NList(node, NL_EnumEntries, i, text, size); }},
+      {"Mode", [&](NODE node, int64_t i) { return NInfoEnum(node, NI_Name, i, nullptr, text, &size); }},
+      {"Mode", [&](NODE node, int64_t i) { return NList(node, NL_SelectedFeatures, i, text, size); }},
+  };
+  for (const Walk& walk : walks) {
+    long before = 0;
+    for (const int n : {500, 1000, 2000}) {
+      std::string features, entries, nodes;
+      for (int i = 0; i < n; ++i) {
+        const std::string name = std::to_string(i);
+        features += "<pFeature>F" + name + "</pFeature>";
+        entries += "<EnumEntry Name='E" + name + "'><Value>" + name + "</Value></EnumEntry><pSelected>F" + name +
+                   "</pSelected>";
+        nodes += "<Integer Name='F" + name + "'><Value>0</Value></Integer>";
+      }
+      Device device(nodes + "<Enumeration Name='Mode'><Value>0</Value>" + entries + "</Enumeration>", features);
+      const NODE node = device.node(walk.node);
+      const long start = allocatedBytes;
+      for (int64_t i = 0; i < n; ++i) ASSERT_OK(walk.step(node, i));
+      const long steps = allocatedBytes - start;
+      std::printf("%s %d: %ld\n", walk.node, n, steps);
+      EXPECT_LT(steps, before == 0 ? steps + 1 : 5 * before / 2) << walk.node << ", " << n;
+      before = steps;
+    }
+  }
+}
+
 TEST(LiveCost, FramesAndMessagesTakeNoMemoryOnceTheirPortsAreKnown) {
   const std::string field = "<Length>4</Length><AccessMode>RO</AccessMode><pPort>";
   Device device(
