@@ -20,6 +20,9 @@ class NodeMapBase : public ORX::INodeMap, public orxBase::enable_shared_from_thi
   using InterfaceType = ORX::INodeMap;
   static uint64_t interfaceId() noexcept { return OX_INTERFACE_NODE_MAP; }
 
+  // The node map itself; that of a proxy is the one it stands for.
+  virtual NodeMapBase* target() noexcept { return this; }
+
   // What the last successful load made, empty before it. Hold it for as long as anything of it is used.
   virtual std::shared_ptr<LoadedMap> loaded() noexcept = 0;
 

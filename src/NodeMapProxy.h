@@ -5,13 +5,21 @@
 
 namespace orxGenApi {
 
-// Forwards every operation unchanged to the node map behind it, which it keeps alive.
+// Forwards every operation unchanged to the node map behind it, which it keeps alive. What a chain of proxies stands
+// for is found once, so that a call costs the same through all of them.
 class NodeMapProxy : public NodeMapBase {
  public:
-  NodeMapProxy(orxBase::shared_ref<NodeMapBase> internal, TReleaseNotify releaseNotify, void* userData) noexcept;
+  explicit NodeMapProxy(orxBase::shared_ref<NodeMapBase> internal) noexcept;
   // Notifies first, while the node map behind it is still there.
   ~NodeMapProxy() override;
 
+  // For a proxy that its creator gets; one that nobody gets ends without a word.
+  void setReleaseNotify(TReleaseNotify releaseNotify, void* userData) noexcept {
+    releaseNotify_ = releaseNotify;
+    userData_ = userData;
+  }
+
+  NodeMapBase* target() noexcept override { return target_; }
   std::shared_ptr<LoadedMap> loaded() noexcept override;
   orxBase::shared_ref<Node> nodeFor(const std::shared_ptr<LoadedMap>& load,
                                     GENAPI_NAMESPACE::INode* engineNode) override;
@@ -38,9 +46,12 @@ class NodeMapProxy : public NodeMapBase {
   uint32_t DetachAllChunks() noexcept override;
 
  private:
+  void notify() const noexcept;
+
   orxBase::shared_ref<NodeMapBase> internal_;
-  TReleaseNotify releaseNotify_;
-  void* userData_;
+  NodeMapBase* target_;  // the node map at the end of the chain
+  TReleaseNotify releaseNotify_ = nullptr;
+  void* userData_ = nullptr;
 };
 
 }  // namespace orxGenApi

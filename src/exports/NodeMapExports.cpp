@@ -54,8 +54,8 @@ uint32_t CreateNodeMapProxy(NODEMAP InternalNodeMap, TReleaseNotify ReleaseNotif
     *ProxyNodeMap = nullptr;
     return orxGenApi::guardedExport(arguments, kCreatingProxy, [&] {
       auto reference = orxBase::shared_ref<NodeMapBase>::add(InternalNodeMap, &internal);
-      auto proxy =
-          orxBase::detail::make_shared_t<orxGenApi::NodeMapProxy>(std::move(reference), ReleaseNotify, pUserData);
+      auto proxy = orxBase::detail::make_shared_t<orxGenApi::NodeMapProxy>(std::move(reference));
+      proxy->setReleaseNotify(ReleaseNotify, pUserData);
       *ProxyNodeMap = static_cast<NODEMAP>(proxy.release());
       return OXGENAPI_OK;
     });

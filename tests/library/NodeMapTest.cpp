@@ -1,4 +1,5 @@
 // Loading, finding nodes, and what the description says about itself.
+#include <pthread.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -188,6 +189,62 @@ TEST(NodeMapProxy, StandsForItsNodeMapAndOutlivesItsHandle) {
   EXPECT_EQ(notified.calls, 1);
   EXPECT_EQ(notified.resultInside, 0u);  // the node map was still there
   EXPECT_FALSE(IsNodeMap(internal));
+}
+
+// More of them than a stack could hold one inside the other: 256 KiB, a thread's stack on small systems.
+TEST(NodeMapProxy, ALongChainIsUsedAndEndsOnASmallStack) {
+  constexpr int kProxies = 200'000;
+  pthread_attr_t small;
+  pthread_attr_init(&small);
+  pthread_attr_setstacksize(&small, size_t{256} << 10);
+  static int notified;
+  notified = 0;
+  const auto run = [](void*) -> void* {
+    NODEMAP last = nullptr;
+    EXPECT_OK(CreateNodeMap(last));
+    EXPECT_OK(NMLoadXMLString(last, description("").c_str()));
+    for (int i = 0; i < kProxies; ++i) {
+      const NODEMAP before = std::exchange(last, nullptr);
+      EXPECT_OK(CreateNodeMapProxy(
+          before, [](void* inner) { notified += IsNodeMap(static_cast<NODEMAP>(inner)); }, before, &last));
+      OxIfaceContainerReleaseUseCounter(before);
+    }
+    uint32_t count = 0;
+    EXPECT_OK(NMNodeCount(last, count));
+    EXPECT_EQ(count, 2u);
+    OxIfaceContainerReleaseUseCounter(last);
+    return nullptr;
+  };
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &small, run, nullptr), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&small);
+  EXPECT_EQ(notified, kProxies) << "each while what it stood for was there";
+}
+
+// What a notification releases has ended when that release returns, in the middle of a chain too.
+TEST(NodeMapProxy, ANotificationMayEndOtherProxies) {
+  static std::string order;
+  order.clear();
+  NODEMAP map = nullptr, inner = nullptr, outer = nullptr, other = nullptr;
+  ASSERT_OK(CreateNodeMap(map));
+  ASSERT_OK(CreateNodeMapProxy(
+      map, [](void*) { order += "other "; }, nullptr, &other));
+  ASSERT_OK(CreateNodeMapProxy(
+      map,
+      [](void* proxy) {
+        OxIfaceContainerReleaseUseCounter(proxy);
+        order += IsNodeMap(static_cast<NODEMAP>(proxy)) ? "alive " : "inner ";
+      },
+      other, &inner));
+  ASSERT_OK(CreateNodeMapProxy(
+      inner, [](void*) { order += "outer "; }, nullptr, &outer));
+  OxIfaceContainerReleaseUseCounter(inner);
+  OxIfaceContainerReleaseUseCounter(outer);
+  EXPECT_EQ(order, "outer other inner ");
+  EXPECT_TRUE(IsNodeMap(map));
+  OxIfaceContainerReleaseUseCounter(map);
+  EXPECT_FALSE(IsNodeMap(map));
 }
 
 // The call itself ends the proxy: a port callback inside it gives back the last handle, and the notification overwrites

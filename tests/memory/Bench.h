@@ -62,6 +62,7 @@ class Bench {
   int64_t integer = 0;
   double real = 0;
   TCallbackHandle registration = 0;
+  int notified = 0;  // of the end of a proxy
   uint8_t chunk[64] = {};
 
  private:
