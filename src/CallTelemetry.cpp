@@ -41,7 +41,10 @@ Log::~Log() {
     storeAttributes();
   } catch (...) {  // the record goes without them
   }
-  OxTSendLog(handle_, message.c_str());
+  try {
+    OxTSendLog(handle_, message.c_str());
+  } catch (...) {  // thrown by a telemetry library of the caller's; the failure being reported comes first
+  }
 }
 
 void Log::storeAttributes() {

@@ -10,7 +10,7 @@
 
 namespace orxGenApi {
 
-uint32_t fail(const Operation& operation, uint32_t code, const char* text) noexcept {
+uint32_t failSilently(const Operation& operation, uint32_t code, const char* text) noexcept {
   if (operation.rules.reports) {
     Telemetry::_OxGenApi::sendRecord(OXT_LEVEL_ERROR, [&](Telemetry::_OxGenApi::Log& record) {
       if (operation.owner != nullptr) operation.appendOwner(record.message, operation.owner);
@@ -18,6 +18,11 @@ uint32_t fail(const Operation& operation, uint32_t code, const char* text) noexc
       record["Code"] = int64_t{code};
     });
   }
+  return code;
+}
+
+uint32_t fail(const Operation& operation, uint32_t code, const char* text) noexcept {
+  failSilently(operation, code, text);
   OxSetLastError(code, text);
   return code;
 }
@@ -35,6 +40,8 @@ uint32_t failWithCurrentException(const Operation& operation) noexcept {
   };
   try {
     throw;
+  } catch (const silent_error& e) {
+    return failSilently(operation, e.code(), e.what());
   } catch (const orx_error& e) {
     return fail(operation, e.code(), e.what());
   } catch (const AccessException& e) {

@@ -22,6 +22,12 @@ class orx_error : public std::runtime_error {
   uint32_t code_;
 };
 
+// The same where callers get the code alone: the text goes to the record, the last error stays as it was.
+class silent_error : public orx_error {
+ public:
+  using orx_error::orx_error;
+};
+
 // Which code an exception becomes. What is the same for all operations (orx_error) is not listed.
 struct FailureRules {
   uint32_t access = OXGENAPI_E_UNSPECIFIED;     // GenApi: access refused
@@ -57,6 +63,8 @@ struct Operation {
   void (*appendOwner)(std::string& text, const void* owner);
 };
 
+// Sends the record; returns the code.
+uint32_t failSilently(const Operation& operation, uint32_t code, const char* text) noexcept;
 // Sends the record, then sets the last error; returns the code.
 uint32_t fail(const Operation& operation, uint32_t code, const char* text) noexcept;
 

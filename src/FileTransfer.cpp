@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Base/GCException.h"
+#include "Base/GCUtilities.h"
 #include "Failure.h"
 #include "GenApi/Filestream.h"
 #include "GenApi/GenApi.h"
@@ -39,6 +40,10 @@ auto onDevice(uint32_t code, Transfer transfer) {
   }
 }
 
+void requireOpen(const IDevFileStream& device) {
+  if (device.fail()) throw silent_error(OXGENAPI_E_DEVICE_FILE, "the device does not open the file");
+}
+
 void writeWhole(ODevFileStream& device, const gcstring& deviceFile, const char* data, size_t size) {
   while (size > 0) {
     const std::streamsize part = static_cast<std::streamsize>(std::min(size, kCopyBlockBytes));
@@ -68,55 +73,51 @@ void uploadFile(INodeMap& nodeMap, const gcstring& deviceFile, const char* path)
 
 void uploadMemory(INodeMap& nodeMap, const gcstring& deviceFile, const void* data, size_t size) {
   onDevice(OXGENAPI_E_UPLOAD_FAILED, [&] {
+    GENICAM_NAMESPACE::INTEGRAL_CAST<std::streamsize>(size);
     ODevFileStream device(&nodeMap, deviceFile.c_str(), std::ios_base::out | std::ios_base::trunc);
     writeWhole(device, deviceFile, static_cast<const char*>(data), size);
     device.close();
   });
 }
 
-uint32_t downloadFile(INodeMap& nodeMap, const gcstring& deviceFile, const char* path) {
+void downloadFile(INodeMap& nodeMap, const gcstring& deviceFile, const char* path) {
   HostFileWriter host(path);
   if (!host.isOpen()) throw orx_error(OXGENAPI_E_RUNTIME, "Filename not writable");
-  const uint32_t result = onDevice(OXGENAPI_E_ACCESS_DENIED, [&]() -> uint32_t {
+  onDevice(OXGENAPI_E_ACCESS_DENIED, [&] {
     IDevFileStream device(&nodeMap, deviceFile.c_str(), std::ios_base::in);
-    if (device.fail()) return OXGENAPI_E_DEVICE_FILE;
+    requireOpen(device);
     std::vector<char> block(kCopyBlockBytes);
     const std::streamsize room = static_cast<std::streamsize>(block.size());
     while (const std::streamsize count = device.rdbuf()->sgetn(block.data(), room)) {
       if (host.sputn(block.data(), count) != count) throw orx_error(OXGENAPI_E_RUNTIME, host.failure());
     }
     device.close();
-    return OXGENAPI_OK;
   });
-  if (result == OXGENAPI_OK && !host.close()) throw orx_error(OXGENAPI_E_RUNTIME, host.failure());
-  return result;
+  if (!host.close()) throw orx_error(OXGENAPI_E_RUNTIME, host.failure());
 }
 
-uint32_t downloadMemory(INodeMap& nodeMap, const gcstring& deviceFile, void* data, size_t& size) {
-  return onDevice(OXGENAPI_E_ACCESS_DENIED, [&]() -> uint32_t {
+void downloadMemory(INodeMap& nodeMap, const gcstring& deviceFile, void* data, size_t& size) {
+  onDevice(OXGENAPI_E_ACCESS_DENIED, [&] {
     IDevFileStream device(&nodeMap, deviceFile.c_str(), std::ios_base::in);
-    if (device.fail()) return OXGENAPI_E_DEVICE_FILE;
+    requireOpen(device);
     constexpr size_t kLargest = static_cast<size_t>(std::numeric_limits<std::streamsize>::max());
     const std::streamsize count =
         device.rdbuf()->sgetn(static_cast<char*>(data), static_cast<std::streamsize>(std::min(size, kLargest)));
     device.close();
     size = static_cast<size_t>(count);
-    return OXGENAPI_OK;
   });
 }
 
-uint32_t deviceFileSize(INodeMap& nodeMap, const gcstring& deviceFile, size_t& size) {
-  return onDevice(OXGENAPI_E_ACCESS_DENIED, [&]() -> uint32_t {
+size_t deviceFileSize(INodeMap& nodeMap, const gcstring& deviceFile) {
+  return onDevice(OXGENAPI_E_ACCESS_DENIED, [&] {
     const CEnumerationPtr selector(nodeMap.GetNode("FileSelector"));
     if (!selector.IsValid()) throw orx_error(OXGENAPI_E_NOT_PRESENT, "FileSelector not present");
     if (!IsWritable(selector)) throw orx_error(OXGENAPI_E_NOT_WRITABLE, "FileSelector not writable");
     selector->FromString(deviceFile, true);
     const CIntegerPtr fileSize(nodeMap.GetNode("FileSize"));
-    if (!IsReadable(fileSize)) return OXGENAPI_E_UNSPECIFIED;
-    const int64_t bytes = fileSize->GetValue(false, false);
-    if (bytes < 0) return OXGENAPI_E_UNSPECIFIED;
-    size = static_cast<size_t>(bytes);
-    return OXGENAPI_OK;
+    const int64_t bytes = IsReadable(fileSize) ? fileSize->GetValue(false, false) : -1;
+    if (bytes < 0) throw silent_error(OXGENAPI_E_UNSPECIFIED, "FileSize is missing, not readable or negative");
+    return static_cast<size_t>(bytes);
   });
 }
 

@@ -1,7 +1,9 @@
 #include "FirmwareUpdatableNodeMap.h"
 
 #include <stdexcept>
+#include <string>
 
+#include "Base/GCException.h"
 #include "CallOut.h"
 #include "ExportFrame.h"
 #include "Failure.h"
@@ -17,6 +19,10 @@ namespace {
 
 // The code of a call at the wrong time; it never leaves the library as it is.
 constexpr uint32_t kWrongState = 1;
+
+// Where callers of this class expect the failure of a reset to come from.
+constexpr const char* kSource = "src/FirmwareUpdatableNodeMap";
+constexpr int kResetLine = 84;
 
 const uint64_t kUpdatableInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdatableNodeMap");
 
@@ -44,7 +50,8 @@ void CFirmwareUpdateableNodeMap::PrepareForFirmwareUpdate() {
 INodeMap* CFirmwareUpdateableNodeMap::DeviceResetWhileUpdatingFirmware(unsigned int EstimatedDurationMs,
                                                                        unsigned int DelayEnumerationMs) {
   if (state_ != Updating) {
-    throw LOGICAL_ERROR_EXCEPTION("Device is not in updating state (status = %d)", static_cast<int>(state_));
+    const std::string text = "Device is not in updating state (status = " + std::to_string(state_) + ")";
+    throw GENICAM_NAMESPACE::LogicalErrorException(text.c_str(), kSource, kResetLine);
   }
   hold(nullptr);
   void* handle = nullptr;

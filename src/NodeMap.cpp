@@ -158,7 +158,9 @@ uint32_t NodeMap::ConnectPort(TReadMem read, TWriteMem write, TPortAccessMode ac
   return guarded(operation("-NodeMap::ConnectPort", kConnecting), [&] {
     const auto load = required("No NodeMap available to connect to");
     const gcstring name(portName == nullptr ? "" : portName);
-    if (!load->connect(std::make_shared<Port>(read, write, accessMode, userData), name)) refuseAbsent(name.c_str());
+    if (load->connect(std::make_shared<Port>(read, write, accessMode, userData), name)) return;
+    if (load->map()->GetNode(name) == nullptr) refuseAbsent(name.c_str());
+    throw orx_error(OXGENAPI_E_NOT_PRESENT, std::string("Node '") + name.c_str() + "' is not a port");
   });
 }
 

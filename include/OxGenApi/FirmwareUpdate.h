@@ -49,7 +49,9 @@ OXGENAPI_EXPORT uint32_t FWUpdateFileInfoW(FWUPDATER Updater, size_t FileIndex, 
  *   UpdateFileSelection  the entry, below FWUpdateFileCount
  *   Callback, pPrivate   called on this thread whenever the update resets the device; see TFirmwareReset. Null when
  *                        the device cannot be reset: such a step then leaves the update without a device.
- * The updater keeps a reference to the last node map it worked on until it is used again or released.
+ * The updater keeps a reference to the last node map it worked on until it is used again or released. NodeMap itself
+ * lives until this call returns, after a reset too: what its end brings about, such as the notification of a proxy,
+ * comes only then.
  * Errors: INVALID_HANDLE for the updater, then for the node map; UNSPECIFIED "No NodeMap loaded, yet";
  *         UNSPECIFIED with the reason, or "Unknown error updating firmware", when the update fails: the device is then
  *         in the state that the last completed step left. */

@@ -20,7 +20,8 @@ OXGENAPI_EXPORT uint32_t CreateNodeMap(OX_OUT(NODEMAP) NodeMap);
 
 /* Creates a second handle that stands for InternalNodeMap (which may be a proxy itself): all calls are carried out
  * there. The proxy keeps that node map alive. When its last reference goes, ReleaseNotify (may be null) is called with
- * pUserData on that thread, while the internal node map can still be used; it must not throw.
+ * pUserData on that thread, while the internal node map can still be used; it must not throw. It is not called when the
+ * proxy could not be created.
  *   ProxyNodeMap  out: the handle, one reference owned by the caller; zero on failure
  * Errors: OUT_OF_MEMORY for every failure to create. */
 OXGENAPI_EXPORT uint32_t CreateNodeMapProxy(NODEMAP InternalNodeMap, TReleaseNotify ReleaseNotify, void* pUserData,
@@ -89,9 +90,9 @@ OXGENAPI_EXPORT uint32_t NMPollNodes(NODEMAP NodeMap, int32_t DeltaMS);
  *   AccessMode         the access at the moment; without one it follows from which of the other two exist. Features
  *                      keep what it told: after a change invalidate the port node (NInvalidate)
  *   pUserData          given to each callback
- * Errors: INVALID_STATE "No NodeMap available to connect to"; NOT_PRESENT "Node 'Name' not present in NodeMap" when the
- *         description has no port of that name (what was connected before stays); NOT_WRITABLE, INVALID_ARGUMENT or
- *         RUNTIME with the description. */
+ * Errors: INVALID_STATE "No NodeMap available to connect to"; NOT_PRESENT "Node 'Name' not present in NodeMap", or
+ *         "Node 'Name' is not a port" (what was connected before stays); NOT_WRITABLE, INVALID_ARGUMENT or RUNTIME with
+ *         the description. */
 OXGENAPI_EXPORT uint32_t NMConnectPort(NODEMAP NodeMap, TReadMem ReadMem, TWriteMem WriteMem,
                                        TPortAccessMode AccessMode, void* pUserData);
 OXGENAPI_EXPORT uint32_t NMConnectPortEx(NODEMAP NodeMap, TReadMem ReadMem, TWriteMem WriteMem,
@@ -138,7 +139,8 @@ OXGENAPI_EXPORT uint32_t NMDetachAllChunks(NODEMAP NodeMap);
  * Feature values as lines of text: Gain[GainSelector(All)] = "1.5". Callback (may be null) is called with pPrivate for
  * each problem and decides whether to go on; without it the operation goes on. Problems that were passed over do not
  * change the result. A call works to its end on the description that was loaded when it began.
- * Errors of all: INVALID_STATE "No nodemap loaded"; the code and text of the problem at which Callback said stop. */
+ * Errors of all: INVALID_STATE "No nodemap loaded" (saving: "No nodemap loaded."); the code and text of the problem at
+ * which Callback said stop. */
 
 /* Applies the lines of a file in their order. Validate: read each value back and compare it with the line.
  * NMLoadSet(W) does not validate.
@@ -157,8 +159,10 @@ OXGENAPI_EXPORT uint32_t NMLoadSetString(NODEMAP NodeMap, const char* Settings, 
 OXGENAPI_EXPORT uint32_t NMLoadSetStringW(NODEMAP NodeMap, const wchar_t* Settings, bool Validate,
                                           TSettingsCallback Callback, void* pPrivate);
 
-/* Saves all streamable features, or those named in FeatureNames (separated by "|", in that order), to a file that is
- * created or cut first.
+/* Saves all streamable features, or those named in FeatureNames (separated by "|", in that order), to a file. The file
+ * is created or emptied before anything else: a save that fails loses what it held. Selectors are set to each of their
+ * values and stay at the last one. A feature with more than 262,144 combinations of selector values is a problem
+ * (INVALIDATE_FAILED "Name: 4294967296 selector combinations, more than 262144") and is passed over.
  * Errors: INVALID_ARGUMENT "No feature names" (no file is made); RUNTIME "Filename not readable" when the file cannot
  *         be opened; RUNTIME "Filename not writable" when it does not take every byte (a full disk). */
 OXGENAPI_EXPORT uint32_t NMSaveSet(NODEMAP NodeMap, const char* Filename, TSettingsCallback Callback, void* pPrivate);
@@ -171,7 +175,9 @@ OXGENAPI_EXPORT uint32_t NMSaveSetExW(NODEMAP NodeMap, const wchar_t* Filename, 
 
 /* The same into a buffer. Settings null: SettingsSize receives the size needed, zero included. Otherwise SettingsSize
  * receives the smaller of itself and that size, and as many elements of the text are copied as fit; no zero is written
- * after them, so hand in a buffer filled with zeros. The wide forms widen byte by byte, without decoding UTF-8.
+ * after them, so hand in a buffer filled with zeros. Saving moves selectors, so the text may be longer the second time:
+ * hand in more than the first call said, and repeat with still more when SettingsSize comes back unchanged, because the
+ * text may have been cut then. The wide forms widen byte by byte, without decoding UTF-8.
  * Errors: INVALID_ARGUMENT "No feature names", or "Invalid buffer" for a null SettingsSize. */
 OXGENAPI_EXPORT uint32_t NMSaveSetString(NODEMAP NodeMap, char* Settings, size_t* SettingsSize,
                                          TSettingsCallback Callback, void* pPrivate);
@@ -197,7 +203,8 @@ OXGENAPI_EXPORT uint32_t NMCreateStream(NODEMAP NodeMap, TStreamType StreamType,
  * type" for entries, ports, registers and plain nodes. */
 OXGENAPI_EXPORT uint32_t NMStreamPush(NODEMAPSTREAM NodeMapStream, NODE Node);
 
-/* The document as compact JSON text; it stays and may grow further.
+/* The document as compact JSON text; it stays and may grow further. A buffer that is too short gets the beginning of
+ * the text, as everywhere: a cut document is no JSON, so ask for the size while nobody pushes.
  *   Settings, SettingsSize  text buffer (may be null) and its in/out size in elements
  * Errors: INVALID_HANDLE "Invalid NODEMAPSTREAM handle"; INVALID_ARGUMENT "invalid buffer size to read string through
  *         c-interface" for a size that cannot be used: none given (null), or a buffer with size 0 or with more elements
@@ -210,10 +217,12 @@ OXGENAPI_EXPORT uint32_t NMStreamDumpW(NODEMAPSTREAM NodeMapStream, wchar_t* Set
  * file features for its whole length; keep other threads off them.
  * Errors of all: INVALID_STATE "Invalid nodemap state" when nothing is loaded. */
 
-/* Copies a host file, or BufferSize bytes of memory, to a device file, which is replaced.
+/* Copies a host file, or BufferSize bytes of memory, to a device file, which is replaced: the device empties it first.
+ * Where the device's FileAccessLength has an increment, zeros fill the last block up to it.
  * Errors: RUNTIME "Filename not readable", or the reason when the host file fails later; INVALID_ARGUMENT "Buffer must
  *         not be empty" (checked before the handle); UPLOAD_FAILED with the reason: the device file is then as the
- *         device left it. */
+ *         device left it; UPLOAD_FAILED "INTEGRAL_CAST failed", before the device is touched, for a BufferSize of 2^63
+ *         and above. */
 OXGENAPI_EXPORT uint32_t NMUploadFile(NODEMAP NodeMap, const char* FileSelectorEntryName, const char* Filename);
 OXGENAPI_EXPORT uint32_t NMUploadFileW(NODEMAP NodeMap, const wchar_t* FileSelectorEntryName, const wchar_t* Filename);
 OXGENAPI_EXPORT uint32_t NMUploadFileMemory(NODEMAP NodeMap, const char* FileSelectorEntryName, const void* pBuffer,
@@ -221,7 +230,8 @@ OXGENAPI_EXPORT uint32_t NMUploadFileMemory(NODEMAP NodeMap, const char* FileSel
 OXGENAPI_EXPORT uint32_t NMUploadFileMemoryW(NODEMAP NodeMap, const wchar_t* FileSelectorEntryName, const void* pBuffer,
                                              size_t BufferSize);
 
-/* Copies a device file to a host file, which is created or cut first.
+/* Copies a device file to a host file. The host file is created or emptied before the device is asked: a download that
+ * fails loses what it held.
  * Errors: RUNTIME "Filename not writable", or the reason when the host file fails later; DEVICE_FILE when the device
  *         file cannot be opened (the last error is left alone); ACCESS_DENIED with the reason, also when the device
  *         stops below the FileSize that it tells: the host file is then cut short. */

@@ -13,13 +13,16 @@ using GENICAM_NAMESPACE::gcstring;
 
 constexpr const char* kEmptyBuffer = "Buffer must not be empty";
 
-// Runs a transfer with the loaded description, which stays for its whole length.
+// Runs a transfer with the loaded description, which is held until it is done.
 template <class Transfer, class... NamesAndValues>
 uint32_t onDeviceFiles(NODEMAP handle, const Arguments<NamesAndValues...>& arguments, Transfer&& transfer) {
   return onObject<NodeMapBase>(handle, arguments, [&](NodeMapBase& nodeMap) {
     const std::shared_ptr<LoadedMap> load = nodeMap.loaded();
     if (!load) return refuse(arguments, OXGENAPI_E_INVALID_STATE, "Invalid nodemap state");
-    return guardedExport(arguments, kAsking, [&] { return transfer(*load->map()); });
+    return guardedExport(arguments, kAsking, [&] {
+      transfer(*load->map());
+      return OXGENAPI_OK;
+    });
   });
 }
 
@@ -29,7 +32,6 @@ uint32_t upload(NODEMAP NodeMap, const Character* FileSelectorEntryName, const C
       NodeMap, args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "Filename", Filename),
       [&](INodeMap& map) {
         uploadFile(map, gcstring(parameterText(FileSelectorEntryName)), parameterText(Filename).c_str());
-        return OXGENAPI_OK;
       });
 }
 
@@ -41,7 +43,6 @@ uint32_t uploadFromMemory(NODEMAP NodeMap, const Character* FileSelectorEntryNam
   if (pBuffer == nullptr || BufferSize == 0) return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, kEmptyBuffer);
   return onDeviceFiles(NodeMap, arguments, [&](INodeMap& map) {
     uploadMemory(map, gcstring(parameterText(FileSelectorEntryName)), pBuffer, BufferSize);
-    return OXGENAPI_OK;
   });
 }
 
@@ -50,7 +51,7 @@ uint32_t download(NODEMAP NodeMap, const Character* FileSelectorEntryName, const
   return onDeviceFiles(
       NodeMap, args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "Filename", Filename),
       [&](INodeMap& map) {
-        return downloadFile(map, gcstring(parameterText(FileSelectorEntryName)), parameterText(Filename).c_str());
+        downloadFile(map, gcstring(parameterText(FileSelectorEntryName)), parameterText(Filename).c_str());
       });
 }
 
@@ -63,8 +64,11 @@ uint32_t downloadToMemory(NODEMAP NodeMap, const Character* FileSelectorEntryNam
   }
   return onDeviceFiles(NodeMap, arguments, [&](INodeMap& map) {
     const gcstring deviceFile(parameterText(FileSelectorEntryName));
-    return pBuffer == nullptr ? deviceFileSize(map, deviceFile, *BufferSize)
-                              : downloadMemory(map, deviceFile, pBuffer, *BufferSize);
+    if (pBuffer == nullptr) {
+      *BufferSize = deviceFileSize(map, deviceFile);
+    } else {
+      downloadMemory(map, deviceFile, pBuffer, *BufferSize);
+    }
   });
 }
 

@@ -28,9 +28,8 @@ uint32_t onOwnNodeMap(NODEMAP handle, const Arguments& arguments, Call&& call) {
   return onObject<NodeMapBase>(handle, arguments, call);
 }
 
-uint32_t refuseOldEntryPoint() {
-  OxSetLastError(OXGENAPI_E_NOT_SUPPORTED, orxGenApi::kUnspecifiedError);
-  return OXGENAPI_E_NOT_SUPPORTED;
+uint32_t refuseOldEntryPoint(NODEMAP handle) {
+  return orxGenApi::refuse(args("NodeMap", handle), OXGENAPI_E_NOT_SUPPORTED, orxGenApi::kUnspecifiedError);
 }
 
 }  // namespace
@@ -89,16 +88,16 @@ uint32_t NMLoadXMLStringW(NODEMAP NodeMap, const wchar_t* XMLData) {
   });
 }
 
-uint32_t NMLoadXML(NODEMAP, ...) {
-  return refuseOldEntryPoint();
+uint32_t NMLoadXML(NODEMAP NodeMap, ...) {
+  return refuseOldEntryPoint(NodeMap);
 }
 
-uint32_t NMConnectRegisterPort(NODEMAP, ...) {
-  return refuseOldEntryPoint();
+uint32_t NMConnectRegisterPort(NODEMAP NodeMap, ...) {
+  return refuseOldEntryPoint(NodeMap);
 }
 
-uint32_t NMConnectMultiRegisterPort(NODEMAP, ...) {
-  return refuseOldEntryPoint();
+uint32_t NMConnectMultiRegisterPort(NODEMAP NodeMap, ...) {
+  return refuseOldEntryPoint(NodeMap);
 }
 
 uint32_t NMNodeCount(NODEMAP NodeMap, uint32_t& NodeCount) {

@@ -7,6 +7,7 @@
 
 #include "ExportFrame.h"
 #include "HostFile.h"
+#include "LastError.h"
 #include "NodeMapSerializer.h"
 #include "OxGenApi/NodeMap.h"
 #include "SettingsReport.h"
@@ -28,7 +29,7 @@ uint32_t withSerializer(NODEMAP handle, const Arguments<NamesAndValues...>& argu
         work(serializer);
       } catch (const orx_error& fault) {
         if (!report.hasSentError()) throw;
-        OxSetLastError(fault.code(), fault.what());  // the callback may have changed it
+        ensureLastError(fault.code(), fault.what());  // the callback may have changed it
         return fault.code();
       }
       return OXGENAPI_OK;

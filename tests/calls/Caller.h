@@ -58,6 +58,12 @@ struct Shared {
   std::vector<std::vector<uint8_t>> chunkBuffers;  // what stays attached when a caller goes
 };
 
+// What the library has done so far on this thread, where a program stands in between and counts it.
+struct Reports {
+  int64_t lastErrors;  // set
+  int64_t records;     // of errors, sent
+};
+
 class Caller {
  public:
   Caller(Bytes& bytes, World& world, Shared* shared = nullptr);
@@ -72,6 +78,8 @@ class Caller {
   // it has one. Returns the number of calls refused.
   int refuseEverywhere(OxHandle value, std::optional<Kind> own = std::nullopt);
   int64_t calls() const { return calls_; }
+  // Null, or how the judgement learns what a call has reported.
+  static inline Reports (*reports)() = nullptr;
 
   static constexpr int kMaxDepth = 4;
   static constexpr int kMaxEntered = 24;  // callbacks that call, in one step
@@ -208,6 +216,7 @@ class Caller {
   uint32_t call(size_t number);
   void keep(const Frame& frame);
   void judge(const Frame& frame, const char* name, uint32_t result, bool undisturbed) const;
+  static void judgeReports(const Frame& frame, const char* name, uint32_t result, Reports before);
   void giveBack(size_t index);
   // Inside a callback: counts it, and calls something; throws at times if the callback may.
   void enter(bool mayThrow);

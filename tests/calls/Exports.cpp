@@ -20,6 +20,7 @@ enum Flags : unsigned {
   kRegisters = 64,     // gives out a registration
   kIsTest = 128,       // answers a question instead of giving a code
   kLoads = 256,        // makes new nodes with a new lock
+  kNoRecord = 512,     // its failures leave no record
 };
 
 constexpr uint32_t kKnownCodes[] = {OXGENAPI_E_UNSPECIFIED,       OXGENAPI_E_INVALID_ARGUMENT, OXGENAPI_E_RUNTIME,
@@ -263,8 +264,8 @@ const Exports::Entry Exports::kAll[101] = {
     CALL(NMStreamPush),
     CALL(NMStreamDump, "", kSizeMayBeNull),
     CALL(NMStreamDumpW, "", kSizeMayBeNull),
-    CALL(CreateFirmwareUpdater, "p", kNoHandle),
-    CALL(CreateFirmwareUpdaterW, "p", kNoHandle),
+    CALL(CreateFirmwareUpdater, "p", kNoHandle | kNoRecord),
+    CALL(CreateFirmwareUpdaterW, "p", kNoHandle | kNoRecord),
     CALL(FWUpdateFileCount),
     CALL(FWUpdateFileInfoCount),
     CALL(FWUpdateFileInfo, "", kSizeMayBeNull),
@@ -377,6 +378,19 @@ void Caller::judge(const Frame& frame, const char* name, uint32_t result, bool u
           "what is no handle is refused as such");
 }
 
+void Caller::judgeReports(const Frame& frame, const char* name, uint32_t result, Reports before) {
+  const Reports now = reports();
+  const int64_t lastErrors = now.lastErrors - before.lastErrors, records = now.records - before.records;
+  const bool failed = result != OXGENAPI_OK && (frame.flags & kIsTest) == 0;
+  const bool passesProblems = (frame.flags & kTouchesError) != 0;
+  const int64_t least = failed && (frame.flags & kQuietFailure) == 0 ? 1 : 0;
+  const bool holds = lastErrors >= least && (passesProblems || lastErrors <= (failed ? 1 : 0));
+  if (holds && records == (failed && (frame.flags & kNoRecord) == 0 ? 1 : 0)) return;
+  std::fprintf(stderr, "broken promise: %s gave 0x%08x, set %lld last errors and sent %lld records\n", name, result,
+               static_cast<long long>(lastErrors), static_cast<long long>(records));
+  std::abort();
+}
+
 uint32_t Caller::call(size_t number) {
   const Exports::Entry& entry = Exports::kAll[number % std::size(Exports::kAll)];
   if (shared_ != nullptr && depth_ > 1 && (entry.flags & kAlone) != 0) return 0;
@@ -395,8 +409,11 @@ uint32_t Caller::call(size_t number) {
   frame.flags = entry.flags;
   OxSetLastError(kNoErrorYet, "no error yet");
   const int64_t before = callbacks_;
+  const int enteredBefore = entered_;
+  const Reports reported = reports != nullptr ? reports() : Reports{};
   const uint32_t result = entry.call(*this, frame);
   judge(frame, entry.name, result, callbacks_ == before);
+  if (reports != nullptr && entered_ == enteredBefore) judgeReports(frame, entry.name, result, reported);
   if (result == OXGENAPI_OK && (entry.flags & kRegisters) != 0) registrations_.push_back(frame.integers.front());
   if (result == OXGENAPI_OK && (entry.flags & kLoads) != 0 && frame.group < 0) ++shared_->loads;
   keep(frame);

@@ -1,8 +1,11 @@
 // Whole files between the host and a device: the checks in their order, and no failure that passes as success.
+#include <gmock/gmock.h>
+
 #include <cerrno>
 #include <cstring>
 
 #include "FileDevice.h"
+#include "Records.h"
 #include "SettingsBench.h"
 
 namespace {
@@ -15,16 +18,6 @@ std::string pattern(size_t size) {
 
 std::wstring widened(const std::string& text) {
   return {text.begin(), text.end()};
-}
-
-constexpr uint32_t kMark = 12345;
-void markLastError() {
-  OxSetLastError(kMark, "untouched");
-}
-bool lastErrorIsUntouched() {
-  uint32_t code = 0;
-  OxGetLastError(&code, nullptr, nullptr);
-  return code == kMark;
 }
 
 }  // namespace
@@ -105,6 +98,11 @@ TEST(FileTransfer, ChecksInTheirOrder) {
   EXPECT_EQ(device.accesses, 0) << "a host path is checked before the device is touched";
   release(empty);
 
+  // More than streams can count, from a size that was computed wrongly.
+  for (const size_t tooMany : {~size_t{0}, size_t{1} << 63}) {
+    refused(0x8000000F, "INTEGRAL_CAST failed", {upMemory(device.map, &byte, tooMany)});
+    EXPECT_EQ(device.accesses, 0);
+  }
   // No such file in the device, in each direction.
   EXPECT_EQ(NMUploadFileMemory(device.map, "Nothing", &byte, 1), 0x8000000Fu);
   EXPECT_NE(lastErrorText().find("Nothing"), std::string::npos) << lastErrorText();
@@ -119,28 +117,27 @@ TEST(FileTransfer, TheSizeQueryNamesWhatIsMissing) {
   const struct {
     std::string nodes;
     uint32_t code;
-    const char* text;  // null: the last error is left alone
+    const char* text;  // empty: the last error is left alone
   } kCases[] = {
       {size, 0x8000002E, "FileSelector not present"},
       {size + "<Integer Name='FileSelector'><Value>0</Value></Integer>", 0x8000002E, "FileSelector not present"},
       {FileDevice::nodes("RO"), 0x8000000C, "FileSelector not writable"},
-      {selector, 0x80000001, nullptr},
-      {selector + "<Float Name='FileSize'><Value>7</Value></Float>", 0x80000001, nullptr},
+      {selector, 0x80000001, ""},
+      {selector + "<Float Name='FileSize'><Value>7</Value></Float>", 0x80000001, ""},
       {selector + "<Integer Name='FileSize'><ImposedAccessMode>WO</ImposedAccessMode><Value>7</Value></Integer>",
-       0x80000001, nullptr},
-      {selector + "<Integer Name='FileSize'><Value>-1</Value></Integer>", 0x80000001, nullptr},
+       0x80000001, ""},
+      {selector + "<Integer Name='FileSize'><Value>-1</Value></Integer>", 0x80000001, ""},
   };
   for (const auto& entry : kCases) {
     MemoryDevice device(entry.nodes);
-    markLastError();
+    OxSetLastError(0, "");
+    const Records records;
     size_t told = 5;
     EXPECT_EQ(NMDownloadFileMemory(device.map, "UserSet", nullptr, &told), entry.code);
     EXPECT_EQ(told, 5u);
-    if (entry.text != nullptr) {
-      EXPECT_EQ(lastErrorText(), entry.text);
-    } else {
-      EXPECT_TRUE(lastErrorIsUntouched()) << lastErrorText();
-    }
+    EXPECT_EQ(lastErrorText(), entry.text);
+    const std::string reason = *entry.text != 0 ? entry.text : "FileSize is missing, not readable or negative";
+    EXPECT_THAT(records.texts(), testing::ElementsAre(testing::EndsWith("): " + reason)));
   }
 }
 
@@ -237,15 +234,17 @@ TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
   // A device that does not open the file leaves the last error alone.
   FileDevice device;
   device.refusedOperation = 1;
-  markLastError();
+  OxSetLastError(0, "");
   size_t size = 4;
   char memory[4];
+  const Records records;
   EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory, &size), 0x80000016u);
-  EXPECT_TRUE(lastErrorIsUntouched());
   device.refusedOperation = device.operations + 1;
   const TemporaryFile host("");
   EXPECT_EQ(NMDownloadFile(device.map, "Firmware", host.path.c_str()), 0x80000016u);
-  EXPECT_TRUE(lastErrorIsUntouched());
+  EXPECT_EQ(lastErrorText(), "");
+  EXPECT_THAT(records.texts(), testing::Each(testing::EndsWith("): the device does not open the file")));
+  EXPECT_EQ(records.texts().size(), 2u);
 }
 
 TEST(FileTransfer, AFullDiskFailsTheDownload) {

@@ -1,7 +1,10 @@
 // Update files asked and applied through the flat interface.
 #include <filesystem>
 
+#include "Base/GCException.h"
 #include "FileDevice.h"
+#include "FirmwareUpdatableNodeMap.h"
+#include "NodeMap.h"
 #include "Records.h"
 #include "UpdateFile.h"
 
@@ -242,4 +245,31 @@ TEST(FirmwareUpdate, TheResetCallbackMayUpdateWithTheSameUpdater) {
   ASSERT_EQ(FWUpdate(updater.handle, outer.map, 0, &Reset::callback, &outerReset), 0u) << lastErrorText();
   EXPECT_EQ(inner.memory[0x200], 7);
   EXPECT_EQ(outer.memory[0x200], 7);
+}
+
+// The engine's updater keeps the order; other users of the class are told where they broke it.
+TEST(FirmwareUpdatableNodeMap, RefusesWhatIsOutOfOrder) {
+  using orxBase::detail::make_shared_t;
+  const auto map = make_shared_t<orxGenApi::NodeMap>();
+  const std::string text = description("");
+  ASSERT_EQ(map->LoadXMLString(text.data(), text.size()), 0u);
+  const auto device = make_shared_t<orxGenApi::CFirmwareUpdateableNodeMap>(map->shared_from_this());
+  const auto refusal = [](const auto& call) -> std::string {
+    try {
+      call();
+    } catch (const orxGenApi::orx_error& error) {
+      return std::to_string(error.code()) + " " + error.what();
+    } catch (const GENICAM_NAMESPACE::LogicalErrorException& error) {
+      return std::string(error.GetSourceFileName()) + ":" + std::to_string(error.GetSourceLine()) + " " +
+             error.GetDescription();
+    }
+    return "";
+  };
+  const auto end = [&] { device->CleanupAfterFirmwareUpdate(); };
+  const auto begin = [&] { device->PrepareForFirmwareUpdate(); };
+  EXPECT_EQ(refusal(end), "1 Device is not in updating state.");
+  EXPECT_EQ(refusal([&] { device->DeviceResetWhileUpdatingFirmware(1, 1); }),
+            "src/FirmwareUpdatableNodeMap:84 Device is not in updating state (status = 0)");
+  EXPECT_EQ(refusal(begin) + refusal(begin), "1 Device is not in idle state.");
+  EXPECT_EQ(refusal(end), "");
 }

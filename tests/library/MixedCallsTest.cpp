@@ -10,6 +10,7 @@
 #include <mutex>
 #include <thread>
 
+#include "Interposed.h"
 #include "calls/Caller.h"
 
 namespace {
@@ -129,6 +130,16 @@ TEST(MixedCalls, EightThreadsOnOneSharedAndManySeparateNodeMaps) {
   }
   EXPECT_GT(made, Watchdog::kThreads * 100);
   std::printf("%lld calls\n", static_cast<long long>(made.load()));
+}
+
+TEST(MixedCalls, AFailureSetsTheLastErrorOnceAndSendsOneRecord) {
+  World world;
+  Chance chance(23);
+  Caller caller(chance, world);
+  Caller::reports = &interposed::reports;
+  for (int i = 0; i < 30'000; ++i) caller.step();
+  Caller::reports = nullptr;
+  EXPECT_GT(interposed::reports().records, 1000);
 }
 
 TEST(MixedCalls, WhatIsNoHandleIsRefusedByEveryExport) {

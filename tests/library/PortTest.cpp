@@ -118,10 +118,11 @@ TEST_F(PortBridge, ExceptionsOfCallbacksGoNoFurther) {
 
 TEST_F(PortBridge, AnUnknownPortNameChangesNothing) {
   connect(&Script::read, &Script::write);
-  for (const char* name : {"Nowhere", "Reg", "", static_cast<const char*>(nullptr)}) {
-    const std::string text = "Node '" + std::string(name ? name : "") + "' not present in NodeMap";
-    EXPECT_FAILS(NMConnectPortEx(device.map, nullptr, nullptr, nullptr, nullptr, name), OXGENAPI_E_NOT_PRESENT,
-                 text.c_str());
+  for (const auto& [name, text] :
+       std::initializer_list<std::pair<const char*, const char*>>{{"Nowhere", "Node 'Nowhere' not present in NodeMap"},
+                                                                  {"Reg", "Node 'Reg' is not a port"},
+                                                                  {nullptr, "Node '' not present in NodeMap"}}) {
+    EXPECT_FAILS(NMConnectPortEx(device.map, nullptr, nullptr, nullptr, nullptr, name), OXGENAPI_E_NOT_PRESENT, text);
   }
   EXPECT_EQ(read(), succeeds());
   EXPECT_OK(NMConnectPortExW(device.map, &Script::read, nullptr, nullptr, &script, L"Other"));

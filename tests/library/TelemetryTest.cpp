@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Device.h"
+#include "Interposed.h"
 #include "Records.h"
 
 namespace {
@@ -49,6 +50,7 @@ TEST(CallTelemetry, AnInvalidHandleShowsTheArguments) {
        "(Pv hNodeMap=<null>,PK10TChunkData DataList=0x" + hexadecimal(chunks) + ",m Length=1): Invalid NODEMAP handle"},
       {[] { return NMAttachChunkList(nullptr, nullptr, 1); },
        "(Pv hNodeMap=<null>,PK10TChunkData DataList=<null>,m Length=1): Invalid DataList"},
+      {[] { return NMLoadXML(nullptr, 3); }, "(Pv NodeMap=<null>): Unspecified error"},
       {[&] { return NGetAsMemory(nullptr, -1, buffer, 4); },
        "(Pv Node=<null>,l Address=-1,Pv pBuffer=0x" + hexadecimal(buffer) + ",l BufferSize=4): Invalid NODE handle"},
   };
@@ -72,6 +74,12 @@ TEST(CallTelemetry, ARecordNamesTheModuleAndTheCodeAndCutsLongTexts) {
   EXPECT_EQ(line["version"], "3.6.0");
   EXPECT_EQ(line["level"], 3);
   EXPECT_EQ(line["attributes"]["Code"], 0x8000001du);
+}
+
+TEST(CallTelemetry, WhatSendingThrowsChangesNothing) {
+  interposed::throwWhenSending(true);
+  EXPECT_FAILS(NInvalidate(nullptr), OXGENAPI_E_INVALID_HANDLE, "Invalid NODE handle");
+  interposed::throwWhenSending(false);
 }
 
 TEST(CallTelemetry, AFailedOperationShowsItsObjectAndTag) {
