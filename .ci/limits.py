@@ -22,7 +22,7 @@ def constants():
     for name in files("src/*.h", "src/*.cpp", "platform/*.h", "platform/*.cpp"):
         with open(name, encoding="utf-8") as source:
             for constant, expression in pattern.findall(source.read()):
-                if constant not in NOT_LIMITS and "::" + constant not in expression:
+                if constant not in NOT_LIMITS and "::" + constant not in expression and "sizeof" not in expression:
                     found[constant] = expression
     values = {}
     for _ in range(3):

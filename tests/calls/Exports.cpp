@@ -365,7 +365,10 @@ void Caller::judge(const Frame& frame, const char* name, uint32_t result, bool u
         (frame.flags & kQuietFailure) != 0 && (result == OXGENAPI_E_DEVICE_FILE || result == OXGENAPI_E_UNSPECIFIED);
     require(isQuiet || code == result, "the last error carries the result");
     require(isQuiet || !text.empty(), "a failure has a text");
-    require(result != OXGENAPI_E_OUT_OF_MEMORY || text == "Unspecified error", "memory failures have their text");
+    const bool mayNameFeature = (frame.flags & kTouchesError) != 0;
+    require(result != OXGENAPI_E_OUT_OF_MEMORY || text == "Unspecified error" ||
+                (mayNameFeature && text.ends_with(": Unspecified error")),
+            "memory failures have their text");
   }
   if (frame.refusal == nullptr || (frame.flags & kNoHandle) != 0) return;
   require(!frame.before || *frame.before == frame, "a refused call leaves its outputs alone");
