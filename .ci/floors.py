@@ -21,19 +21,25 @@ ROOMS = [
     ("simulation", "simulation", ["simulation-public"]),
     ("pixels-public", "camera/pixels/include", []),
     ("pixels", "camera/pixels", ["pixels-public"]),
-    ("simulated-public", "transport/simulated/include", ["api"]),
-    ("simulated", "transport/simulated", ["simulated-public", "api", "base-public", "simulation-public"]),
+    ("camera-public", "camera/include", ["api", "base-public"]),
+    ("camera-transport", "camera/interface", []),
+    ("simulated-public", "camera/transports/simulated/library/include", ["api"]),
+    ("simulated", "camera/transports/simulated/library", ["simulated-public", "api", "base-public", "simulation-public"]),
+    ("transports", "camera/transports", ["camera-public", "camera-transport", "api", "simulation-public"]),
+    ("camera", "camera/src", ["camera-public", "camera-transport", "api", "base-public"]),
     ("transport", "transport", ["simulation-public"]),
     ("library", "src", ["api", "base-public", "telemetry-public", "genapi-public"]),
-    ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public", "transport"]),
-    ("examples", "examples", ["api", "base-public", "simulated-public"]),
+    ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public", "transport",
+                       "camera-public"]),
+    ("examples", "examples", ["api", "base-public", "simulated-public", "camera-public"]),
 ]
 ALLOWED = {name: {name, *below} for name, _, below in ROOMS}
 # Where the compiler looks for "Name/File.h"; a room's own sources come first through the file's own folder.
 INCLUDE_ROOTS = ["include", "platform/base/include", "platform/telemetry/include", "platform/genapi/include",
-                 "simulation/include", "camera/pixels/include", "src", "platform/base/src", "platform/telemetry/src",
-                 "platform/genapi/src",
-                 "transport/simulated/include", "simulation", "transport", "transport/aravis", "tools/oxgenapi", ""]
+                 "simulation/include", "src", "platform/base/src", "platform/telemetry/src", "platform/genapi/src",
+                 "camera/pixels/include",
+                 "camera/include", "camera/interface", "camera/src", "camera/src/exports", "camera/transports/simulated",
+                 "camera/transports/simulated/library/include", "simulation", "transport", "transport/aravis", "tools/oxgenapi", ""]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 
 

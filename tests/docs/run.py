@@ -18,7 +18,7 @@ import xml.etree.ElementTree
 from pathlib import Path
 
 SOURCE, BUILD = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
-INCLUDES = ["include", "platform/base/include", "transport/simulated/include"]
+INCLUDES = ["include", "platform/base/include", "camera/transports/simulated/library/include"]
 FLAGS = {"c": ["cc", "-x", "c", "-std=c11", "-I" + str(SOURCE / "examples/c")],
          "cpp": ["c++", "-x", "c++", "-std=c++17", "-I" + str(SOURCE / "examples/cpp")]}
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$(?:\n+```text\n(.*?)^```$)?", re.M | re.S)
