@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -143,6 +144,7 @@ TEST(Convert, ColoursComeInEveryOrder) {
   };
   const Bytes expected{1, 2, 3, 251, 252, 253};
   for (const Case& each :
+       // clang-format off
        std::initializer_list<Case>{{"RGB8", 2, {1, 2, 3, 251, 252, 253}},
                                    {"BGR8", 2, {3, 2, 1, 253, 252, 251}},
                                    {"RGBa8", 2, {1, 2, 3, 77, 251, 252, 253, 77}},
@@ -152,6 +154,7 @@ TEST(Convert, ColoursComeInEveryOrder) {
                                    {"RGB10", 2, {4, 0, 8, 0, 12, 0, 0xec, 3, 0xf0, 3, 0xf4, 3}},
                                    {"BGR10p", 2, {0x0c, 0x20, 0x40, 0x00, 0xfd, 0xf0, 0xb3, 0x0f}},
                                    {"RGB10_Planar", 2, {4, 0, 0xec, 3, 8, 0, 0xf0, 3, 12, 0, 0xf4, 3}}}) {
+    // clang-format on
     const Memory memory(each.bytes);
     EXPECT_EQ(picture8(view(memory, each.format, each.width, 1), 3), expected) << each.format;
   }
@@ -171,20 +174,15 @@ TEST(Convert, YuvComesInEveryOrder) {
   const auto value = [](char letter) -> uint8_t {
     return letter == 'u' ? 90 : letter == 'v' ? 170 : 40 * (letter - '0');
   };
-  for (const Case& each : std::initializer_list<Case>{{"YUV8_UYV", "u1v", 1, 1},
-                                                      {"YCbCr8", "1uv", 1, 1},
-                                                      {"YCbCr8_CbYCr", "u1v", 1, 1},
-                                                      {"YUV422_8", "1u2v", 2, 1},
-                                                      {"YUV422_8_UYVY", "u1v2", 2, 1},
-                                                      {"YCbCr422_8", "1u2v", 2, 1},
-                                                      {"YCbCr422_8_CbYCrY", "u1v2", 2, 1},
-                                                      {"YUV411_8_UYYVYY", "u12v34", 4, 1},
-                                                      {"YCbCr411_8_CbYYCrYY", "u12v34", 4, 1},
-                                                      {"YCbCr411_8", "12u34v", 4, 1},
-                                                      {"YCbCr422_8_YY_CbCr_Semiplanar", "1234uvuv", 2, 2},
-                                                      {"YCbCr422_8_YY_CrCb_Semiplanar", "1234vuvu", 2, 2},
-                                                      {"YCbCr420_8_YY_CbCr_Semiplanar", "1234uv", 2, 2},
-                                                      {"YCbCr420_8_YY_CrCb_Semiplanar", "1234vu", 2, 2}}) {
+  // clang-format off
+  for (const Case& each : std::initializer_list<Case>{
+           {"YUV8_UYV", "u1v", 1, 1}, {"YCbCr8", "1uv", 1, 1}, {"YCbCr8_CbYCr", "u1v", 1, 1},
+           {"YUV422_8", "1u2v", 2, 1}, {"YUV422_8_UYVY", "u1v2", 2, 1},
+           {"YCbCr422_8", "1u2v", 2, 1}, {"YCbCr422_8_CbYCrY", "u1v2", 2, 1},
+           {"YUV411_8_UYYVYY", "u12v34", 4, 1}, {"YCbCr411_8_CbYYCrYY", "u12v34", 4, 1}, {"YCbCr411_8", "12u34v", 4, 1},
+           {"YCbCr422_8_YY_CbCr_Semiplanar", "1234uvuv", 2, 2}, {"YCbCr422_8_YY_CrCb_Semiplanar", "1234vuvu", 2, 2},
+           {"YCbCr420_8_YY_CbCr_Semiplanar", "1234uv", 2, 2}, {"YCbCr420_8_YY_CrCb_Semiplanar", "1234vu", 2, 2}}) {
+    // clang-format on
     Bytes bytes;
     for (const char letter : std::string(each.order)) bytes.push_back(value(letter));
     const Memory memory(bytes);
@@ -269,7 +267,10 @@ TEST(Convert, RowsMadeOnSeveralThreadsAreTheWholePicture) {
       std::vector<std::jthread> threads;
       for (uint32_t first = 0; first < height; first += 11) {
         threads.emplace_back([&, first] {
-          EXPECT_TRUE(convert(image, {parts.data(), parts.size(), stride}, {first, 11}));
+          // The second band has memory of its own, which starts with its first row.
+          const std::size_t skipped = first == 11 ? first * stride : 0;
+          const Picture out{parts.data() + skipped, parts.size() - skipped, stride, 3, 8, 0, skipped != 0 ? first : 0};
+          EXPECT_TRUE(convert(image, out, {first, 11}));
         });
       }
     }
@@ -285,76 +286,56 @@ TEST(Convert, RowsMadeOnSeveralThreadsAreTheWholePicture) {
 // Nothing is read or written where a request cannot be met; the text says why.
 TEST(Convert, RefusesWhatCannotBeReadOrWritten) {
   const Memory memory(64);
-  const auto number = [](const char* name) { return findFormat(name)->number; };
   const ImageView good = view(memory, "Mono8", 8, 8);
   struct Case {
-    ImageView image;
-    Picture out;
-    Rows rows;
-    Code code;
+    std::function<void(ImageView&, Picture&, Rows&)> change;
     const char* text;
+    Code code = Code::BadSize;
   };
-  alignas(2) uint8_t out[1024];
-  const Picture gray{out, 64, 0, 1, 8};
-  const auto with = [&](auto change) {
-    Case each{good, gray, {}, Code::BadSize, ""};
-    change(each);
-    return each;
-  };
+  alignas(2) uint8_t memoryOut[1024];
+  constexpr Code kBad = Code::BadArgument, kUnsupported = Code::Unsupported;
+  // clang-format off
   const Case cases[] = {
-      with([](Case& c) { c.image.width = 0, c.text = "an image of 0 x 8 pixels is empty"; }),
-      with([](Case& c) { c.image.size = 63, c.text = "8 x 8 pixels of Mono8 needs 64 bytes, there are 63"; }),
-      with([](Case& c) { c.image.stride = 7, c.text = "a stride of 7 bytes is less than a row of 8"; }),
-      with([](Case& c) { c.image.stride = SIZE_MAX, c.text = "larger than any memory"; }),
-      with([](Case& c) { c.image.data = nullptr, c.code = Code::BadArgument, c.text = "the image has no memory"; }),
-      with([](Case& c) { c.image.significantBits = 9, c.code = Code::BadArgument, c.text = "9 significant bits"; }),
-      with([&](Case& c) {
-        c.image.format = number("YUV422_8"), c.image.width = 7, c.image.height = 1, c.text = "its groups have 2 pixels";
-      }),
-      with([&](Case& c) {
-        c.image.format = number("YCbCr420_8_YY_CbCr_Semiplanar"), c.image.height = 3, c.text = "in two rows each";
-      }),
-      with([&](Case& c) {
-        c.image.format = number("BayerRG8"), c.image.width = 1, c.text = "a mosaic of 1 x 8 pixels lacks colours";
-      }),
-      with([&](Case& c) {
-        c.image.format = number("Coord3D_A8"), c.code = Code::Unsupported,
-        c.text = "Coord3D_A8 is no format of pictures";
-      }),
-      with([&](Case& c) {
-        c.image.format = 0x01080FFF, c.code = Code::Unsupported, c.text = "format unknown (0x01080FFF)";
-      }),
-      with([&](Case& c) {
-        c.image.format = number("RGB10V1Packed"), c.code = Code::Unsupported, c.text = "RGB10V1Packed";
-      }),
-      with([](Case& c) { c.rows.first = 8, c.text = "row 8 is not among 8"; }),
-      with([](Case& c) { c.out.size = 63, c.text = "8 rows of 8 bytes do not fit into 63 bytes"; }),
-      with([](Case& c) { c.out.stride = 7, c.text = "a stride of 7 bytes is less than a row of 8"; }),
-      with([](Case& c) { c.out.stride = SIZE_MAX, c.text = "do not fit"; }),
-      with([](Case& c) { c.out.channels = 3, c.text = "8 rows of 24 bytes do not fit into 64 bytes"; }),
-      with([](Case& c) { c.out.channels = 2, c.code = Code::BadArgument, c.text = "1 or 3 channels, not 2"; }),
-      with([](Case& c) {
-        c.out.sampleBits = 12, c.code = Code::BadArgument, c.text = "samples of 12 bits cannot be made";
-      }),
-      with([](Case& c) { c.out.valueBits = 9, c.code = Code::BadArgument, c.text = "values of 9 bits do not fit"; }),
-      with([](Case& c) { c.out.data = nullptr, c.code = Code::BadArgument, c.text = "no memory for the result"; }),
-      with([&](Case& c) {
-        c.out = {out + 1, 900, 0, 1, 16}, c.code = Code::BadArgument, c.text = "an even address";
-      }),
-      with([&](Case& c) {
-        c.out = {out, 900, 17, 1, 16}, c.code = Code::BadArgument, c.text = "an even stride";
-      }),
-  };
+      {[](auto& image, auto&, auto&) { image.width = 0; }, "an image of 0 x 8 pixels is empty"},
+      {[](auto& image, auto&, auto&) { image.size = 63; }, "8 x 8 pixels of Mono8 needs 64 bytes, there are 63"},
+      {[](auto& image, auto&, auto&) { image.stride = 7; }, "a stride of 7 bytes is less than a row of 8"},
+      {[](auto& image, auto&, auto&) { image.stride = SIZE_MAX; }, "larger than any memory"},
+      {[](auto& image, auto&, auto&) { image.data = nullptr; }, "the image has no memory", kBad},
+      {[](auto& image, auto&, auto&) { image.significantBits = 9; }, "9 significant bits", kBad},
+      {[&](auto& image, auto&, auto&) { image = view(memory, "YUV422_8", 7, 1); }, "its groups have 2 pixels"},
+      {[&](auto& image, auto&, auto&) { image = view(memory, "YCbCr420_8_YY_CbCr_Semiplanar", 8, 3); }, "in two rows each"},
+      {[&](auto& image, auto&, auto&) { image = view(memory, "BayerRG8", 1, 8); }, "a mosaic of 1 x 8 pixels lacks colours"},
+      {[&](auto& image, auto&, auto&) { image = view(memory, "Coord3D_A8", 8, 8); }, "Coord3D_A8 is no format of pictures", kUnsupported},
+      {[&](auto& image, auto&, auto&) { image = view(memory, "RGB10V1Packed", 2, 8); }, "format RGB10V1Packed (0x0220001C)", kUnsupported},
+      {[](auto& image, auto&, auto&) { image.format = 0x01080FFF; }, "format unknown (0x01080FFF)", kUnsupported},
+      {[](auto&, auto&, auto& rows) { rows.first = 8; }, "from row 8 on are not among 0 to 7"},
+      {[](auto&, auto&, auto& rows) { rows.count = 0; }, "0 rows from row 0 on"},
+      {[](auto&, auto& out, auto& rows) { rows.first = 1, out.firstRow = 2; }, "from row 1 on are not among 2 to 7"},
+      {[](auto&, auto& out, auto&) { out.size = 63; }, "8 rows of 8 bytes do not fit into 63 bytes"},
+      {[](auto&, auto& out, auto&) { out.stride = 7; }, "a stride of 7 bytes is less than a row of 8"},
+      {[](auto&, auto& out, auto&) { out.stride = SIZE_MAX; }, "do not fit"},
+      {[](auto&, auto& out, auto&) { out.channels = 3; }, "8 rows of 24 bytes do not fit into 64 bytes"},
+      {[](auto&, auto& out, auto&) { out.channels = 2; }, "1 or 3 channels, not 2", kBad},
+      {[](auto&, auto& out, auto&) { out.sampleBits = 12; }, "samples of 12 bits cannot be made", kBad},
+      {[](auto&, auto& out, auto&) { out.valueBits = 9; }, "values of 9 bits do not fit", kBad},
+      {[](auto&, auto& out, auto&) { out.data = nullptr; }, "no memory for the result", kBad},
+      {[&](auto&, auto& to, auto&) { to = {memoryOut + 1, 900, 0, 1, 16}; }, "an even address", kBad},
+      {[&](auto&, auto& to, auto&) { to = {memoryOut, 900, 17, 1, 16}; }, "an even stride", kBad}};
+  // clang-format on
   for (const Case& each : cases) {
-    std::fill(std::begin(out), std::end(out), uint8_t{0xee});
-    const Result result = convert(each.image, each.out, each.rows);
+    std::fill(std::begin(memoryOut), std::end(memoryOut), uint8_t{0xee});
+    ImageView image = good;
+    Picture picture{memoryOut, 64, 0, 1, 8};
+    Rows rows;
+    each.change(image, picture, rows);
+    const Result result = convert(image, picture, rows);
     EXPECT_EQ(result.code, each.code) << result.text;
     EXPECT_NE(std::string(result.text).find(each.text), std::string::npos) << result.text << "\n" << each.text;
-    EXPECT_TRUE(std::ranges::all_of(out, [](uint8_t byte) { return byte == 0xee; })) << each.text;
+    EXPECT_TRUE(std::ranges::all_of(memoryOut, [](uint8_t byte) { return byte == 0xee; })) << each.text;
   }
-  EXPECT_EQ(unpack(view(memory, "Mono12p", 8, 1), {out, 64, 0, 8}).code, Code::BadArgument);
-  EXPECT_EQ(unpack(view(memory, "Mono8s", 8, 1), {out, 64, 0, 8}).code, Code::Unsupported);
-  EXPECT_EQ(unpack(good, {out, 64, 0, 8}, Align::Low, {8, 1}).code, Code::BadSize);
+  EXPECT_EQ(unpack(view(memory, "Mono12p", 8, 1), {memoryOut, 64, 0, 8}).code, Code::BadArgument);
+  EXPECT_EQ(unpack(view(memory, "Mono8s", 8, 1), {memoryOut, 64, 0, 8}).code, Code::Unsupported);
+  EXPECT_EQ(unpack(good, {memoryOut, 64, 0, 8}, Align::Low, {8, 1}).code, Code::BadSize);
 }
 
 }  // namespace ox::pixels

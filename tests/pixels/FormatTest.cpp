@@ -124,13 +124,4 @@ TEST(Image, BytesAndStridesFollowFromBitsPerPixel) {
   EXPECT_EQ(findStride(kMono8, 1, 2, SIZE_MAX, 64, stride).code, Code::BadSize);
 }
 
-// Turning a mosaic around, or looking at it from an odd offset, gives another phase.
-TEST(Format, TheBayerPhaseMovesWithTheOrigin) {
-  EXPECT_EQ(bayerOrderAt("RGGB", 2, 4), "RGGB");
-  EXPECT_EQ(bayerOrderAt("RGGB", 1, 0), "GRBG");
-  EXPECT_EQ(bayerOrderAt("GRBG", 0, 1), "BGGR");
-  EXPECT_EQ(bayerOrderAt("GBRG", 7, 9), "GRBG");
-  EXPECT_EQ(bayerOrderAt("RGB", 1, 1), "");
-}
-
 }  // namespace ox::pixels

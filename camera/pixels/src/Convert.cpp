@@ -19,11 +19,12 @@ struct Job {
   OutputMemory memory;
   uint8_t channels;
   unsigned valueBits;
-  uint32_t top, end;  // rows
+  uint32_t top, end;  // rows to make
+  uint32_t firstRow;  // of the memory
 
   template <class Sample>
   PictureRow<Sample> row(uint32_t y, uint32_t left) const noexcept {
-    return {memory.row<Sample>(y) + uint64_t{left} * channels, channels};
+    return {memory.row<Sample>(y - firstRow) + uint64_t{left} * channels, channels};
   }
 };
 
@@ -125,8 +126,8 @@ Result convertYuv(const Job& job) noexcept {
 // A picture that is in memory already as it shall be.
 bool isSame(const Job& job) noexcept {
   const Format& format = job.reader.format();
-  return format.sampleBits == 8 && format.packing == Packing::Bytes && job.reader.significantBits() == 8 &&
-         job.valueBits == 8 && format.planes == Planes::Interleaved &&
+  return job.memory.sampleBits == 8 && format.sampleBits == 8 && format.packing == Packing::Bytes &&
+         job.reader.significantBits() == 8 && job.valueBits == 8 && format.planes == Planes::Interleaved &&
          ((format.kind == Kind::Mono && job.channels == 1) || (format.order == "RGB" && job.channels == 3));
 }
 
@@ -134,7 +135,7 @@ template <class Sample>
 Result convertRows(const Job& job) noexcept {
   if (isSame(job)) {
     for (uint32_t y = job.top; y < job.end; ++y) {
-      std::memcpy(job.memory.row<uint8_t>(y), job.reader.byte(y, 0), std::size_t{job.image.width} * job.channels);
+      std::memcpy(job.row<uint8_t>(y, 0).out, job.reader.byte(y, 0), std::size_t{job.image.width} * job.channels);
     }
     return {};
   }
@@ -166,14 +167,15 @@ Result convert(const ImageView& image, const Picture& out, Rows rows) noexcept {
     return failure(Code::BadSize, "a mosaic of {} x {} pixels lacks colours", image.width, image.height);
   }
   OutputMemory memory{out.data, out.size, out.stride, out.sampleBits};
-  if (auto bad = memory.check(uint64_t{image.width} * out.channels, image.height); !bad) return bad;
+  uint64_t end = 0;
+  if (auto bad = memory.check(uint64_t{image.width} * out.channels, image.height, out.firstRow, rows, end); !bad)
+    return bad;
   if (out.valueBits > out.sampleBits) {
     return failure(Code::BadArgument, "values of {} bits do not fit into samples of {}", out.valueBits, out.sampleBits);
   }
-  if (rows.first >= image.height) return failure(Code::BadSize, "row {} is not among {}", rows.first, image.height);
-  const auto end = static_cast<uint32_t>(std::min<uint64_t>(image.height, uint64_t{rows.first} + rows.count));
   const unsigned valueBits = out.valueBits != 0 ? out.valueBits : out.sampleBits;
-  const Job job{image, SampleReader(image), memory, out.channels, valueBits, rows.first, end};
+  const Job job{image,      SampleReader(image),        memory,      out.channels, valueBits,
+                rows.first, static_cast<uint32_t>(end), out.firstRow};
   return out.sampleBits == 8 ? convertRows<uint8_t>(job) : convertRows<uint16_t>(job);
 }
 

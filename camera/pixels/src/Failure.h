@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <exception>
 #include <iterator>
 #include <new>
 #include <utility>
@@ -27,6 +28,8 @@ Result withMemory(Work&& work) noexcept try {
   return work();
 } catch (const std::bad_alloc&) {
   return failure(Code::NoMemory, "not enough memory");
+} catch (const std::exception& error) {
+  return failure(Code::Io, "{}", error.what());
 }
 
 }  // namespace ox::pixels

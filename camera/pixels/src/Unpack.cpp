@@ -37,18 +37,17 @@ Result unpack(const ImageView& image, const SampleBuffer& out, Align align, Rows
   const uint64_t samples = reader.format().samplesPerRow(image.width);
   const uint64_t height = reader.format().sampleRows(image.height);
   OutputMemory memory{out.data, out.size, out.stride, out.sampleBits};
-  if (auto bad = memory.check(samples, height); !bad) return bad;
+  uint64_t end = 0;
+  if (auto bad = memory.check(samples, height, out.firstRow, rows, end); !bad) return bad;
   if (out.sampleBits == 8 && reader.format().sampleBits > 8) {
     return failure(Code::BadArgument, "samples of {} need 16 bits", reader.format().name);
   }
-  if (rows.first >= height) return failure(Code::BadSize, "row {} is not among {}", rows.first, height);
   const unsigned left = align == Align::High ? out.sampleBits - reader.significantBits() : 0;
-  const uint64_t end = std::min<uint64_t>(height, uint64_t{rows.first} + rows.count);
   for (uint64_t y = rows.first; y < end; ++y) {
     if (out.sampleBits == 8) {
-      unpackRow(reader, y, samples, left, memory.row<uint8_t>(y));
+      unpackRow(reader, y, samples, left, memory.row<uint8_t>(y - out.firstRow));
     } else {
-      unpackRow(reader, y, samples, left, memory.row<uint16_t>(y));
+      unpackRow(reader, y, samples, left, memory.row<uint16_t>(y - out.firstRow));
     }
   }
   return {};

@@ -19,14 +19,15 @@ struct SampleBuffer {
   std::size_t size = 0;     ///< bytes
   std::size_t stride = 0;   ///< bytes from row to row, even for 16-bit samples; 0: no padding
   uint8_t sampleBits = 16;  ///< 8 or 16
+  uint32_t firstRow = 0;    ///< row of the samples that `data` starts with
 };
 
 /// Writes every sample of an image as a number of its own, without looking at colours. Each row of the result has
 /// Format::samplesPerRow() samples; where there are planes, the rows of all planes stand below each other and `rows`
-/// counts through them. Bits that no sample of the format has are handed on as they came.
-/// BadArgument: memory missing, at an odd address, sampleBits neither 8 nor 16, or 8 for samples of more bits.
-/// BadSize: a stride shorter than a row, memory or image too short, `rows.first` outside. Unsupported: as
-/// checkReadable().
+/// counts through them; memory is needed from `firstRow` to the last of them. Bits that no sample of the format has are
+/// handed on as they came. BadArgument: memory missing, at an odd address, sampleBits neither 8 nor 16, or 8 for
+/// samples of more bits. BadSize: a stride shorter than a row, memory or image too short, rows that are not there.
+/// Unsupported: as checkReadable().
 Result unpack(const ImageView& image, const SampleBuffer& out, Align align = Align::Low, Rows rows = {}) noexcept;
 
 /// Memory for a picture: rows of gray values, or of red, green, blue.
@@ -39,6 +40,7 @@ struct Picture {
   /// White is 2^valueBits - 1. 0: all of sampleBits. With the significant bits of the image the values stay as they
   /// are.
   uint8_t valueBits = 0;
+  uint32_t firstRow = 0;  ///< row of the image that `data` starts with, for a picture made in bands
 };
 
 /// Makes a picture. Values are scaled from the significant bits to valueBits: to fewer bits by leaving out the low
