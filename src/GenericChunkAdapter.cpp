@@ -76,6 +76,21 @@ void CGenericChunkAdapter::UpdateBuffer(uint8_t* pBaseAddress) {
   for (auto* port : *m_ppChunkPorts) port->InvalidateNode();
 }
 
+template <class Adapter, class Visit>
+void CGenericChunkAdapter::visitPorts(const Adapter& adapter, uint64_t id, Visit visit) {
+  const std::vector<GENAPI_NAMESPACE::CChunkPort*>& ports = *adapter.m_ppChunkPorts;
+  if constexpr (requires { adapter.placesOf(id); }) {
+    const auto [given, asked] = adapter.placesOf(id);
+    auto next = given.begin(), nextAsked = asked.begin();
+    while (next != given.end() || nextAsked != asked.end()) {
+      const bool isGiven = nextAsked == asked.end() || (next != given.end() && *next < *nextAsked);
+      visit(*ports[isGiven ? *next++ : *nextAsked++]);
+    }
+  } else {  // an engine that does not know beforehand whose the ID can be
+    for (auto* port : ports) visit(*port);
+  }
+}
+
 void CGenericChunkAdapter::AttachChunk(const char* ChunkID, uint8_t* pBase, int64_t ChunkOffset, int64_t ChunkLength) {
   if (m_ppChunkPorts == nullptr) throwUninitialized(kAttachChunkLine);
   if (m_ppChunkPorts->empty()) return;
@@ -83,11 +98,12 @@ void CGenericChunkAdapter::AttachChunk(const char* ChunkID, uint8_t* pBase, int6
   const std::optional<uint32_t> id = parseChunkId(ChunkID);
   if (!id) return;
   ChunkIdBytes wanted(*id);
-  for (auto* port : *m_ppChunkPorts) {
-    const int length = port->GetChunkIDLength();
-    if (!wanted.fits(length) || !port->CheckChunkID(wanted.bytes(length), length)) continue;
-    port->AttachChunk(pBase, ChunkOffset, ChunkLength, true);
-  }
+  visitPorts(*this, *id, [&](GENAPI_NAMESPACE::CChunkPort& port) {
+    portsAsked_.fetch_add(1, std::memory_order_relaxed);
+    const int length = port.GetChunkIDLength();
+    if (!wanted.fits(length) || !port.CheckChunkID(wanted.bytes(length), length)) return;
+    port.AttachChunk(pBase, ChunkOffset, ChunkLength, true);
+  });
 }
 
 }  // namespace orxGenApi

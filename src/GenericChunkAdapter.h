@@ -1,5 +1,6 @@
 // Attaches chunks that the caller has found itself: no buffer layout is known here.
 #pragma once
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -26,6 +27,16 @@ class CGenericChunkAdapter : public GENAPI_NAMESPACE::CChunkAdapter {
   // Throws LogicalErrorException when no node map is attached, std::logic_error for a null ID where there are ports,
   // and what a port throws that refuses the chunk: those before it stay attached.
   void AttachChunk(const char* ChunkID, uint8_t* pBase, int64_t ChunkOffset, int64_t ChunkLength);
+
+  // How many ports were asked so far whether an ID is theirs; for tests of cost.
+  size_t portsAsked() const noexcept { return portsAsked_.load(std::memory_order_relaxed); }
+
+ private:
+  // Visits the ports that can have the ID, in their order.
+  template <class Adapter, class Visit>
+  static void visitPorts(const Adapter& adapter, uint64_t id, Visit visit);
+
+  std::atomic<size_t> portsAsked_{0};
 };
 
 // The number that a chunk ID stands for: hexadecimal digits without prefix, at most eight after leading zeros.

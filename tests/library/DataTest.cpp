@@ -180,4 +180,37 @@ TEST(GenericAdapters, KnowNoLayoutAndEndWithTheirNodeMap) {
   dynamic_cast<GENAPI_NAMESPACE::IDestroy*>(map)->Destroy();
 }
 
+// n chunks of n ports whose IDs the description gives; two more have theirs from a node and are asked each time.
+TEST(GenericAdapters, AChunkLooksOnlyAtPortsThatCanHaveItsId) {
+  for (const uint32_t n : {100u, 200u, 400u}) {
+    std::string ports, asked;
+    std::vector<std::string> ids;
+    for (uint32_t i = 0; i < n; ++i) {
+      ids.emplace_back(orxGenApi::numericIdText(0xA000 + i * 7 % n).data());
+      ports += "<Port Name='P" + std::to_string(i) + "'><ChunkID>" + ids.back() + "</ChunkID></Port>";
+      if (i % 60 != 1 || i > 100) continue;
+      ports += "<Port Name='Asked" + std::to_string(i) + "'><pChunkID>Id" + std::to_string(i) + "</pChunkID></Port>";
+      asked += "<String Name='Id" + std::to_string(i) + "'><Value>" + ids.back() + "</Value></String>";
+    }
+    GENAPI_NAMESPACE::INodeMap* map = CNodeMapFactory(description(ports + asked).c_str()).CreateNodeMap();
+    const auto startOf = [&](const std::string& name) {
+      const GENAPI_NAMESPACE::CPortPtr port(map->GetNode(name.c_str()));
+      uint64_t start = 0;
+      port->Read(&start, GENAPI_NAMESPACE::CHUNK_BASE_ADDRESS_REGISTER, sizeof start);
+      return start;
+    };
+    {
+      std::vector<uint8_t> bytes(n);
+      orxGenApi::CGenericChunkAdapter chunks(map);
+      for (uint32_t i = 0; i < n; ++i) chunks.AttachChunk(ids[i].c_str(), bytes.data(), i, 1);
+      EXPECT_EQ(chunks.portsAsked(), 3 * n) << "each chunk its own port and the two";
+      const auto first = reinterpret_cast<uintptr_t>(bytes.data());
+      for (uint32_t i = 0; i < n; ++i) ASSERT_EQ(startOf("P" + std::to_string(i)), first + i);
+      EXPECT_EQ(startOf("Asked1"), first + 1);
+      EXPECT_EQ(startOf("Asked61"), first + 61);
+    }
+    dynamic_cast<GENAPI_NAMESPACE::IDestroy*>(map)->Destroy();
+  }
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "GenApi/ChunkPort.h"
@@ -46,6 +47,14 @@ class CChunkAdapter {
  protected:
   // MaxChunkCacheSize: chunks up to this many bytes may be copied when attached; 0 none, -1 no limit.
   explicit CChunkAdapter(INodeMap* pNodeMap = nullptr, int64_t MaxChunkCacheSize = -1);
+
+  // Places in m_ppChunkPorts, in ascending order.
+  struct PortPlaces {
+    std::span<const uint32_t> given;  // the description gives the port this ID
+    std::span<const uint32_t> asked;  // a node answers for the ID: only CheckChunkID can tell
+  };
+  // All ports that can have the ID; the others need not be looked at. Valid until a node map is attached or detached.
+  PortPlaces placesOf(uint64_t ChunkID) const;
 
   std::vector<CChunkPort*>* m_ppChunkPorts = nullptr;  // null while no node map is attached; owned
   int64_t m_MaxChunkCacheSize;

@@ -1,5 +1,7 @@
 #include "GenApi/ChunkAdapter.h"
 
+#include <algorithm>
+
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
 #include "nodes/PortNode.h"
@@ -12,6 +14,11 @@ struct CChunkAdapter::State final : public MapEndObserver {
   INodeMap* map = nullptr;
   ILiveData* live = nullptr;
   std::vector<INode*> changed;  // sized for all ports once, so that no frame allocates
+  // Places of the ports whose ID the description gives, by ID and place, beside their IDs; and of those to be asked.
+  std::vector<uint64_t> ids;
+  std::vector<uint32_t> places, asked;
+
+  void sortIds(const std::vector<CChunkPort*>& ports);
 
   void nodeMapEnds() noexcept override { forget(); }
   void forget() noexcept {
@@ -41,6 +48,30 @@ struct CChunkAdapter::State final : public MapEndObserver {
   }
 };
 
+void CChunkAdapter::State::sortIds(const std::vector<CChunkPort*>& ports) {
+  ids.clear();
+  places.clear();
+  asked.clear();
+  const auto id = [&](uint32_t place) -> const HexId& { return ports[place]->state_->id; };
+  for (uint32_t place = 0; place < ports.size(); ++place) {
+    if (!ports[place]->state_->idIsFixed) {
+      asked.push_back(place);
+    } else if (id(place).isNumber()) {
+      places.push_back(place);
+    }
+  }
+  std::stable_sort(places.begin(), places.end(),
+                   [&](uint32_t a, uint32_t b) { return id(a).number() < id(b).number(); });
+  for (const uint32_t place : places) ids.push_back(id(place).number());
+}
+
+CChunkAdapter::PortPlaces CChunkAdapter::placesOf(uint64_t ChunkID) const {
+  const auto [first, last] = std::equal_range(state_->ids.begin(), state_->ids.end(), ChunkID);
+  return {std::span(state_->places)
+              .subspan(static_cast<size_t>(first - state_->ids.begin()), static_cast<size_t>(last - first)),
+          state_->asked};
+}
+
 CChunkAdapter::CChunkAdapter(INodeMap* pNodeMap, int64_t MaxChunkCacheSize)
     : m_MaxChunkCacheSize(MaxChunkCacheSize), state_(std::make_unique<State>()) {
   if (pNodeMap) AttachNodeMap(pNodeMap);
@@ -69,6 +100,7 @@ void CChunkAdapter::AttachNodeMap(INodeMap* pNodeMap) {
       port->state_->copyLimit = m_MaxChunkCacheSize;
       m_ppChunkPorts->push_back(port.release());
     }
+    state_->sortIds(*m_ppChunkPorts);
   } catch (...) {
     DetachNodeMap();
     throw;

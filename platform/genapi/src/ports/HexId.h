@@ -56,9 +56,10 @@ class HexId {
     for (; length > 0; --length) other = (other << 8) | *bytes++;
     return equals(other);
   }
-  bool equals(uint64_t number) const {
-    return readable() && number_ == number && significant_.size() <= sizeof(number_);
-  }
+  bool equals(uint64_t number) const { return isNumber() && number_ == number; }
+  // Whether number() says all of it.
+  bool isNumber() const { return readable() && significant_.size() <= sizeof(number_); }
+  uint64_t number() const { return number_; }
 
  private:
   static int digitOf(char c) {
