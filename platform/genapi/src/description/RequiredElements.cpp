@@ -28,6 +28,11 @@ void NodeReader::checkComplete(NodeDraft& draft) {
     case NodeType::Register:
       requireRegister();
       break;
+    case NodeType::ConfRom:
+    case NodeType::AdvFeatureLock:
+    case NodeType::SmartFeature:
+      require(draft, ElementSet(E::pPort), "pPort");
+      break;
     case NodeType::MaskedIntReg:
       requireRegister();
       require(draft, ElementSet(E::Bit, E::LSB, E::MSB), "Bit or LSB and MSB");
