@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "description/AdjacencyLists.h"
+#include "description/Circles.h"
 #include "description/Description.h"
 #include "description/ElementRules.h"
 #include "description/Limits.h"
@@ -116,6 +117,7 @@ struct DependencyGraph::Data {
   NodeTraits traits;
   std::unique_ptr<std::atomic<const Closure*>[]> closures;  // null where not yet asked for, or not remembered
   std::atomic<size_t> closureBytes{0};
+  Derivations circles{1};
 };
 
 DependencyGraph::DependencyGraph(const Description& description) : data_(std::make_unique<Data>(description)) {}
@@ -170,6 +172,12 @@ std::span<const NodeIndex> DependencyGraph::dependents(NodeIndex x, WalkScratch&
   return other->list();
 }
 
+bool DependencyGraph::dependsOnItself(NodeIndex x) const {
+  return data_->circles
+      .get<Circles>(0, [&] { return std::make_unique<const Circles>(data_->direct, data_->description.nodeCount()); })
+      .has(x);
+}
+
 std::vector<NodeIndex> DependencyGraph::selected(NodeIndex x) const {
   std::vector<NodeIndex> result;
   VisitedNodes seen;
@@ -217,10 +225,6 @@ ECachingMode DependencyGraph::cachingMode(NodeIndex x) const {
 
 bool DependencyGraph::accessModeCacheable(NodeIndex x) const {
   return data_->traits.accessModeCacheable(x);
-}
-
-bool DependencyGraph::limitsCacheable(NodeIndex x) const {
-  return data_->traits.limitsCacheable(x);
 }
 
 bool DependencyGraph::accessModeFollowsValues(NodeIndex x) const {

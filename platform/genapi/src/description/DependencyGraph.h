@@ -8,13 +8,13 @@
 //   category).
 // Writing links, pError, pAlias and pCastAlias make no edge. All walks are iterative.
 #pragma once
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
 
 #include "GenApi/Types.h"
+#include "description/Derivations.h"
 #include "description/NodeIndex.h"
 
 namespace GENAPI_NAMESPACE {
@@ -28,10 +28,10 @@ struct WalkScratch {
   std::vector<NodeIndex> found;
 };
 
-class DependencyGraph {
+class DependencyGraph final : public Derived {
  public:
   explicit DependencyGraph(const Description& description);
-  ~DependencyGraph();
+  ~DependencyGraph() override;
 
   // Nodes with a direct edge from x, each once.
   std::span<const NodeIndex> directDependents(NodeIndex x) const;
@@ -39,6 +39,8 @@ class DependencyGraph {
   // kMaxClosureBytes for the whole description; past that computed into the scratch, where it is valid until the next
   // use.
   std::span<const NodeIndex> dependents(NodeIndex x, WalkScratch& scratch) const;
+  // Whether a circle of dependencies leads from x back to x.
+  bool dependsOnItself(NodeIndex x) const;
   // Nodes that have a reading link to x (the links of GetParents), each once, description order.
   std::span<const NodeIndex> readingParents(NodeIndex x) const;
   // Selectors that name x directly or through the reading parents of what they select; description order.
@@ -50,8 +52,6 @@ class DependencyGraph {
   ECachingMode cachingMode(NodeIndex x) const;
   // False when some value the access mode depends on may not be cached.
   bool accessModeCacheable(NodeIndex x) const;
-  // False when the limits follow those of something that may not be cached without reading its value.
-  bool limitsCacheable(NodeIndex x) const;
   // Whether a change of another node's value can change the node's access mode (guards anywhere below it, tables), or
   // its limits. What does not follow values changes only when a port is connected or invalidated, when something is
   // imposed, or when the node is invalidated by name.

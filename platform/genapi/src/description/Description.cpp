@@ -8,11 +8,7 @@ namespace GENAPI_NAMESPACE {
 
 Description::Description() = default;
 
-Description::~Description() {
-  delete graph_.load(std::memory_order_acquire);
-  const NodeLayout* const nodeLayout = layout.load(std::memory_order_acquire);
-  if (nodeLayout != nullptr) deleteLayout.load(std::memory_order_acquire)(nodeLayout);
-}
+Description::~Description() = default;
 
 const Property* Description::find(NodeIndex index, Element element) const {
   for (const Property& property : properties(index)) {
@@ -45,13 +41,7 @@ uint32_t Description::lineOf(NodeIndex index) const {
 }
 
 const DependencyGraph& Description::graph() const {
-  const DependencyGraph* graph = graph_.load(std::memory_order_acquire);
-  if (graph != nullptr) return *graph;
-  auto made = std::make_unique<const DependencyGraph>(*this);
-  if (graph_.compare_exchange_strong(graph, made.get(), std::memory_order_acq_rel, std::memory_order_acquire)) {
-    return *made.release();
-  }
-  return *graph;
+  return derived_.get<DependencyGraph>(kGraph, [this] { return std::make_unique<const DependencyGraph>(*this); });
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -3,7 +3,6 @@
 // Everything is flat: one record per node in description order, one property per element in XML order, links already
 // resolved to node indices. Texts point into the parsed buffer, which the description owns.
 #pragma once
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -15,6 +14,7 @@
 #include "GenApi/Findings.h"
 #include "GenApi/Types.h"
 #include "description/DependencyGraph.h"
+#include "description/Derivations.h"
 #include "description/Element.h"
 #include "description/MemoryBlock.h"
 #include "description/NameTable.h"
@@ -71,8 +71,6 @@ struct FindingRecord {
   std::string element, reason;
 };
 
-class NodeLayout;  // where each node lies in a node map's arena; made by the node map
-
 class Description {
  public:
   Description();
@@ -121,10 +119,9 @@ class Description {
   // The text as it came; what the description cache compares.
   std::string_view sourceText() const { return sourceText_; }
 
-  // A slot for what the node map derives once per description; the loser of a race deletes its copy. Whoever fills it
-  // first says how it is deleted with the description.
-  mutable std::atomic<const NodeLayout*> layout{nullptr};
-  mutable std::atomic<void (*)(const NodeLayout*)> deleteLayout{nullptr};
+  // What is derived from the description once; later rooms add theirs.
+  enum DerivedSlot : size_t { kGraph, kLayout, kDerivedSlots };
+  const Derivations& derived() const { return derived_; }
 
  private:
   friend class DescriptionBuilder;
@@ -150,7 +147,7 @@ class Description {
   std::vector<FindingRecord> findings_;
   std::vector<NodeDefect> defects_;  // the first defect of each defective node, by node
   std::vector<NodeIndex> chunkPorts_, eventNodes_, polledNodes_;
-  mutable std::atomic<const DependencyGraph*> graph_{nullptr};
+  Derivations derived_{kDerivedSlots};
 };
 
 }  // namespace GENAPI_NAMESPACE

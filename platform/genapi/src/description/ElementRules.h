@@ -99,8 +99,10 @@ inline constexpr ElementSet kReadingLinks(Element::pValue, Element::pMin, Elemen
                                           Element::pValueIndexed, Element::pValueDefault, Element::pVariable,
                                           Element::pAddress, Element::IntSwissKnife, Element::pOffset, Element::pLength,
                                           Element::pCommandValue, Element::pChunkID);
-inline constexpr ElementSet kGuards(Element::pIsImplemented, Element::pIsAvailable, Element::pIsLocked,
-                                    Element::pBlockPolling);
+// Links whose target decides about access, in the order in which they are asked.
+inline constexpr Element kGuardLinks[] = {Element::pIsImplemented, Element::pIsAvailable, Element::pIsLocked,
+                                          Element::pBlockPolling};
+inline constexpr ElementSet kGuards(kGuardLinks[0], kGuardLinks[1], kGuardLinks[2], kGuardLinks[3]);
 // Links that may be left out when they lead nowhere.
 inline constexpr ElementSet kDescriptiveLinks(Element::pFeature, Element::pSelected, Element::pInvalidator,
                                               Element::pAlias, Element::pCastAlias, Element::pError,

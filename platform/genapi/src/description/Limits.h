@@ -23,6 +23,7 @@ inline constexpr int64_t kMaxRegisterBytes = 16 << 20;  // tested before any all
 inline constexpr int kMaxLinkDepth = 512;               // nodes that one evaluation may pass through
 inline constexpr size_t kMaxCachedPlaces = 65'536;      // remembered register contents per node map
 inline constexpr int64_t kMaxCachedBytes = 64 << 20;    // their length together; the oldest places go first
-inline constexpr int kMaxOperationNesting = 64;         // operations started inside callbacks
+inline constexpr int kMaxOperationNesting = 64;         // operations started inside callbacks and ports
+inline constexpr int kMaxOperationSteps = 65'536;       // nodes that one call may write to, counted at each visit
 
 }  // namespace GENAPI_NAMESPACE

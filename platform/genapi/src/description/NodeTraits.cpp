@@ -59,7 +59,6 @@ NodeTraits::NodeTraits(const Description& description, const AdjacencyLists& par
   findCachingModes(description, parents);
   findUncacheableIncrements(description);
   findUncacheableAccess(description);
-  findUncacheableLimits(description);
   findValueFollowers(description);
   findFeatures(description);
 }
@@ -103,20 +102,6 @@ void NodeTraits::findUncacheableIncrements(const Description& description) {
   spread(
       description, kIncrementLinks, [&](NodeIndex node) { return !traits_[node].incrementCacheable; },
       [&](NodeIndex node) { traits_[node].incrementCacheable = hasOwn(node); });
-}
-
-// A node that reads something uncached is uncached itself, limits included; but a copy is not read.
-void NodeTraits::findUncacheableLimits(const Description& description) {
-  const NodeIndex count = static_cast<NodeIndex>(traits_.size());
-  for (NodeIndex node = 0; node < count; ++node) {
-    for (const Property& property : description.properties(node)) {
-      if (property.element != Element::pValueCopy || cachingMode(property.target) != NoCache) continue;
-      traits_[node].limitsCacheable = false;
-    }
-  }
-  spread(
-      description, kLimitLinks, [&](NodeIndex node) { return !traits_[node].limitsCacheable; },
-      [&](NodeIndex node) { traits_[node].limitsCacheable = false; });
 }
 
 void NodeTraits::findUncacheableAccess(const Description& description) {

@@ -16,7 +16,6 @@ class NodeTraits {
 
   ECachingMode cachingMode(NodeIndex node) const { return static_cast<ECachingMode>(traits_[node].cachingMode); }
   bool accessModeCacheable(NodeIndex node) const { return traits_[node].accessModeCacheable; }
-  bool limitsCacheable(NodeIndex node) const { return traits_[node].limitsCacheable; }
   bool accessModeFollowsValues(NodeIndex node) const { return traits_[node].accessModeFollowsValues; }
   bool limitsFollowValues(NodeIndex node) const { return traits_[node].limitsFollowValues; }
   bool isFeature(NodeIndex node) const { return traits_[node].feature; }
@@ -25,7 +24,6 @@ class NodeTraits {
   struct Traits {
     uint8_t cachingMode = WriteThrough;
     bool accessModeCacheable = true;
-    bool limitsCacheable = true;
     bool incrementCacheable = true;
     bool accessModeFollowsValues = false;
     bool limitsFollowValues = false;
@@ -34,7 +32,6 @@ class NodeTraits {
 
   void findCachingModes(const Description& description, const AdjacencyLists& parents);
   void findUncacheableIncrements(const Description& description);
-  void findUncacheableLimits(const Description& description);
   void findUncacheableAccess(const Description& description);
   void findValueFollowers(const Description& description);
   void findFeatures(const Description& description);

@@ -191,6 +191,8 @@ class FormulaCompiler final : private NameScope {
     program_->stackWords_ = stack[0];
     program_->callWords_ = calls[0];
     program_->rememberedWords_ = static_cast<uint32_t>(program_->variables_.size() + parts_.size() - 1);
+    const uint32_t markWords = (program_->rememberedWords_ + 63) / 64;
+    program_->neededWords_ = 1 + stack[0] + program_->rememberedWords_ + markWords + calls[0];
     return true;
   }
 

@@ -11,10 +11,6 @@
 namespace GENAPI_NAMESPACE::formula {
 namespace {
 
-// Evaluations that need no more than this work in the caller's own stack frame. Links between nodes recurse through
-// it, so it stays small.
-constexpr size_t kLocalWords = 64;
-
 template <class Number>
 Number& as(Value& value) noexcept {
   if constexpr (std::is_same_v<Number, int64_t>) {
@@ -44,9 +40,12 @@ size_t markWords(size_t count) noexcept {
 
 }  // namespace
 
+// Links between nodes recurse through here: the words that a formula works in are not on the stack.
 template <class Number>
-Number FormulaProgram::run(VariableSource& source, Number argument, Value* scratch) const {
+Number FormulaProgram::run(VariableSource& source, Number argument) const {
   namespace math = arithmetic;
+  const Scratch::Words words(source.scratch(), neededWords_);
+  Value* const scratch = words.start();
   // The parts of the scratch memory; an unused word below the stack lets an empty stack have a top.
   Value* top = scratch;
   Value* const remembered = scratch + 1 + stackWords_;
@@ -261,27 +260,16 @@ Number FormulaProgram::run(VariableSource& source, Number argument, Value* scrat
   }
 }
 
-template <class Number>
-Number FormulaProgram::evaluate(VariableSource& source, Number argument) const {
-  const size_t words = size_t{1} + stackWords_ + rememberedWords_ + markWords(rememberedWords_) + callWords_;
-  if (words <= kLocalWords) [[likely]] {
-    Value local[kLocalWords];
-    return run(source, argument, local);
-  }
-  const std::unique_ptr<Value[]> scratch(new Value[words]);
-  return run(source, argument, scratch.get());
-}
-
 int64_t FormulaProgram::evaluateInteger(VariableSource& source, int64_t argument) const {
   if (!ok()) fail(source, defect_);
   if (arithmetic_ != Arithmetic::Integer) fail(source, "a float formula cannot be evaluated in whole numbers");
-  return evaluate(source, argument);
+  return run(source, argument);
 }
 
 double FormulaProgram::evaluateFloat(VariableSource& source, double argument) const {
   if (!ok()) fail(source, defect_);
   if (arithmetic_ != Arithmetic::Float) fail(source, "an integer formula cannot be evaluated in floating point");
-  return evaluate(source, argument);
+  return run(source, argument);
 }
 
 void FormulaProgram::fail(VariableSource& source, size_t instruction, const char* what) const {
@@ -297,6 +285,11 @@ void FormulaProgram::fail(VariableSource& source, const std::string& reason) con
 
 void VariableSource::evaluationFailed(const std::string& reason) {
   refuse<LogicalErrorException>("{}", reason);
+}
+
+Scratch& VariableSource::scratch() {
+  thread_local Scratch ofThread;
+  return ofThread;
 }
 
 }  // namespace GENAPI_NAMESPACE::formula

@@ -4,6 +4,7 @@
 
 #include "GenApi/Types.h"
 #include "formula/FormulaCode.h"
+#include "formula/FormulaScratch.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -48,6 +49,9 @@ class VariableSource {
   // Override to put a path in front.
   virtual void evaluationFailed(const std::string& reason);
 
+  // Where large evaluations work. Those inside each other share it; by default, those of one thread.
+  virtual Scratch& scratch();
+
   virtual ~VariableSource() = default;
 };
 
@@ -90,9 +94,7 @@ class FormulaProgram {
   };
 
   template <class Number>
-  Number evaluate(VariableSource& source, Number argument) const;
-  template <class Number>
-  Number run(VariableSource& source, Number argument, Value* scratch) const;
+  Number run(VariableSource& source, Number argument) const;
   [[noreturn, gnu::cold, gnu::noinline]] void fail(VariableSource& source, size_t instruction, const char* what) const;
   [[noreturn, gnu::cold, gnu::noinline]] void fail(VariableSource& source, const std::string& reason) const;
 
@@ -105,6 +107,7 @@ class FormulaProgram {
   uint32_t stackWords_ = 0;
   uint32_t rememberedWords_ = 0;
   uint32_t callWords_ = 0;
+  uint32_t neededWords_ = 0;  // all of them together
   Arithmetic arithmetic_ = Arithmetic::Integer;
   std::string defect_;
 };

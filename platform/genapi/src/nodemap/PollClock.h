@@ -8,11 +8,11 @@
 
 namespace GENAPI_NAMESPACE {
 
-class NodeMap;
+struct Device;
 
 class PollClock {
  public:
-  explicit PollClock(NodeMap& map);
+  explicit PollClock(Device& device);
   // Advances the clocks of all active nodes by milliseconds; what is due is invalidated and called back with everything
   // that depends on it. Commands and enumerations that are due ask the device first. The failure of one node does not
   // keep the others from their turn; the first one is thrown at the end.
@@ -34,7 +34,7 @@ class PollClock {
   void advanceStates(int64_t elapsed, Round& round);
   void advanceRegisters(int64_t elapsed, Round& round);
 
-  NodeMap& map_;
+  Device& device_;
   std::vector<Clock> clocks_;
 };
 

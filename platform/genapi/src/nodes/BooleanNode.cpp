@@ -1,17 +1,16 @@
 #include "nodes/BooleanNode.h"
 
-#include "Base/GCException.h"
 #include "text/NumberSyntax.h"
 
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
-BooleanNode::BooleanNode(NodeMap& map, NodeIndex index) : NodeBase(map, index) {
+BooleanNode::BooleanNode(Device& device, NodeIndex index) : NodeBase(device, index) {
   for (const Property& each : properties()) {
     switch (each.element) {
       case Element::Value:
-        held_ = each.integer != 0;
+        constant_ = each.integer != 0;
         break;
       case Element::pValue:
         link_ = each.target;
@@ -28,70 +27,55 @@ BooleanNode::BooleanNode(NodeMap& map, NodeIndex index) : NodeBase(map, index) {
   }
 }
 
-EAccessMode BooleanNode::typeMode() {
-  return isFloating() ? RW : map().node(link_).accessMode();
+EAccessMode BooleanNode::typeMode() const {
+  return holdsOwnValue() ? RW : other(link_).accessMode();
 }
 
-bool BooleanNode::read(Reading how) {
-  if (isFloating()) return held_;
-  NodeState& mine = state();
-  if ((mine.flags & kHasValue) && !how.ignoreCache) {
-    if (EvaluationStep* asking = map().evaluation()) asking->noteConsumption();
-    return value_;
-  }
-  const EvaluationStep step(map(), *this);
-  const int64_t number = map().node(link_).readInteger({.ignoreCache = how.ignoreCache, .asSource = true});
+bool BooleanNode::read(Reading how) const {
+  return evaluation().answer<kValue, bool>(index(), how.ignoreCache, [this, how] { return compute(how); });
+}
+
+bool BooleanNode::compute(Reading how) const {
+  requireSound();
+  if (holdsOwnValue()) return evaluation().heldValue(index(), constant_);
+  const int64_t number = other(link_).readInteger({.ignoreCache = how.ignoreCache, .asSource = true});
   if (number != onValue_ && number != offValue_) {
-    throw LOGICAL_ERROR_EXCEPTION("%s: value %ld is neither OnValue %ld nor OffValue %ld", map().pathTo(*this).c_str(),
-                                  static_cast<long>(number), static_cast<long>(onValue_), static_cast<long>(offValue_));
+    refuse<LogicalErrorException>("{}: value {} is neither OnValue {} nor OffValue {}", path(), number, onValue_,
+                                  offValue_);
   }
-  const bool value = number == onValue_;
-  if (!isUncached() && step.isUnspoiled()) {
-    value_ = value;
-    mine.flags |= kHasValue | kValid;
-  }
-  return value;
+  return number == onValue_;
 }
 
-void BooleanNode::write(bool value, bool verify) {
-  const EvaluationStep step(map(), *this);
-  if (isFloating()) {
-    held_ = value;
-  } else {
-    map().node(link_).writeInteger(value ? onValue_ : offValue_, verify);
-  }
-  completeWrite();
-  if (verify) checkErrors();
+void BooleanNode::writeTruth(bool truth, bool verify) const {
+  write(verify, [&] {
+    if (holdsOwnValue()) {
+      evaluation().holdValue(index(), truth);
+    } else {
+      other(link_).writeInteger(truth ? onValue_ : offValue_, verify);
+    }
+  });
 }
 
 bool BooleanNode::GetValue(bool, bool IgnoreCache) const {
-  auto* self = const_cast<BooleanNode*>(this);
-  return self->reading([&] { return self->read({.ignoreCache = IgnoreCache}); });
+  return reading([&] { return read({.ignoreCache = IgnoreCache}); });
 }
 
 void BooleanNode::SetValue(bool Value, bool Verify) {
-  writing(Verify, [&] { write(Value, Verify); });
+  writing(Verify, [&] { writeTruth(Value, Verify); });
 }
 
 gcstring BooleanNode::ToString(bool, bool IgnoreCache) {
-  return reading([&] { return readText({.ignoreCache = IgnoreCache}); });
+  return reading([&] { return gcstring(readText({.ignoreCache = IgnoreCache})); });
 }
 
 void BooleanNode::FromString(const gcstring& ValueStr, bool Verify) {
   writing(Verify, [&] {
     const auto value = text::parseBoolean(ValueStr.view());
     if (!value) {
-      throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' is not true, false, 1 or 0", zeroTerminated(name()).c_str(),
-                                       shownText(ValueStr.view()).c_str());
+      refuse<InvalidArgumentException>("{}: '{}' is not true, false, 1 or 0", name(), shownText(ValueStr.view()));
     }
-    write(*value, Verify);
+    writeTruth(*value, Verify);
   });
-}
-
-bool BooleanNode::IsValueCacheValid() const {
-  if (isFloating()) return true;
-  const AutoLock lock(map().GetLock());
-  return !isUncached() && (state().flags & kValid) != 0;
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -1,14 +1,10 @@
 #include "nodes/CommandNode.h"
 
-#include <utility>
-
-#include "Base/GCException.h"
-
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
-CommandNode::CommandNode(NodeMap& map, NodeIndex index) : NodeBase(map, index) {
+CommandNode::CommandNode(Device& device, NodeIndex index) : NodeBase(device, index) {
   for (const Property& each : properties()) {
     if (each.element == Element::pValue) link_ = each.target;
     if (each.element == Element::pCommandValue) commandLink_ = each.target;
@@ -16,45 +12,42 @@ CommandNode::CommandNode(NodeMap& map, NodeIndex index) : NodeBase(map, index) {
   }
 }
 
-EAccessMode CommandNode::typeMode() {
-  const EAccessMode mode = link_ == kNoNode ? RW : map().node(link_).accessMode();
+EAccessMode CommandNode::typeMode() const {
+  const EAccessMode mode = link_ == kNoNode ? RW : other(link_).accessMode();
   if (commandLink_ == kNoNode) return mode;
-  const EAccessMode command = map().node(commandLink_).accessMode();
+  const EAccessMode command = other(commandLink_).accessMode();
   if (command == NI) return NI;
   return IsReadable(command) ? mode : Combine(mode, NA);
 }
 
-int64_t CommandNode::commandValue() {
-  return commandLink_ == kNoNode ? command_ : map().node(commandLink_).readInteger({.ignoreCache = true});
+int64_t CommandNode::commandValue() const {
+  return commandLink_ == kNoNode ? command_ : other(commandLink_).readInteger({.ignoreCache = true});
 }
 
-void CommandNode::start(bool verify) {
-  const EvaluationStep step(map(), *this);
-  if (link_ != kNoNode) {
-    map().node(link_).writeInteger(commandValue(), verify);
-    if (!std::exchange(executing_, true)) ++starts_;
-  }
-  completeWrite();
-  if (verify) checkErrors();
+void CommandNode::start(bool verify) const {
+  write(verify, [&] {
+    if (link_ == kNoNode) return;
+    other(link_).writeInteger(commandValue(), verify);
+    if (!isExecuting()) evaluation().beginActivity(index());
+  });
 }
 
-bool CommandNode::canBeAsked() {
-  return link_ != kNoNode && IsReadable(accessMode()) && IsReadable(map().node(link_).accessMode());
+bool CommandNode::canBeAsked() const {
+  return link_ != kNoNode && IsReadable(accessMode()) && IsReadable(other(link_).accessMode());
 }
 
-bool CommandNode::isUnderWay() {
-  const EvaluationStep step(map(), *this);
-  return map().node(link_).readInteger({.ignoreCache = true, .asSource = true}) == commandValue();
+bool CommandNode::isUnderWay() const {
+  const Evaluation::Frame frame(evaluation(), index());
+  return other(link_).readInteger({.ignoreCache = true, .asSource = true}) == commandValue();
 }
 
-bool CommandNode::ask() {
+bool CommandNode::askDevice() const {
   const bool done = !isUnderWay();
-  if (done && executing_) {
-    executing_ = false;
-    map().invalidated(index());
+  if (done && isExecuting()) {
+    evaluation().endActivity(index());
+    device().dispatch.invalidated(index());
     // What the command did may show wherever its register is known.
-    map().dropDependents(link_);
-    map().collectDependents(link_);
+    device().dispatch.changedDependents(link_);
   }
   return done;
 }
@@ -64,29 +57,25 @@ void CommandNode::Execute(bool Verify) {
 }
 
 bool CommandNode::IsDone(bool) {
-  return map().operate(this, [&] {
-    if (!IsAvailable(accessMode())) refuseReading();
-    return !canBeAsked() || ask();
+  return device().dispatch.operate(index(), [&] {
+    if (!IsAvailable(accessMode())) refuseAccess("readable");
+    return !canBeAsked() || askDevice();
   });
 }
 
 gcstring CommandNode::ToString(bool, bool) {
-  // A read: that the command has finished is left for IsDone and polling to notice.
+  // Read only: IsDone and polling notice completion.
   return reading([&] { return gcstring(canBeAsked() && isUnderWay() ? "1" : "0"); });
 }
 
 void CommandNode::FromString(const gcstring& ValueStr, bool Verify) {
   writing(Verify, [&] {
     if (!(ValueStr == "1") && !(ValueStr == "true")) {
-      throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' does not execute a command, '1' or 'true' does",
-                                       zeroTerminated(name()).c_str(), shownText(ValueStr.view()).c_str());
+      refuse<InvalidArgumentException>("{}: '{}' does not execute a command, '1' or 'true' does", name(),
+                                       shownText(ValueStr.view()));
     }
     start(Verify);
   });
-}
-
-bool CommandNode::IsValueCacheValid() const {
-  return link_ == kNoNode;
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -7,39 +7,37 @@ namespace GENAPI_NAMESPACE {
 
 class CommandNode final : public NodeBase, public ICommand {
  public:
-  CommandNode(NodeMap& map, NodeIndex index);
+  CommandNode(Device& device, NodeIndex index);
 
   // IValue, ICommand
   INode* GetNode() override { return this; }
   GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
   void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
-  bool IsValueCacheValid() const override;
+  bool IsValueCacheValid() const override { return link_ == kNoNode; }
   void Execute(bool Verify) override;
   bool IsDone(bool Verify) override;
   EInterfaceType GetPrincipalInterfaceType() const override { return intfICommand; }
 
   // inner operations
-  EAccessMode typeMode() override;
+  EAccessMode typeMode() const override;
 
   // For polling: only a command that is executing and can be asked is polled. Each start from rest is counted.
-  bool isExecuting() const { return executing_; }
-  uint32_t starts() const { return starts_; }
-  bool canBeAsked();
+  bool isExecuting() const { return evaluation().isActive(index()); }
+  uint32_t starts() const { return evaluation().activity(index()).turns; }
+  bool canBeAsked() const;
   // Asks the device past every cache; true when it has finished. Noticing that it just has drops and collects
   // everything that depends on the command and its source.
-  bool ask();
+  bool askDevice() const;
 
  private:
-  void start(bool verify);
-  int64_t commandValue();
+  void start(bool verify) const;
+  int64_t commandValue() const;
   // Whether the device still shows the command value; asked past every cache.
-  bool isUnderWay();
+  bool isUnderWay() const;
 
   NodeIndex link_ = kNoNode;
   NodeIndex commandLink_ = kNoNode;
   int64_t command_ = 0;
-  uint32_t starts_ = 0;
-  bool executing_ = false;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -5,7 +5,8 @@
 
 #include <unistd.h>
 
-#include "Base/GCException.h"
+#include "GenApi/IDeviceInfo.h"
+#include "GenApi/INodeMap.h"
 #include "nodes/NodeBase.h"
 
 namespace GENAPI_NAMESPACE {
@@ -38,7 +39,7 @@ std::string language() {
 }
 
 std::string systemText(const NodeBase& node, std::string_view word) {
-  const DeviceTexts& device = node.map().description().device();
+  const DeviceTexts& device = node.description().device();
   if (word == "NodeName") return std::string(node.name());
   if (word == "ModelName") return std::string(device.modelName);
   if (word == "VendorName") return std::string(device.vendorName);
@@ -51,7 +52,7 @@ std::string systemText(const NodeBase& node, std::string_view word) {
   if (word == "GenApiVersion") {
     Version_t version;
     uint16_t build;
-    node.map().GetGenApiVersion(version, build);
+    dynamic_cast<const IDeviceInfo&>(node.device().map).GetGenApiVersion(version, build);
     return versionText(version);
   }
   return std::string(kUnknown);
@@ -60,11 +61,11 @@ std::string systemText(const NodeBase& node, std::string_view word) {
 std::string placeholderText(const NodeBase& node, std::string_view word) {
   constexpr std::string_view kSystem = "Sys::";
   if (word.starts_with(kSystem)) return systemText(node, word.substr(kSystem.size()));
-  auto* value = dynamic_cast<IValue*>(node.map().GetNode(gcstring(word)));
+  auto* value = dynamic_cast<IValue*>(node.device().map.GetNode(gcstring(word)));
   if (!value) return std::string(kUnknown);
   try {
     return std::string(value->ToString().view());
-  } catch (const GENICAM_NAMESPACE::GenericException&) {
+  } catch (const GenericException&) {
     return std::string(kUnknown);
   }
 }

@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "description/Description.h"
+#include "description/ElementRules.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -34,13 +35,8 @@ EntryTable::EntryTable(const Description& description, NodeIndex enumeration) {
         case Element::IsSelfClearing:
           entry.isSelfClearing = each.word == Yes;
           break;
-        case Element::pIsImplemented:
-        case Element::pIsAvailable:
-        case Element::pIsLocked:
-        case Element::pBlockPolling:
-          entry.isPlain = false;
-          break;
         default:
+          if (kGuards.has(each.element)) entry.isPlain = false;
           break;
       }
     }
@@ -57,7 +53,7 @@ EntryTable::EntryTable(const Description& description, NodeIndex enumeration) {
 }
 
 const EntryTable& EntryTable::of(const Description& description, NodeIndex enumeration) {
-  return NodeLayout::of(description).derived<EntryTable>(enumeration, [&] {
+  return NodeLayout::of(description).derived().get<EntryTable>(enumeration, [&] {
     return std::make_unique<const EntryTable>(description, enumeration);
   });
 }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "nodemap/NodeLayout.h"
+#include "nodes/NodeLayout.h"
 
 namespace GENAPI_NAMESPACE {
 

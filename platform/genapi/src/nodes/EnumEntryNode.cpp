@@ -1,13 +1,10 @@
 #include "nodes/EnumEntryNode.h"
 
-#include "Base/GCException.h"
 #include "nodes/EntryTable.h"
 
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
-
-EnumEntryNode::EnumEntryNode(NodeMap& map, NodeIndex index) : NodeBase(map, index) {}
 
 int64_t EnumEntryNode::GetValue() {
   requireSound();
@@ -25,7 +22,7 @@ bool EnumEntryNode::IsSelfClearing() {
 }
 
 gcstring EnumEntryNode::GetSymbolic() const {
-  return gcstring(entrySymbolic(map().description(), index()));
+  return gcstring(entrySymbolic(description(), index()));
 }
 
 gcstring EnumEntryNode::GetDisplayName() const {
@@ -38,7 +35,7 @@ gcstring EnumEntryNode::ToString(bool, bool) {
 }
 
 void EnumEntryNode::FromString(const gcstring&, bool) {
-  throw ACCESS_EXCEPTION("%s: not writable: an enumeration entry is a constant", zeroTerminated(name()).c_str());
+  refuse<AccessException>("{}: not writable: an enumeration entry is a constant", name());
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -7,7 +7,7 @@ namespace GENAPI_NAMESPACE {
 
 class EnumEntryNode final : public NodeBase, public IEnumEntry {
  public:
-  EnumEntryNode(NodeMap& map, NodeIndex index);
+  using NodeBase::NodeBase;
 
   GENICAM_NAMESPACE::gcstring GetDisplayName() const override;
 
@@ -22,7 +22,7 @@ class EnumEntryNode final : public NodeBase, public IEnumEntry {
   bool IsSelfClearing() override;
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIEnumEntry; }
 
-  EAccessMode typeMode() override { return RO; }
+  EAccessMode typeMode() const override { return RO; }
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -8,13 +8,13 @@ namespace GENAPI_NAMESPACE {
 
 class EnumerationNode final : public NodeBase, public IEnumeration {
  public:
-  EnumerationNode(NodeMap& map, NodeIndex index);
+  EnumerationNode(Device& device, NodeIndex index);
 
   // IValue, IEnumeration
   INode* GetNode() override { return this; }
   GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
   void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
-  bool IsValueCacheValid() const override;
+  bool IsValueCacheValid() const override { return holdsOwnValue() || isValueValid(); }
   void GetSymbolics(StringList_t& Symbolics) override;
   void GetEntries(NodeList_t& Entries) override;
   void SetIntValue(int64_t Value, bool Verify) override;
@@ -25,47 +25,46 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIEnumeration; }
 
   // inner operations
-  EAccessMode typeMode() override;
-  int64_t readInteger(Reading how) override;
-  double readFloat(Reading how) override;
-  void writeInteger(int64_t value, bool verify) override;
-  void writeFloat(double value, bool verify) override;
+  EAccessMode typeMode() const override;
+  int64_t readInteger(Reading how) const override;
+  double readFloat(Reading how) const override;
+  void writeInteger(int64_t value, bool verify) const override;
+  void writeFloat(double value, bool verify) const override;
   std::string describeValue(int64_t value) const override;
 
   // For polling: from when a self-clearing entry became current until something else was seen.
-  bool isClearing() const { return clearing_; }
+  bool isClearing() const { return evaluation().isActive(index()); }
   // How often that has begun.
-  uint32_t clearings() const { return clearings_; }
+  uint32_t clearings() const { return evaluation().activity(index()).turns; }
 
   // The value of the entry with that symbolic name. Throws RuntimeException when there is none.
-  int64_t entryValue(std::string_view symbolic);
+  int64_t entryValue(std::string_view symbolic) const;
 
  private:
-  const EntryTable& table() const { return *table_; }
+  bool holdsOwnValue() const { return link_ == kNoNode; }
   EAccessMode modeOf(const EntryRecord& entry) const;
-  bool isAvailable(const EntryRecord& entry) const;
+  bool isAvailable(const EntryRecord& entry) const { return IsAvailable(modeOf(entry)); }
   // The entry that stands for a value: the first available one, else the first; null when there is none.
   const EntryRecord* entryOf(int64_t value) const;
+  // The same; throws InvalidArgumentException instead of null.
+  const EntryRecord& requireEntry(int64_t value) const;
+  // The current entry, remembered with the value; null when there is none.
+  const EntryRecord* currentEntry(Reading how) const;
   IEnumEntry* publicEntry(const EntryRecord* entry) const;
-  int64_t value(Reading how);
-  // The numeric value of the entry that stands for a value. Throws InvalidArgumentException when there is none.
-  long double numericValue(int64_t value) const;
-  void writeNearest(long double value, bool verify);
-  void write(const EntryRecord& entry, bool verify);
-  void noteCurrent(int64_t value);
-  void beginClearing(int64_t value);
-  void verifyEntry(int64_t value);
-  bool isFloating() const { return link_ == kNoNode; }
+  int64_t readValue(Reading how) const;
+  int64_t compute(bool fresh) const;
+  void writeNearest(long double number, bool verify) const;
+  void writeEntry(const EntryRecord& entry, bool verify) const;
+  void requireAvailable(const EntryRecord& entry) const;
+  // Begins or ends polling by what was seen. While the current entry clears itself, the device is asked each time; a
+  // change seen then concerns all dependents.
+  void noteCurrent(int64_t value) const;
+  // Without an entry, or one that is not available: throws.
+  void verifyEntry(int64_t value) const;
 
-  const EntryTable* table_;
+  const EntryTable& table_;
   NodeIndex link_ = kNoNode;
-  bool clearing_ = false;
-  uint32_t clearings_ = 0;
-  int64_t clearingValue_ = 0;  // the value of the entry that is to clear itself
-  int64_t held_ = 0;
-  int64_t value_ = 0;  // kHasValue
-  // The last entry found that is the only one with its value: mostly the current one. Guarded by the map's lock.
-  mutable const EntryRecord* soleEntry_ = nullptr;
+  int64_t constant_ = 0;  // what a held value begins with
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -1,6 +1,5 @@
 #include "nodes/FormulaSet.h"
 
-#include "Base/GCException.h"
 #include "formula/FormulaFunctions.h"
 #include "nodes/EnumerationNode.h"
 
@@ -53,8 +52,11 @@ FormulaSet::FormulaSet(const Description& description, NodeIndex node) {
         break;
       case Element::Constant:
         name.kind = isInteger ? DeclaredName::Kind::IntegerConstant : DeclaredName::Kind::FloatConstant;
-        (isInteger ? static_cast<void>(name.integerConstant = each.integer)
-                   : static_cast<void>(name.floatConstant = each.real));
+        if (isInteger) {
+          name.integerConstant = each.integer;
+        } else {
+          name.floatConstant = each.real;
+        }
         break;
       case Element::Expression:
         name.kind = DeclaredName::Kind::Expression;
@@ -89,18 +91,25 @@ std::unique_ptr<const FormulaProgram> FormulaSet::compile(std::string_view text,
 }
 
 const FormulaSet& FormulaSet::of(const Description& description, NodeIndex node) {
-  return NodeLayout::of(description).derived<FormulaSet>(node, [&] {
+  return NodeLayout::of(description).derived().get<FormulaSet>(node, [&] {
     return std::make_unique<const FormulaSet>(description, node);
   });
 }
 
 const FormulaSet* FormulaSet::ifKnown(const Description& description, NodeIndex node) {
-  return static_cast<const FormulaSet*>(NodeLayout::of(description).knownDerived(node));
+  return static_cast<const FormulaSet*>(NodeLayout::of(description).derived().known(node));
+}
+
+FormulaVariables::FormulaVariables(const NodeBase& node, const FormulaSet& formulas)
+    : node_(node), formulas_(formulas) {
+  if (!formulas.badVariable_.empty()) {
+    refuse<LogicalErrorException>("{}: {}", formulas.title_, formulas.badVariable_);
+  }
 }
 
 int64_t FormulaVariables::integerVariable(size_t declaredIndex) {
   const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
-  NodeBase& node = node_.map().node(variable.node);
+  const NodeBase& node = node_.other(variable.node);
   switch (variable.aspect) {
     case FormulaSet::Aspect::Value:
       return node.readInteger({});
@@ -118,19 +127,19 @@ int64_t FormulaVariables::integerVariable(size_t declaredIndex) {
       return node.GetCachingMode();
     case FormulaSet::Aspect::Entry:
       if (node.record().type == NodeType::Enumeration) {
-        return static_cast<EnumerationNode&>(node).entryValue(variable.entry);
+        return static_cast<const EnumerationNode&>(node).entryValue(variable.entry);
       }
-      throw RUNTIME_EXCEPTION("%s: '%s' is no enumeration and has no entry '%s'", node_.map().pathTo(node_).c_str(),
-                              zeroTerminated(node.name()).c_str(), zeroTerminated(variable.entry).c_str());
+      refuse<RuntimeException>("{}: '{}' is no enumeration and has no entry '{}'", node_.path(), node.name(),
+                               variable.entry);
     case FormulaSet::Aspect::Unknown:
       break;
   }
-  throw LOGICAL_ERROR_EXCEPTION("%s", formulas_.defects_.front().c_str());
+  refuse<LogicalErrorException>("{}", formulas_.defects_.front());
 }
 
 double FormulaVariables::floatVariable(size_t declaredIndex) {
   const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
-  NodeBase& node = node_.map().node(variable.node);
+  const NodeBase& node = node_.other(variable.node);
   switch (variable.aspect) {
     case FormulaSet::Aspect::Value:
       return node.readFloat({});
@@ -146,19 +155,17 @@ double FormulaVariables::floatVariable(size_t declaredIndex) {
 }
 
 void FormulaVariables::evaluationFailed(const std::string& reason) {
-  throw LOGICAL_ERROR_EXCEPTION("%s: %s", formulas_.title_.c_str(), reason.c_str());
+  refuse<LogicalErrorException>("{}: {}", formulas_.title_, reason);
 }
 
-void FormulaVariables::requireVariables() const {
-  if (!formulas_.badVariable_.empty()) {
-    throw LOGICAL_ERROR_EXCEPTION("%s: %s", formulas_.title_.c_str(), formulas_.badVariable_.c_str());
-  }
+formula::Scratch& FormulaVariables::scratch() {
+  return node_.device().formulaScratch;
 }
 
-EAccessMode restrictedByVariables(NodeBase& node, EAccessMode mode) {
+EAccessMode restrictedByVariables(const NodeBase& node, EAccessMode mode) {
   for (const Property& each : node.properties()) {
     if (each.element != Element::pVariable) continue;
-    const EAccessMode variable = node.map().node(each.target).accessMode();
+    const EAccessMode variable = node.other(each.target).accessMode();
     if (variable == NI) return NI;
     if (!IsReadable(variable)) mode = Combine(mode, NA);
   }

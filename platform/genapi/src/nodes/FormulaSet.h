@@ -7,7 +7,7 @@
 
 #include "description/Element.h"
 #include "formula/FormulaProgram.h"
-#include "nodemap/NodeLayout.h"
+#include "nodes/NodeLayout.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -25,7 +25,7 @@ class FormulaSet final : public Derived {
   static const FormulaSet& of(const Description& description, NodeIndex node);
   static const FormulaSet* ifKnown(const Description& description, NodeIndex node);
 
-  const formula::FormulaProgram& value() const { return *value_; }      // Formula of knives, FormulaFrom of converters
+  const formula::FormulaProgram& value() const { return *value_; }  // Formula of SwissKnifes, FormulaFrom of converters
   const formula::FormulaProgram& inverse() const { return *inverse_; }  // FormulaTo of converters
   // One line per formula that cannot be evaluated: "SwissKnife 'X': unknown name 'Z' at column 8 of 'FROM / Z'".
   const std::vector<std::string>& defects() const { return defects_; }
@@ -54,19 +54,19 @@ class FormulaSet final : public Derived {
 // Gives a running formula the values of its variables.
 class FormulaVariables final : public formula::VariableSource {
  public:
-  FormulaVariables(NodeBase& node, const FormulaSet& formulas) : node_(node), formulas_(formulas) {}
+  // Throws LogicalErrorException when a variable is declared with an unknown suffix.
+  FormulaVariables(const NodeBase& node, const FormulaSet& formulas);
   int64_t integerVariable(size_t declaredIndex) override;
   double floatVariable(size_t declaredIndex) override;
   void evaluationFailed(const std::string& reason) override;
-  // Throws LogicalErrorException when a variable is declared with an unknown suffix.
-  void requireVariables() const;
+  formula::Scratch& scratch() override;
 
  private:
-  NodeBase& node_;
+  const NodeBase& node_;
   const FormulaSet& formulas_;
 };
 
 // Rights of a node by the variables of its formulas: NI if one is NI, NA if one cannot be read, else the given mode.
-EAccessMode restrictedByVariables(NodeBase& node, EAccessMode mode);
+EAccessMode restrictedByVariables(const NodeBase& node, EAccessMode mode);
 
 }  // namespace GENAPI_NAMESPACE

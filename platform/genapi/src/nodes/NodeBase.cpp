@@ -1,39 +1,22 @@
 #include "nodes/NodeBase.h"
 
-#include <algorithm>
+#include <limits>
 
-#include "Base/GCException.h"
-#include "nodemap/NodeMap.h"
+#include "description/ElementRules.h"
+#include "nodes/Presentation.h"
 #include "text/Utf8.h"
 
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
-NodeBase::NodeBase(NodeMap& map, NodeIndex index)
-    : map_(map), index_(index), defective_(map.description().node(index).defective) {
+NodeBase::NodeBase(Device& device, NodeIndex index, Evaluation::Stay stay)
+    : device_(device), index_(index), defective_(device.description.node(index).defective), stay_(stay) {
   for (const Property& each : properties()) {
-    switch (each.element) {
-      case Element::pIsImplemented:
-      case Element::pIsAvailable:
-      case Element::pIsLocked:
-      case Element::pBlockPolling:
-        hasGuards_ = true;
-        break;
-      case Element::pError:
-        hasErrorLinks_ = true;
-        break;
-      case Element::pSelected:
-        isSelector_ = true;
-        break;
-      default:
-        break;
-    }
+    hasGuards_ |= kGuards.has(each.element);
+    hasErrorLinks_ |= each.element == Element::pError;
+    isSelector_ |= each.element == Element::pSelected;
   }
-}
-
-std::string zeroTerminated(std::string_view text) {
-  return std::string(text);
 }
 
 std::string shownText(std::string_view text) {
@@ -43,7 +26,7 @@ std::string shownText(std::string_view text) {
 
 NodeBase* NodeBase::linked(Element element) const {
   const Property* link = find(element);
-  return link ? &map_.node(link->target) : nullptr;
+  return link ? &other(link->target) : nullptr;
 }
 
 gcstring NodeBase::GetName(bool) const {
@@ -58,19 +41,14 @@ bool NodeBase::IsCachable() const {
 ECachingMode NodeBase::GetCachingMode() const {
   return cachingMode();
 }
-ECachingMode NodeBase::decideCachingMode() const {
-  const ECachingMode mode = map_.graph().cachingMode(index_);
-  cachingMode_.store(static_cast<uint8_t>(mode), std::memory_order_relaxed);
-  return mode;
-}
 EYesNo NodeBase::IsAccessModeCacheable() const {
-  return map_.graph().accessModeCacheable(index_) ? Yes : No;
+  return evaluation().graph().accessModeCacheable(index_) ? Yes : No;
 }
 gcstring NodeBase::GetDeviceName() const {
-  return map_.GetDeviceName();
+  return device_.name;
 }
 INodeMap* NodeBase::GetNodeMap() const {
-  return &map_;
+  return &device_.map;
 }
 bool NodeBase::IsStreamable() const {
   return record().streamable;
@@ -79,7 +57,7 @@ bool NodeBase::IsDeprecated() const {
   return record().deprecated;
 }
 bool NodeBase::IsFeature() const {
-  return map_.graph().isFeature(index_);
+  return evaluation().graph().isFeature(index_);
 }
 bool NodeBase::IsSelector() const {
   return isSelector_;
@@ -87,8 +65,8 @@ bool NodeBase::IsSelector() const {
 
 EVisibility NodeBase::GetVisibility() const {
   const auto own = static_cast<EVisibility>(record().visibility);
-  const AutoLock lock(map_.GetLock());
-  const Imposed* imposed = map_.imposed(index_);
+  const AutoLock lock(device_.dispatch.lock());
+  const Imposed* imposed = device_.imposed(index_);
   return imposed ? Combine(own, imposed->visibility) : own;
 }
 
@@ -126,51 +104,46 @@ INode* NodeBase::GetCastAlias() const {
 }
 
 void NodeBase::InvalidateNode() {
-  map_.operate(this, [&] { map_.invalidated(index_); });
+  device_.dispatch.operate(index_, [&] { device_.dispatch.invalidated(index_); });
 }
 
 void NodeBase::ImposeAccessMode(EAccessMode ImposedAccessMode) {
-  map_.operate(this, [&] {
-    map_.impose(index_).accessMode = ImposedAccessMode;
-    map_.renewCategories();
-    map_.invalidated(index_);
+  impose([&](Imposed& imposed) {
+    imposed.accessMode = ImposedAccessMode;
+    evaluation().renew();
   });
 }
 
 void NodeBase::ImposeVisibility(EVisibility ImposedVisibility) {
-  map_.operate(this, [&] {
-    map_.impose(index_).visibility = ImposedVisibility;
-    map_.invalidated(index_);
-  });
+  impose([&](Imposed& imposed) { imposed.visibility = ImposedVisibility; });
 }
 
 CallbackHandleType NodeBase::RegisterCallback(CNodeCallback* pCallback) {
-  if (!pCallback) throw INVALID_ARGUMENT_EXCEPTION("%s: no callback given", zeroTerminated(name()).c_str());
-  return map_.addCallback(index_, pCallback);
+  if (!pCallback) refuse<InvalidArgumentException>("{}: no callback given", name());
+  return device_.dispatch.addCallback(*this, index_, pCallback);
 }
 
 bool NodeBase::DeregisterCallback(CallbackHandleType hCallback) {
-  return map_.removeCallback(index_, hCallback);
+  return device_.dispatch.removeCallback(index_, hCallback);
 }
 
-void NodeBase::completeWrite(bool contentKnown) {
-  map_.changed(index_);
-  // What leads back to the node itself has just been dropped, and the node with it.
-  NodeState& mine = state();
-  if (mine.stamp == map_.stamp()) return;
-  mine.flags &= static_cast<uint16_t>(~(kHasValue | kValid));
-  if (contentKnown && isWriteThrough()) mine.flags |= kValid;
+bool NodeBase::isValueValid() const {
+  const AutoLock lock(device_.dispatch.lock());
+  return !isUncached() && (device_.state.nodes[index_].marks & kValueValid) != 0;
 }
 
-void NodeBase::checkErrors() {
-  if (!hasErrorLinks_) return;
+void NodeBase::completeWrite(bool contentKnown) const {
+  // What leads back to the node itself was dropped with everything else, and stays so.
+  if (device_.dispatch.changed(index_)) return;
+  evaluation().noteWritten(index_, contentKnown && cachingMode() == WriteThrough);
+}
+
+void NodeBase::checkErrors() const {
   for (const Property& each : properties()) {
     if (each.element != Element::pError) continue;
-    NodeBase& source = map_.node(each.target);
+    const NodeBase& source = other(each.target);
     const int64_t value = source.readInteger({.ignoreCache = true});
-    if (value == 0) continue;
-    const std::string meaning = source.describeValue(value);
-    throw RUNTIME_EXCEPTION("%s: %s", zeroTerminated(name()).c_str(), meaning.c_str());
+    if (value != 0) refuse<RuntimeException>("{}: {}", name(), source.describeValue(value));
   }
 }
 
@@ -179,53 +152,75 @@ std::string NodeBase::describeValue(int64_t value) const {
 }
 
 namespace {
-[[noreturn]] void noSuchValue(const NodeBase& node, const char* what) {
-  throw LOGICAL_ERROR_EXCEPTION("%s: a %s has no value as %s", node.map().pathTo(node).c_str(),
-                                zeroTerminated(nodeTypeName(node.record().type)).c_str(), what);
+[[noreturn]] void refuseValue(const NodeBase& node, std::string_view kind) {
+  refuse<LogicalErrorException>("{}: a {} has no value as {}", node.path(), nodeTypeName(node.record().type), kind);
 }
 }  // namespace
 
-int64_t NodeBase::readInteger(Reading) {
-  noSuchValue(*this, "integer");
+int64_t NodeBase::readInteger(Reading) const {
+  refuseValue(*this, "integer");
 }
-double NodeBase::readFloat(Reading) {
-  noSuchValue(*this, "float");
+double NodeBase::readFloat(Reading) const {
+  refuseValue(*this, "float");
 }
-void NodeBase::writeInteger(int64_t, bool) {
-  noSuchValue(*this, "integer");
+void NodeBase::writeInteger(int64_t, bool) const {
+  refuseValue(*this, "integer");
 }
-void NodeBase::writeFloat(double, bool) {
-  noSuchValue(*this, "float");
+void NodeBase::writeFloat(double, bool) const {
+  refuseValue(*this, "float");
 }
-gcstring NodeBase::readText(Reading) {
-  noSuchValue(*this, "text");
+std::string NodeBase::readText(Reading) const {
+  refuseValue(*this, "text");
 }
-void NodeBase::writeText(std::string_view, bool) {
-  noSuchValue(*this, "text");
+void NodeBase::writeText(std::string_view, bool) const {
+  refuseValue(*this, "text");
 }
-int64_t NodeBase::integerMin() {
+int64_t NodeBase::integerMin() const {
   return std::numeric_limits<int64_t>::min();
 }
-int64_t NodeBase::integerMax() {
+int64_t NodeBase::integerMax() const {
   return std::numeric_limits<int64_t>::max();
 }
-double NodeBase::floatMin() {
+double NodeBase::floatMin() const {
   return std::numeric_limits<double>::lowest();
 }
-double NodeBase::floatMax() {
+double NodeBase::floatMax() const {
   return std::numeric_limits<double>::max();
 }
-double NodeBase::floatIncrement() {
-  throw RUNTIME_EXCEPTION("%s: the node has no increment", map_.pathTo(*this).c_str());
+double NodeBase::floatIncrement() const {
+  refuse<RuntimeException>("{}: the node has no increment", path());
 }
-std::vector<int64_t> NodeBase::integerValueSet(bool) {
+std::vector<int64_t> NodeBase::integerValueSet(bool) const {
   return {};
 }
-std::vector<double> NodeBase::floatValueSet(bool) {
+std::vector<double> NodeBase::floatValueSet(bool) const {
   return {};
 }
-int64_t NodeBase::textMaxLength() {
+int64_t NodeBase::textMaxLength() const {
   return std::numeric_limits<int64_t>::max();
+}
+
+const Property* NodeBase::presentation(Element element) const {
+  if (const auto agreed = agreedPresentation(description(), index_, element)) return *agreed;
+  return askSource(static_cast<const Property*>(nullptr),
+                   [&](const NodeBase& source) { return source.presentation(element); });
+}
+
+std::string_view NodeBase::unit() const {
+  const Property* given = presentation(Element::Unit);
+  return given ? given->value() : std::string_view();
+}
+ERepresentation NodeBase::representation() const {
+  const Property* given = presentation(Element::Representation);
+  return given ? static_cast<ERepresentation>(given->word) : PureNumber;
+}
+EDisplayNotation NodeBase::displayNotation() const {
+  const Property* given = presentation(Element::DisplayNotation);
+  return given ? static_cast<EDisplayNotation>(given->word) : fnAutomatic;
+}
+int64_t NodeBase::displayPrecision() const {
+  const Property* given = presentation(Element::DisplayPrecision);
+  return given ? given->integer : 6;
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -1,18 +1,20 @@
 // What all nodes share: identity, description data, access mode, callbacks, relations; and the inner operations through
 // which nodes read and write each other.
 //
-// Public operations (those of INode and the value interfaces) run inside NodeMap::operate. Inner operations are called
-// with the lock held and neither take it nor check the node's access mode, which already covers its sources.
+// A node is a function of its inputs. It keeps nothing but what its description says; answers, held values and register
+// contents are the device's. Public operations (those of INode and the value interfaces) run inside Dispatch::operate.
+// Inner operations are called with the lock held and neither take it nor check the node's access mode, which already
+// covers its sources.
 #pragma once
-#include <atomic>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "GenApi/INode.h"
 #include "GenApi/ISelector.h"
 #include "GenApi/IValue.h"
-#include "description/Description.h"
-#include "nodemap/NodeMap.h"
+#include "nodes/Device.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -25,7 +27,8 @@ struct Reading {
 
 class NodeBase : public INode, public ISelector {
  public:
-  NodeBase(NodeMap& map, NodeIndex index);
+  // `stay` says how long the node's access mode may be remembered.
+  NodeBase(Device& device, NodeIndex index, Evaluation::Stay stay = Evaluation::Stay::UntilDropped);
   ~NodeBase() override = default;
   NodeBase(const NodeBase&) = delete;
   NodeBase& operator=(const NodeBase&) = delete;
@@ -69,151 +72,185 @@ class NodeBase : public INode, public ISelector {
 
   // --- inner operations ---
 
-  NodeMap& map() const { return map_; }
+  Device& device() const { return device_; }
   NodeIndex index() const { return index_; }
-  const NodeRecord& record() const { return map_.description().node(index_); }
-  std::span<const Property> properties() const { return map_.description().properties(index_); }
-  const Property* find(Element element) const { return map_.description().find(index_, element); }
+  const Description& description() const { return device_.description; }
+  const NodeRecord& record() const { return description().node(index_); }
+  std::span<const Property> properties() const { return description().properties(index_); }
+  const Property* find(Element element) const { return description().find(index_, element); }
   std::string_view name() const { return record().name(); }
-  NodeState& state() const { return map_.state(index_); }
+  // "Addressed > ... > ThisNode": how the evaluation under way has come here.
+  std::string path() const { return evaluation().path(index_); }
+  NodeBase& other(NodeIndex index) const { return device_.nodes.node(index); }
   // The node that the first link of that kind names, or null.
   NodeBase* linked(Element element) const;
-  bool isDefective() const { return defective_; }
-  // Decided at the first question: it takes the graph of dependencies, which nodes that are only there do without.
-  ECachingMode cachingMode() const {
-    const uint8_t known = cachingMode_.load(std::memory_order_relaxed);
-    return known != kUndecided ? static_cast<ECachingMode>(known) : decideCachingMode();
-  }
+  ECachingMode cachingMode() const { return evaluation().cachingMode(index_); }
   bool isUncached() const { return cachingMode() == NoCache; }
-  bool isWriteThrough() const { return cachingMode() == WriteThrough; }
 
   // The access mode, from what is remembered where that is allowed.
-  EAccessMode accessMode() {
-    const NodeState& mine = state();
-    if (!(mine.flags & kHasAccessMode)) return computeAccessMode();
-    if (EvaluationStep* asking = map_.evaluation()) asking->noteConsumption();
-    return static_cast<EAccessMode>(mine.accessMode);
+  EAccessMode accessMode() const {
+    if (defective_) return NI;
+    return evaluation().answer<kAccessMode, EAccessMode, NoObjection>(
+        index_, false, [this] { return combinedMode(); }, stay_);
   }
   // Throw AccessException with the reason; RuntimeException when the node is defective.
-  void requireReadable() {
-    if (!IsReadable(accessMode())) refuseReading();
+  void requireReadable() const {
+    if (!IsReadable(accessMode())) refuseAccess("readable");
   }
-  void requireWritable() {
-    if (!IsWritable(accessMode())) refuseWriting();
+  void requireWritable() const {
+    if (!IsWritable(accessMode())) refuseAccess("writable");
   }
-  [[noreturn]] void refuseReading();
-  [[noreturn]] void refuseWriting();
+  [[noreturn]] void refuseAccess(std::string_view attempt) const;
   void requireSound() const {
     if (defective_) refuseDefective();
   }
   [[noreturn]] void refuseDefective() const;
 
   // What the type itself allows, without guards and what was imposed.
-  virtual EAccessMode typeMode() { return RW; }
+  virtual EAccessMode typeMode() const { return RW; }
 
   // The value as number, by the rules for links of mixed type. The default refuses: the loader lets no value link point
   // to a node without one.
-  virtual int64_t readInteger(Reading how);
-  virtual double readFloat(Reading how);
-  virtual void writeInteger(int64_t value, bool verify);
-  virtual void writeFloat(double value, bool verify);
-  virtual GENICAM_NAMESPACE::gcstring readText(Reading how);
-  virtual void writeText(std::string_view value, bool verify);
+  virtual int64_t readInteger(Reading how) const;
+  virtual double readFloat(Reading how) const;
+  virtual void writeInteger(int64_t value, bool verify) const;
+  virtual void writeFloat(double value, bool verify) const;
+  virtual std::string readText(Reading how) const;
+  virtual void writeText(std::string_view value, bool verify) const;
   // Non-zero; for guards.
-  virtual bool readTruth() { return readInteger({}) != 0; }
+  virtual bool readTruth() const { return readInteger({}) != 0; }
 
   // Limits as another node sees them. Nodes without limits of their own leave the asking node its full range.
-  virtual bool hasLimits() { return false; }
-  virtual int64_t integerMin();
-  virtual int64_t integerMax();
-  virtual int64_t integerIncrement() { return 1; }
-  virtual double floatMin();
-  virtual double floatMax();
-  virtual bool hasFloatIncrement() { return false; }
-  virtual double floatIncrement();
-  virtual bool hasValueSet() { return false; }
-  virtual std::vector<int64_t> integerValueSet(bool bounded);
-  virtual std::vector<double> floatValueSet(bool bounded);
-  virtual int64_t textMaxLength();
-  virtual std::string_view unit() { return {}; }
-  virtual ERepresentation representation() { return PureNumber; }
-  virtual EDisplayNotation displayNotation() { return fnAutomatic; }
-  virtual int64_t displayPrecision() { return 6; }
+  virtual bool hasLimits() const { return false; }
+  virtual int64_t integerMin() const;
+  virtual int64_t integerMax() const;
+  virtual int64_t integerIncrement() const { return 1; }
+  virtual double floatMin() const;
+  virtual double floatMax() const;
+  virtual bool hasFloatIncrement() const { return false; }
+  virtual double floatIncrement() const;
+  virtual bool hasValueSet() const { return false; }
+  virtual std::vector<int64_t> integerValueSet(bool bounded) const;
+  virtual std::vector<double> floatValueSet(bool bounded) const;
+  virtual int64_t textMaxLength() const;
+  // The node that the value comes from now; null when it is the node's own.
+  virtual const NodeBase* valueSource() const { return nullptr; }
+  // How the value is shown: by the node's own elements, by those of its source, or by default.
+  std::string_view unit() const;
+  ERepresentation representation() const;
+  EDisplayNotation displayNotation() const;
+  int64_t displayPrecision() const;
 
-  // Puts a question to another node, which may have to pass it on to a third. Throws LogicalErrorException past
-  // kMaxLinkDepth, RuntimeException when the other node is defective.
-  template <class Question>
-  auto ask(NodeBase& other, Question&& question) {
-    const EvaluationStep step(map_, *this);
-    other.requireSound();
-    return question(other);
+  // Puts a question that nobody remembers to another node, which may have to pass it on to a third. Throws
+  // LogicalErrorException past kMaxLinkDepth, RuntimeException when the other node is defective.
+  template <class Ask>
+  auto ask(const NodeBase& source, Ask&& question) const {
+    const Evaluation::Frame frame(evaluation(), index_);
+    source.requireSound();
+    return question(source);
   }
 
-  // A register's place was dropped or retired.
-  virtual void forgetContent() noexcept {}
-  virtual void forgetPlace() noexcept {}
-  // Whether written content may answer reads of this register.
-  virtual bool mayUseWritten() const { return true; }
-
-  // Completes the node's own write after its sources were written: drops and collects what depends on it, then lets the
-  // node itself count as valid where its caching mode says so and all of its content is known.
-  void completeWrite(bool contentKnown = true);
-  // After a verified write: asks each pError enumeration; throws RuntimeException when one reports an error.
-  void checkErrors();
-  // Nodes related by a link type, each once.
-  std::vector<NodeIndex> related(ELinkType type) const;
   // What a value means, in words; enumerations name the entry.
   virtual std::string describeValue(int64_t value) const;
+  // Nodes related by a link type, each once.
+  std::vector<NodeIndex> related(ELinkType type) const;
 
   // The frames of public operations: a read, which needs a readable node; a write, which needs a writable one when it
   // is verified; and a question that can be asked of every node that is not defective.
   template <class Body>
-  auto reading(Body&& body) {
-    return map_.operate(this, [&] {
+  auto reading(Body&& body) const {
+    return device_.dispatch.operate(index_, [&] {
       requireReadable();
       return body();
     });
   }
   template <class Body>
-  void writing(bool verify, Body&& body) {
-    map_.operate(this, [&] {
-      NodeMap::requireShallowNesting();
-      verify ? requireWritable() : requireSound();
+  void writing(bool verify, Body&& body) const {
+    device_.dispatch.operate(index_, [&] {
+      Dispatch::requireShallowNesting();
+      if (verify) {
+        requireWritable();
+      } else {
+        requireSound();
+      }
       body();
     });
   }
   template <class Body>
-  auto asked(Body&& body) const {
-    return map_.operate(const_cast<NodeBase*>(this), [&] {
+  auto asking(Body&& body) const {
+    return device_.dispatch.operate(index_, [&] {
       requireSound();
       return body();
     });
   }
 
  protected:
+  Evaluation& evaluation() const { return device_.evaluation; }
   // Guards, what was imposed, and the type, put together.
-  virtual EAccessMode combinedMode();
-  // False for nodes whose access mode is asked afresh each time.
-  virtual bool keepsAccessMode() const { return true; }
+  virtual EAccessMode combinedMode() const;
+
+  // One write of the node: checks, stores, tells what depends on it, and asks pError. `store` may answer whether the
+  // node's content is known afterwards.
+  template <class Check, class Store>
+  void write(bool verify, Check&& check, Store&& store) const {
+    const Evaluation::Frame frame(evaluation(), index_);
+    requireSound();
+    evaluation().countStep(index_);
+    if (verify) check();
+    bool contentKnown = true;
+    if constexpr (std::is_void_v<decltype(store())>) {
+      store();
+    } else {
+      contentKnown = store();
+    }
+    completeWrite(contentKnown);
+    if (verify && hasErrorLinks_) checkErrors();
+  }
+  template <class Store>
+  void write(bool verify, Store&& store) const {
+    write(
+        verify, [] {}, store);
+  }
+  // Puts a question that nobody remembers to the node that the value comes from; `otherwise` when it is the node's own.
+  template <class Result, class Ask>
+  Result askSource(Result otherwise, Ask&& question) const {
+    const NodeBase* source = valueSource();
+    return source ? ask(*source, question) : otherwise;
+  }
+  // The answer to IsValueCacheValid of a node with a source.
+  bool isValueValid() const;
+  // Invalidates the node after `change` has changed what is imposed on it.
+  template <class Change>
+  void impose(Change&& change) const {
+    device_.dispatch.operate(index_, [&] {
+      change(device_.state.imposed[index_]);
+      device_.state.nodes[index_].marks |= kImposed;
+      device_.dispatch.invalidated(index_);
+    });
+  }
 
  private:
-  [[gnu::noinline]] ECachingMode decideCachingMode() const;
-  EAccessMode computeAccessMode();
-  std::string accessModeReason(int depth);
-  [[noreturn]] void refuse(const char* attempt);
+  void completeWrite(bool contentKnown) const;
+  // Throws RuntimeException when a pError enumeration reports an error.
+  void checkErrors() const;
+  std::string accessModeReason(int depth) const;
+  // The element that shows the value; null for the default.
+  const Property* presentation(Element element) const;
 
-  NodeMap& map_;
+  // What a node whose access mode leads back to itself answers meanwhile.
+  struct NoObjection {
+    static constexpr EAccessMode kAnswer = RW;
+  };
+
+  Device& device_;
   const NodeIndex index_;
   const bool defective_;
-  static constexpr uint8_t kUndecided = 0xff;
-  mutable std::atomic<uint8_t> cachingMode_{kUndecided};
+  const Evaluation::Stay stay_;
   bool hasGuards_ = false;
   bool hasErrorLinks_ = false;
   bool isSelector_ = false;
 };
 
-// The text with its terminating zero, for the formats of the exception macros.
-std::string zeroTerminated(std::string_view text);
 // What a caller gave as text, fit to stand in a message of one line.
 std::string shownText(std::string_view text);
 

@@ -5,13 +5,14 @@
 
 #include "nodes/BooleanNode.h"
 #include "nodes/CommandNode.h"
+#include "nodes/ConverterNode.h"
 #include "nodes/EnumEntryNode.h"
 #include "nodes/EnumerationNode.h"
-#include "nodes/FormulaNodes.h"
 #include "nodes/NumberNode.h"
 #include "nodes/PlainNodes.h"
 #include "nodes/PortNode.h"
 #include "nodes/RegisterNodes.h"
+#include "nodes/SwissKnifeNode.h"
 #include "nodes/UnsupportedNodes.h"
 
 namespace GENAPI_NAMESPACE {
@@ -48,9 +49,9 @@ auto withNodeClass(NodeType type, Visit&& visit) {
     case NodeType::IntConverter:
       return visit(std::type_identity<IntConverterNode>());
     case NodeType::SwissKnife:
-      return visit(std::type_identity<KnifeNode>());
+      return visit(std::type_identity<SwissKnifeNode<FloatBase>>());
     case NodeType::IntSwissKnife:
-      return visit(std::type_identity<IntKnifeNode>());
+      return visit(std::type_identity<SwissKnifeNode<IntegerBase>>());
     case NodeType::String:
       return visit(std::type_identity<StringNode>());
     case NodeType::StringReg:
@@ -77,10 +78,10 @@ size_t nodeBytes(NodeType type) {
   return withNodeClass(type, []<class Node>(std::type_identity<Node>) { return sizeof(Node); });
 }
 
-void constructNode(void* place, NodeMap& map, NodeIndex index) {
-  withNodeClass(map.description().node(index).type, [&]<class Node>(std::type_identity<Node>) {
+void constructNode(void* place, Device& device, NodeIndex index) {
+  withNodeClass(device.description.node(index).type, [&]<class Node>(std::type_identity<Node>) {
     static_assert(alignof(Node) <= 8, "places in the arena are 8 bytes apart");
-    const NodeBase* base = new (place) Node(map, index);
+    const NodeBase* base = new (place) Node(device, index);
     static_cast<void>(base);
   });
 }

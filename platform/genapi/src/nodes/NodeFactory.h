@@ -7,11 +7,11 @@
 
 namespace GENAPI_NAMESPACE {
 
-class NodeMap;
+struct Device;
 
 // Bytes that a node of that type takes.
 size_t nodeBytes(NodeType type);
 // Builds the node; touches no other node. NodeBase lies at the start of every node.
-void constructNode(void* place, NodeMap& map, NodeIndex index);
+void constructNode(void* place, Device& device, NodeIndex index);
 
 }  // namespace GENAPI_NAMESPACE

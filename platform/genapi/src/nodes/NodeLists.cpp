@@ -2,52 +2,26 @@
 #include <algorithm>
 #include <utility>
 
+#include "description/ElementRules.h"
 #include "nodes/NodeBase.h"
 
 namespace GENAPI_NAMESPACE {
 
 namespace {
 
-bool isReadingLink(Element element) {
-  switch (element) {
-    case Element::pValue:
-    case Element::pMin:
-    case Element::pMax:
-    case Element::pInc:
-    case Element::pIndex:
-    case Element::pValueIndexed:
-    case Element::pValueDefault:
-    case Element::pVariable:
-    case Element::pAddress:
-    case Element::IntSwissKnife:
-    case Element::pOffset:
-    case Element::pLength:
-    case Element::pCommandValue:
-    case Element::pChunkID:
-    case Element::p1212Parser:
-    case Element::EnumEntry:
-    case Element::pFeature:
-      return true;
-    default:
-      return false;
-  }
-}
-
-bool isWritingLink(Element element) {
-  return element == Element::pValue || element == Element::pValueCopy || element == Element::pValueIndexed ||
-         element == Element::pValueDefault;
-}
+// Links that make a node a child of another one.
+constexpr ElementSet kChildLinks =
+    kReadingLinks | ElementSet(Element::p1212Parser, Element::EnumEntry, Element::pFeature);
 
 void appendOnce(std::vector<NodeIndex>& list, NodeIndex node) {
   if (std::find(list.begin(), list.end(), node) == list.end()) list.push_back(node);
 }
 
-template <class Accept>
-std::vector<NodeIndex> linkTargets(const NodeBase& node, Accept&& accept) {
+std::vector<NodeIndex> linkTargets(const NodeBase& node, ElementSet links) {
   std::vector<NodeIndex> list;
   list.reserve(node.properties().size());
   for (const Property& each : node.properties()) {
-    if (accept(each.element)) list.push_back(each.target);
+    if (links.has(each.element)) list.push_back(each.target);
   }
   // Each once, at its first mention; long lists by a sort instead of a search per entry.
   std::vector<NodeIndex> sorted = list;
@@ -64,7 +38,7 @@ std::vector<NodeIndex> linkTargets(const NodeBase& node, Accept&& accept) {
 
 // The ends of the writing chains that start at the node.
 std::vector<NodeIndex> terminals(const NodeBase& node) {
-  const Description& description = node.map().description();
+  const Description& description = node.description();
   std::vector<NodeIndex> ends;
   std::vector<NodeIndex> waiting{node.index()};
   std::vector<bool> visited(description.nodeCount());
@@ -76,7 +50,7 @@ std::vector<NodeIndex> terminals(const NodeBase& node) {
     bool writesOn = false;
     const auto links = description.properties(current);
     for (size_t i = links.size(); i-- > 0;) {  // the first link is visited first
-      if (!isWritingLink(links[i].element)) continue;
+      if (!kWritingLinks.has(links[i].element)) continue;
       waiting.push_back(links[i].target);
       writesOn = true;
     }
@@ -90,18 +64,18 @@ std::vector<NodeIndex> terminals(const NodeBase& node) {
 std::vector<NodeIndex> NodeBase::related(ELinkType type) const {
   switch (type) {
     case ctReadingChildren:
-      return linkTargets(*this, isReadingLink);
+      return linkTargets(*this, kChildLinks);
     case ctWritingChildren:
-      return linkTargets(*this, isWritingLink);
+      return linkTargets(*this, kWritingLinks);
     case ctInvalidatingChildren:
-      return linkTargets(*this, [](Element each) { return isReadingLink(each) || each == Element::pInvalidator; });
+      return linkTargets(*this, kChildLinks | ElementSet(Element::pInvalidator));
     case ctParentNodes: {
-      const auto parents = map_.graph().readingParents(index_);
+      const auto parents = evaluation().graph().readingParents(index_);
       return {parents.begin(), parents.end()};
     }
     case ctDependingNodes: {
-      const AutoLock lock(map_.GetLock());
-      const auto nodes = map_.graph().dependents(index_, map_.scratch());
+      const AutoLock lock(device_.dispatch.lock());
+      const auto nodes = evaluation().dependents(index_);
       std::vector<NodeIndex> list(nodes.begin(), nodes.end());
       std::erase(list, index_);
       return list;
@@ -116,7 +90,7 @@ void NodeBase::GetChildren(NodeList_t& Children, ELinkType LinkType) const {
   const std::vector<NodeIndex> list = related(LinkType);
   Children.clear();
   Children.reserve(list.size());
-  for (const NodeIndex each : list) Children.push_back(&map_.node(each));
+  for (const NodeIndex each : list) Children.push_back(&other(each));
 }
 
 void NodeBase::GetParents(NodeList_t& Parents) const {
@@ -125,21 +99,21 @@ void NodeBase::GetParents(NodeList_t& Parents) const {
 
 namespace {
 // Ports have no value and never appear.
-void appendValues(const NodeMap& map, const std::vector<NodeIndex>& nodes, FeatureList_t& list) {
+void appendValues(const NodeBase& node, const std::vector<NodeIndex>& nodes, FeatureList_t& list) {
   list.clear();
   list.reserve(nodes.size());
   for (const NodeIndex each : nodes) {
-    if (auto* value = dynamic_cast<IValue*>(&map.node(each))) list.push_back(value);
+    if (auto* value = dynamic_cast<IValue*>(&node.other(each))) list.push_back(value);
   }
 }
 }  // namespace
 
 void NodeBase::GetSelectedFeatures(FeatureList_t& list) const {
-  appendValues(map_, map_.graph().selected(index_), list);
+  appendValues(*this, evaluation().graph().selected(index_), list);
 }
 
 void NodeBase::GetSelectingFeatures(FeatureList_t& list) const {
-  appendValues(map_, map_.graph().selecting(index_), list);
+  appendValues(*this, evaluation().graph().selecting(index_), list);
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -23,7 +23,7 @@ using PropertyTexts = std::map<std::string, PropertyText, std::less<>>;
 
 class PropertyCollector {
  public:
-  explicit PropertyCollector(const NodeBase& node) : node_(node), description_(node.map().description()) {}
+  explicit PropertyCollector(const NodeBase& node) : node_(node), description_(node.description()) {}
 
   PropertyTexts collect() {
     addIdentity();
@@ -115,7 +115,7 @@ class PropertyCollector {
   std::string heldText(const Property& each) const {
     if (node_.record().type != NodeType::String) return givenText(each);
     auto& node = const_cast<NodeBase&>(node_);
-    return std::string(node_.map().operate(&node, [&] { return node.readText({}); }).view());
+    return node_.device().dispatch.operate(node.index(), [&] { return node.readText({}); });
   }
 
   // The property behind an element holds the attribute that carries a number or link of its own.
@@ -182,7 +182,7 @@ class PropertyCollector {
     std::vector<NodeIndex> dependents = node_.related(ctDependingNodes);
     std::reverse(dependents.begin(), dependents.end());
     addNames("pDependent", dependents);
-    addNames("pSelecting", node_.map().graph().selecting(node_.index()));
+    addNames("pSelecting", node_.description().graph().selecting(node_.index()));
     switch (node_.record().type) {
       case NodeType::Node:
       case NodeType::Category:

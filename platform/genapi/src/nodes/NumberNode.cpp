@@ -1,12 +1,39 @@
 #include "nodes/NumberNode.h"
 
-#include "Base/GCException.h"
+#include <algorithm>
+#include <optional>
+
+#include "text/NumberSyntax.h"
 
 namespace GENAPI_NAMESPACE {
 
-template <class Face, class Number>
-const Property* NumberNode<Face, Number>::selected() {
-  const int64_t wanted = at(link_).readInteger({});
+template <class Base>
+NumberNode<Base>::NumberNode(Device& device, NodeIndex index) : Base(device, index) {
+  for (const Property& each : this->properties()) {
+    switch (each.element) {
+      case Element::Value:
+        constant_ = &each;
+        break;
+      case Element::pValue:
+        form_ = Form::Forwarder;
+        link_ = each.target;
+        break;
+      case Element::pIndex:
+        form_ = Form::Table;
+        link_ = each.target;
+        break;
+      case Element::pValueCopy:
+        hasCopies_ = true;
+        break;
+      default:
+        break;
+    }
+  }
+}
+
+template <class Base>
+const Property* NumberNode<Base>::selected() const {
+  const int64_t wanted = this->other(link_).readInteger({});
   const auto all = this->properties();
   const Property* byDefault = nullptr;
   for (size_t i = 0; i < all.size(); ++i) {
@@ -21,70 +48,80 @@ const Property* NumberNode<Face, Number>::selected() {
   return byDefault;
 }
 
-template <class Face, class Number>
-Number NumberNode<Face, Number>::fetch(Reading how) {
+template <class Base>
+const Property& NumberNode<Base>::requireSelected() const {
+  const Property* cell = selected();
+  if (!cell) refuse<OutOfRangeException>("{}: the index selects no value", this->path());
+  return *cell;
+}
+
+template <class Base>
+const NodeBase* NumberNode<Base>::valueSource() const {
+  if (form_ == Form::Held) return nullptr;
+  if (form_ == Form::Forwarder) return &this->other(link_);
+  const Property* cell = selected();
+  return cell && isLink(*cell) ? &this->other(cell->target) : nullptr;
+}
+
+template <class Base>
+template <class Visit>
+void NumberNode<Base>::forEachTarget(Visit&& visit) const {
+  for (const Property& each : this->properties()) {
+    if (each.element == Element::pValue || each.element == Element::pValueCopy) visit(each, this->other(each.target));
+  }
+}
+
+template <class Base>
+auto NumberNode<Base>::compute(Reading how) const -> Number {
   const Reading ofSource{.ignoreCache = how.ignoreCache, .asSource = true};
-  switch (form_) {
-    case Form::Held:
-      return held_;
-    case Form::Forwarder:
-      return numberOf(at(link_), ofSource);
-    case Form::Table:
-      break;
-  }
-  const Property* cell = selected();
-  if (!cell) throw OUT_OF_RANGE_EXCEPTION("%s: the index selects no value", this->map().pathTo(*this).c_str());
-  if (isLink(*cell)) return numberOf(at(cell->target), ofSource);
-  if (cells_) {
-    const auto written = cells_->find(cell);
-    if (written != cells_->end()) return written->second;
-  }
-  return constant(*cell);
-}
-
-template <class Face, class Number>
-void NumberNode<Face, Number>::store(Number value, bool verify) {
   if (form_ == Form::Held) {
-    held_ = value;
-    return;
+    return this->evaluation().heldValue(this->index(), constant_ ? Traits::constant(*constant_) : Number{});
   }
-  if (form_ == Form::Forwarder) {
-    if (!hasCopies_) return writeTo(at(link_), value, verify);
-    forEachTarget([&](const Property& each) { writeTo(at(each.target), value, verify); });
-    return;
-  }
-  const Property* cell = selected();
-  if (!cell) throw OUT_OF_RANGE_EXCEPTION("%s: the index selects no value", this->map().pathTo(*this).c_str());
-  if (isLink(*cell)) return writeTo(at(cell->target), value, verify);
-  if (!cells_) cells_ = std::make_unique<std::map<const Property*, Number>>();
-  (*cells_)[cell] = value;
+  if (form_ == Form::Forwarder) return Traits::read(this->other(link_), ofSource);
+  const Property& cell = requireSelected();
+  if (isLink(cell)) return Traits::read(this->other(cell.target), ofSource);
+  auto& cells = this->device().state.cells;
+  const auto written = cells.find(&cell);
+  return written != cells.end() ? Traits::constant(written->second) : Traits::constant(cell);
 }
 
-template <class Face, class Number>
-bool NumberNode<Face, Number>::copiesAgreeOnIncrement() {
+template <class Base>
+void NumberNode<Base>::store(Number value, bool verify) const {
+  if (form_ == Form::Held) return this->evaluation().holdValue(this->index(), value);
+  if (form_ == Form::Forwarder) {
+    if (!hasCopies_) return Traits::write(this->other(link_), value, verify);
+    return forEachTarget([&](const Property&, NodeBase& target) { Traits::write(target, value, verify); });
+  }
+  const Property& cell = requireSelected();
+  if (isLink(cell)) return Traits::write(this->other(cell.target), value, verify);
+  Traits::of(this->device().state.cells[&cell]) = value;
+}
+
+template <class Base>
+bool NumberNode<Base>::copiesAgreeOnIncrement() const {
   std::optional<int64_t> first;
   bool agree = true;
-  forEachTarget([&](const Property& each) {
-    const int64_t increment = this->ask(at(each.target), [](NodeBase& target) { return target.integerIncrement(); });
+  forEachTarget([&](const Property&, const NodeBase& target) {
+    const int64_t increment = this->ask(target, [](const NodeBase& of) { return of.integerIncrement(); });
     if (!first) first = increment;
     agree = agree && increment == *first;
   });
   return agree;
 }
 
-template <class Face, class Number>
-EAccessMode NumberNode<Face, Number>::typeMode() {
+template <class Base>
+EAccessMode NumberNode<Base>::typeMode() const {
   if (form_ == Form::Held) return RW;
   if (form_ == Form::Table) {
-    if (!IsReadable(at(link_).accessMode())) return NA;
+    if (!IsReadable(this->other(link_).accessMode())) return NA;
     const Property* cell = selected();
-    return cell && isLink(*cell) ? at(cell->target).accessMode() : RW;
+    return cell && isLink(*cell) ? this->other(cell->target).accessMode() : RW;
   }
-  EAccessMode mode = at(link_).accessMode();
+  EAccessMode mode = this->other(link_).accessMode();
   if (!hasCopies_) return mode;
-  forEachTarget([&](const Property& each) {
-    if (each.element != Element::pValueCopy) return;
-    const EAccessMode copy = at(each.target).accessMode();
+  forEachTarget([&](const Property& link, const NodeBase& target) {
+    if (link.element != Element::pValueCopy) return;
+    const EAccessMode copy = target.accessMode();
     // Whether a copy can be read does not matter: nobody reads it.
     mode = Combine(mode, copy == WO ? RW : copy);
   });
@@ -92,69 +129,55 @@ EAccessMode NumberNode<Face, Number>::typeMode() {
   return mode;
 }
 
-template <class Face, class Number>
-Number NumberNode<Face, Number>::fetchMin() {
-  if (const Property* own = this->find(Element::Min)) return constant(*own);
-  if (const Property* link = this->find(Element::pMin)) return linkedNumber(*link);
+template <class Base>
+auto NumberNode<Base>::linkedNumber(const Property& link) const -> Number {
+  const NodeBase& target = this->other(link.target);
+  target.requireReadable();
+  return Traits::read(target, {});
+}
+
+template <class Base>
+template <class Of, class Narrower>
+auto NumberNode<Base>::limit(Element constant, Element link, Number unlimited, Of&& of, Narrower&& narrower) const
+    -> Number {
+  if (const Property* own = this->find(constant)) return Traits::constant(*own);
+  if (const Property* own = this->find(link)) return linkedNumber(*own);
   if (form_ == Form::Forwarder && hasCopies_) {
-    Number highest = kLowest;
-    forEachTarget([&](const Property& each) {
-      NodeBase& target = at(each.target);
-      if (target.hasLimits()) highest = std::max(highest, minOf(target));
+    Number narrowest = unlimited;
+    forEachTarget([&](const Property&, const NodeBase& target) {
+      if (target.hasLimits()) narrowest = narrower(narrowest, of(target));
     });
-    return highest;
+    return narrowest;
   }
-  NodeBase* from = source();
-  return from && from->hasLimits() ? minOf(*from) : kLowest;
+  const NodeBase* from = valueSource();
+  return from && from->hasLimits() ? of(*from) : unlimited;
 }
 
-template <class Face, class Number>
-Number NumberNode<Face, Number>::fetchMax() {
-  if (const Property* own = this->find(Element::Max)) return constant(*own);
-  if (const Property* link = this->find(Element::pMax)) return linkedNumber(*link);
-  if (form_ == Form::Forwarder && hasCopies_) {
-    Number lowest = kHighest;
-    forEachTarget([&](const Property& each) {
-      NodeBase& target = at(each.target);
-      if (target.hasLimits()) lowest = std::min(lowest, maxOf(target));
-    });
-    return lowest;
-  }
-  NodeBase* from = source();
-  return from && from->hasLimits() ? maxOf(*from) : kHighest;
+template <class Base>
+auto NumberNode<Base>::computeMin() const -> Number {
+  return limit(Element::Min, Element::pMin, Base::kLowest, Traits::min,
+               [](Number a, Number b) { return std::max(a, b); });
 }
 
-template <class Face, class Number>
-int64_t NumberNode<Face, Number>::integerIncrement() {
-  if constexpr (!kIsInteger) {
-    return Face::integerIncrement();
-  } else {
-    if (const Property* own = this->find(Element::Inc)) return own->integer;
-    if (const Property* link = this->find(Element::pInc)) return linkedNumber(*link);
-    return ofSource(int64_t{1}, [](NodeBase& from) { return from.integerIncrement(); });
-  }
+template <class Base>
+auto NumberNode<Base>::computeMax() const -> Number {
+  return limit(Element::Max, Element::pMax, Base::kHighest, Traits::max,
+               [](Number a, Number b) { return std::min(a, b); });
 }
 
-template <class Face, class Number>
-bool NumberNode<Face, Number>::hasFloatIncrement() {
-  if constexpr (kIsInteger) {
-    return true;
-  } else {
-    if (this->find(Element::Inc) || this->find(Element::pInc)) return true;
-    return ofSource(false, [](NodeBase& from) { return from.hasFloatIncrement(); });
-  }
+template <class Base>
+auto NumberNode<Base>::computeIncrement() const -> Number {
+  if (const Property* own = this->find(Element::Inc)) return Traits::constant(*own);
+  if (const Property* link = this->find(Element::pInc)) return linkedNumber(*link);
+  const NodeBase* from = valueSource();
+  return from ? this->ask(*from, Traits::increment) : Base::computeIncrement();
 }
 
-template <class Face, class Number>
-double NumberNode<Face, Number>::floatIncrement() {
-  if constexpr (kIsInteger) {
-    return static_cast<double>(integerIncrement());
-  } else {
-    if (const Property* own = this->find(Element::Inc)) return own->real;
-    if (const Property* link = this->find(Element::pInc)) return linkedNumber(*link);
-    NodeBase* from = source();
-    return from ? this->ask(*from, [](NodeBase& other) { return other.floatIncrement(); }) : NodeBase::floatIncrement();
-  }
+template <class Base>
+bool NumberNode<Base>::hasFloatIncrement() const {
+  if constexpr (std::is_same_v<Base, IntegerBase>) return true;
+  if (this->find(Element::Inc) || this->find(Element::pInc)) return true;
+  return this->askSource(false, [](const NodeBase& from) { return from.hasFloatIncrement(); });
 }
 
 namespace {
@@ -170,64 +193,44 @@ std::vector<int64_t> listedNumbers(std::string_view text) {
 }
 }  // namespace
 
-template <class Face, class Number>
-bool NumberNode<Face, Number>::hasValueSet() {
+template <class Base>
+bool NumberNode<Base>::hasValueSet() const {
   if (this->find(Element::ValidValueSet)) return true;
-  if (form_ == Form::Held) return false;
-  return ofSource(false, [](NodeBase& from) { return from.hasValueSet(); });
+  return this->askSource(false, [](const NodeBase& from) { return from.hasValueSet(); });
 }
 
-template <class Face, class Number>
-std::vector<int64_t> NumberNode<Face, Number>::integerValueSet(bool bounded) {
-  if constexpr (!kIsInteger) {
-    return Face::integerValueSet(bounded);
+template <class Base>
+auto NumberNode<Base>::valueSet(bool bounded) const -> std::vector<Number> {
+  std::vector<Number> values;
+  const Property* own = this->find(Element::ValidValueSet);
+  if (own && std::is_same_v<Base, IntegerBase>) {
+    const std::vector<int64_t> listed = listedNumbers(own->value());
+    values.assign(listed.begin(), listed.end());
   } else {
-    std::vector<int64_t> values;
-    if (const Property* own = this->find(Element::ValidValueSet)) {
-      values = listedNumbers(own->value());
-    } else {
-      values = ofSource(std::move(values), [&](NodeBase& from) { return from.integerValueSet(bounded); });
-    }
-    return bounded && !values.empty() ? this->withinLimits(std::move(values)) : values;
+    values = this->askSource(values, [&](const NodeBase& from) { return Traits::valueSet(from, bounded); });
+  }
+  return bounded && !values.empty() ? this->withinLimits(std::move(values)) : values;
+}
+
+template <class Base>
+std::vector<int64_t> NumberNode<Base>::integerValueSet(bool bounded) const {
+  if constexpr (std::is_same_v<Base, IntegerBase>) {
+    return valueSet(bounded);
+  } else {
+    return Base::integerValueSet(bounded);
   }
 }
 
-template <class Face, class Number>
-std::vector<double> NumberNode<Face, Number>::floatValueSet(bool bounded) {
-  if constexpr (kIsInteger) {
-    return Face::floatValueSet(bounded);
+template <class Base>
+std::vector<double> NumberNode<Base>::floatValueSet(bool bounded) const {
+  if constexpr (std::is_same_v<Base, IntegerBase>) {
+    return Base::floatValueSet(bounded);
   } else {
-    std::vector<double> values =
-        ofSource(std::vector<double>(), [&](NodeBase& from) { return from.floatValueSet(bounded); });
-    return bounded && !values.empty() ? this->withinLimits(std::move(values)) : values;
+    return valueSet(bounded);
   }
 }
 
-template <class Face, class Number>
-std::string_view NumberNode<Face, Number>::unit() {
-  if (const Property* own = this->find(Element::Unit)) return own->value();
-  return shownBySource(std::string_view(), [](NodeBase& from) { return from.unit(); });
-}
-
-template <class Face, class Number>
-ERepresentation NumberNode<Face, Number>::representation() {
-  if (const Property* own = this->find(Element::Representation)) return static_cast<ERepresentation>(own->word);
-  return shownBySource(PureNumber, [](NodeBase& from) { return from.representation(); });
-}
-
-template <class Face, class Number>
-EDisplayNotation NumberNode<Face, Number>::displayNotation() {
-  if (const Property* own = this->find(Element::DisplayNotation)) return static_cast<EDisplayNotation>(own->word);
-  return shownBySource(fnAutomatic, [](NodeBase& from) { return from.displayNotation(); });
-}
-
-template <class Face, class Number>
-int64_t NumberNode<Face, Number>::displayPrecision() {
-  if (const Property* own = this->find(Element::DisplayPrecision)) return own->integer;
-  return shownBySource(int64_t{6}, [](NodeBase& from) { return from.displayPrecision(); });
-}
-
-template class NumberNode<IntegerFace, int64_t>;
-template class NumberNode<FloatFace, double>;
+template class NumberNode<IntegerBase>;
+template class NumberNode<FloatBase>;
 
 }  // namespace GENAPI_NAMESPACE

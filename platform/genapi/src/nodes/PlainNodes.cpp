@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "Base/GCException.h"
-
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
@@ -13,7 +11,7 @@ gcstring PlainNode::ToString(bool, bool) {
 }
 
 void PlainNode::FromString(const gcstring&, bool) {
-  throw ACCESS_EXCEPTION("%s: not writable: a plain node has no value", zeroTerminated(name()).c_str());
+  refuse<AccessException>("{}: not writable: a plain node has no value", name());
 }
 
 gcstring CategoryNode::ToString(bool, bool) {
@@ -21,7 +19,7 @@ gcstring CategoryNode::ToString(bool, bool) {
 }
 
 void CategoryNode::FromString(const gcstring&, bool) {
-  throw ACCESS_EXCEPTION("%s: not writable: a category has no value", zeroTerminated(name()).c_str());
+  refuse<AccessException>("{}: not writable: a category has no value", name());
 }
 
 void CategoryNode::GetFeatures(FeatureList_t& Features) const {
@@ -29,61 +27,49 @@ void CategoryNode::GetFeatures(FeatureList_t& Features) const {
   Features.clear();
   Features.reserve(children.size());
   for (const NodeIndex each : children) {
-    if (auto* value = dynamic_cast<IValue*>(&map().node(each))) Features.push_back(value);
+    if (auto* value = dynamic_cast<IValue*>(&other(each))) Features.push_back(value);
   }
 }
 
 // The most visible of everything below; categories on the way count by what they hold and by what was imposed on them.
 EVisibility CategoryNode::GetVisibility() const {
-  const AutoLock lock(map().GetLock());
-  const Description& description = map().description();
+  const AutoLock lock(device().dispatch.lock());
   EVisibility best = Invisible;
   struct Waiting {
     NodeIndex category;
     EVisibility limit;  // imposed on the way down
   };
   std::vector<Waiting> waiting{{index(), Beginner}};
-  std::vector<uint8_t> visited(description.nodeCount(), Invisible);  // the limit with which each was looked into
+  std::vector<uint8_t> visited(description().nodeCount(), Invisible);  // the limit with which each was looked into
   while (!waiting.empty()) {
     const NodeIndex current = waiting.back().category;
-    const Imposed* imposed = map().imposed(current);
+    const Imposed* imposed = device().imposed(current);
     const EVisibility limit = Combine(waiting.back().limit, imposed ? imposed->visibility : Beginner);
     waiting.pop_back();
     if (limit >= best || limit >= visited[current]) continue;  // nothing more visible can come from here
     visited[current] = static_cast<uint8_t>(limit);
-    for (const Property& each : description.properties(current)) {
+    for (const Property& each : description().properties(current)) {
       if (each.element != Element::pFeature) continue;
-      if (description.node(each.target).type == NodeType::Category) {
+      if (description().node(each.target).type == NodeType::Category) {
         waiting.push_back({each.target, limit});
       } else {
-        best = std::min(best, Combine(limit, map().node(each.target).GetVisibility()));
+        best = std::min(best, Combine(limit, other(each.target).GetVisibility()));
       }
     }
   }
   return best;
 }
 
-EAccessMode CategoryNode::combinedMode() {
-  if (modeEpoch_ == map().categoryEpoch()) return mode_;
-  const uint32_t epoch = map().categoryEpoch();
-  const EAccessMode mode = computedMode();
-  if (epoch == map().categoryEpoch()) {
-    mode_ = mode;
-    modeEpoch_ = epoch;
-  }
-  return mode;
-}
-
-EAccessMode CategoryNode::computedMode() {
-  if (const Imposed* imposed = map().imposed(index()); imposed && imposed->accessMode == NI) return NI;
-  if (NodeBase* guard = linked(Element::pIsImplemented)) {
+EAccessMode CategoryNode::combinedMode() const {
+  if (const Imposed* imposed = device().imposed(index()); imposed && imposed->accessMode == NI) return NI;
+  if (const NodeBase* guard = linked(Element::pIsImplemented)) {
     if (IsReadable(guard->accessMode()) && !guard->readTruth()) return NI;
   }
   bool any = false;
   for (const Property& each : properties()) {
     if (each.element != Element::pFeature) continue;
     any = true;
-    if (map().node(each.target).accessMode() != NI) return RO;
+    if (other(each.target).accessMode() != NI) return RO;
   }
   return any ? NI : RO;
 }

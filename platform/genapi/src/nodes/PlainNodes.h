@@ -17,7 +17,8 @@ class PlainNode final : public NodeBase, public IValue {
 
 class CategoryNode final : public NodeBase, public ICategory {
  public:
-  using NodeBase::NodeBase;
+  // A category that was once there stays, whatever its features do later.
+  CategoryNode(Device& device, NodeIndex index) : NodeBase(device, index, Evaluation::Stay::UntilRenewed) {}
   EVisibility GetVisibility() const override;
   INode* GetNode() override { return this; }
   GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
@@ -27,14 +28,7 @@ class CategoryNode final : public NodeBase, public ICategory {
   EInterfaceType GetPrincipalInterfaceType() const override { return intfICategory; }
 
  protected:
-  EAccessMode combinedMode() override;
-  bool keepsAccessMode() const override { return false; }
-
- private:
-  EAccessMode computedMode();
-
-  uint32_t modeEpoch_ = 0;  // the map's category epoch in which the mode was computed
-  EAccessMode mode_ = RO;
+  EAccessMode combinedMode() const override;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -4,9 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "Base/GCException.h"
 #include "GenApi/ChunkPort.h"
-#include "GenApi/PortImpl.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -22,7 +20,8 @@ void swapGroups(uint8_t* bytes, int64_t count) {
 
 }  // namespace
 
-PortNode::PortNode(NodeMap& map, NodeIndex index) : NodeBase(map, index) {
+// The implementation is asked for its access mode each time.
+PortNode::PortNode(Device& device, NodeIndex index) : NodeBase(device, index, Evaluation::Stay::Never) {
   const Property* swap = find(Element::SwapEndianess);
   swaps_ = swap && swap->word == Yes;
 }
@@ -37,34 +36,29 @@ void PortNode::connect(IPort* implementation) {
     if (auto* construct = dynamic_cast<IPortConstruct*>(former)) construct->SetPortImpl(nullptr);
   }
   if (auto* construct = dynamic_cast<IPortConstruct*>(implementation)) construct->SetPortImpl(this);
-  map().dropPort(index());
-  map().renewCategories();
+  device().dispatch.portChanged(index(), true);
+  device().evaluation.renew();
 }
 
 void PortNode::SetPortImpl(IPort* pPort) {
-  map().operate(this, [&] { connect(pPort); });
+  device().dispatch.operate(index(), [&] { connect(pPort); });
 }
 
 IPort& PortNode::connected(int64_t bytes) const {
-  if (!implementation_) {
-    throw ACCESS_EXCEPTION("port '%s' is not connected", zeroTerminated(name()).c_str());
-  }
-  if (bytes < 0) {
-    throw INVALID_ARGUMENT_EXCEPTION("%s: length %ld is negative", zeroTerminated(name()).c_str(),
-                                     static_cast<long>(bytes));
-  }
+  if (!implementation_) refuse<AccessException>("port '{}' is not connected", name());
+  if (bytes < 0) refuse<InvalidArgumentException>("{}: length {} is negative", name(), bytes);
   return *implementation_;
 }
 
 void PortNode::Read(void* pBuffer, int64_t Address, int64_t Length) {
-  map().operate(this, [&] {
+  device().dispatch.operate(index(), [&] {
     IPort& port = connected(Length);
     if (Length > 0) port.Read(pBuffer, Address, Length);
   });
 }
 
 void PortNode::Write(const void* pBuffer, int64_t Address, int64_t Length) {
-  map().operate(this, [&] {
+  device().dispatch.operate(index(), [&] {
     IPort& port = connected(Length);
     if (Length > 0) port.Write(pBuffer, Address, Length);
   });
@@ -72,9 +66,8 @@ void PortNode::Write(const void* pBuffer, int64_t Address, int64_t Length) {
 
 void PortNode::requireWholeGroups(int64_t address, int64_t bytes) const {
   if (address % kGroupBytes == 0 && bytes % kGroupBytes == 0) return;
-  throw RUNTIME_EXCEPTION("%s: SwapEndianess needs addresses and lengths in multiples of 4, not 0x%lx and %ld",
-                          zeroTerminated(name()).c_str(), static_cast<unsigned long>(address),
-                          static_cast<long>(bytes));
+  refuse<RuntimeException>("{}: SwapEndianess needs addresses and lengths in multiples of 4, not 0x{:x} and {}", name(),
+                           static_cast<uint64_t>(address), bytes);
 }
 
 void PortNode::readRegister(uint8_t* buffer, int64_t address, int64_t bytes) {
@@ -104,36 +97,24 @@ int64_t PortNode::fromStart(int64_t address) {
   return length + address;
 }
 
-EAccessMode PortNode::typeMode() {
+EAccessMode PortNode::typeMode() const {
   if (implementation_) return implementation_->GetAccessMode();
   return find(Element::ChunkID) || find(Element::pChunkID) ? NA : NI;
 }
 
 gcstring PortNode::GetChunkID() const {
   if (const Property* given = find(Element::ChunkID)) return gcstring(given->value());
-  NodeBase* link = linked(Element::pChunkID);
+  const NodeBase* link = linked(Element::pChunkID);
   if (!link) return {};
-  return map().operate(const_cast<PortNode*>(this), [&] {
+  return device().dispatch.operate(index(), [&] {
     link->requireReadable();
-    return link->readText({});
+    return gcstring(link->readText({}));
   });
 }
 
 EYesNo PortNode::CacheChunkData() const {
   const Property* given = find(Element::CacheChunkData);
   return given && given->word == Yes ? Yes : No;
-}
-
-CPortImpl::CPortImpl() = default;
-CPortImpl::~CPortImpl() = default;
-void CPortImpl::SetPortImpl(IPort* pPort) {
-  m_pPort = pPort;
-}
-EYesNo CPortImpl::GetSwapEndianess() {
-  return No;
-}
-void CPortImpl::InvalidateNode() {
-  if (auto* node = dynamic_cast<INode*>(m_pPort)) node->InvalidateNode();
 }
 
 }  // namespace GENAPI_NAMESPACE

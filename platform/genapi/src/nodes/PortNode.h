@@ -6,9 +6,9 @@
 
 namespace GENAPI_NAMESPACE {
 
-class PortNode final : public NodeBase, public IPortConstruct, public IChunkPort {
+class PortNode final : public NodeBase, public IPortConstruct, public IChunkPort, public IRegisterPort {
  public:
-  PortNode(NodeMap& map, NodeIndex index);
+  PortNode(Device& device, NodeIndex index);
   ~PortNode() override;
 
   // IPort, straight to the implementation
@@ -23,19 +23,16 @@ class PortNode final : public NodeBase, public IPortConstruct, public IChunkPort
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIPort; }
 
   // inner operations
-  EAccessMode typeMode() override;
+  EAccessMode typeMode() const override;
   void connect(IPort* implementation);
   IPort* implementation() const { return implementation_; }
   // The description gives the chunk ID itself, not through another node.
   bool hasFixedChunkId() const { return !find(Element::pChunkID); }
   // Bytes of a register; in the order that SwapEndianess asks for.
-  void readRegister(uint8_t* buffer, int64_t address, int64_t bytes);
-  void writeRegister(const uint8_t* buffer, int64_t address, int64_t bytes);
+  void readRegister(uint8_t* buffer, int64_t address, int64_t bytes) override;
+  void writeRegister(const uint8_t* buffer, int64_t address, int64_t bytes) override;
   // A negative address counts from the end of the attached chunk: the address from its start. Others stay.
   int64_t fromStart(int64_t address);
-
- protected:
-  bool keepsAccessMode() const override { return false; }
 
  private:
   IPort& connected(int64_t bytes) const;

@@ -1,10 +1,9 @@
-// The register part of a node: where its bytes are, and how they travel through the cache of places and the port.
+// The register part of a node: where its bytes are, and whose port they go through.
 #pragma once
 #include <cstdint>
 
 #include "GenApi/Types.h"
-#include "description/NodeIndex.h"
-#include "nodemap/RegisterCache.h"
+#include "evaluation/Registers.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -13,50 +12,37 @@ class PortNode;
 
 class RegisterBlock {
  public:
-  explicit RegisterBlock(NodeBase& owner);
+  explicit RegisterBlock(const NodeBase& owner);
   RegisterBlock(const RegisterBlock&) = delete;
   RegisterBlock& operator=(const RegisterBlock&) = delete;
 
   // The sum of everything that contributes to the address. Throws OutOfRangeException on overflow.
-  int64_t address();
+  int64_t address() const;
   // The address as callers see it: on a port with a chunk attached, negative ones count from the chunk's start.
-  int64_t reportedAddress();
+  int64_t reportedAddress() const;
   // Bytes. Throws OutOfRangeException when it is not 1 .. kMaxRegisterBytes.
-  int64_t length();
+  int64_t length() const;
   // Rights by the node's own AccessMode, its port, and the links that its address and length come from.
-  EAccessMode mode();
-  EAccessMode elementMode() const { return elementMode_; }
+  EAccessMode mode() const;
 
-  // All of the register, which is `bytes` long.
-  void read(uint8_t* buffer, int64_t bytes, bool ignoreCache);
-  void write(const uint8_t* buffer, int64_t bytes);
-  // The first bytes of a register that is `total` long.
-  void readStart(uint8_t* buffer, int64_t bytes, int64_t total, bool ignoreCache);
+  // The first bytes of the register, which is `total` long.
+  void read(uint8_t* buffer, int64_t bytes, int64_t total, bool ignoreCache) const;
   // True when the content of all of it is known afterwards.
-  bool writeStart(const uint8_t* buffer, int64_t bytes, int64_t total);
+  bool write(const uint8_t* buffer, int64_t bytes, int64_t total) const;
   // What a write of some bits has to be merged with: the content, or what was written last where nothing can be read.
-  void readForMerging(uint8_t* buffer, int64_t bytes);
-
-  void forgetContent() noexcept;
-  void forgetPlace() noexcept;
+  void readForMerging(uint8_t* buffer, int64_t bytes) const;
 
  private:
-  Place& place(int64_t at, int64_t bytes);
-  bool answers(const Place& place) const;
+  RegisterPlace place(int64_t length) const;
   PortNode& port() const;
-  // Drops what is known of the range after a write that failed: the device's state is unknown then.
-  void writeOrForget(const uint8_t* buffer, int64_t at, int64_t bytes);
-  int64_t fetchLength();
-  int64_t fetchAddress();
+  int64_t computeAddress() const;
 
-  NodeBase& owner_;
-  Place* place_ = nullptr;  // the one used last; kHasPlace
+  const NodeBase& owner_;
   int64_t fixedAddress_ = 0;
-  int64_t address_ = 0;  // kHasAddress
   int64_t length_ = 0;
   NodeIndex port_ = kNoNode;
   NodeIndex lengthLink_ = kNoNode;
-  EAccessMode elementMode_ = RO;
+  EAccessMode ownMode_ = RO;
   bool addressIsFixed_ = true;
 };
 

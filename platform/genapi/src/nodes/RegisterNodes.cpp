@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "nodes/NumberBytes.h"
-#include "nodes/OwnElements.h"
 #include "nodes/UnsupportedNodes.h"
 #include "text/NumberSyntax.h"
 
@@ -21,7 +20,7 @@ bool isBigEndian(const NodeBase& node) {
 
 }  // namespace
 
-IntRegNode::IntRegNode(NodeMap& map, NodeIndex index) : RegisterFace(map, index), bigEndian_(isBigEndian(*this)) {
+IntRegNode::IntRegNode(Device& device, NodeIndex index) : RegisterBase(device, index), bigEndian_(isBigEndian(*this)) {
   for (const Property& each : properties()) {
     switch (each.element) {
       case Element::Sign:
@@ -45,32 +44,31 @@ IntRegNode::IntRegNode(NodeMap& map, NodeIndex index) : RegisterFace(map, index)
   }
 }
 
-IntRegNode::Field IntRegNode::field() {
+IntRegNode::Field IntRegNode::field() const {
   const int64_t bytes = block().length();
   const int bits = static_cast<int>(8 * bytes);
   if (bytes > 8) {
-    throw OUT_OF_RANGE_EXCEPTION("%s: register length %ld does not fit a 64-bit integer", map().pathTo(*this).c_str(),
-                                 static_cast<long>(bytes));
+    refuse<OutOfRangeException>("{}: register length {} does not fit a 64-bit integer", path(), bytes);
   }
   if (!masked_) return {bytes, 0, bits};
   // Bit 0 of a big-endian register is the most significant one, and LSB is then the larger number.
   const int width = bigEndian_ ? firstBit_ - lastBit_ + 1 : lastBit_ - firstBit_ + 1;
   const int shift = bigEndian_ ? bits - 1 - firstBit_ : firstBit_;
   if (width < 1 || shift < 0 || shift + width > bits) {
-    throw OUT_OF_RANGE_EXCEPTION("%s: bits %d to %d lie outside the register of %ld bytes", map().pathTo(*this).c_str(),
-                                 firstBit_, lastBit_, static_cast<long>(bytes));
+    refuse<OutOfRangeException>("{}: bits {} to {} lie outside the register of {} bytes", path(), firstBit_, lastBit_,
+                                bytes);
   }
   return {bytes, shift, width};
 }
 
-int64_t IntRegNode::fetch(Reading how) {
+int64_t IntRegNode::compute(Reading how) const {
   const Field bits = field();
   uint8_t bytes[8];
-  block().read(bytes, bits.bytes, how.ignoreCache);
+  block().read(bytes, bits.bytes, bits.bytes, how.ignoreCache);
   return extended(decodeBytes(bytes, bits.bytes, bigEndian_) >> bits.shift, bits.width, signed_);
 }
 
-void IntRegNode::store(int64_t value, bool) {
+void IntRegNode::store(int64_t value, bool) const {
   const Field bits = field();
   uint8_t bytes[8];
   auto content = static_cast<uint64_t>(value);
@@ -80,84 +78,63 @@ void IntRegNode::store(int64_t value, bool) {
     content = (decodeBytes(bytes, bits.bytes, bigEndian_) & ~mask) | (content << bits.shift & mask);
   }
   encodeBytes(content, bytes, bits.bytes, bigEndian_);
-  block().write(bytes, bits.bytes);
+  block().write(bytes, bits.bytes, bits.bytes);
 }
 
-int64_t IntRegNode::fetchMin() {
+int64_t IntRegNode::computeMin() const {
   return fieldMin(field().width, signed_);
 }
-int64_t IntRegNode::fetchMax() {
+int64_t IntRegNode::computeMax() const {
   return fieldMax(field().width, signed_);
 }
-std::string_view IntRegNode::unit() {
-  return ownUnit(*this);
-}
-ERepresentation IntRegNode::representation() {
-  return ownRepresentation(*this);
-}
 
-FloatRegNode::FloatRegNode(NodeMap& map, NodeIndex index) : RegisterFace(map, index), bigEndian_(isBigEndian(*this)) {}
+FloatRegNode::FloatRegNode(Device& device, NodeIndex index)
+    : RegisterBase(device, index), bigEndian_(isBigEndian(*this)) {}
 
-int64_t FloatRegNode::bytes() {
+int64_t FloatRegNode::bytes() const {
   const int64_t bytes = block().length();
   if (bytes == 4 || bytes == 8) return bytes;
-  throw OUT_OF_RANGE_EXCEPTION("%s: register length %ld must be 4 or 8 for a float", map().pathTo(*this).c_str(),
-                               static_cast<long>(bytes));
+  refuse<OutOfRangeException>("{}: register length {} must be 4 or 8 for a float", path(), bytes);
 }
 
-double FloatRegNode::fetch(Reading how) {
+double FloatRegNode::compute(Reading how) const {
   const int64_t count = bytes();
   uint8_t buffer[8];
-  block().read(buffer, count, how.ignoreCache);
+  block().read(buffer, count, count, how.ignoreCache);
   const uint64_t content = decodeBytes(buffer, count, bigEndian_);
   return count == 8 ? std::bit_cast<double>(content) : std::bit_cast<float>(static_cast<uint32_t>(content));
 }
 
-void FloatRegNode::store(double value, bool) {
+void FloatRegNode::store(double value, bool) const {
   const int64_t count = bytes();
   uint8_t buffer[8];
   const uint64_t content =
       count == 8 ? std::bit_cast<uint64_t>(value) : std::bit_cast<uint32_t>(static_cast<float>(value));
   encodeBytes(content, buffer, count, bigEndian_);
-  block().write(buffer, count);
+  block().write(buffer, count, count);
 }
 
-double FloatRegNode::fetchMax() {
+double FloatRegNode::computeMax() const {
   return bytes() == 4 ? std::numeric_limits<float>::max() : std::numeric_limits<double>::max();
 }
 
-std::string_view FloatRegNode::unit() {
-  return ownUnit(*this);
-}
-ERepresentation FloatRegNode::representation() {
-  return ownRepresentation(*this);
-}
-
-EDisplayNotation FloatRegNode::displayNotation() {
-  return ownDisplayNotation(*this);
-}
-
-int64_t FloatRegNode::displayPrecision() {
-  return ownDisplayPrecision(*this);
-}
-
-std::string StringRegNode::fetch(Reading how) {
+std::string StringRegNode::compute(Reading how) const {
   const int64_t bytes = block().length();
   std::string text(static_cast<size_t>(bytes), '\0');
-  block().read(reinterpret_cast<uint8_t*>(text.data()), bytes, how.ignoreCache);
+  block().read(reinterpret_cast<uint8_t*>(text.data()), bytes, bytes, how.ignoreCache);
   text.resize(std::min(text.find('\0'), text.size()));
   return text;
 }
 
-void StringRegNode::store(std::string_view value, bool) {
+void StringRegNode::store(std::string_view value, bool) const {
   const auto bytes = static_cast<size_t>(block().length());
   if (value.size() > bytes) {
-    throw OUT_OF_RANGE_EXCEPTION("%s: length %zu exceeds register length %zu", map().pathTo(*this).c_str(),
-                                 value.size(), bytes);
+    refuse<OutOfRangeException>("{}: length {} exceeds register length {}", path(), value.size(), bytes);
   }
   std::string padded(value);
   padded.resize(bytes, '\0');
-  block().write(reinterpret_cast<const uint8_t*>(padded.data()), static_cast<int64_t>(bytes));
+  const auto total = static_cast<int64_t>(bytes);
+  block().write(reinterpret_cast<const uint8_t*>(padded.data()), total, total);
 }
 
 void RegisterNode::requireSupported() const {
@@ -167,10 +144,11 @@ void RegisterNode::requireSupported() const {
 gcstring RegisterNode::ToString(bool, bool IgnoreCache) {
   return reading([&] {
     requireSupported();
-    const EvaluationStep step(map(), *this);
+    const Evaluation::Frame frame(evaluation(), index());
     std::vector<uint8_t> bytes(static_cast<size_t>(block().length()));
-    block().read(bytes.data(), static_cast<int64_t>(bytes.size()), IgnoreCache);
-    if (!isUncached() && step.isUnspoiled()) state().flags |= kValid;
+    const auto total = static_cast<int64_t>(bytes.size());
+    block().read(bytes.data(), total, total, IgnoreCache);
+    evaluation().noteReading(frame);
     return gcstring(text::printRegisterText(bytes));
   });
 }
@@ -181,19 +159,12 @@ void RegisterNode::FromString(const gcstring& ValueStr, bool Verify) {
     std::vector<uint8_t> bytes(static_cast<size_t>(block().length()));
     if (!text::parseRegisterText(ValueStr.view(), bytes)) {
       const size_t digits = ValueStr.size() >= 2 ? ValueStr.size() - 2 : 0;
-      throw INVALID_ARGUMENT_EXCEPTION("%s: register text needs 0x and %zu hex digits, got %zu",
-                                       zeroTerminated(name()).c_str(), 2 * bytes.size(), digits);
+      refuse<InvalidArgumentException>("{}: register text needs 0x and {} hex digits, got {}", name(), 2 * bytes.size(),
+                                       digits);
     }
-    const EvaluationStep step(map(), *this);
-    block().write(bytes.data(), static_cast<int64_t>(bytes.size()));
-    completeWrite();
-    if (Verify) checkErrors();
+    const auto total = static_cast<int64_t>(bytes.size());
+    write(Verify, [&] { return block().write(bytes.data(), total, total); });
   });
-}
-
-bool RegisterNode::IsValueCacheValid() const {
-  const AutoLock lock(map().GetLock());
-  return !isUncached() && (state().flags & kValid) != 0;
 }
 
 }  // namespace GENAPI_NAMESPACE

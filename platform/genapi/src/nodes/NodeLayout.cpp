@@ -1,4 +1,4 @@
-#include "nodemap/NodeLayout.h"
+#include "nodes/NodeLayout.h"
 
 #include "description/Description.h"
 #include "nodes/NodeFactory.h"
@@ -15,19 +15,9 @@ NodeLayout::NodeLayout(const Description& description)
   arenaBytes_ = end;
 }
 
-NodeLayout::~NodeLayout() {
-  for (const auto& each : derived_) delete each.load(std::memory_order_relaxed);
-}
-
 const NodeLayout& NodeLayout::of(const Description& description) {
-  const NodeLayout* known = description.layout.load(std::memory_order_acquire);
-  if (!known) {
-    auto made = std::make_unique<const NodeLayout>(description);
-    description.deleteLayout.store([](const NodeLayout* layout) { delete layout; }, std::memory_order_release);
-    if (description.layout.compare_exchange_strong(known, made.get(), std::memory_order_acq_rel))
-      known = made.release();
-  }
-  return *known;
+  return description.derived().get<NodeLayout>(Description::kLayout,
+                                               [&] { return std::make_unique<const NodeLayout>(description); });
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -7,7 +7,7 @@
 
 namespace GENAPI_NAMESPACE {
 
-class TextFace : public NodeBase, public IString {
+class TextBase : public NodeBase, public IString {
  public:
   using NodeBase::NodeBase;
 
@@ -15,39 +15,35 @@ class TextFace : public NodeBase, public IString {
   INode* GetNode() override { return this; }
   GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override { return GetValue(Verify, IgnoreCache); }
   void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override { SetValue(ValueStr, Verify); }
-  bool IsValueCacheValid() const override;
+  bool IsValueCacheValid() const override { return holdsOwnValue() || isValueValid(); }
   void SetValue(const GENICAM_NAMESPACE::gcstring& Value, bool Verify) override;
   GENICAM_NAMESPACE::gcstring GetValue(bool Verify, bool IgnoreCache) override;
   int64_t GetMaxLength() override;
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIString; }
 
   // inner operations
-  GENICAM_NAMESPACE::gcstring readText(Reading how) override;
-  void writeText(std::string_view value, bool verify) override;
+  std::string readText(Reading how) const override;
+  void writeText(std::string_view text, bool verify) const override;
 
  protected:
-  virtual std::string fetch(Reading how) = 0;
-  virtual void store(std::string_view value, bool verify) = 0;
-  virtual bool isFloating() const { return false; }
-
- private:
-  std::string value_;  // kHasValue
+  virtual std::string compute(Reading how) const = 0;
+  virtual void store(std::string_view text, bool verify) const = 0;
+  virtual bool holdsOwnValue() const { return false; }
 };
 
 // String: its own text, or another string node's.
-class StringNode final : public TextFace {
+class StringNode final : public TextBase {
  public:
-  StringNode(NodeMap& map, NodeIndex index);
-  EAccessMode typeMode() override;
-  int64_t textMaxLength() override;
+  StringNode(Device& device, NodeIndex index);
+  EAccessMode typeMode() const override;
+  int64_t textMaxLength() const override;
 
  protected:
-  std::string fetch(Reading how) override;
-  void store(std::string_view value, bool verify) override;
-  bool isFloating() const override { return link_ == kNoNode; }
+  std::string compute(Reading how) const override;
+  void store(std::string_view text, bool verify) const override;
+  bool holdsOwnValue() const override { return link_ == kNoNode; }
 
  private:
-  std::string held_;
   NodeIndex link_ = kNoNode;
 };
 

@@ -14,7 +14,7 @@ namespace GENAPI_NAMESPACE {
 // still has to call; a registration that has ended meanwhile is not called any more.
 class CallbackRecord {
  public:
-  CallbackRecord(CNodeCallback* callback, CallbackHandleType handle) : callback_(callback), handle_(handle) {}
+  explicit CallbackRecord(CNodeCallback* callback) : callback_(callback) {}
   ~CallbackRecord() { callback_->Destroy(); }
   CallbackRecord(const CallbackRecord&) = delete;
   CallbackRecord& operator=(const CallbackRecord&) = delete;
@@ -22,11 +22,9 @@ class CallbackRecord {
     if (!ended_.load(std::memory_order_acquire)) (*callback_)(type);
   }
   void end() { ended_.store(true, std::memory_order_release); }
-  CallbackHandleType handle() const { return handle_; }
 
  private:
   CNodeCallback* callback_;
-  CallbackHandleType handle_;
   std::atomic<bool> ended_{false};
 };
 
@@ -39,8 +37,8 @@ class CallbackRegistry {
   CallbackRegistry(const CallbackRegistry&) = delete;
   CallbackRegistry& operator=(const CallbackRegistry&) = delete;
   ~CallbackRegistry() { clear(); }
-  // Takes over the callback, also when it throws std::bad_alloc.
-  CallbackHandleType add(const INodeMap& map, NodeIndex node, CNodeCallback* callback);
+  // Takes over the callback, also when it throws std::bad_alloc. `owner` is what deregisters by handle alone.
+  CallbackHandleType add(INode& owner, NodeIndex node, CNodeCallback* callback);
   // False when the handle is not one of the node's.
   bool remove(NodeIndex node, CallbackHandleType handle);
   // Ends and destroys all registrations.
@@ -48,12 +46,14 @@ class CallbackRegistry {
   bool has(NodeIndex node) const { return lists_.count(node) != 0; }
   // Appends the node's registrations in the order in which they were made.
   void append(NodeIndex node, CallbackList& list) const;
-  std::vector<NodeIndex> nodes() const;
-  // The node that the handle belongs to, or kNoNode.
-  NodeIndex nodeOf(CallbackHandleType handle) const;
+  template <class Visit>
+  void forEachNode(Visit&& visit) const {
+    for (const auto& [node, records] : lists_) visit(node);
+  }
 
  private:
-  std::map<NodeIndex, CallbackList> lists_;
+  using Records = std::map<CallbackHandleType, std::shared_ptr<CallbackRecord>>;  // handles count up
+  std::map<NodeIndex, Records> lists_;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,210 @@
+#include "evaluation/Evaluation.h"
+
+#include <algorithm>
+
+#include "Base/GCException.h"
+#include "evaluation/Registers.h"
+
+namespace GENAPI_NAMESPACE {
+
+using GENICAM_NAMESPACE::gcstring;
+
+void Evaluation::refuseDepth(NodeIndex node) {
+  throw LOGICAL_ERROR_EXCEPTION("%s: more than %d nodes depend on each other in one evaluation",
+                                std::string(description_.node(node).name()).c_str(), kMaxLinkDepth);
+}
+
+void Evaluation::countStep(NodeIndex node) {
+  hasPassing_ = true;
+  ++visits_;
+  if (++steps_ <= kMaxOperationSteps) return;
+  throw RUNTIME_EXCEPTION("%s: one call wrote to nodes more than %d times", path(node).c_str(), kMaxOperationSteps);
+}
+
+bool Evaluation::mayUsePassing(NodeState& state, Question question) {
+  if (state.call != call_) return false;
+  noteUse();
+  if (!top_) return true;
+  if (!(state.kept & question)) top_->passing_ = true;  // in check mode kept answers pass, too
+  if (state.provisional & question) top_->guessedFor_ = std::min(top_->guessedFor_, provisional_.back().outermost);
+  return true;
+}
+
+bool Evaluation::isOpen(NodeIndex node, Question question) {
+  // Frames of an interrupted call are not among these: a call from inside a port computes for itself.
+  for (const Frame* frame = top_; frame; frame = frame->up_) {
+    if (frame->node_ != node || frame->question_ != question) continue;
+    noteUse();
+    top_->guessedFor_ = std::min(top_->guessedFor_, frame->depth_);
+    return true;
+  }
+  return false;
+}
+
+Evaluation::Memory Evaluation::memoryFor(const Frame& frame) const {
+  if (frame.disturbed_ || state_.nodes[frame.node_].dropped > frame.firstUse_) return Memory::None;
+  if (frame.guessedFor_ < frame.depth_) return Memory::UntilClosed;
+  const bool hasGuess = frame.guessedFor_ == frame.depth_;
+  return frame.passing_ || hasGuess ? Memory::Call : Memory::Lasting;
+}
+
+bool Evaluation::remember(const Frame& frame, Stay stay) {
+  const Memory memory = stay == Stay::Never ? Memory::None : memoryFor(frame);
+  if (memory == Memory::None) return false;
+  NodeState& state = state_.nodes[frame.node_];
+  const Question question = frame.question_;
+  ++remembered_;
+  if (memory == Memory::Lasting || (memory == Memory::Call && stay == Stay::UntilRenewed)) {
+    state.kept |= question;
+    if (question == kValue) state.marks |= kValueValid;
+    if (stay == Stay::UntilRenewed) {
+      state.lasting |= question;
+      state_.withLasting.push_back(frame.node_);
+    } else if (!followsValues(frame.node_, question)) {
+      state.steady |= question;
+    }
+    if (!check_) return true;
+  }
+  if (state.call != call_) {
+    state.call = call_;
+    state.passing = state.provisional = 0;
+  }
+  state.passing |= question;
+  hasPassing_ = true;
+  if (memory != Memory::UntilClosed) return true;
+  state.provisional |= question;
+  const int before = provisional_.empty() ? frame.guessedFor_ : provisional_.back().outermost;
+  provisional_.push_back({frame.node_, question, std::min(before, frame.guessedFor_)});
+  return true;
+}
+
+void Evaluation::closeCircle(uint32_t openedAt) {
+  while (provisional_.size() > openedAt) {
+    NodeState& state = state_.nodes[provisional_.back().node];
+    const Questions question = state.provisional & provisional_.back().question;
+    state.passing &= static_cast<Questions>(~question);
+    state.provisional &= static_cast<Questions>(~question);
+    provisional_.pop_back();
+  }
+}
+
+bool Evaluation::followsValues(NodeIndex node, Question question) const {
+  if (question == kAccessMode) return graph().accessModeFollowsValues(node);
+  if (question == kMin || question == kMax) return graph().limitsFollowValues(node);
+  return true;
+}
+
+void Evaluation::noteDisturbance() {
+  for (Frame* frame = top_; frame; frame = frame->up_) frame->disturbed_ = true;
+}
+
+void Evaluation::noteReading(const Frame& frame) {
+  if (memoryFor(frame) == Memory::Lasting) state_.nodes[frame.node_].marks |= kValueValid;
+}
+
+void Evaluation::noteWritten(NodeIndex node, bool valid) {
+  dropValue(node);
+  uint8_t& marks = state_.nodes[node].marks;
+  marks = static_cast<uint8_t>(valid ? marks | kValueValid : marks & ~kValueValid);
+}
+
+Activity Evaluation::activity(NodeIndex node) const {
+  const auto found = state_.activities.find(node);
+  return found == state_.activities.end() ? Activity() : found->second;
+}
+
+void Evaluation::beginActivity(NodeIndex node, int64_t value) {
+  Activity& activity = state_.activities[node];
+  if (isActive(node) && activity.value == value) return;
+  activity.value = value;
+  ++activity.turns;
+  state_.nodes[node].marks |= kActive;
+}
+
+void Evaluation::drop(NodeIndex node, bool evenSteady) {
+  NodeState& state = state_.nodes[node];
+  state.dropped = revision_;
+  state.kept &= static_cast<Questions>(state.lasting | (evenSteady ? 0 : state.steady));
+  state.passing = state.provisional = 0;
+  state.marks &= static_cast<uint8_t>(~kValueValid);
+  if (state.marks & kHasRange) dropContent(state_, *state_.details[node].range);
+}
+
+void Evaluation::dropDependents(NodeIndex node, bool evenSteady) {
+  ++revision_;
+  const std::span<const NodeIndex> nodes = dependents(node);
+  visits_ += nodes.size();
+  for (const NodeIndex each : nodes) drop(each, evenSteady);
+}
+
+void Evaluation::dropAll() {
+  ++revision_;
+  for (NodeIndex node = 0; node < state_.count; ++node) drop(node, true);
+  state_.ranges.forEach([&](RegisterRange& range) { dropContent(state_, range); });
+  renew();
+}
+
+void Evaluation::renew() {
+  for (const NodeIndex node : state_.withLasting) {
+    NodeState& state = state_.nodes[node];
+    state.kept &= static_cast<Questions>(~state.lasting);
+    state.passing = state.provisional = state.lasting = 0;
+  }
+  state_.withLasting.clear();
+}
+
+void Evaluation::startCall() {
+  hasPassing_ = false;
+  steps_ = 0;
+  if (++lastCall_ == 0) {  // numbers begin anew: nothing may look as if it came from this call
+    for (NodeIndex node = 0; node < state_.count; ++node) state_.nodes[node].call = 0;
+    state_.ranges.forEach([](RegisterRange& range) { range.readCall = range.passingCall = 0; });
+    lastCall_ = 1;
+  }
+  call_ = lastCall_;
+}
+
+Evaluation::Suspended Evaluation::suspend() {
+  const Suspended suspended{std::exchange(top_, nullptr), call_, steps_};
+  startCall();
+  return suspended;
+}
+
+void Evaluation::resume(const Suspended& suspended) {
+  top_ = suspended.top;
+  call_ = suspended.call;
+  steps_ = suspended.steps;
+  hasPassing_ = true;
+}
+
+std::string Evaluation::path(NodeIndex last) const {
+  std::vector<NodeIndex> nodes{last};
+  for (const Frame* frame = top_; frame; frame = frame->up_) {
+    if (frame->node_ != nodes.back()) nodes.push_back(frame->node_);  // a node that reads its own limits stands once
+  }
+  std::string path;
+  for (auto each = nodes.rbegin(); each != nodes.rend(); ++each) {
+    if (!path.empty()) path += " > ";
+    path += description_.node(*each).name();
+  }
+  return path;
+}
+
+void Evaluation::reportAnswer(NodeIndex node) const {
+  CacheDifference difference;
+  difference.node = gcstring(description_.node(node).name());
+  check_->OnDifference(difference);
+}
+
+void Evaluation::reportContent(NodeIndex node, const RegisterRange& range, const uint8_t* remembered,
+                               const uint8_t* read) const {
+  CacheDifference difference;
+  difference.node = gcstring(description_.node(node).name());
+  difference.port = gcstring(description_.node(range.key.port).name());
+  difference.address = range.key.address;
+  difference.remembered.assign(remembered, remembered + range.key.length);
+  if (read) difference.read.assign(read, read + range.key.length);
+  check_->OnDifference(difference);
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,251 @@
+#include "evaluation/Registers.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "Base/GCException.h"
+
+namespace GENAPI_NAMESPACE {
+
+void dropContent(State& state, RegisterRange& range) {
+  range.hasContent = false;
+  range.passingCall = 0;
+  for (const RangeUser& user : range.users) {
+    NodeState& node = state.nodes[user.node];
+    node.kept &= static_cast<Questions>(~(kValue | kEntry));
+    node.passing &= static_cast<Questions>(~(kValue | kEntry));
+    node.marks &= static_cast<uint8_t>(~kValueValid);
+  }
+}
+
+// --- which range ---
+
+RegisterRange& Registers::rangeOf(const RegisterPlace& place) {
+  NodeState& node = state_.nodes[place.node];
+  RegisterRange*& last = state_.details[place.node].range;
+  const RangeKey key = place.key();
+  if (node.marks & kHasRange) {
+    if (last->key == key) return *last;
+    leaveRange(place.node);
+  }
+  RegisterRange* range = state_.ranges.find(key);
+  if (!range) {
+    while (state_.ranges.isFullFor(key.length)) removeOldest();
+    range = &state_.ranges.obtain(key);
+  }
+  range->users.push_back({place.node, place.mayUseWritten()});
+  last = range;
+  node.marks |= kHasRange;
+  return *range;
+}
+
+void Registers::leaveRange(NodeIndex node) {
+  std::vector<RangeUser>& users = state_.details[node].range->users;
+  const auto found = std::find_if(users.begin(), users.end(), [&](const RangeUser& each) { return each.node == node; });
+  *found = users.back();
+  users.pop_back();
+  state_.nodes[node].marks &= static_cast<uint8_t>(~kHasRange);
+}
+
+void Registers::removeOldest() {
+  RegisterRange& range = *state_.ranges.oldest();
+  // Without the range nobody would tell its users of writes that overlap it.
+  dropWithComputed(range, kNoNode);
+  for (const RangeUser& user : range.users) state_.nodes[user.node].marks &= static_cast<uint8_t>(~kHasRange);
+  state_.ranges.removeOldest();
+}
+
+// --- reading ---
+
+bool Registers::mayServe(const RegisterPlace& place, const RegisterRange& range) const {
+  return range.hasContent && range.filled >= state_.nodes[place.node].dropped &&
+         (place.mayUseWritten() || !range.fromWrite);
+}
+
+const uint8_t* Registers::remembered(const RegisterPlace& place, RegisterRange& range, bool fresh) {
+  const bool passes = range.passingCall == evaluation_.call() &&
+                      range.passingRead >= state_.nodes[place.node].dropped &&
+                      (!fresh || range.passingRead > lastWrite_);
+  if (place.caching == NoCache) {
+    const bool wasRead = range.hasContent && isFresh(range.readCall, range.filled) && mayServe(place, range);
+    if (!passes && !wasRead) return nullptr;
+    evaluation_.notePassingUse();
+    return passes ? range.passing : range.bytes();
+  }
+  if (mayServe(place, range) && (!fresh || isFresh(range.readCall, range.filled))) {
+    evaluation_.noteUse();
+    return range.bytes();
+  }
+  if (!passes) return nullptr;
+  fill(place, range, range.passing, range.passingRead);
+  range.readCall = evaluation_.call();
+  return range.bytes();
+}
+
+void Registers::read(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, int64_t bytes, bool fresh) {
+  if (bytes == 0) return;
+  if (bytes == place.length) return readAll(place, port, buffer, fresh);
+  // A part is not remembered, but may be known.
+  if (place.caching != NoCache && !fresh) {
+    RegisterRange* const range = state_.ranges.find(place.key());
+    if (range && mayServe(place, *range)) {
+      std::memcpy(buffer, range->bytes(), static_cast<size_t>(bytes));
+      return;
+    }
+  }
+  port.readRegister(buffer, place.address, bytes);
+}
+
+void Registers::readAll(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh) {
+  // Long registers that may not be cached are nobody's input.
+  const bool remembers = place.caching != NoCache || place.length <= RegisterRange::kNumberBytes;
+  RegisterRange* const range = remembers ? &rangeOf(place) : nullptr;
+  if (range) {
+    if (const uint8_t* known = remembered(place, *range, fresh)) {
+      std::memcpy(buffer, known, static_cast<size_t>(place.length));
+      const bool isOld = place.caching != NoCache && range->readCall != evaluation_.call();
+      if (evaluation_.check() && isOld) [[unlikely]]
+        check(place, port, *range);
+      return;
+    }
+  }
+  const Revision begun = evaluation_.revision();
+  port.readRegister(buffer, place.address, place.length);
+  if (evaluation_.revision() != begun) {
+    // The port has changed something through this map meanwhile, and nobody knows whether before or after the bytes
+    // were taken: nothing made of them is kept.
+    evaluation_.dropDependents(place.node);
+    evaluation_.drop(place.node, true);
+    evaluation_.noteDisturbance();
+    return;
+  }
+  if (place.caching == NoCache) {
+    if (range) {
+      // Look it up again: the port may have used other ranges.
+      RegisterRange& mine = rangeOf(place);
+      std::memcpy(mine.passing, buffer, static_cast<size_t>(place.length));
+      mine.passingCall = evaluation_.call();
+      mine.passingRead = begun;
+      mine.used = true;
+    }
+    evaluation_.notePassingUse();
+    return;
+  }
+  RegisterRange& mine = rangeOf(place);
+  fill(place, mine, buffer, begun);
+  mine.readCall = evaluation_.call();
+  evaluation_.noteCallMemory();
+}
+
+// The content is what was read at that revision.
+void Registers::fill(const RegisterPlace& place, RegisterRange& range, const uint8_t* bytes, Revision revision) {
+  const auto length = static_cast<size_t>(place.length);
+  const bool changed = range.known && std::memcmp(range.bytes(), bytes, length) != 0;
+  if (!range.known || changed) std::memcpy(range.bytes(), bytes, length);
+  range.known = range.hasContent = true;
+  range.fromWrite = false;
+  range.filled = revision;
+  range.readCall = 0;
+  evaluation_.noteRemembered();
+  // The reader's own number goes, too: it may be reading the bytes alone.
+  if (changed) dropComputed(range, kNoNode);
+  range.used = true;
+  evaluation_.noteUse();
+}
+
+void Registers::check(const RegisterPlace& place, IRegisterPort& port, RegisterRange& range) {
+  std::vector<uint8_t> now(static_cast<size_t>(place.length));
+  bool isRead = true;
+  try {
+    port.readRegister(now.data(), place.address, place.length);
+  } catch (const GENICAM_NAMESPACE::GenericException&) {
+    isRead = false;
+  }
+  if (isRead && std::memcmp(range.bytes(), now.data(), now.size()) == 0) return;
+  evaluation_.reportContent(place.node, range, range.bytes(), isRead ? now.data() : nullptr);
+}
+
+// --- writing ---
+
+void Registers::writePort(const RegisterPlace& place, IRegisterPort& port, const uint8_t* buffer, int64_t bytes) {
+  lastWrite_ = evaluation_.revision();
+  try {
+    port.writeRegister(buffer, place.address, bytes);
+  } catch (...) {
+    // The state of the device is unknown now.
+    dropOverlapping({place.port, place.address, bytes}, nullptr);
+    evaluation_.dropDependents(place.node);
+    evaluation_.drop(place.node, true);
+    throw;
+  }
+}
+
+bool Registers::write(const RegisterPlace& place, IRegisterPort& port, const uint8_t* buffer, int64_t bytes) {
+  if (bytes == 0) return (state_.nodes[place.node].marks & kValueValid) != 0;
+  const bool whole = bytes == place.length;
+  const Revision begun = evaluation_.revision();
+  writePort(place, port, buffer, bytes);
+  const bool undisturbed = evaluation_.revision() == begun;
+  // What was written into a few bytes is noted whatever the caching: others may have to merge bits with it.
+  const bool isNumber = place.length <= RegisterRange::kNumberBytes;
+  RegisterRange* mine = nullptr;
+  if (isNumber || (whole && place.caching != NoCache)) {
+    mine = &rangeOf(place);
+  } else if (!whole) {
+    mine = state_.ranges.find(place.key());
+  }
+  const bool mayFill = undisturbed && place.caching == WriteThrough && place.ownMode != WO;
+  const bool mayPatch = mayFill && !whole && mine && mayServe(place, *mine);
+  dropOverlapping({place.port, place.address, bytes}, mine);
+  if (!mine) return whole;
+  if (isNumber) std::memcpy(mine->lastWritten, buffer, static_cast<size_t>(bytes));
+  mine->passingCall = mine->readCall = 0;
+  if (!(whole ? mayFill : mayPatch)) {
+    dropWithComputed(*mine, place.node);
+    return whole;
+  }
+  const bool changed =
+      !whole || !mine->hasContent || std::memcmp(mine->bytes(), buffer, static_cast<size_t>(bytes)) != 0;
+  std::memcpy(mine->bytes(), buffer, static_cast<size_t>(bytes));
+  mine->known = mine->hasContent = mine->fromWrite = true;
+  if (whole) mine->filled = begun;
+  evaluation_.noteRemembered();
+  dropWhatMayNotUseWritten(*mine, place.node);
+  if (changed) dropComputed(*mine, place.node);
+  mine->used = true;
+  return true;
+}
+
+// --- forgetting ---
+
+void Registers::dropComputed(RegisterRange& range, NodeIndex except) {
+  range.used = false;
+  for (const RangeUser& user : range.users) {
+    if (user.node == except) continue;
+    evaluation_.dropValue(user.node);
+    evaluation_.dropDependents(user.node);
+  }
+}
+
+void Registers::dropWithComputed(RegisterRange& range, NodeIndex except) {
+  dropContent(state_, range);
+  dropComputed(range, except);
+}
+
+void Registers::dropOverlapping(const RangeKey& key, RegisterRange* except) {
+  state_.ranges.forEachOverlapping(key, except, [&](RegisterRange& range) {
+    if (range.hasContent || range.used) dropWithComputed(range, kNoNode);
+  });
+}
+
+void Registers::dropWhatMayNotUseWritten(const RegisterRange& range, NodeIndex writer) {
+  for (const RangeUser& user : range.users) {
+    if (user.node == writer || user.mayUseWritten) continue;
+    evaluation_.dropValue(user.node);
+    state_.nodes[user.node].marks &= static_cast<uint8_t>(~kValueValid);
+    evaluation_.dropDependents(user.node);
+  }
+}
+
+}  // namespace GENAPI_NAMESPACE

@@ -1,0 +1,57 @@
+// Everything that float nodes have in common: the float interface over what NumberBase computes.
+#pragma once
+#include "GenApi/IFloat.h"
+#include "nodes/NumberBase.h"
+
+namespace GENAPI_NAMESPACE {
+
+class FloatBase : public NumberBase<double>, public IFloat {
+ public:
+  using NumberBase::NumberBase;
+
+  // IValue, IFloat
+  INode* GetNode() override { return this; }
+  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
+  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
+  bool IsValueCacheValid() const override { return isCacheValid(); }
+  void SetValue(double Value, bool Verify) override;
+  double GetValue(bool Verify, bool IgnoreCache) override;
+  double GetMin() override;
+  double GetMax() override;
+  bool HasInc() override;
+  EIncMode GetIncMode() override;
+  double GetInc() override;
+  const double_autovector_t GetListOfValidValues(bool bounded) override;
+  ERepresentation GetRepresentation() override;
+  const GENICAM_NAMESPACE::gcstring GetUnit() const override;
+  EDisplayNotation GetDisplayNotation() const override;
+  int64_t GetDisplayPrecision() const override;
+  void ImposeMin(double Value) override { imposeMin(Value); }
+  void ImposeMax(double Value) override { imposeMax(Value); }
+  EInterfaceType GetPrincipalInterfaceType() const override { return intfIFloat; }
+
+  // inner operations
+  int64_t readInteger(Reading how) const override;
+  double readFloat(Reading how) const override { return readNumber(how); }
+  bool readTruth() const override { return readNumber({}) != 0; }
+  void writeInteger(int64_t value, bool verify) const override { writeNumber(static_cast<double>(value), verify); }
+  void writeFloat(double value, bool verify) const override { writeNumber(value, verify); }
+  std::string readText(Reading how) const override;
+  void writeText(std::string_view value, bool verify) const override;
+  int64_t integerMin() const override;
+  int64_t integerMax() const override;
+  int64_t integerIncrement() const override;
+  double floatMin() const override { return minimum(); }
+  double floatMax() const override { return maximum(); }
+  double floatIncrement() const override { return computeIncrement(); }
+  std::vector<int64_t> integerValueSet(bool bounded) const override;
+
+ protected:
+  double computeIncrement() const override { return NodeBase::floatIncrement(); }
+  void check(double value) const override;
+
+ private:
+  [[noreturn]] void refuseCast(double value) const;
+};
+
+}  // namespace GENAPI_NAMESPACE
