@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "CacheCheckReport.h"
+
 namespace orxGenApi {
 using GENAPI_NAMESPACE::AutoLock;
 using GENICAM_NAMESPACE::gcstring;
@@ -10,7 +12,9 @@ void LoadedMap::Destroy::operator()(GENAPI_NAMESPACE::INodeMap* map) const noexc
   if (auto* destroyable = dynamic_cast<GENAPI_NAMESPACE::IDestroy*>(map)) destroyable->Destroy();
 }
 
-LoadedMap::LoadedMap(EngineMap map) : map_(std::move(map)), adapters_(std::make_shared<Adapters>(map_.get())) {}
+LoadedMap::LoadedMap(EngineMap map) : map_(std::move(map)), adapters_(std::make_shared<Adapters>(map_.get())) {
+  checkCacheIfAsked(*map_);
+}
 
 LoadedMap::~LoadedMap() {
   retire();

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "CacheCheck.h"
 #include "Commands.h"
 #include "Completion.h"
 #include "Help.h"
@@ -56,6 +57,8 @@ void addOptions(CLI::App& app, tool::Options& options) {
                      ->excludes(state);
   addFaults(app, options.faults, camera);
   app.add_flag("--json", options.json, "Print JSON");
+  app.add_flag_callback("--check-cache", tool::checkCache,
+                        "Compare every answer from memory with the device, and print what it does not confirm");
   app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
       ->type_name("WHEN")
       ->transform(CLI::CheckedTransformer(std::map<std::string, Colour>{
