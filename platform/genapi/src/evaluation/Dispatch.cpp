@@ -31,8 +31,7 @@ bool Dispatch::isCovered(NodeIndex node) {
 bool Dispatch::dropAndCollectDependents(NodeIndex node) {
   // What depends on a node depends on its sources, too: up a chain of written nodes one walk is enough.
   if (isCovered(node)) return false;
-  evaluation_.dropDependents(node);
-  for (const NodeIndex each : evaluation_.dependents(node)) collect(each);
+  evaluation_.dropDependents(node, false, [&](NodeIndex each) { collect(each); });
   lastChanged_ = node;
   rememberedAtChange_ = evaluation_.remembered();
   return true;
@@ -53,9 +52,8 @@ void Dispatch::noticed(NodeIndex node) {
 }
 
 void Dispatch::invalidated(NodeIndex node, bool evenSteady) {
-  evaluation_.dropDependents(node, evenSteady);
+  evaluation_.dropDependents(node, evenSteady, [&](NodeIndex each) { collect(each); });
   evaluation_.drop(node, evenSteady);
-  for (const NodeIndex each : evaluation_.dependents(node)) collect(each);
   collect(node);
 }
 
@@ -67,7 +65,7 @@ void Dispatch::invalidatedAll() {
 void Dispatch::portChanged(NodeIndex port, bool evenSteady) {
   // Ports are connected to every new map, which must not build the graph.
   if (!evaluation_.hasMemory()) return;
-  evaluation_.dropDependents(port, evenSteady);
+  evaluation_.dropDependents(port, evenSteady, [](NodeIndex) {});
   evaluation_.drop(port, evenSteady);
 }
 

@@ -42,49 +42,58 @@ bool Evaluation::isOpen(NodeIndex node, Question question) {
 }
 
 Evaluation::Memory Evaluation::memoryFor(const Frame& frame) const {
-  if (frame.disturbed_ || state_.nodes[frame.node_].dropped > frame.firstUse_) return Memory::None;
+  if (frame.disturbed_ || nodes_[frame.node_].dropped > frame.firstUse_) return Memory::None;
   if (frame.guessedFor_ < frame.depth_) return Memory::UntilClosed;
   const bool hasGuess = frame.guessedFor_ == frame.depth_;
   return frame.passing_ || hasGuess ? Memory::Call : Memory::Lasting;
 }
 
-bool Evaluation::remember(const Frame& frame, Stay stay) {
-  const Memory memory = stay == Stay::Never ? Memory::None : memoryFor(frame);
-  if (memory == Memory::None) return false;
-  NodeState& state = state_.nodes[frame.node_];
-  const Question question = frame.question_;
+bool Evaluation::rememberForCall(NodeState& state, Question question) {
   ++remembered_;
-  if (memory == Memory::Lasting || (memory == Memory::Call && stay == Stay::UntilRenewed)) {
-    state.kept |= question;
-    if (question == kValue) state.marks |= kValueValid;
-    if (stay == Stay::UntilRenewed) {
-      state.lasting |= question;
-      state_.withLasting.push_back(frame.node_);
-    } else if (!followsValues(frame.node_, question)) {
-      state.steady |= question;
-    }
-    if (!check_) return true;
-  }
+  hasPassing_ = true;
   if (state.call != call_) {
     state.call = call_;
     state.passing = state.provisional = 0;
   }
   state.passing |= question;
-  hasPassing_ = true;
-  if (memory != Memory::UntilClosed) return true;
-  state.provisional |= question;
-  const int before = provisional_.empty() ? frame.guessedFor_ : provisional_.back().outermost;
-  provisional_.push_back({frame.node_, question, std::min(before, frame.guessedFor_)});
   return true;
 }
 
+bool Evaluation::remember(const Frame& frame, Stay stay) {
+  NodeState& state = nodes_[frame.node_];
+  const Question question = frame.question_;
+  const Memory memory = memoryFor(frame);
+  if (memory == Memory::Call && stay == Stay::UntilDropped) return rememberForCall(state, question);
+  if (memory == Memory::None || stay == Stay::Never) return false;
+  if (memory == Memory::UntilClosed) {
+    const int before = provisional_.empty() ? frame.guessedFor_ : provisional_.back().outermost;
+    provisional_.push_back({frame.node_, question, std::min(before, frame.guessedFor_)});
+    ++provisionalCount_;
+    rememberForCall(state, question);
+    state.provisional |= question;
+    return true;
+  }
+  ++remembered_;
+  state.kept |= question;
+  if (question == kValue) state.marks |= kValueValid;
+  if (stay == Stay::UntilRenewed) {
+    state.lasting |= question;
+    state_.withLasting.push_back(frame.node_);
+  } else if (!followsValues(frame.node_, question)) {
+    state.steady |= question;
+  }
+  // In check mode what is kept is computed again, but once in a call.
+  return !check_ || rememberForCall(state, question);
+}
+
 void Evaluation::closeCircle(uint32_t openedAt) {
-  while (provisional_.size() > openedAt) {
-    NodeState& state = state_.nodes[provisional_.back().node];
+  while (provisionalCount_ > openedAt) {
+    NodeState& state = nodes_[provisional_.back().node];
     const Questions question = state.provisional & provisional_.back().question;
     state.passing &= static_cast<Questions>(~question);
     state.provisional &= static_cast<Questions>(~question);
     provisional_.pop_back();
+    --provisionalCount_;
   }
 }
 
@@ -99,12 +108,12 @@ void Evaluation::noteDisturbance() {
 }
 
 void Evaluation::noteReading(const Frame& frame) {
-  if (memoryFor(frame) == Memory::Lasting) state_.nodes[frame.node_].marks |= kValueValid;
+  if (memoryFor(frame) == Memory::Lasting) nodes_[frame.node_].marks |= kValueValid;
 }
 
 void Evaluation::noteWritten(NodeIndex node, bool valid) {
   dropValue(node);
-  uint8_t& marks = state_.nodes[node].marks;
+  uint8_t& marks = nodes_[node].marks;
   marks = static_cast<uint8_t>(valid ? marks | kValueValid : marks & ~kValueValid);
 }
 
@@ -118,23 +127,11 @@ void Evaluation::beginActivity(NodeIndex node, int64_t value) {
   if (isActive(node) && activity.value == value) return;
   activity.value = value;
   ++activity.turns;
-  state_.nodes[node].marks |= kActive;
+  nodes_[node].marks |= kActive;
 }
 
-void Evaluation::drop(NodeIndex node, bool evenSteady) {
-  NodeState& state = state_.nodes[node];
-  state.dropped = revision_;
-  state.kept &= static_cast<Questions>(state.lasting | (evenSteady ? 0 : state.steady));
-  state.passing = state.provisional = 0;
-  state.marks &= static_cast<uint8_t>(~kValueValid);
-  if (state.marks & kHasRange) dropContent(state_, *state_.details[node].range);
-}
-
-void Evaluation::dropDependents(NodeIndex node, bool evenSteady) {
-  ++revision_;
-  const std::span<const NodeIndex> nodes = dependents(node);
-  visits_ += nodes.size();
-  for (const NodeIndex each : nodes) drop(each, evenSteady);
+void Evaluation::dropContentOf(NodeIndex node) {
+  dropContent(state_, *state_.details[node].range);
 }
 
 void Evaluation::dropAll() {
@@ -146,22 +143,17 @@ void Evaluation::dropAll() {
 
 void Evaluation::renew() {
   for (const NodeIndex node : state_.withLasting) {
-    NodeState& state = state_.nodes[node];
+    NodeState& state = nodes_[node];
     state.kept &= static_cast<Questions>(~state.lasting);
     state.passing = state.provisional = state.lasting = 0;
   }
   state_.withLasting.clear();
 }
 
-void Evaluation::startCall() {
-  hasPassing_ = false;
-  steps_ = 0;
-  if (++lastCall_ == 0) {  // numbers begin anew: nothing may look as if it came from this call
-    for (NodeIndex node = 0; node < state_.count; ++node) state_.nodes[node].call = 0;
-    state_.ranges.forEach([](RegisterRange& range) { range.readCall = range.passingCall = 0; });
-    lastCall_ = 1;
-  }
-  call_ = lastCall_;
+void Evaluation::restartNumbers() {
+  for (NodeIndex node = 0; node < state_.count; ++node) nodes_[node].call = 0;
+  state_.ranges.forEach([](RegisterRange& range) { range.readCall = range.passingCall = 0; });
+  lastCall_ = 1;
 }
 
 Evaluation::Suspended Evaluation::suspend() {

@@ -63,7 +63,8 @@ class Evaluation {
   enum class Stay : uint8_t { UntilDropped, UntilRenewed, Never };
   struct NoGuess {};
 
-  Evaluation(const Description& description, State& state) : description_(description), state_(state) {}
+  Evaluation(const Description& description, State& state)
+      : description_(description), state_(state), nodes_(state.nodes) {}
   Evaluation(const Evaluation&) = delete;
   Evaluation& operator=(const Evaluation&) = delete;
 
@@ -74,7 +75,7 @@ class Evaluation {
   // Evaluations inside each other meet here at every level: `compute` is best two words that need no stack.
   template <Question question, class Answer, class Guess = NoGuess, class Compute>
   Answer answer(NodeIndex node, bool fresh, Compute compute, Stay stay = Stay::UntilDropped) {
-    if ((state_.nodes[node].kept & question) && !fresh && !check_) [[likely]] {
+    if ((nodes_[node].kept & question) && !fresh && !check_) [[likely]] {
       noteUse();
       return recall<question, Answer>(node);
     }
@@ -84,11 +85,11 @@ class Evaluation {
   // The value of a node without a source: what was written last, at first the constant of the description.
   template <class Value>
   Value heldValue(NodeIndex node, Value constant) const {
-    return state_.nodes[node].marks & kHoldsValue ? recall<kValue, Value>(node) : constant;
+    return nodes_[node].marks & kHoldsValue ? recall<kValue, Value>(node) : constant;
   }
   template <class Value>
   void holdValue(NodeIndex node, const Value& value) {
-    state_.nodes[node].marks |= kHoldsValue;
+    nodes_[node].marks |= kHoldsValue;
     store<kValue, Value>(node, value);
   }
 
@@ -110,10 +111,10 @@ class Evaluation {
   // After a node's own write: its value follows from its source's content, and counts as valid if `valid`.
   void noteWritten(NodeIndex node, bool valid);
   // What goes on in the device by the node's doing: begun, or begun again with another value, and ended.
-  bool isActive(NodeIndex node) const { return (state_.nodes[node].marks & kActive) != 0; }
+  bool isActive(NodeIndex node) const { return (nodes_[node].marks & kActive) != 0; }
   Activity activity(NodeIndex node) const;
   void beginActivity(NodeIndex node, int64_t value = 0);
-  void endActivity(NodeIndex node) { state_.nodes[node].marks &= static_cast<uint8_t>(~kActive); }
+  void endActivity(NodeIndex node) { nodes_[node].marks &= static_cast<uint8_t>(~kActive); }
   // Counts one visit of a node by a write. Throws RuntimeException past kMaxOperationSteps.
   void countStep(NodeIndex node);
 
@@ -121,14 +122,34 @@ class Evaluation {
 
   Revision revision() const { return revision_; }
   // Drops what the node answered. What no value can change stays, unless `evenSteady`.
-  void drop(NodeIndex node, bool evenSteady);
-  // The same for everything that depends on the node.
-  void dropDependents(NodeIndex node, bool evenSteady = false);
+  void drop(NodeIndex node, bool evenSteady) {
+    NodeState& state = nodes_[node];
+    state.dropped = revision_;
+    state.kept &= static_cast<Questions>(state.lasting | (evenSteady ? 0 : state.steady));
+    state.passing = state.provisional = 0;
+    const uint8_t marks = state.marks;
+    state.marks = static_cast<uint8_t>(marks & ~kValueValid);
+    if (marks & kHasRange) dropContentOf(node);
+  }
+  // The same for everything that depends on the node; `visit` sees each.
+  template <class Visit>
+  void dropDependents(NodeIndex node, bool evenSteady, Visit&& visit) {
+    ++revision_;
+    const std::span<const NodeIndex> nodes = dependents(node);
+    visits_ += nodes.size();
+    for (const NodeIndex each : nodes) {
+      drop(each, evenSteady);
+      visit(each);
+    }
+  }
+  void dropDependents(NodeIndex node) {
+    dropDependents(node, false, [](NodeIndex) {});
+  }
   void dropAll();
   // Drops only the node's value.
   void dropValue(NodeIndex node) {
-    state_.nodes[node].kept &= static_cast<Questions>(~(kValue | kEntry));
-    state_.nodes[node].passing &= static_cast<Questions>(~(kValue | kEntry));
+    nodes_[node].kept &= static_cast<Questions>(~(kValue | kEntry));
+    nodes_[node].passing &= static_cast<Questions>(~(kValue | kEntry));
   }
   // Drops answers that stay until they are renewed.
   void renew();
@@ -156,7 +177,11 @@ class Evaluation {
   std::string path(NodeIndex last) const;
 
   const DependencyGraph& graph() const { return description_.graph(); }
-  ECachingMode cachingMode(NodeIndex node) const { return graph().cachingMode(node); }
+  ECachingMode cachingMode(NodeIndex node) {
+    NodeState& state = nodes_[node];
+    if (state.caching == 0) state.caching = static_cast<uint8_t>(graph().cachingMode(node) + 1);
+    return static_cast<ECachingMode>(state.caching - 1);
+  }
 
   // --- check mode ---
 
@@ -202,13 +227,23 @@ class Evaluation {
   Memory memoryFor(const Frame& frame) const;
   // Marks the frame's answer as remembered as long as it may be; false when it must not be.
   bool remember(const Frame& frame, Stay stay);
+  bool rememberForCall(NodeState& state, Question question);
   void closeCircle(uint32_t openedAt);
-  void startCall();
+  void startCall() {
+    hasPassing_ = false;
+    steps_ = 0;
+    if (++lastCall_ == 0) restartNumbers();
+    call_ = lastCall_;
+  }
+  // Call numbers begin anew: nothing may look as if it came from one of them.
+  void restartNumbers();
+  void dropContentOf(NodeIndex node);
   [[noreturn]] void refuseDepth(NodeIndex node);
   void reportAnswer(NodeIndex node) const;
 
   const Description& description_;
   State& state_;
+  NodeState* const nodes_;
   Frame* top_ = nullptr;
   ICacheCheck* check_ = nullptr;
   Revision revision_ = 1;
@@ -220,6 +255,7 @@ class Evaluation {
   int steps_ = 0;
   bool hasPassing_ = false;  // something to forget at the end of the call
   std::vector<Provisional> provisional_;
+  uint32_t provisionalCount_ = 0;
   WalkScratch scratch_;
 };
 
@@ -228,7 +264,7 @@ inline Evaluation::Frame::Frame(Evaluation& evaluation, NodeIndex node, Question
       up_(evaluation.top_),
       node_(node),
       depth_(evaluation.depth_ + 1),
-      openedAt_(static_cast<uint32_t>(evaluation.provisional_.size())),
+      openedAt_(evaluation.provisionalCount_),
       question_(question) {
   if (depth_ > kMaxLinkDepth) evaluation.refuseDepth(node);
   evaluation.depth_ = depth_;
@@ -239,7 +275,7 @@ inline Evaluation::Frame::~Frame() {
   evaluation_.top_ = up_;
   --evaluation_.depth_;
   const bool isOpen = guessedFor_ < depth_;
-  if (!isOpen && evaluation_.provisional_.size() > openedAt_) evaluation_.closeCircle(openedAt_);
+  if (!isOpen && evaluation_.provisionalCount_ > openedAt_) evaluation_.closeCircle(openedAt_);
   if (!up_) return;
   // What this one used, the question above has used as early.
   up_->firstUse_ = std::min({up_->firstUse_, firstUse_, evaluation_.revision_});
@@ -250,7 +286,7 @@ inline Evaluation::Frame::~Frame() {
 template <Question question>
 Slot& Evaluation::slot(NodeIndex node) const {
   if constexpr (question == kValue) {
-    return state_.nodes[node].value;
+    return nodes_[node].value;
   } else if constexpr (question == kMin) {
     return state_.details[node].min;
   } else if constexpr (question == kMax) {
@@ -263,7 +299,7 @@ Slot& Evaluation::slot(NodeIndex node) const {
 template <Question question, class Answer>
 Answer Evaluation::recall(NodeIndex node) const {
   if constexpr (question == kAccessMode) {
-    return static_cast<EAccessMode>(state_.nodes[node].accessMode);
+    return static_cast<EAccessMode>(nodes_[node].accessMode);
   } else if constexpr (std::is_same_v<Answer, double>) {
     return slot<question>(node).real;
   } else if constexpr (std::is_same_v<Answer, std::string>) {
@@ -278,7 +314,7 @@ Answer Evaluation::recall(NodeIndex node) const {
 template <Question question, class Answer>
 void Evaluation::store(NodeIndex node, const Answer& answer) {
   if constexpr (question == kAccessMode) {
-    state_.nodes[node].accessMode = static_cast<uint8_t>(answer);
+    nodes_[node].accessMode = static_cast<uint8_t>(answer);
   } else if constexpr (std::is_same_v<Answer, double>) {
     slot<question>(node).real = answer;
   } else if constexpr (std::is_same_v<Answer, std::string>) {
@@ -294,7 +330,7 @@ void Evaluation::store(NodeIndex node, const Answer& answer) {
 
 template <Question question, class Answer, class Guess, class Compute>
 Answer Evaluation::answerAnew(NodeIndex node, bool fresh, Compute compute, Stay stay) {
-  NodeState& state = state_.nodes[node];
+  NodeState& state = nodes_[node];
   if (!fresh && (state.passing & question) && mayUsePassing(state, question)) return recall<question, Answer>(node);
   if constexpr (!std::is_same_v<Guess, NoGuess>) {
     if ((state.busy & question) && isOpen(node, question)) return Guess::kAnswer;
@@ -302,13 +338,19 @@ Answer Evaluation::answerAnew(NodeIndex node, bool fresh, Compute compute, Stay 
   const Frame frame(*this, node, question);
   const bool isChecked = check_ && !fresh && (state.kept & question);
   Answer answer = [&] {
-    const Busy busy(state, question);
-    return compute();
+    if constexpr (std::is_same_v<Guess, NoGuess>) {
+      return compute();
+    } else {
+      const Busy busy(state, question);
+      return compute();
+    }
   }();
   if (isChecked && (state.kept & question)) [[unlikely]] {
     if (recall<question, Answer>(node) != answer && answer == answer) reportAnswer(node);  // NaN differs from itself
   }
-  if (remember(frame, stay)) store<question, Answer>(node, answer);
+  // After the addressed node's own question what passes is of no use: its inputs are remembered.
+  const bool isLast = frame.passing_ && !frame.up_ && stay == Stay::UntilDropped;
+  if (!isLast && remember(frame, stay)) store<question, Answer>(node, answer);
   return answer;
 }
 

@@ -8,6 +8,19 @@
 
 namespace GENAPI_NAMESPACE {
 
+namespace {
+
+// Most numbers are words: a copy of a known length needs no call.
+void copyNumber(uint8_t* to, const uint8_t* from, int64_t bytes) {
+  if (bytes == 4) {
+    std::memcpy(to, from, 4);
+  } else {
+    std::memcpy(to, from, static_cast<size_t>(bytes));
+  }
+}
+
+}  // namespace
+
 void dropContent(State& state, RegisterRange& range) {
   range.hasContent = false;
   range.passingCall = 0;
@@ -21,22 +34,18 @@ void dropContent(State& state, RegisterRange& range) {
 
 // --- which range ---
 
-RegisterRange& Registers::rangeOf(const RegisterPlace& place) {
-  NodeState& node = state_.nodes[place.node];
-  RegisterRange*& last = state_.details[place.node].range;
+RegisterRange& Registers::takeRange(const RegisterPlace& place) {
+  ++moves_;
   const RangeKey key = place.key();
-  if (node.marks & kHasRange) {
-    if (last->key == key) return *last;
-    leaveRange(place.node);
-  }
+  if (state_.nodes[place.node].marks & kHasRange) leaveRange(place.node);
   RegisterRange* range = state_.ranges.find(key);
   if (!range) {
     while (state_.ranges.isFullFor(key.length)) removeOldest();
     range = &state_.ranges.obtain(key);
   }
   range->users.push_back({place.node, place.mayUseWritten()});
-  last = range;
-  node.marks |= kHasRange;
+  state_.details[place.node].range = range;
+  state_.nodes[place.node].marks |= kHasRange;
   return *range;
 }
 
@@ -49,6 +58,7 @@ void Registers::leaveRange(NodeIndex node) {
 }
 
 void Registers::removeOldest() {
+  ++moves_;
   RegisterRange& range = *state_.ranges.oldest();
   // Without the range nobody would tell its users of writes that overlap it.
   dropWithComputed(range, kNoNode);
@@ -63,29 +73,15 @@ bool Registers::mayServe(const RegisterPlace& place, const RegisterRange& range)
          (place.mayUseWritten() || !range.fromWrite);
 }
 
-const uint8_t* Registers::remembered(const RegisterPlace& place, RegisterRange& range, bool fresh) {
-  const bool passes = range.passingCall == evaluation_.call() &&
+const uint8_t* Registers::passing(const RegisterPlace& place, const RegisterRange& range, bool fresh) const {
+  const bool serves = range.passingCall == evaluation_.call() &&
                       range.passingRead >= state_.nodes[place.node].dropped &&
                       (!fresh || range.passingRead > lastWrite_);
-  if (place.caching == NoCache) {
-    const bool wasRead = range.hasContent && isFresh(range.readCall, range.filled) && mayServe(place, range);
-    if (!passes && !wasRead) return nullptr;
-    evaluation_.notePassingUse();
-    return passes ? range.passing : range.bytes();
-  }
-  if (mayServe(place, range) && (!fresh || isFresh(range.readCall, range.filled))) {
-    evaluation_.noteUse();
-    return range.bytes();
-  }
-  if (!passes) return nullptr;
-  fill(place, range, range.passing, range.passingRead);
-  range.readCall = evaluation_.call();
-  return range.bytes();
+  return serves ? range.passing : nullptr;
 }
 
-void Registers::read(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, int64_t bytes, bool fresh) {
+void Registers::readStart(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, int64_t bytes, bool fresh) {
   if (bytes == 0) return;
-  if (bytes == place.length) return readAll(place, port, buffer, fresh);
   // A part is not remembered, but may be known.
   if (place.caching != NoCache && !fresh) {
     RegisterRange* const range = state_.ranges.find(place.key());
@@ -97,45 +93,60 @@ void Registers::read(const RegisterPlace& place, IRegisterPort& port, uint8_t* b
   port.readRegister(buffer, place.address, bytes);
 }
 
-void Registers::readAll(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh) {
-  // Long registers that may not be cached are nobody's input.
-  const bool remembers = place.caching != NoCache || place.length <= RegisterRange::kNumberBytes;
-  RegisterRange* const range = remembers ? &rangeOf(place) : nullptr;
-  if (range) {
-    if (const uint8_t* known = remembered(place, *range, fresh)) {
-      std::memcpy(buffer, known, static_cast<size_t>(place.length));
-      const bool isOld = place.caching != NoCache && range->readCall != evaluation_.call();
-      if (evaluation_.check() && isOld) [[unlikely]]
-        check(place, port, *range);
-      return;
-    }
-  }
+inline bool Registers::readPort(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer) {
   const Revision begun = evaluation_.revision();
   port.readRegister(buffer, place.address, place.length);
-  if (evaluation_.revision() != begun) {
-    // The port has changed something through this map meanwhile, and nobody knows whether before or after the bytes
-    // were taken: nothing made of them is kept.
-    evaluation_.dropDependents(place.node);
-    evaluation_.drop(place.node, true);
-    evaluation_.noteDisturbance();
+  if (evaluation_.revision() == begun) [[likely]]
+    return true;
+  // Nobody knows whether the bytes were taken before or after the change.
+  evaluation_.dropDependents(place.node);
+  evaluation_.drop(place.node, true);
+  evaluation_.noteDisturbance();
+  return false;
+}
+
+void Registers::readUncached(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh) {
+  if (place.length > RegisterRange::kNumberBytes) {  // nobody's input: not worth remembering
+    if (readPort(place, port, buffer)) evaluation_.notePassingUse();
     return;
   }
-  if (place.caching == NoCache) {
-    if (range) {
-      // Look it up again: the port may have used other ranges.
-      RegisterRange& mine = rangeOf(place);
-      std::memcpy(mine.passing, buffer, static_cast<size_t>(place.length));
-      mine.passingCall = evaluation_.call();
-      mine.passingRead = begun;
-      mine.used = true;
+  RegisterRange* range = &rangeOf(place);
+  const uint32_t call = evaluation_.call();
+  if (range->passingCall == call || range->readCall == call) {
+    const bool wasRead = range->hasContent && isFresh(range->readCall, range->filled) && mayServe(place, *range);
+    const uint8_t* const known = wasRead ? range->bytes() : passing(place, *range, fresh);
+    if (known) {
+      std::memcpy(buffer, known, static_cast<size_t>(place.length));
+      return evaluation_.notePassingUse();
     }
-    evaluation_.notePassingUse();
+  }
+  const uint64_t moves = moves_;
+  if (!readPort(place, port, buffer)) return;
+  if (moves != moves_) range = &rangeOf(place);  // the port may have used others
+  copyNumber(range->passing, buffer, place.length);
+  range->passingCall = call;
+  range->passingRead = evaluation_.revision();
+  range->used = true;
+  evaluation_.notePassingUse();
+}
+
+void Registers::readCached(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh) {
+  RegisterRange* range = &rangeOf(place);
+  if (mayServe(place, *range) && (!fresh || isFresh(range->readCall, range->filled))) {
+    evaluation_.noteUse();
+    std::memcpy(buffer, range->bytes(), static_cast<size_t>(place.length));
+    if (evaluation_.check() && range->readCall != evaluation_.call()) check(place, port, *range);
     return;
   }
-  RegisterRange& mine = rangeOf(place);
-  fill(place, mine, buffer, begun);
-  mine.readCall = evaluation_.call();
-  evaluation_.noteCallMemory();
+  if (const uint8_t* known = passing(place, *range, fresh)) {
+    std::memcpy(buffer, known, static_cast<size_t>(place.length));
+    fill(place, *range, buffer, range->passingRead);
+    return;
+  }
+  const uint64_t moves = moves_;
+  if (!readPort(place, port, buffer)) return;
+  if (moves != moves_) range = &rangeOf(place);
+  fill(place, *range, buffer, evaluation_.revision());
 }
 
 // The content is what was read at that revision.
@@ -146,7 +157,8 @@ void Registers::fill(const RegisterPlace& place, RegisterRange& range, const uin
   range.known = range.hasContent = true;
   range.fromWrite = false;
   range.filled = revision;
-  range.readCall = 0;
+  range.readCall = evaluation_.call();
+  evaluation_.noteCallMemory();
   evaluation_.noteRemembered();
   // The reader's own number goes, too: it may be reading the bytes alone.
   if (changed) dropComputed(range, kNoNode);

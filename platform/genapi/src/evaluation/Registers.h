@@ -50,20 +50,35 @@ class Registers {
   Registers& operator=(const Registers&) = delete;
 
   // The first `bytes` of the place; all of it is what gets remembered.
-  void read(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, int64_t bytes, bool fresh);
+  void read(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, int64_t bytes, bool fresh) {
+    if (bytes != place.length) return readStart(place, port, buffer, bytes, fresh);
+    if (place.caching == NoCache) return readUncached(place, port, buffer, fresh);
+    readCached(place, port, buffer, fresh);
+  }
   // True when the content of all of the place is known afterwards.
   bool write(const RegisterPlace& place, IRegisterPort& port, const uint8_t* buffer, int64_t bytes);
   // What was written last through any node, 0 where nothing was. Only for ranges of numbers.
   const uint8_t* lastWritten(const RegisterPlace& place) { return rangeOf(place).lastWritten; }
 
  private:
-  RegisterRange& rangeOf(const RegisterPlace& place);
+  RegisterRange& rangeOf(const RegisterPlace& place) {
+    if (state_.nodes[place.node].marks & kHasRange) {
+      RegisterRange& last = *state_.details[place.node].range;
+      if (last.key.address == place.address && last.key.length == place.length) return last;
+    }
+    return takeRange(place);
+  }
+  RegisterRange& takeRange(const RegisterPlace& place);
   void leaveRange(NodeIndex node);
   void removeOldest();
-  // The bytes that may answer the place's node now, or null; what they are is noted with the question at work.
-  const uint8_t* remembered(const RegisterPlace& place, RegisterRange& range, bool fresh);
-  void readAll(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh);
-  void readPort(const RegisterPlace& place, IRegisterPort& port, RegisterRange* range, uint8_t* buffer);
+  void readStart(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, int64_t bytes, bool fresh);
+  // All of the place, by a node that may cache and by one that may not.
+  void readCached(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh);
+  void readUncached(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer, bool fresh);
+  // False when the port changed something through this map meanwhile: nothing made of the bytes is kept.
+  bool readPort(const RegisterPlace& place, IRegisterPort& port, uint8_t* buffer);
+  // What nodes that may not cache have read in this call, or null.
+  const uint8_t* passing(const RegisterPlace& place, const RegisterRange& range, bool fresh) const;
   void fill(const RegisterPlace& place, RegisterRange& range, const uint8_t* bytes, Revision revision);
   void check(const RegisterPlace& place, IRegisterPort& port, RegisterRange& range);
   bool isFresh(uint32_t call, Revision revision) const { return call == evaluation_.call() && revision > lastWrite_; }
@@ -79,6 +94,7 @@ class Registers {
   State& state_;
   Evaluation& evaluation_;
   Revision lastWrite_ = 0;  // of a port
+  uint64_t moves_ = 0;      // counts ranges that nodes have taken and lost
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -63,6 +63,7 @@ struct NodeState {
   Questions lasting;      // kept answers that only renewing drops
   uint8_t marks;
   uint8_t accessMode;  // kAccessMode
+  uint8_t caching;     // 1 + ECachingMode; 0 until it is asked for
 };
 static_assert(sizeof(NodeState) == 32);
 

@@ -39,7 +39,7 @@ bool NodeBase::IsCachable() const {
   return GetCachingMode() != NoCache;
 }
 ECachingMode NodeBase::GetCachingMode() const {
-  return cachingMode();
+  return evaluation().graph().cachingMode(index_);
 }
 EYesNo NodeBase::IsAccessModeCacheable() const {
   return evaluation().graph().accessModeCacheable(index_) ? Yes : No;

@@ -41,7 +41,7 @@ PortNode& RegisterBlock::port() const {
   return static_cast<PortNode&>(owner_.other(port_));
 }
 
-RegisterPlace RegisterBlock::place(int64_t length) const {
+inline RegisterPlace RegisterBlock::place(int64_t length) const {
   return {owner_.index(), port_, address(), length, ownMode_, owner_.cachingMode()};
 }
 
