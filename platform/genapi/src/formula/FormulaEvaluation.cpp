@@ -287,7 +287,7 @@ void VariableSource::evaluationFailed(const std::string& reason) {
   refuse<LogicalErrorException>("{}", reason);
 }
 
-Scratch& VariableSource::scratch() {
+Scratch& VariableSource::scratchOfThread() {
   thread_local Scratch ofThread;
   return ofThread;
 }

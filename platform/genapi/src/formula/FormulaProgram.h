@@ -49,10 +49,18 @@ class VariableSource {
   // Override to put a path in front.
   virtual void evaluationFailed(const std::string& reason);
 
-  // Where large evaluations work. Those inside each other share it; by default, those of one thread.
-  virtual Scratch& scratch();
+  // Where evaluations work. Those inside each other share it; by default, those of one thread.
+  Scratch& scratch() { return scratch_ ? *scratch_ : scratchOfThread(); }
 
+  VariableSource() = default;
   virtual ~VariableSource() = default;
+
+ protected:
+  explicit VariableSource(Scratch& scratch) : scratch_(&scratch) {}
+
+ private:
+  static Scratch& scratchOfThread();
+  Scratch* const scratch_ = nullptr;
 };
 
 // "<what> at column <n> of '<formula>'".

@@ -101,7 +101,7 @@ const FormulaSet* FormulaSet::ifKnown(const Description& description, NodeIndex 
 }
 
 FormulaVariables::FormulaVariables(const NodeBase& node, const FormulaSet& formulas)
-    : node_(node), formulas_(formulas) {
+    : VariableSource(node.device().formulaScratch), node_(node), formulas_(formulas) {
   if (!formulas.badVariable_.empty()) {
     refuse<LogicalErrorException>("{}: {}", formulas.title_, formulas.badVariable_);
   }
@@ -156,10 +156,6 @@ double FormulaVariables::floatVariable(size_t declaredIndex) {
 
 void FormulaVariables::evaluationFailed(const std::string& reason) {
   refuse<LogicalErrorException>("{}: {}", formulas_.title_, reason);
-}
-
-formula::Scratch& FormulaVariables::scratch() {
-  return node_.device().formulaScratch;
 }
 
 EAccessMode restrictedByVariables(const NodeBase& node, EAccessMode mode) {

@@ -59,7 +59,6 @@ class FormulaVariables final : public formula::VariableSource {
   int64_t integerVariable(size_t declaredIndex) override;
   double floatVariable(size_t declaredIndex) override;
   void evaluationFailed(const std::string& reason) override;
-  formula::Scratch& scratch() override;
 
  private:
   const NodeBase& node_;
