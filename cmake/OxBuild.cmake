@@ -36,11 +36,6 @@ function(ox_target name)
   endif()
   target_link_options(${name} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack)
   target_compile_options(${name} PRIVATE ${OX_WARNINGS} $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
-  # Sanitizer builds compile sources in batches, which shares the headers' time; a type of one source file that has
-  # members of that file's own is no fault then.
-  if(CMAKE_UNITY_BUILD)
-    target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
-  endif()
   if(OXGENAPI_SANITIZE)
     target_compile_options(${name} PRIVATE -fsanitize=${OXGENAPI_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${name} PRIVATE -fsanitize=${OXGENAPI_SANITIZE})
