@@ -1,8 +1,9 @@
 // Names to enumerators and back. Loading looks every element of a description up here, so the tables are hashed at
 // compile time and a lookup is one probe and one comparison.
-#include <emmintrin.h>
-
 #include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 
 #include "description/Element.h"
 
@@ -193,6 +194,25 @@ class ShortNameTable {
 };
 
 constexpr ShortNameTable kShortNames;
+
+// Eight bytes, the first one lowest.
+uint64_t wordAt(const char* bytes) {
+  uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
+}
+
+// The highest bit of the lowest byte that is zero; 0 if none is.
+uint64_t firstZeroByte(uint64_t word) {
+  const uint64_t zeros = (word - 0x0101010101010101u) & ~word & 0x8080808080808080u;
+  return zeros & -zeros;
+}
+
+// The bytes below the one that firstZeroByte found; all if it found none.
+uint64_t below(uint64_t found) {
+  return (found >> 7) - 1;
+}
+
 constexpr WordTable<128> kNodeTypeTable = makeNodeTypeTable();
 
 }  // namespace
@@ -211,15 +231,12 @@ Element elementOf(std::string_view name) {
 }
 
 Element elementAt(const char* name) {
-  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(name));
-  const unsigned ends = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
-  if (ends == 0) return elementOf(name);
-  const int length = __builtin_ctz(ends);
-  const __m128i positions = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
-  const __m128i inside = _mm_cmplt_epi8(positions, _mm_set1_epi8(static_cast<char>(length)));
-  const __m128i text = _mm_and_si128(bytes, inside);
-  return kShortNames.find(static_cast<uint64_t>(_mm_cvtsi128_si64(text)),
-                          static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(text, text))));
+  uint64_t low = wordAt(name), high = wordAt(name + 8);
+  const uint64_t lowEnd = firstZeroByte(low), highEnd = firstZeroByte(high);
+  if ((lowEnd | highEnd) == 0) return elementOf(name);
+  low &= below(lowEnd);
+  high &= lowEnd == 0 ? below(highEnd) : 0;
+  return kShortNames.find(low, high);
 }
 
 std::optional<NodeType> nodeTypeOf(std::string_view name) {

@@ -1,8 +1,7 @@
 #include "description/SourceText.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "description/Limits.h"
@@ -91,32 +90,40 @@ struct Counts {
   bool references = false, ascii = true;
 };
 
+// Sixteen bytes that the compiler handles together; a comparison gives -1 in each byte where it holds.
+using Bytes [[gnu::vector_size(16)]] = uint8_t;
+
+size_t sumOf(Bytes bytes) {
+  size_t sum = 0;
+  for (size_t lane = 0; lane < sizeof bytes; ++lane) sum += bytes[lane];
+  return sum;
+}
+
 // One pass over everything, sixteen bytes at a time: the first look at a description must cost next to nothing.
 Counts countAll(std::string_view text) {
   Counts counts;
-  const __m128i tag = _mm_set1_epi8('<'), reference = _mm_set1_epi8('&'), zero = _mm_setzero_si128();
-  __m128i all = zero, references = zero, tags = zero;
+  Bytes all{}, references{};
   size_t at = 0;
-  while (at + 16 <= text.size()) {
-    // Each byte lane counts up to 255 tags before the lanes are added up.
-    const size_t stop = std::min(at + 16 * 255, text.size() - 15);
-    __m128i lanes = zero;
-    for (; at < stop; at += 16) {
-      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
-      lanes = _mm_sub_epi8(lanes, _mm_cmpeq_epi8(bytes, tag));
-      references = _mm_or_si128(references, _mm_cmpeq_epi8(bytes, reference));
-      all = _mm_or_si128(all, bytes);
+  while (at + sizeof all <= text.size()) {
+    // Each byte counts up to 255 tags before they are added up.
+    const size_t stop = std::min(at + sizeof all * 255, text.size() - sizeof all + 1);
+    Bytes tags{};
+    for (; at < stop; at += sizeof all) {
+      Bytes bytes;
+      std::memcpy(&bytes, text.data() + at, sizeof bytes);
+      tags -= reinterpret_cast<Bytes>(bytes == '<');
+      references |= reinterpret_cast<Bytes>(bytes == '&');
+      all |= bytes;
     }
-    tags = _mm_add_epi64(tags, _mm_sad_epu8(lanes, zero));
+    counts.tags += sumOf(tags);
   }
-  counts.tags = static_cast<size_t>(_mm_cvtsi128_si64(tags) + _mm_cvtsi128_si64(_mm_unpackhi_epi64(tags, tags)));
-  counts.references = _mm_movemask_epi8(references) != 0;
-  counts.ascii = _mm_movemask_epi8(all) == 0;
   for (; at < text.size(); ++at) {
     counts.tags += text[at] == '<';
-    counts.references = counts.references || text[at] == '&';
-    counts.ascii = counts.ascii && static_cast<unsigned char>(text[at]) < 0x80;
+    references[0] |= text[at] == '&';
+    all[0] |= static_cast<uint8_t>(text[at]);
   }
+  counts.references = sumOf(references) != 0;
+  counts.ascii = sumOf(all & 0x80) == 0;
   return counts;
 }
 
