@@ -15,7 +15,7 @@ std::string controlOf(const std::string& path) {
   return "'" + path + "': control.xml";
 }
 
-CFirmwareUpdateInfo makeInfo(const GufFile& file, const Sha256::Digest& digest, const UpdateControl& control,
+CFirmwareUpdateInfo makeInfo(const GufFile& file, const PackageDigest& digest, const UpdateControl& control,
                              size_t index, const char* language) {
   const UpdateEntry& entry = control.updates()[index];
   auto content = std::make_shared<CFirmwareUpdateInfo::Content>();
@@ -55,7 +55,7 @@ void CFirmwareUpdater::ReadFirmwareUpdateInfos(const gcstring& Filename, IFirmwa
                                                const char* pPreferredLanguageCode) const {
   const GufFile file(Filename.c_str(), MissingMember::isFormatError);
   const UpdateControl control(file.readControl(), controlOf(file.path()));
-  const Sha256::Digest digest = file.digest();
+  const PackageDigest digest = file.digest();
   for (size_t i = 0; i < control.updates().size(); ++i)
     if (!Collector.OnUpdateRead(makeInfo(file, digest, control, i, pPreferredLanguageCode))) return;
 }

@@ -1,12 +1,11 @@
 // An update file: a zip archive with package.zip stored inside, and the members of that package.
 #pragma once
+#include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
-#include "firmware/Sha256.h"
-#include "firmware/ZipDirectory.h"
+#include "firmware/ZipArchive.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -28,10 +27,6 @@ struct GufLayout {
 // is refused when it shows.
 class MemberReader {
  public:
-  ~MemberReader();
-  MemberReader(const MemberReader&) = delete;
-  MemberReader& operator=(const MemberReader&) = delete;
-
   uint64_t size() const { return member_.size; }
   // Fills the buffer as far as the member reaches; fewer bytes than asked are its end, which has then been checked
   // against size and checksum. Throws FileIOException (damaged data), FormatException (limits).
@@ -39,28 +34,28 @@ class MemberReader {
 
  private:
   friend class GufFile;
-  struct Handle;
-  MemberReader(std::string label, const ArchiveMember& member, std::unique_ptr<Handle> handle);
+  MemberReader(std::string label, const ArchiveMember& member, ZipArchive::OpenMember opened)
+      : label_(std::move(label)), member_(member), opened_(std::move(opened)) {}
 
   std::string label_;
   const ArchiveMember& member_;
-  std::unique_ptr<Handle> handle_;
+  ZipArchive::OpenMember opened_;
   uint64_t done_ = 0;
 };
+
+// Of a package's bytes; equal ones are the same package unless somebody wants it otherwise.
+using PackageDigest = std::array<uint64_t, 2>;
 
 // The package inside an update file, opened for reading its members.
 class GufFile {
  public:
   // Reads both directories. Throws as GufLayout::read.
   GufFile(const std::string& path, MissingMember missing);
-  ~GufFile();
-  GufFile(const GufFile&) = delete;
-  GufFile& operator=(const GufFile&) = delete;
 
   const std::string& path() const { return layout_.file.path(); }
   uint64_t fileSize() const { return layout_.file.size(); }
-  // Of the whole package.
-  Sha256::Digest digest() const;
+  // Of the whole package, which is read for it.
+  PackageDigest digest() const;
 
   // control.xml. Throws when it is missing or longer than kMaxControlBytes, and as MemberReader::read.
   std::string readControl() const;
@@ -71,14 +66,12 @@ class GufFile {
   void checkMember(std::string_view name) const;
 
  private:
-  struct Archive;
   MemberReader open(const ArchiveMember& member) const;
   std::string labelOf(std::string_view member) const;
 
   GufLayout layout_;
   MissingMember missing_;
-  ZipDirectory directory_;
-  std::unique_ptr<Archive> archive_;
+  ZipArchive archive_;
 };
 
 }  // namespace GENAPI_NAMESPACE

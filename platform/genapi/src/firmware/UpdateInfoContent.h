@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "FirmwareUpdate/FirmwareUpdateInfo.h"
-#include "firmware/Sha256.h"
+#include "firmware/GufFile.h"
 #include "firmware/UpdateControl.h"
 
 namespace GENAPI_NAMESPACE {
@@ -20,7 +20,7 @@ struct CFirmwareUpdateInfo::Content {
 
   std::string path;
   uint64_t fileSize = 0;
-  Sha256::Digest packageDigest{};
+  PackageDigest packageDigest{};
   size_t index = 0;  // of the update within the file
   std::string procedure;
   uint32_t estimatedMs = 0;  // of the whole procedure
