@@ -1,6 +1,7 @@
 #include "description/DependencyGraph.h"
 
 #include <cstring>
+#include <unordered_set>
 
 #include "description/AdjacencyLists.h"
 #include "description/Circles.h"
@@ -56,39 +57,6 @@ struct Closure {
     return closure;
   }
   static void free(const Closure* closure) { ::operator delete(const_cast<Closure*>(closure)); }
-};
-
-// A set of nodes that costs what it holds, not what the description holds.
-class VisitedNodes {
- public:
-  // False if the node was in already.
-  bool insert(NodeIndex node) {
-    if (count_ * 2 >= slots_.size()) grow();
-    return place(node);
-  }
-
- private:
-  bool place(NodeIndex node) {
-    const size_t mask = slots_.size() - 1;
-    for (size_t slot = node * size_t{0x9E3779B1} & mask;; slot = (slot + 1) & mask) {
-      if (slots_[slot] == node) return false;
-      if (slots_[slot] != kNoNode) continue;
-      slots_[slot] = node;
-      ++count_;
-      return true;
-    }
-  }
-  void grow() {
-    std::vector<NodeIndex> old(slots_.size() * 2, kNoNode);
-    old.swap(slots_);
-    count_ = 0;
-    for (NodeIndex node : old) {
-      if (node != kNoNode) place(node);
-    }
-  }
-
-  std::vector<NodeIndex> slots_ = std::vector<NodeIndex>(16, kNoNode);
-  size_t count_ = 0;
 };
 
 }  // namespace
@@ -180,10 +148,10 @@ bool DependencyGraph::dependsOnItself(NodeIndex x) const {
 
 std::vector<NodeIndex> DependencyGraph::selected(NodeIndex x) const {
   std::vector<NodeIndex> result;
-  VisitedNodes seen;
+  std::unordered_set<NodeIndex> seen;
   for (const Property& property : data_->description.properties(x)) {
     if (property.element != Element::pSelected || data_->isPort(property.target)) continue;
-    if (seen.insert(property.target)) result.push_back(property.target);
+    if (seen.insert(property.target).second) result.push_back(property.target);
   }
   const size_t targets = result.size();
   std::vector<NodeIndex> parents;  // of one target: theirs come after them, level by level
@@ -191,7 +159,8 @@ std::vector<NodeIndex> DependencyGraph::selected(NodeIndex x) const {
     parents.assign(1, result[i]);
     for (size_t at = 0; at < parents.size(); ++at) {
       for (NodeIndex parent : data_->parents.of(parents[at])) {
-        if (!data_->isCategory(parent) && !data_->isPort(parent) && seen.insert(parent)) parents.push_back(parent);
+        if (!data_->isCategory(parent) && !data_->isPort(parent) && seen.insert(parent).second)
+          parents.push_back(parent);
       }
     }
     result.insert(result.end(), parents.begin() + 1, parents.end());
@@ -204,14 +173,14 @@ std::vector<NodeIndex> DependencyGraph::selecting(NodeIndex x) const {
   if (data_->isPort(x)) return result;
   // Whatever is read to get at x: if that is selected, so is x. Categories are selected only by their own name.
   std::vector<NodeIndex> read(1, x);
-  VisitedNodes seen;
+  std::unordered_set<NodeIndex> seen;
   seen.insert(x);
   for (size_t at = 0; at < read.size(); ++at) {
     const std::span<const NodeIndex> selectors = data_->selectors.of(read[at]);
     result.insert(result.end(), selectors.begin(), selectors.end());
     if (data_->isCategory(read[at])) continue;
     for (const Property& property : data_->description.properties(read[at])) {
-      if (kParentLinks.has(property.element) && seen.insert(property.target)) read.push_back(property.target);
+      if (kParentLinks.has(property.element) && seen.insert(property.target).second) read.push_back(property.target);
     }
   }
   std::sort(result.begin(), result.end());

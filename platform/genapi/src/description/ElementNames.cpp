@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "description/Element.h"
 
@@ -110,90 +111,73 @@ static_assert(std::size(kNodeTypeNames) == kNodeTypes);
 // An older name of the same node type.
 constexpr std::string_view kDcamLock = "DcamLock";
 
-constexpr size_t slotOf(std::string_view name) {
-  const auto at = [&](size_t index) { return static_cast<size_t>(static_cast<unsigned char>(name[index])); };
-  return name.size() * 5 + at(0) * 7 + at(name.size() / 2) * 31 + at(name.size() - 1) * 113 + at(name.size() / 4) * 211;
-}
-
-struct Slot {
-  std::string_view name;
-  uint8_t value = 0;
-};
-
+// Words of up to sixteen bytes, each as two numbers filled up with zeros: they are found with neither their length
+// known nor a loop over their bytes.
 template <size_t Size>
 class WordTable {
  public:
-  constexpr void add(std::string_view name, size_t value) {
-    size_t slot = slotOf(name) % Size;
-    while (!slots_[slot].name.empty()) slot = (slot + 1) % Size;
-    slots_[slot] = {name, static_cast<uint8_t>(value)};
-  }
-  // The slot of that name, or an empty one.
-  constexpr const Slot& find(std::string_view name) const {
-    size_t slot = slotOf(name) % Size;
-    while (!slots_[slot].name.empty() && slots_[slot].name != name) slot = (slot + 1) % Size;
-    return slots_[slot];
-  }
+  static constexpr size_t kLongest = 16;
 
- private:
-  std::array<Slot, Size> slots_{};
-};
-
-constexpr WordTable<512> makeElementTable() {
-  WordTable<512> table;
-  for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i) table.add(kElementNames[i], i);
-  return table;
-}
-
-constexpr WordTable<128> makeNodeTypeTable() {
-  WordTable<128> table;
-  for (size_t i = 0; i < kNodeTypes; ++i) table.add(kNodeTypeNames[i], i);
-  table.add(kDcamLock, static_cast<size_t>(NodeType::AdvFeatureLock));
-  return table;
-}
-
-constexpr WordTable<512> kElementTable = makeElementTable();
-
-// Most elements of a description are found in here, with neither their length known nor a loop over their bytes: names
-// of up to sixteen bytes as two words, filled up with zeros.
-class ShortNameTable {
- public:
-  constexpr ShortNameTable() {
-    for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i) {
-      if (kElementNames[i].size() > 16) continue;
-      Entry entry;
-      for (size_t at = 0; at < kElementNames[i].size(); ++at) {
-        const uint64_t byte = static_cast<unsigned char>(kElementNames[i][at]);
-        (at < 8 ? entry.low : entry.high) |= byte << (at % 8 * 8);
-      }
-      entry.element = static_cast<Element>(i);
-      size_t slot = slotOf(entry.low, entry.high);
-      while (entries_[slot].element != Element::Unknown) slot = (slot + 1) % kSize;
-      entries_[slot] = entry;
-    }
-  }
-
-  Element find(uint64_t low, uint64_t high) const {
+  // `value` is not 0.
+  constexpr void add(std::string_view word, size_t value) {
+    const auto [low, high] = halvesOf(word);
     size_t slot = slotOf(low, high);
-    for (; entries_[slot].element != Element::Unknown; slot = (slot + 1) % kSize) {
-      if (entries_[slot].low == low && entries_[slot].high == high) return entries_[slot].element;
-    }
-    return Element::Unknown;
+    while (entries_[slot].value != 0) slot = (slot + 1) % Size;
+    entries_[slot] = {low, high, static_cast<uint8_t>(value)};
+  }
+  // 0 when there is no such word.
+  constexpr size_t find(uint64_t low, uint64_t high) const {
+    size_t slot = slotOf(low, high);
+    while (entries_[slot].value != 0 && (entries_[slot].low != low || entries_[slot].high != high))
+      slot = (slot + 1) % Size;
+    return entries_[slot].value;
+  }
+  constexpr size_t find(std::string_view word) const {
+    if (word.size() > kLongest) return 0;
+    const auto [low, high] = halvesOf(word);
+    return find(low, high);
   }
 
  private:
-  static constexpr size_t kSize = 256;
   struct Entry {
     uint64_t low = 0, high = 0;
-    Element element = Element::Unknown;
+    uint8_t value = 0;
   };
-  static constexpr size_t slotOf(uint64_t low, uint64_t high) {
-    return static_cast<size_t>((low ^ high * 31) * 0x9E3779B97F4A7C15u >> 56);
+  static constexpr std::pair<uint64_t, uint64_t> halvesOf(std::string_view word) {
+    uint64_t low = 0, high = 0;
+    for (size_t at = 0; at < word.size(); ++at) {
+      const uint64_t byte = static_cast<unsigned char>(word[at]);
+      (at < 8 ? low : high) |= byte << (at % 8 * 8);
+    }
+    return {low, high};
   }
-  std::array<Entry, kSize> entries_{};
+  static constexpr size_t slotOf(uint64_t low, uint64_t high) {
+    return static_cast<size_t>((low ^ high * 31) * 0x9E3779B97F4A7C15u >> 32) % Size;
+  }
+  std::array<Entry, Size> entries_{};
 };
 
-constexpr ShortNameTable kShortNames;
+// The one name that is longer than the table's words.
+constexpr Element kLongElement = Element::ImposedAccessMode;
+
+constexpr WordTable<256> makeElementTable() {
+  WordTable<256> table;
+  for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i) {
+    if (i != static_cast<size_t>(kLongElement)) table.add(kElementNames[i], i);
+  }
+  return table;
+}
+
+// Values are one more than the type's number.
+constexpr WordTable<64> makeNodeTypeTable() {
+  WordTable<64> table;
+  for (size_t i = 0; i < kNodeTypes; ++i) table.add(kNodeTypeNames[i], i + 1);
+  table.add(kDcamLock, static_cast<size_t>(NodeType::AdvFeatureLock) + 1);
+  return table;
+}
+
+constexpr WordTable<256> kElementTable = makeElementTable();
+constexpr WordTable<64> kNodeTypeTable = makeNodeTypeTable();
 
 // Eight bytes, the first one lowest.
 uint64_t wordAt(const char* bytes) {
@@ -213,8 +197,6 @@ uint64_t below(uint64_t found) {
   return (found >> 7) - 1;
 }
 
-constexpr WordTable<128> kNodeTypeTable = makeNodeTypeTable();
-
 }  // namespace
 
 std::string_view elementName(Element element) {
@@ -226,8 +208,8 @@ std::string_view nodeTypeName(NodeType type) {
 }
 
 Element elementOf(std::string_view name) {
-  if (name.empty()) return Element::Unknown;
-  return static_cast<Element>(kElementTable.find(name).value);
+  if (name == elementName(kLongElement)) return kLongElement;
+  return static_cast<Element>(kElementTable.find(name));
 }
 
 Element elementAt(const char* name) {
@@ -236,14 +218,13 @@ Element elementAt(const char* name) {
   if ((lowEnd | highEnd) == 0) return elementOf(name);
   low &= below(lowEnd);
   high &= lowEnd == 0 ? below(highEnd) : 0;
-  return kShortNames.find(low, high);
+  return static_cast<Element>(kElementTable.find(low, high));
 }
 
 std::optional<NodeType> nodeTypeOf(std::string_view name) {
-  if (name.empty()) return std::nullopt;
-  const Slot& slot = kNodeTypeTable.find(name);
-  if (slot.name.empty()) return std::nullopt;
-  return static_cast<NodeType>(slot.value);
+  const size_t found = kNodeTypeTable.find(name);
+  if (found == 0) return std::nullopt;
+  return static_cast<NodeType>(found - 1);
 }
 
 }  // namespace GENAPI_NAMESPACE
