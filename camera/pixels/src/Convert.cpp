@@ -7,6 +7,7 @@
 #include "Demosaic.h"
 #include "OutputMemory.h"
 #include "SampleReader.h"
+#include "Scaling.h"
 #include "Yuv.h"
 
 namespace ox::pixels {
@@ -23,8 +24,8 @@ struct Job {
   uint32_t firstRow;  // of the memory
 
   template <class Sample>
-  PictureRow<Sample> row(uint32_t y, uint32_t left) const noexcept {
-    return {memory.row<Sample>(y - firstRow) + uint64_t{left} * channels, channels};
+  Sample* row(uint32_t y, uint32_t left) const noexcept {
+    return memory.row<Sample>(y - firstRow) + uint64_t{left} * channels;
   }
 };
 
@@ -38,14 +39,26 @@ void pieces(uint32_t width, Work&& work) noexcept {
 }
 
 template <class Sample>
+void writePiece(const Job& job, Colours& colours, std::size_t count, uint32_t y, uint32_t left) noexcept {
+  if (job.channels == 3) return interleave(colours, count, job.row<Sample>(y, left));
+  makeGray(colours, count);
+  writeGray(colours.red, count, job.row<Sample>(y, left));
+}
+
+void scale(Colours& colours, std::size_t count, const Scaling& scaling) noexcept {
+  for (uint16_t* const each : {colours.red, colours.green, colours.blue}) scaling.apply(each, count);
+}
+
+template <class Sample>
 Result convertMono(const Job& job) noexcept {
   const Scaling scaling(job.reader.significantBits(), job.valueBits);
   for (uint32_t y = job.top; y < job.end; ++y) {
     pieces(job.image.width, [&](uint32_t left, std::size_t count) {
       alignas(64) uint16_t samples[kPiece];
-      job.reader.read(y, left, count, samples);
-      saturate(samples, count, job.reader.significantBits());
-      writeGray(samples, count, scaling, job.row<Sample>(y, left));
+      job.reader.readSaturated(y, left, count, samples);
+      scaling.apply(samples, count);
+      Sample* const out = job.row<Sample>(y, left);
+      job.channels == 3 ? writeGrayColours(samples, count, out) : writeGray(samples, count, out);
     });
   }
   return {};
@@ -60,21 +73,11 @@ Result convertBayer(const Job& job) noexcept {
   for (uint32_t y = job.top; y < job.end; ++y) {
     pieces(job.image.width, [&](uint32_t left, std::size_t count) {
       demosaic.row(y, left, count, colours);
-      writeColours(colours, count, scaling, job.row<Sample>(y, left));
+      scale(colours, count, scaling);
+      writePiece<Sample>(job, colours, count, y, left);
     });
   }
   return {};
-}
-
-// Takes pixels of `Size` samples apart.
-template <std::size_t Size>
-void takeApart(const uint16_t* __restrict from, std::string_view order, std::size_t count, Colours& colours) noexcept {
-  const std::size_t red = order.find('R'), green = order.find('G'), blue = order.find('B');
-  for (std::size_t i = 0; i < count; ++i) {
-    colours.red[i] = from[Size * i + red];
-    colours.green[i] = from[Size * i + green];
-    colours.blue[i] = from[Size * i + blue];
-  }
 }
 
 void gatherColours(const Job& job, uint32_t y, uint32_t left, std::size_t count, Colours& colours) noexcept {
@@ -83,16 +86,13 @@ void gatherColours(const Job& job, uint32_t y, uint32_t left, std::size_t count,
     for (uint64_t plane = 0; plane < 3; ++plane) {
       const char letter = format.order[plane];
       uint16_t* const colour = letter == 'R' ? colours.red : letter == 'G' ? colours.green : colours.blue;
-      job.reader.read(plane * job.image.height + y, left, count, colour);
+      job.reader.readSaturated(plane * job.image.height + y, left, count, colour);
     }
   } else {
     const std::size_t size = format.order.size();
     alignas(64) uint16_t samples[4 * kPiece];
-    job.reader.read(y, uint64_t{left} * size, count * size, samples);
-    (size == 3 ? takeApart<3> : takeApart<4>)(samples, format.order, count, colours);
-  }
-  for (uint16_t* const each : {colours.red, colours.green, colours.blue}) {
-    saturate(each, count, job.reader.significantBits());
+    job.reader.readSaturated(y, uint64_t{left} * size, count * size, samples);
+    takeApart(samples, size, format.order.find('R'), format.order.find('G'), format.order.find('B'), count, colours);
   }
 }
 
@@ -103,7 +103,8 @@ Result convertRgb(const Job& job) noexcept {
   for (uint32_t y = job.top; y < job.end; ++y) {
     pieces(job.image.width, [&](uint32_t left, std::size_t count) {
       gatherColours(job, y, left, count, colours);
-      writeColours(colours, count, scaling, job.row<Sample>(y, left));
+      scale(colours, count, scaling);
+      writePiece<Sample>(job, colours, count, y, left);
     });
   }
   return {};
@@ -112,12 +113,11 @@ Result convertRgb(const Job& job) noexcept {
 template <class Sample>
 Result convertYuv(const Job& job) noexcept {
   const Yuv yuv(job.reader, job.valueBits);
-  const Scaling none(job.valueBits, job.valueBits);
   Colours colours;
   for (uint32_t y = job.top; y < job.end; ++y) {
     pieces(job.image.width, [&](uint32_t left, std::size_t count) {
       yuv.row(job.image.height, y, left, count, colours);
-      writeColours(colours, count, none, job.row<Sample>(y, left));
+      writePiece<Sample>(job, colours, count, y, left);
     });
   }
   return {};
@@ -135,7 +135,7 @@ template <class Sample>
 Result convertRows(const Job& job) noexcept {
   if (isSame(job)) {
     for (uint32_t y = job.top; y < job.end; ++y) {
-      std::memcpy(job.row<uint8_t>(y, 0).out, job.reader.byte(y, 0), std::size_t{job.image.width} * job.channels);
+      std::memcpy(job.row<uint8_t>(y, 0), job.reader.byte(y, 0), std::size_t{job.image.width} * job.channels);
     }
     return {};
   }

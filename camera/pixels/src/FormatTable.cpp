@@ -1,7 +1,6 @@
 #include "FormatTable.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
 
 namespace ox::pixels {
@@ -66,7 +65,7 @@ constexpr Format data(uint32_t number, std::string_view name, std::string_view o
 }
 
 // clang-format off
-constexpr std::array kTable = {
+constexpr Format kTable[] = {
     mono(0x01010037, "Mono1p", 1, Lsb),
     data(0x010100C5, "Confidence1p", "Y", 1, Lsb),
     mono(0x01020038, "Mono2p", 2, Lsb),

@@ -3,6 +3,8 @@
 #include <bit>
 #include <cstring>
 
+#include "Vectors.h"
+
 namespace ox::pixels {
 
 static_assert(std::endian::native == std::endian::little, "samples are loaded in the machine's order");
@@ -103,6 +105,11 @@ void readRgb565(const uint8_t* row, uint64_t first, std::size_t count, uint16_t*
 
 }  // namespace
 
+// A name of its own, for Vectors.h.
+OX_VECTORS void limitSamples(uint16_t* samples, std::size_t count, uint16_t white) noexcept {
+  for (std::size_t i = 0; i < count; ++i) samples[i] = samples[i] < white ? samples[i] : white;
+}
+
 SampleReader::SampleReader(const ImageView& image) noexcept
     : format_(describe(image.format)),
       data_(static_cast<const uint8_t*>(image.data)),
@@ -120,6 +127,12 @@ SampleReader::SampleReader(const ImageView& image) noexcept
 
 const uint8_t* SampleReader::byte(uint64_t row, uint64_t sample) const noexcept {
   return data_ + row * (stride_ != 0 ? stride_ : samplesPerRow_) + sample;
+}
+
+void SampleReader::readSaturated(uint64_t row, uint64_t first, std::size_t count, uint16_t* out) const noexcept {
+  read(row, first, count, out);
+  const unsigned mostBits = format_.packing == Packing::Pairs ? format_.significantBits : format_.sampleBits - shift_;
+  if (mostBits > significantBits_) limitSamples(out, count, static_cast<uint16_t>((1u << significantBits_) - 1));
 }
 
 void SampleReader::read(uint64_t row, uint64_t first, std::size_t count, uint16_t* out) const noexcept {

@@ -22,6 +22,9 @@ class SampleReader {
   /// through all planes, see Format::sampleRows().
   void read(uint64_t row, uint64_t first, std::size_t count, uint16_t* out) const noexcept;
 
+  /// As read(), but samples above the significant bits become white.
+  void readSaturated(uint64_t row, uint64_t first, std::size_t count, uint16_t* out) const noexcept;
+
   /// Where a sample lies, for samples of one byte.
   const uint8_t* byte(uint64_t row, uint64_t sample) const noexcept;
 

@@ -21,20 +21,8 @@ class Scaling {
     }
   }
 
-  /// Calls `work` with a function that scales one value. The way to scale is chosen once, outside of the loops in
-  /// `work`.
-  template <class Work>
-  void with(Work&& work) const noexcept {
-    if (factor_ != 0) {
-      work([factor = factor_](unsigned value) { return (value * factor + 32768) >> 16; });
-    } else if (left_ != 0) {
-      work([left = left_, right = right_](unsigned value) { return value << left | value >> right; });
-    } else if (right_ != 0) {
-      work([right = right_](unsigned value) { return value >> right; });
-    } else {
-      work([](unsigned value) { return value; });
-    }
-  }
+  /// Scales values where they are.
+  void apply(uint16_t* values, std::size_t count) const noexcept;
 
  private:
   uint32_t factor_ = 0;  // of 65536; 0: shift

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <new>
 
 #include "Colours.h"
 #include "Failure.h"
@@ -11,30 +13,28 @@ namespace ox::pixels {
 
 namespace {
 
-// Sums stay whole numbers: 2^48 samples of 16 bits fit, and their squares fit for 2^32 of them.
-struct Sums {
-  uint64_t values = 0, squares = 0;
-};
-
-void add(ChannelStatistics& channel, Sums& sums, uint16_t value, unsigned shift, unsigned white) noexcept {
-  channel.minimum = std::min(channel.minimum, value);
-  channel.maximum = std::max(channel.maximum, value);
-  channel.saturated += value >= white ? 1 : 0;
-  ++channel.count;
-  ++channel.bins[std::min<std::size_t>(value >> shift, kBins - 1)];
-  sums.values += value;
-  sums.squares += uint64_t{value} * value;
-}
-
-void finish(ChannelStatistics& channel, const Sums& sums) noexcept {
-  if (channel.count == 0) {
-    channel.minimum = 0;
-    return;
+// How often each value occurs in a channel: everything else follows from that.
+void finish(ChannelStatistics& channel, const uint64_t* counts, std::size_t size, unsigned bits) noexcept {
+  const unsigned shift = bits > 8 ? bits - 8 : 0;
+  const std::size_t white = (std::size_t{1} << bits) - 1;
+  double sum = 0;
+  for (std::size_t value = 0; value < size; ++value) {
+    if (counts[value] == 0) continue;
+    if (channel.count == 0) channel.minimum = static_cast<uint16_t>(value);
+    channel.maximum = static_cast<uint16_t>(value);
+    channel.count += counts[value];
+    channel.bins[std::min(value >> shift, kBins - 1)] += counts[value];
+    if (value >= white) channel.saturated += counts[value];
+    sum += static_cast<double>(value) * static_cast<double>(counts[value]);
   }
-  const double count = static_cast<double>(channel.count);
-  channel.mean = static_cast<double>(sums.values) / count;
-  const double square = static_cast<double>(sums.squares) / count;
-  channel.deviation = std::sqrt(std::max(0.0, square - channel.mean * channel.mean));
+  if (channel.count == 0) return;
+  channel.mean = sum / static_cast<double>(channel.count);
+  double squares = 0;
+  for (std::size_t value = channel.minimum; value <= channel.maximum; ++value) {
+    const double distance = static_cast<double>(value) - channel.mean;
+    squares += distance * distance * static_cast<double>(counts[value]);
+  }
+  channel.deviation = std::sqrt(squares / static_cast<double>(channel.count));
 }
 
 }  // namespace
@@ -48,13 +48,9 @@ Result measure(const ImageView& image, const Region& region, Statistics& statist
   statistics = {};
   statistics.channelCount = static_cast<uint8_t>(samples.channelCount());
   statistics.significantBits = samples.reader().significantBits();
-  const unsigned shift = statistics.significantBits > 8 ? statistics.significantBits - 8u : 0;
-  const unsigned white = (1u << statistics.significantBits) - 1;
-  Sums sums[kMostChannels];
-  for (std::size_t i = 0; i < samples.channelCount(); ++i) {
-    statistics.channels[i].letter = samples.letter(i);
-    statistics.channels[i].minimum = UINT16_MAX;
-  }
+  const std::size_t size = std::size_t{1} << samples.reader().format().sampleBits;
+  const std::unique_ptr<uint64_t[]> counts(new (std::nothrow) uint64_t[size * samples.channelCount()]());
+  if (!counts) return failure(Code::NoMemory, "not enough memory to count {} values", size);
   const auto right = static_cast<uint32_t>(std::min<uint64_t>(image.width, uint64_t{region.x} + region.width));
   const auto bottom = static_cast<uint32_t>(std::min<uint64_t>(image.height, uint64_t{region.y} + region.height));
   const uint32_t group = samples.reader().format().pixelsPerGroup;
@@ -65,14 +61,18 @@ Result measure(const ImageView& image, const Region& region, Statistics& statist
       const auto count = static_cast<std::size_t>(std::min<uint64_t>(kPiece, right - left));
       for (std::size_t index = 0; index < samples.valueCount(); ++index) {
         samples.read(index, from, y, count, values);
+        uint64_t* const even = counts.get() + samples.channelOf(index, 0, y) * size;
+        uint64_t* const odd = counts.get() + samples.channelOf(index, 1, y) * size;
         for (std::size_t i = from < region.x ? region.x - from : 0; i < count; ++i) {
-          const std::size_t channel = samples.channelOf(index, from + static_cast<uint32_t>(i), y);
-          add(statistics.channels[channel], sums[channel], values[i], shift, white);
+          ++((from + i) % 2 == 0 ? even : odd)[values[i]];
         }
       }
     }
   }
-  for (std::size_t i = 0; i < samples.channelCount(); ++i) finish(statistics.channels[i], sums[i]);
+  for (std::size_t i = 0; i < samples.channelCount(); ++i) {
+    statistics.channels[i].letter = samples.letter(i);
+    finish(statistics.channels[i], counts.get() + i * size, size, statistics.significantBits);
+  }
   return {};
 }
 

@@ -9,6 +9,20 @@
 
 namespace ox::pixels {
 
+/// Luma and chroma of each pixel of a piece.
+struct YuvSamples {
+  alignas(64) uint16_t y[kPiece];
+  alignas(64) uint16_t u[kPiece];
+  alignas(64) uint16_t v[kPiece];
+};
+
+/// Whole numbers of the formulas: factors times a power of two.
+struct YuvFactors {
+  int32_t lumaZero, chromaZero, white;
+  int32_t shift;  // the power
+  int32_t luma, redV, greenU, greenV, blueU;
+};
+
 class Yuv {
  public:
   /// Colours get the values of `valueBits`.
@@ -19,13 +33,10 @@ class Yuv {
   void row(uint32_t height, uint32_t y, uint32_t left, std::size_t count, Colours& colours) const noexcept;
 
  private:
-  struct Samples;
-  void gather(uint32_t height, uint32_t y, uint32_t left, std::size_t count, Samples& samples) const noexcept;
+  void gather(uint32_t height, uint32_t y, uint32_t left, std::size_t count, YuvSamples& samples) const noexcept;
 
   const SampleReader& reader_;
-  int32_t lumaZero_, chromaZero_, white_;
-  unsigned shift_;  // what the factors are multiplied by, in powers of two
-  int32_t luma_, redV_, greenU_, greenV_, blueU_;
+  YuvFactors factors_{};
 };
 
 }  // namespace ox::pixels
