@@ -1,4 +1,5 @@
 #include <png.h>
+#include <zlib.h>
 
 #include <csetjmp>
 #include <new>
@@ -40,6 +41,9 @@ void encodeAll(Writer& writer, const ImageView& image, const Shape& shape, int l
   png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
   png_set_compression_buffer_size(png, 256 << 10);
   png_set_compression_level(png, level);
+  // What remains of a camera's picture after the filter is noise and flat areas: looking for longer matches takes time
+  // and finds none, and the files become larger.
+  if (level == 1) png_set_compression_strategy(png, Z_RLE);
   png_set_filter(png, PNG_FILTER_TYPE_BASE, level == 0 ? PNG_FILTER_NONE : PNG_FILTER_SUB);
   const int colours = shape.channels == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB;
   png_set_IHDR(png, writer.info, image.width, image.height, shape.sampleBits, colours, PNG_INTERLACE_NONE,
