@@ -46,13 +46,15 @@ Acquisition::Acquisition(CameraCore& core) : Behaviour(core) {
            [this](int32_t) { registers().setInteger(reg("PayloadSize"), payloadBytes(registers())); });
   for (const RegisterId id : {reg("Width"), reg("Height"), reg("OffsetX"), reg("OffsetY")})
     r.onWrite(id, [this, id](int32_t) { checkSize(id); });
+  // The image is always sent, whatever its switch is set to.
+  r.onWrite(reg("ChunkEnable"), [this](int32_t) { registers().setInteger(reg("ChunkEnable"), 1, 0); });
   r.onWrite(reg("TestEventGenerate"), [this](int32_t) { core_.events.send(kEventTest); });
 }
 
 void Acquisition::powerOn() {
   waiting_.clear();
   registers().setReal(reg("DeviceClockFrequency"), 148.5e6, 0);
-  registers().setInteger(reg("ChunkEnable"), 1, 0);  // the image is always sent
+  registers().setInteger(reg("ChunkEnable"), 1, 0);
 }
 
 void Acquisition::load(const StateBlocks&) {

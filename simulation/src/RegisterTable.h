@@ -200,7 +200,7 @@ inline constexpr RegisterSpec kRegisters[] = {
     {"TestFloatCoarse", 0x1C048, 8, 1, kReadWrite, kBig, kPlain, 0.0},
     {"TestBoolean", 0x1C050, 4, 1, kReadWrite, kBig, kUserSet, 170},
     {"TestBooleanNumber", 0x1C054, 4, 1, kReadWrite, kBig, kPlain, 0},
-    {"TestString", 0x1C058, 64, 1, kReadWrite, kBig, kUserSet, "Grüße aus der Kamera"},
+    {"TestString", 0x1C058, 64, 1, kReadWrite, kBig, kUserSet, "Greetings from the camera"},
     {"TestRegister", 0x1C098, 16, 1, kReadWrite, kBig, kPlain, 0},
     {"TestReadOnly", 0x1C0A8, 4, 1, kReadOnly, kBig, kPlain, 0x12345678},
     {"TestWriteOnly", 0x1C0AC, 4, 1, kWriteOnly, kBig, kPlain, 0},

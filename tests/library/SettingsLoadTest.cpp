@@ -182,8 +182,6 @@ TEST(SettingsReport, SendsOneRecordForACallThatCannotBegin) {
 // Save, change whatever can be changed, load, save again: the same text.
 TEST(SettingsRoundTrip, BringsASimulatedCameraBack) {
   CameraUnderTest camera;
-  ASSERT_EQ(NMLoadSetString(camera.map, "TestString = plain ASCII", true, nullptr, nullptr), 0u)
-      << "bytes above 0x7f do not come back";
   camera.save();  // leaves selectors where saving leaves them
   const std::string before = camera.save();
   ASSERT_GT(std::count(before.begin(), before.end(), '\n'), 100);
@@ -196,7 +194,7 @@ TEST(SettingsRoundTrip, BringsASimulatedCameraBack) {
   Heard heard;
   ASSERT_EQ(NMLoadSetString(camera.map, before.c_str(), false, nullptr, nullptr), 0u);
   ASSERT_EQ(NMLoadSetString(camera.map, before.c_str(), true, &Heard::callback, &heard), 0u);
-  for (const auto& problem : heard.problems) EXPECT_EQ(problem.node, "ChunkEnable") << problem.text;  // one is fixed
+  for (const auto& problem : heard.problems) ADD_FAILURE() << problem.node << ": " << problem.text;
   camera.save();
   EXPECT_EQ(camera.save(), before);
 }
