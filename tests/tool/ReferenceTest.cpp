@@ -1,81 +1,11 @@
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "ToolRun.h"
 
-using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-class Reference : public ToolTest {
- protected:
-  // The words that the program offers for the last of `words`.
-  std::vector<std::string> offered(std::vector<std::string> words) const {
-    words.insert(words.begin(), "__complete");
-    const ToolResult result = run(words);
-    EXPECT_EQ(result.status, 0) << result.err;
-    std::vector<std::string> found;
-    std::istringstream lines(result.out);
-    for (std::string line; std::getline(lines, line);) {
-      found.push_back(line.substr(0, line.find('\t')));
-    }
-    return found;
-  }
-};
-
-TEST_F(Reference, CompletionKnowsCommandsOptionsAndTheDevicesFeatures) {
-  const std::string xml = describe("<pFeature>Alpha</pFeature>", "<Integer Name='Alpha'><Value>1</Value></Integer>");
-  EXPECT_THAT(offered({"sna"}), ElementsAre("snapshot"));
-  EXPECT_THAT(offered({"firmware", "up"}), ElementsAre("update"));
-  EXPECT_THAT(offered({"tree", "--vis"}), ElementsAre("--visibility"));
-  EXPECT_THAT(offered({"--sta"}), ElementsAre("--state"));
-  EXPECT_THAT(offered({"get", "ExposureTim"}), Contains("ExposureTime"));
-  EXPECT_THAT(offered({"set", "Widt"}), Contains("Width="));
-  EXPECT_THAT(offered({"--xml", xml, "get", "A"}), ElementsAre("Alpha"));
-  EXPECT_THAT(offered({"get", "--xml", xml, "Alpha", "A"}), ElementsAre("Alpha"));
-  EXPECT_THAT(offered({"save", "x", "--features", "Width,Heigh"}), Contains("Width,Height"));
-  EXPECT_THAT(offered({"--xml", ""}), ElementsAre());  // a file: the shell's own business
-}
-
-TEST_F(Reference, CompletionScriptsAreValidForTheirShells) {
-  for (const char* shell : {"bash", "zsh", "fish"}) {
-    const ToolResult script = run({"completion", shell});
-    EXPECT_EQ(script.status, 0);
-    EXPECT_THAT(script.out, HasSubstr("__complete"));
-    if (runProgram({"which", shell}).status == 0) {
-      EXPECT_EQ(runProgram({shell, "-n", write(shell, script.out)}).status, 0) << shell;
-    }
-  }
-  EXPECT_EQ(run({"completion", "cmd"}).status, 2);
-}
-
-TEST_F(Reference, ManualPageHasEveryCommand) {
-  const ToolResult page = run({"__man"});
-  EXPECT_THAT(page.out, testing::StartsWith(".TH OXGENAPI 1"));
-  for (const char* command : {"get", "firmware update", "doc", "report"}) {
-    EXPECT_THAT(page.out, HasSubstr(std::string(".SS ") + command + "\n"));
-  }
-}
-
-TEST_F(Reference, UnknownFeatureComesWithTheNamesThatAreNear) {
-  EXPECT_THAT(run({"get", "ExposureTme"}).err, HasSubstr("Did you mean ExposureTime?"));
-  EXPECT_THAT(run({"set", "width=5"}).err, HasSubstr("Did you mean Width?"));
-  EXPECT_EQ(run({"describ", "Width"}).err, "oxgenapi: there is no command 'describ'\n  Did you mean describe?\n");
-  EXPECT_THAT(run({"get", "Zzzzzzzzz"}).err, Not(HasSubstr("Did you mean")));
-}
-
-TEST_F(Reference, ReportNamesWhatFails) {
-  const std::string xml = describe("<pFeature>Good</pFeature><pFeature>Bad</pFeature>",
-                                   "<Integer Name='Good'><Value>1</Value></Integer>"
-                                   "<IntSwissKnife Name='Bad'><Formula>1/0</Formula></IntSwissKnife>");
-  const nlohmann::json report = runJson({"--xml", xml, "report"});
-  EXPECT_EQ(report.at("featuresRead"), 1);
-  ASSERT_EQ(report.at("failing").size(), 1u);
-  EXPECT_EQ(report.at("failing")[0].at("name"), "Bad");
-  EXPECT_EQ(report.at("description").at("bytes"), read("camera.xml").size());
-}
+class Reference : public ToolTest {};
 
 TEST_F(Reference, PageCarriesEveryNodeAndCannotBeBrokenByATooltip) {
   const std::string xml = describe("<pFeature>Mode</pFeature>",

@@ -4,12 +4,13 @@
 #include <iterator>
 #include <memory>
 
+#include "BorrowedFeatures.h"
 #include "Changes.h"
+#include "Checks.h"
 #include "Commands.h"
 #include "Interrupt.h"
 #include "Progress.h"
 #include "ShowValues.h"
-#include "SwitchOn.h"
 
 namespace tool {
 namespace {
@@ -36,7 +37,7 @@ std::string csvLine(const std::vector<Json>& fields) {
     }
     line += (&field == &fields.front() ? "" : ",") + text;
   }
-  return line;
+  return line + '\n';
 }
 
 // Prints the images' chunk features: lines for people, one JSON document an image, or a table with the columns that the
@@ -74,14 +75,14 @@ class Images {
       for (const auto& [name, value] : values.items()) {
         columns_.emplace_back(name);
       }
-      session_.output().line(csvLine(columns_));
+      session_.output().data(csvLine(columns_));
     }
     std::vector<Json> fields{image.frameId, image.data.size()};
     for (size_t column = fields.size(); column < columns_.size(); ++column) {
       const auto found = values.find(columns_[column].get<std::string>());
       fields.push_back(found == values.end() || found->is_object() ? Json() : *found);
     }
-    session_.output().line(csvLine(fields));
+    session_.output().data(csvLine(fields));
   }
 
   Session& session_;
@@ -101,13 +102,14 @@ oxgenapi::AttachedChunks attached(const NodeMap& map, Image& image) {
 
 void acquire(Session& session, const ChunksOptions& options) {
   const NodeMap& map = session.map();
-  map.node("ChunkModeActive").set("true");
-  switchOn(map, {"ChunkSelector", "ChunkEnable", "true"}, options.enable);
+  BorrowedFeatures borrowed(map);
+  borrowed.set("ChunkModeActive", "true");
+  borrowed.switchOn({"ChunkSelector", "ChunkEnable", "true", "false"}, options.enable);
   Changes changes(map, valueFeatures(map));
   Images images(session, options.csv);
   Progress progress(session.output(), "chunks", static_cast<uint64_t>(options.frames), "frames");
   const Interrupt interrupt;
-  map.node("AcquisitionStart").execute();
+  borrowed.execute("AcquisitionStart", "AcquisitionStop");
   for (int frame = 0; frame < options.frames && !interrupt.requested(); ++frame) {
     progress.reach(static_cast<uint64_t>(frame));
     Image image = session.device().nextImage();
@@ -120,7 +122,7 @@ void acquire(Session& session, const ChunksOptions& options) {
     progress.clear();
     images.show(image, changes.take());
   }
-  map.node("AcquisitionStop").execute();
+  borrowed.putBack();
   if (images.chunks() == 0 && !session.output().json()) {
     session.output().hint("The images have no chunks.");
   }
@@ -172,11 +174,11 @@ void addChunks(CLI::App& app, Action& chosen) {
       "  oxgenapi chunks --enable Timestamp --frames 100 --csv > frames.csv");
   chunks
       ->add_option("--enable", options->enable,
-                   "Chunks to switch on first, entries of ChunkSelector; without it all, unless one is on")
+                   "The chunks to be sent meanwhile, entries of ChunkSelector (default: those that are on, or all)")
       ->delimiter(',')
-      ->type_name("CHUNK");
+      ->type_name("CHUNK,...");
   chunks->add_option("--frames", options->frames, "Number of images")
-      ->check(CLI::Range(1, 1000000))
+      ->check(between(1, 1'000'000))
       ->capture_default_str();
   chunks->add_flag("--csv", options->csv, "Print a table: comma-separated values, one line an image");
   chunks->callback([&chosen, options, chunks] {
@@ -188,7 +190,7 @@ void addChunks(CLI::App& app, Action& chosen) {
   given->add_option("buffer", options->buffer, "File with the buffer")
       ->required()
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFile());
   given->add_option("chunk", options->chunks, "Chunks: hexadecimal ID, offset and length in bytes")
       ->required()
       ->type_name("ID:OFFSET:LENGTH");

@@ -36,6 +36,7 @@ void addDoc(CLI::App& app, Action& chosen);
 void addReport(CLI::App& app, Action& chosen);
 void addCompletion(CLI::App& app, Action& chosen);
 void addCameras(CLI::App& app, Action& chosen);
+void addHelp(CLI::App& app, Action& chosen);
 void addXml(CLI::App& app, Action& chosen);
 
 }  // namespace tool

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 
+#include "Checks.h"
+
 namespace tool {
 namespace {
 
-bool wantsFeature(const CLI::Option& option) {
-  const std::string type = option.get_type_name();
-  return type == "NAME" || type == "NAME=VALUE" || type == "FEATURE" || type == "A,B";
-}
+using Words = std::vector<std::string>;
 
 const CLI::Option* findOption(const CLI::App& app, const std::string& word) {
   const std::string name = word.substr(0, word.find('='));
@@ -34,6 +33,107 @@ CLI::App* commandOf(CLI::App& app, const std::string& name) {
   return found == commands.end() ? nullptr : *found;
 }
 
+// The option without a name that the next word would go to, after so many of them.
+const CLI::Option* positional(const CLI::App& app, int count) {
+  for (const CLI::Option* option : app.get_options()) {
+    if (option->get_positional() && (count -= option->get_items_expected_max()) < 0) {
+      return option;
+    }
+  }
+  return nullptr;
+}
+
+// The words of a command line, and what its last one is.
+struct Place {
+  CLI::App* command;
+  const CLI::Option* option = nullptr;  // whose value the last word is
+};
+
+Place placeOf(CLI::App& app, const Words& words) {
+  Place place{&app};
+  int positionals = 0;
+  for (size_t index = 0; index + 1 < words.size(); ++index) {
+    const std::string& word = words[index];
+    if (place.option != nullptr) {
+      place.option = nullptr;
+    } else if (word.starts_with("-")) {
+      const CLI::Option* option = findOption(*place.command, word);
+      place.option = option != nullptr && takesValue(*option) && word.find('=') == word.npos ? option : nullptr;
+    } else if (CLI::App* below = commandOf(*place.command, word)) {
+      place.command = below;
+    } else {
+      ++positionals;
+    }
+  }
+  if (place.option == nullptr && (words.empty() || !words.back().starts_with("-"))) {
+    place.option = positional(*place.command, positionals);
+  }
+  return place;
+}
+
+class Values {
+ public:
+  Values(const DeviceWords& device, CLI::App& app) : device_(device), app_(app) {}
+
+  // What fits an option's value, as the name of its type says. `last`: what has been typed of it.
+  Words of(const CLI::Option& option, const std::string& last) const {
+    std::string type = option.get_type_name();
+    if (const Words words = wordsOf(type); !words.empty()) {
+      return words;
+    }
+    const size_t listMark = type.find(",...");
+    if (listMark == type.npos) {
+      return single(type, last);
+    }
+    // Of a list only the last element is completed.
+    const size_t comma = last.rfind(',');
+    const std::string settled = comma == last.npos ? "" : last.substr(0, comma + 1);
+    Words words = single(type.substr(0, listMark), last.substr(settled.size()));
+    for (std::string& word : words) {
+      word.insert(0, settled);
+    }
+    return words;
+  }
+
+ private:
+  Words single(const std::string& type, const std::string& last) const {
+    if (type == "NAME" || type == "FEATURE") {
+      return names(last);
+    }
+    if (type == "NAME=VALUE") {
+      const size_t equals = last.find('=');
+      Words words = equals == last.npos ? names(last) : device_.valuesOf(last.substr(0, equals));
+      for (std::string& word : words) {
+        word = equals == last.npos ? word + "=" : last.substr(0, equals + 1) + word;
+      }
+      return words;
+    }
+    if (type == "TOPIC") {
+      Words words;
+      for (const CLI::App* command : commandsOf(app_)) {
+        words.push_back(command->get_name());
+      }
+      return words;
+    }
+    return type == "COMMAND"      ? device_.features(NT_Command)
+           : type == "CATEGORY"   ? device_.features(NT_Category)
+           : type == "EVENT"      ? device_.valuesOf("EventSelector")
+           : type == "CHUNK"      ? device_.valuesOf("ChunkSelector")
+           : type == "DEVICEFILE" ? device_.valuesOf("FileSelector")
+                                  : Words();
+  }
+
+  // Features, or any node where no feature fits.
+  Words names(const std::string& last) const {
+    Words words = device_.features();
+    std::erase_if(words, [&](const std::string& name) { return !name.starts_with(last); });
+    return words.empty() ? device_.nodes() : words;
+  }
+
+  const DeviceWords& device_;
+  CLI::App& app_;
+};
+
 void addOptions(std::vector<Candidate>& found, const CLI::App& app) {
   for (const CLI::App* level = &app; level != nullptr; level = level->get_parent()) {
     for (const CLI::Option* option : level->get_options()) {
@@ -44,111 +144,28 @@ void addOptions(std::vector<Candidate>& found, const CLI::App& app) {
   }
 }
 
-// The part before the last comma of a list, and before nothing else: only the last element is completed.
-std::string settledPart(const CLI::Option& option, const std::string& word) {
-  const size_t comma = option.get_type_name() == "A,B" ? word.rfind(',') : word.npos;
-  return comma == word.npos ? "" : word.substr(0, comma + 1);
-}
-
 }  // namespace
 
-std::vector<Candidate> completions(CLI::App& app, const std::vector<std::string>& words,
-                                   const std::function<std::vector<std::string>(bool all)>& names) {
+Completions completions(CLI::App& app, const Words& words, const DeviceWords& device) {
   const std::string last = words.empty() ? "" : words.back();
-  CLI::App* command = &app;
-  const CLI::Option* valueOf = nullptr;  // the option whose value comes next
-  for (size_t index = 0; index + 1 < words.size(); ++index) {
-    const std::string& word = words[index];
-    if (valueOf != nullptr) {
-      valueOf = nullptr;
-    } else if (word.starts_with("-")) {
-      const CLI::Option* option = findOption(*command, word);
-      valueOf = option != nullptr && takesValue(*option) && word.find('=') == word.npos ? option : nullptr;
-    } else if (CLI::App* sub = commandOf(*command, word)) {
-      command = sub;
-    }
-  }
-
-  std::vector<Candidate> found;
-  const auto addFeatures = [&](const CLI::Option& option) {
-    const std::string settled = settledPart(option, last);
-    for (const bool all : {false, true}) {
-      for (const std::string& name : names(all)) {
-        if ((settled + name).starts_with(last)) {
-          found.push_back({settled + name + (option.get_type_name() == "NAME=VALUE" ? "=" : ""), {}});
-        }
-      }
-      if (!found.empty()) {
-        break;
-      }
-    }
-  };
-  if (valueOf != nullptr) {
-    if (wantsFeature(*valueOf)) {
-      addFeatures(*valueOf);
-    }
-  } else if (last.starts_with("-")) {
-    addOptions(found, *command);
-  } else if (const std::vector<CLI::App*> commands = commandsOf(*command); !commands.empty()) {
-    for (const CLI::App* each : commands) {
-      found.push_back({each->get_name(), each->get_description()});
+  const auto [command, option] = placeOf(app, words);
+  Completions result;
+  const bool beginsOption = last.starts_with("-") && (option == nullptr || option->get_positional());
+  if (beginsOption) {
+    addOptions(result.candidates, *command);
+  } else if (option != nullptr) {
+    const std::string type = option->get_type_name();
+    result.wantsFile = type == "FILE" || type == "MEMBER=FILE";
+    for (std::string& word : Values(device, app).of(*option, last)) {
+      result.candidates.push_back({std::move(word), {}});
     }
   } else {
-    for (const CLI::Option* option : command->get_options()) {
-      if (option->get_positional() && wantsFeature(*option)) {
-        addFeatures(*option);
-        break;
-      }
+    for (const CLI::App* each : commandsOf(*command)) {
+      result.candidates.push_back({each->get_name(), each->get_description()});
     }
   }
-  std::erase_if(found, [&](const Candidate& candidate) { return !candidate.word.starts_with(last); });
-  return found;
-}
-
-std::string completionScript(const std::string& shell) {
-  const std::string request = kCompletionRequest;
-  if (shell == "bash") {
-    return "_oxgenapi() {\n"
-           "  local line cur=${COMP_WORDS[COMP_CWORD]} words=(\"${COMP_WORDS[@]:1:COMP_CWORD}\")\n"
-           "  COMPREPLY=()\n"
-           "  while IFS=$'\\t' read -r line _; do COMPREPLY+=(\"$line\"); done \\\n"
-           "    < <(\"${COMP_WORDS[0]}\" " +
-           request +
-           " \"${words[@]}\" 2>/dev/null)\n"
-           "  [[ ${#COMPREPLY[@]} -eq 1 && ${COMPREPLY[0]} == *= ]] && compopt -o nospace\n"
-           "}\n"
-           "complete -o default -F _oxgenapi oxgenapi\n";
-  }
-  if (shell == "zsh") {
-    return "#compdef oxgenapi\n"
-           "_oxgenapi() {\n"
-           "  local line word\n"
-           "  local -a plain equals shown\n"
-           "  for line in ${(f)\"$(${words[1]} " +
-           request +
-           " \"${(@)words[2,CURRENT]}\" 2>/dev/null)\"}; do\n"
-           "    word=${line%%$'\\t'*}\n"
-           "    if [[ $word == *= ]]; then equals+=(\"$word\"); else plain+=(\"$word\"); "
-           "shown+=(\"${line/$'\\t'/  -- }\"); fi\n"
-           "  done\n"
-           "  (( $#equals )) && compadd -S '' -a equals\n"
-           "  (( $#plain )) && compadd -l -d shown -a plain\n"
-           "  (( $#equals + $#plain )) || _files\n"
-           "}\n"
-           "compdef _oxgenapi oxgenapi\n";
-  }
-  return "function __oxgenapi_complete\n"
-         "  set -l words (commandline -opc) (commandline -ct)\n"
-         "  set -l found ($words[1] " +
-         request +
-         " $words[2..-1] 2>/dev/null)\n"
-         "  if test (count $found) -gt 0\n"
-         "    printf '%s\\n' $found\n"
-         "  else\n"
-         "    __fish_complete_path (commandline -ct)\n"
-         "  end\n"
-         "end\n"
-         "complete -c oxgenapi -f -a '(__oxgenapi_complete)'\n";
+  std::erase_if(result.candidates, [&](const Candidate& candidate) { return !candidate.word.starts_with(last); });
+  return result;
 }
 
 }  // namespace tool

@@ -1,9 +1,9 @@
 #include "Dependents.h"
 
+#include <GenApi/INode.h>
+
 #include <algorithm>
 #include <unordered_set>
-
-#include "Description.h"
 
 namespace tool {
 
@@ -28,9 +28,8 @@ std::vector<const INode*> written(const INode* node) {
 
 }  // namespace
 
-std::vector<std::string> dependentFeatures(std::string_view description, const std::string& name) {
-  const Description map = loadDescriptionBytes(description);
-  const INode* const node = map->GetNode(name.c_str());
+std::vector<std::string> dependentFeatures(INodeMap& description, const std::string& name) {
+  const INode* const node = description.GetNode(name.c_str());
   if (node == nullptr) {
     return {};
   }
@@ -43,7 +42,7 @@ std::vector<std::string> dependentFeatures(std::string_view description, const s
   depending.erase(node);
   std::vector<std::string> features;
   NodeList_t all;
-  map->GetNodes(all);  // in the order of the description
+  description.GetNodes(all);  // in the order of the description
   for (const INode* each : all) {
     if (depending.contains(each) && each->IsFeature() && each->GetPrincipalInterfaceType() != intfICategory) {
       features.emplace_back(each->GetName().view());

@@ -1,7 +1,10 @@
+#include <cmath>
+#include <limits>
 #include <memory>
 
 #include "Commands.h"
 #include "Dependents.h"
+#include "Description.h"
 #include "Value.h"
 
 namespace tool {
@@ -97,12 +100,25 @@ Json describe(Session& session, const Node& node, const DescribeOptions& options
   add(json, "deprecated", [&] { return node.infoBoolean(NI_IsDeprecated); });
   addLists(json, session.map(), node);
   if (options.dependents) {
-    json["dependents"] = dependentFeatures(session.device().description(), node.name());
+    json["dependents"] = dependentFeatures(*loadDescriptionBytes(session.device().description()), node.name());
   }
   return json;
 }
 
-std::string fieldText(const Json& value) {
+// The numbers that stand for "no limit": the ends of what a register of some size can hold.
+bool isUnlimited(const Json& value) {
+  if (value.is_number_integer()) {
+    return value == INT64_MIN || value == INT64_MAX;
+  }
+  const double number = value.is_number_float() ? std::abs(value.get<double>()) : 0;
+  return number == static_cast<double>(std::numeric_limits<float>::max()) ||
+         number >= std::numeric_limits<double>::max();
+}
+
+std::string fieldText(const std::string& key, const Json& value) {
+  if ((key == "min" || key == "max") && isUnlimited(value)) {
+    return "none";
+  }
   if (value.is_string()) {
     return value.get<std::string>();
   }
@@ -134,7 +150,7 @@ void run(Session& session, const DescribeOptions& options) {
     return;
   }
   for (const auto& [key, value] : json.items()) {
-    session.output().field(key, key == "value" && !value.is_object() ? valueText(node) : fieldText(value));
+    session.output().field(key, key == "value" && !value.is_object() ? valueText(node) : fieldText(key, value));
   }
 }
 

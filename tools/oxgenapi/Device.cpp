@@ -4,13 +4,11 @@
 #include <OxSimulation/MemoryDevice.h>
 #include <OxSimulation/SimulatedCamera.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 #include "Failure.h"
-#include "FileReplacement.h"
+#include "StateFile.h"
 
 namespace tool {
 namespace {
@@ -32,26 +30,54 @@ void withFile(const std::string& path, Action action) {
   }
 }
 
-class CameraDevice final : public Device {
+// The simulated camera's registers, kept in a file that other runs may change meanwhile.
+class SharedRegisters final : public RegisterDevice {
  public:
-  explicit CameraDevice(const std::string& state) : state_(state) {
-    // A state that does not exist yet is a camera fresh from the factory.
-    if (state_.empty() || !std::filesystem::exists(state_)) {
-      return;
+  SharedRegisters(SimulatedCamera& camera, StateFile& state) : camera_(camera), state_(state) {}
+
+  int read(void* buffer, int64_t address, int64_t length) override {
+    return after([&] { state_.follow(); }, [&] { return camera_.read(buffer, address, length); });
+  }
+  int write(const void* buffer, int64_t address, int64_t length) override {
+    return after([&] { state_.lock(); }, [&] { return camera_.write(buffer, address, length); });
+  }
+  int accessMode() override { return camera_.accessMode(); }
+
+ private:
+  template <class Preparation, class Access>
+  static int after(Preparation prepare, Access access) {
+    try {
+      prepare();
+    } catch (const std::exception& error) {
+      return fail(ox::simulation::kRuntimeFailure, error.what());
     }
-    withFile(state_, [this] {
-      std::ifstream file(state_, std::ios::binary);
-      if (!file) {
-        throw Failure(kFileFailed, "'" + state_ + "' cannot be read");
-      }
-      camera_.loadState(file);
-    });
+    return access();
   }
 
-  RegisterDevice& registers() override { return camera_; }
+  SimulatedCamera& camera_;
+  StateFile& state_;
+};
+
+class CameraDevice final : public Device {
+ public:
+  explicit CameraDevice(const std::string& state) {
+    if (!state.empty()) {
+      state_.emplace(camera_, state);
+      shared_.emplace(camera_, *state_);
+    }
+  }
+
+  RegisterDevice& registers() override {
+    return shared_ ? static_cast<RegisterDevice&>(*shared_) : static_cast<RegisterDevice&>(camera_);
+  }
   void describe(NodeMap& map) override { map.loadText(description()); }
   std::string description() override { return std::string(camera_.currentDescription()); }
-  void restart(std::chrono::milliseconds, std::chrono::milliseconds) override { camera_.reset(); }
+  void restart(std::chrono::milliseconds, std::chrono::milliseconds) override {
+    if (state_) {
+      state_->lock();
+    }
+    camera_.reset();
+  }
 
   std::optional<EventMessage> nextEvent() override {
     ox::simulation::CameraEvent event;
@@ -74,19 +100,15 @@ class CameraDevice final : public Device {
   }
 
   void keep() override {
-    if (state_.empty()) {
-      return;
+    if (state_) {
+      state_->commit();
     }
-    std::ostringstream text;
-    camera_.saveState(text);
-    FileReplacement file(state_);
-    file.write(text.view());
-    file.commit();
   }
 
  private:
   SimulatedCamera camera_;
-  std::string state_;
+  std::optional<StateFile> state_;
+  std::optional<SharedRegisters> shared_;
 };
 
 class MemoryImage final : public Device {

@@ -60,7 +60,7 @@ class Device {
   // The oldest image not yet taken, or the next one. Throws Failure for a device that sends none.
   virtual Image nextImage();
 
-  // Writes the registers back to the file they came from, if they came from one. Throws Failure.
+  // Writes registers that have changed back to the file they came from, if they came from one. Throws Failure.
   virtual void keep() = 0;
 };
 

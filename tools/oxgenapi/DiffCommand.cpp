@@ -4,6 +4,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "Settings.h"
 #include "Snapshot.h"
@@ -190,10 +191,10 @@ void addDiff(CLI::App& app, Action& chosen) {
   command->add_option("left", options->left, "Settings file or snapshot")
       ->required()
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFile());
   command->add_option("right", options->right, "The same, of the same kind (default: the device)")
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFile());
   command->footer("Example:\n  oxgenapi diff camera.settings");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string_view>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "FeatureReference.h"
 #include "FileReplacement.h"
@@ -69,8 +70,8 @@ void addDoc(CLI::App& app, Action& chosen) {
   command->add_option("description", options->description, "Description, XML or zip")
       ->required()
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
-  command->add_option("-o,--output", options->page, "The page; it needs no other file")->required()->type_name("PAGE");
+      ->check(existingFile());
+  command->add_option("-o,--output", options->page, "The page; it needs no other file")->required()->type_name("FILE");
   command->footer("Example:\n  oxgenapi doc camera.xml -o camera.html");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
 }

@@ -4,13 +4,14 @@
 #include <memory>
 #include <thread>
 
+#include "BorrowedFeatures.h"
 #include "Changes.h"
+#include "Checks.h"
 #include "Commands.h"
-#include "Dependents.h"
+#include "EventIndex.h"
 #include "Interrupt.h"
 #include "Progress.h"
 #include "ShowValues.h"
-#include "SwitchOn.h"
 
 namespace tool {
 namespace {
@@ -28,57 +29,60 @@ struct EventsOptions {
 };
 
 void list(Session& session) {
-  const NodeMap& map = session.map();
-  const std::string description = session.device().description();
-  std::map<std::string, std::vector<std::string>> events;
-  for (const std::string& name : map.nodeNames()) {
-    try {
-      if (const std::string id = map.node(name).infoText(NI_EventID); !id.empty()) {
-        // Mostly a port, through which features read the message.
-        const std::vector<std::string> features = dependentFeatures(description, name);
-        events[id].insert(events[id].end(), features.begin(), features.end());
-        if (features.empty()) {
-          events[id].push_back(name);
-        }
-      }
-    } catch (const Failure&) {
-      continue;  // a node without a handle carries no event
-    }
-  }
+  const auto events = eventIndex(session);
   if (session.output().json()) {
-    session.output().document(events);
+    Json document = Json::object();
+    for (const auto& [id, facts] : events) {
+      document[id] = {{"name", facts.name}, {"features", facts.features}};
+    }
+    session.output().document(document);
     return;
   }
-  for (const auto& [id, nodes] : events) {
+  for (const auto& [id, facts] : events) {
     std::string names;
-    for (const std::string& name : nodes) {
+    for (const std::string& name : facts.features) {
       names += (names.empty() ? "" : ", ") + name;
     }
-    session.output().field(id, names);
+    session.output().field(facts.name.empty() ? id : id + " " + facts.name, names);
   }
 }
 
-void deliver(Session& session, Changes& changes, const EventMessage& message) {
-  changes.take();
-  session.map().deliverEvent({message.id.c_str(), message.payload.data(), message.payload.size()});
-  const Output& output = session.output();
-  if (output.json()) {
-    output.record({{"event", message.id}, {"features", valuesJson(session, changes.take())}});
-  } else {
-    output.line(output.name("event " + message.id));
-    showValues(session, changes.take());
-    std::fflush(stdout);
+class Deliverer {
+ public:
+  explicit Deliverer(Session& session)
+      : session_(session), events_(eventIndex(session)), changes_(session.map(), valueFeatures(session.map())) {}
+
+  void deliver(const EventMessage& message) {
+    changes_.take();
+    session_.map().deliverEvent({message.id.c_str(), message.payload.data(), message.payload.size()});
+    const auto found = events_.find(message.id);
+    const std::string name = found == events_.end() ? "" : found->second.name;
+    const Output& output = session_.output();
+    if (output.json()) {
+      output.record({{"event", message.id}, {"name", name}, {"features", valuesJson(session_, changes_.take())}});
+    } else {
+      output.line(output.name("event " + message.id + (name.empty() ? "" : " " + name)));
+      showValues(session_, changes_.take());
+      std::fflush(stdout);
+    }
   }
-}
+
+ private:
+  Session& session_;
+  std::map<std::string, EventFacts> events_;
+  Changes changes_;
+};
 
 void listen(Session& session, const EventsOptions& options) {
   const NodeMap& map = session.map();
   const Interrupt interrupt;
-  Changes changes(map, valueFeatures(map));
-  switchOn(map, {"EventSelector", "EventNotification", "On"}, options.enable);
-  // Most events come with images.
-  const bool acquires = options.enable.empty() && options.execute.empty();
-  for (const std::string& command : acquires ? std::vector<std::string>{"AcquisitionStart"} : options.execute) {
+  Deliverer deliverer(session);
+  BorrowedFeatures borrowed(map);
+  borrowed.switchOn({"EventSelector", "EventNotification", "On", "Off"}, options.enable);
+  if (options.enable.empty() && options.execute.empty()) {
+    borrowed.execute("AcquisitionStart", "AcquisitionStop");  // most events come with images
+  }
+  for (const std::string& command : options.execute) {
     map.node(command).execute();
   }
   const auto start = Clock::now();
@@ -87,21 +91,19 @@ void listen(Session& session, const EventsOptions& options) {
   while (true) {
     const double passed = std::chrono::duration<double>(Clock::now() - start).count();
     // What came before the end is shown, however late this thread gets to it.
-    const bool last = passed >= options.seconds || interrupt.requested();
+    const bool last = (options.seconds > 0 && passed >= options.seconds) || interrupt.requested();
     while (const std::optional<EventMessage> message = session.device().nextEvent()) {
       progress.clear();
-      deliver(session, changes, *message);
+      deliverer.deliver(*message);
       ++delivered;
     }
     if (last) {
       break;
     }
-    progress.reach(delivered, passed / options.seconds);
+    progress.reach(delivered, options.seconds > 0 ? passed / options.seconds : 0);
     std::this_thread::sleep_for(kDeliveryPause);
   }
-  if (acquires) {
-    map.node("AcquisitionStop").execute();
-  }
+  borrowed.putBack();
   if (delivered == 0 && !session.output().json()) {
     session.output().hint("No event came. --enable switches events on, entries of EventSelector.");
   }
@@ -112,8 +114,7 @@ void send(Session& session, const EventsOptions& options) {
   for (const std::byte byte : parseBytes(options.payload)) {
     message.payload.push_back(std::to_integer<uint8_t>(byte));
   }
-  Changes changes(session.map(), valueFeatures(session.map()));
-  deliver(session, changes, message);
+  Deliverer(session).deliver(message);
 }
 
 }  // namespace
@@ -130,23 +131,25 @@ void addEvents(CLI::App& app, Action& chosen) {
       "  oxgenapi events --enable Test --exec TestEventGenerate --seconds 2");
   events
       ->add_option("--enable", options->enable,
-                   "Events to switch on first, entries of EventSelector; without it all, unless one is on")
+                   "The events to be sent meanwhile, entries of EventSelector (default: those that are on, or all)")
       ->delimiter(',')
-      ->type_name("EVENT");
-  events->add_option("--exec", options->execute, "Commands to execute then; without both images are taken meanwhile")
+      ->type_name("EVENT,...");
+  events
+      ->add_option("--exec", options->execute,
+                   "Commands to execute then (default, if --enable is missing too: images are taken)")
       ->delimiter(',')
-      ->type_name("A,B");
-  events->add_option("--seconds", options->seconds, "How long to listen")
-      ->check(CLI::NonNegativeNumber)
+      ->type_name("COMMAND,...");
+  events->add_option("--seconds", options->seconds, "How long to listen; 0: until Ctrl-C")
+      ->check(atLeast(0))
       ->capture_default_str();
   events->callback([&chosen, options, events] {
     if (events->get_subcommands().empty()) {
       chosen = [options](Session& session) { listen(session, *options); };
     }
   });
-  events->add_subcommand("list", "Show which features each event fills, by event ID")->callback([&chosen] {
-    chosen = list;
-  });
+  CLI::App* all = events->add_subcommand("list", "Show each event's ID and name, and the features that it fills");
+  all->footer("Example:\n  oxgenapi events list");
+  all->callback([&chosen] { chosen = list; });
   CLI::App* one = events->add_subcommand("deliver", "Deliver a message given here");
   one->add_option("id", options->id, "Event ID, hexadecimal digits")->required()->type_name("ID");
   one->add_option("payload", options->payload, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");

@@ -2,6 +2,7 @@
 #include <memory>
 #include <thread>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "Value.h"
 
@@ -20,7 +21,7 @@ struct ExecOptions {
 void run(Session& session, const ExecOptions& options) {
   const Node node = session.map().node(options.name);
   if (node.type() != NT_Command) {
-    throw Failure(OXGENAPI_E_NOT_SUPPORTED, "is no command", options.name);  // writing 1 to a number is no execution
+    throw Failure(OXGENAPI_E_NOT_SUPPORTED, "is not a command", options.name);  // writing 1 to a number is no execution
   }
   node.execute();
   // A command that cannot be read is done as soon as it is written.
@@ -42,9 +43,9 @@ void run(Session& session, const ExecOptions& options) {
 void addExec(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<ExecOptions>();
   CLI::App* command = app.add_subcommand("exec", "Execute a command and wait until the device has done it");
-  command->add_option("name", options->name, "Command")->required()->type_name("NAME");
+  command->add_option("name", options->name, "Command")->required()->type_name("COMMAND");
   command->add_option("--wait", options->seconds, "Longest wait in seconds; 0: none")
-      ->check(CLI::NonNegativeNumber)
+      ->check(atLeast(0))
       ->capture_default_str();
   command->footer("Example:\n  oxgenapi exec AcquisitionStart");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });

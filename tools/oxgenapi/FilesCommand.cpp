@@ -4,8 +4,10 @@
 #include <optional>
 #include <thread>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "FileReplacement.h"
+#include "Settings.h"
 #include "Transfer.h"
 #include "Value.h"
 
@@ -92,16 +94,36 @@ void list(Session& session) {
   }
 }
 
+// For the bar alone: whether the device has the file shows when it is opened.
+uint64_t expectedSize(const NodeMap& map, const std::string& entry) {
+  try {
+    return sizeOf(map, entry).value_or(0);
+  } catch (const Failure&) {
+    return 0;
+  }
+}
+
+void getToOutput(Session& session, const FilesOptions& options) {
+  if (session.output().json()) {
+    throw UsageError("files get: --json and the file '-' both want standard output");
+  }
+  const NodeMap& map = session.map();
+  std::vector<std::byte> bytes;
+  {
+    const Transfer transfer(session, options.entry, expectedSize(map, options.entry));
+    bytes = map.download(options.entry);
+  }
+  session.output().data({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
 void get(Session& session, const FilesOptions& options) {
+  if (options.file == "-") {
+    getToOutput(session, options);
+    return;
+  }
   const NodeMap& map = session.map();
   FileReplacement file(options.file);
-  uint64_t size = 0;
-  try {
-    size = sizeOf(map, options.entry).value_or(0);
-  } catch (const Failure&) {
-    // Only the bar needs it; whether the device has the file shows below.
-  }
-  Transfer transfer(session, options.entry, size);
+  Transfer transfer(session, options.entry, expectedSize(map, options.entry));
   map.downloadFile(options.entry, file.path());
   const uint64_t bytes = sizeOfHostFile(file.path());
   file.commit();
@@ -110,9 +132,15 @@ void get(Session& session, const FilesOptions& options) {
 }
 
 void put(Session& session, const FilesOptions& options) {
-  const uint64_t bytes = sizeOfHostFile(options.file);
+  const bool isInput = options.file == "-";
+  const std::string input = isInput ? readFile("/dev/stdin") : "";
+  const uint64_t bytes = isInput ? input.size() : sizeOfHostFile(options.file);
   Transfer transfer(session, options.entry, bytes);
-  session.map().uploadFile(options.entry, options.file);
+  if (input.empty()) {
+    session.map().uploadFile(options.entry, isInput ? "/dev/null" : options.file);
+  } else {
+    session.map().upload(options.entry, input.data(), input.size());
+  }
   done(session, {{"file", options.entry}, {"done", "uploaded"}, {"bytes", bytes}},
        options.entry + " uploaded: " + transfer.summary(bytes));
 }
@@ -160,14 +188,14 @@ void addFiles(CLI::App& app, Action& chosen) {
   all->callback([&chosen] { chosen = list; });
   all->footer("Example:\n  oxgenapi files list --json");
   add("get", "Copy a device file to a file here", "get UserFile1 settings.bin", get)
-      ->add_option("file", options->file, "File to write")
+      ->add_option("file", options->file, "File to write; -: standard output")
       ->required()
       ->type_name("FILE");
   add("put", "Copy a file to the device", "put UserFile1 settings.bin", put)
-      ->add_option("file", options->file, "File to read")
+      ->add_option("file", options->file, "File to read; -: standard input")
       ->required()
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFileOrStream());
   add("rm", "Delete a device file", "rm UserFile1", remove);
   files->footer("Example:\n  oxgenapi files get UserFile1 settings.bin");
 }

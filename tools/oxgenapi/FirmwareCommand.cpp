@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "Transfer.h"
 #include "UpdatePackage.h"
@@ -62,11 +63,11 @@ void update(Session& session, const FirmwareOptions& options) {
     waiting.begin();
     return session.restart(std::chrono::milliseconds(delayMs), std::chrono::milliseconds(durationMs));
   });
+  const std::string summary = transfer.summary(transfer.bytes());
   if (session.output().json()) {
     session.output().document({{"file", options.file}, {"entry", options.entry}, {"updated", true}});
   } else {
-    session.output().line("Entry " + std::to_string(options.entry) + " of " + options.file +
-                          " applied: " + transfer.summary(transfer.bytes()));
+    session.output().line("Entry " + std::to_string(options.entry) + " of " + options.file + " applied: " + summary);
   }
 }
 
@@ -80,7 +81,7 @@ void addFirmware(CLI::App& app, Action& chosen) {
   const auto add = [&](const char* name, const char* help, void (*run)(Session&, const FirmwareOptions&)) {
     CLI::App* command = firmware->add_subcommand(name, help);
     command->footer(std::string("Example:\n  oxgenapi firmware ") + name + " camera.guf");
-    command->add_option("file", options->file, "Update file")->required()->type_name("FILE")->check(CLI::ExistingFile);
+    command->add_option("file", options->file, "Update file")->required()->type_name("FILE")->check(existingFile());
     command->callback(
         [&chosen, options, run] { chosen = [options, run](Session& session) { run(session, *options); }; });
     return command;

@@ -36,7 +36,7 @@ void run(Session& session, const GetOptions& options) {
       if (output.json()) {
         results.push_back(describe(node));
       } else if (options.bare) {
-        output.line(bareText(node));
+        output.data(bareText(node) + '\n');
       } else {
         output.line(output.name(name) + " = " + valueText(node));
       }

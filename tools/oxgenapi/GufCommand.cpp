@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "FileReplacement.h"
 
@@ -135,12 +136,12 @@ void addGuf(CLI::App& app, Action& chosen) {
   command->add_option("control", options->control, "Control file, becomes control.xml")
       ->required()
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFile());
   command->add_option("members", options->members, "Data files under the names that the control file uses")
       ->type_name("MEMBER=FILE");
   command->add_option("--signature", options->signature, "Detached signature over package.zip, becomes package.p7s")
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFile());
   command->add_flag("--compress", options->compresses, "Deflate the members of package.zip instead of storing them");
   const char* example = "Example:\n  oxgenapi guf create camera.guf control.xml data/main.bin=build/main.bin";
   command->footer(example);

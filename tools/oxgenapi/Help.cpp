@@ -17,9 +17,13 @@ std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
   return text.empty() ? "" : " " + text;
 }
 
+std::string descriptionOf(const CLI::Option& option) {
+  const std::string value = option.get_default_str();
+  return option.get_description() + (value.empty() || value == "false" ? "" : " (default: " + value + ")");
+}
+
 std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
-  const std::string value = option->get_default_str();
-  return option->get_description() + (value.empty() || value == "false" ? "" : " (default: " + value + ")");
+  return descriptionOf(*option);
 }
 
 }  // namespace tool

@@ -1,3 +1,4 @@
+#include "Checks.h"
 #include "Commands.h"
 #include "Lint.h"
 
@@ -69,7 +70,7 @@ void addLint(CLI::App& app, Action& chosen) {
   command->add_option("files", *files, "Descriptions: XML, or zip archives with it")
       ->required()
       ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+      ->check(existingFile());
   command->footer(kFooter);
   command->callback([&chosen, files] { chosen = [files](Session& session) { run(session, *files); }; });
 }

@@ -31,6 +31,7 @@ class Loader {
     Progress progress(session_.output(), "loading", lines, "lines");
     const Interrupt interrupt;
     size_t done = 0;
+    size_t loadedTo = 0;
     for (size_t begin = 0; begin < text.size() && !stopped_;) {
       if (interrupt.requested()) {
         throw Failure(OXGENAPI_E_UNSPECIFIED, "stopped by the user before line " + std::to_string(done + 1));
@@ -50,9 +51,10 @@ class Loader {
         stopped_ = options_.stopOnError;
       }
       begin = end;
+      loadedTo = end;
     }
     progress.clear();
-    summarise(parseSettings(text).size());
+    summarise(parseSettings(text).size(), parseSettings(std::string_view(text).substr(0, loadedTo)).size());
   }
 
  private:
@@ -68,16 +70,23 @@ class Loader {
     }
   }
 
-  void summarise(size_t lines) const {
+  // `tried`: the lines up to where the loading ended; each has one problem at most.
+  void summarise(size_t lines, size_t tried) const {
+    const size_t loaded = tried - std::min(tried, problems_.size());
     const Output& output = session_.output();
     if (output.json()) {
-      output.document({{"file", options_.file}, {"lines", lines}, {"stopped", stopped_}, {"problems", problems_}});
+      output.document({{"file", options_.file},
+                       {"lines", lines},
+                       {"loaded", loaded},
+                       {"stopped", stopped_},
+                       {"problems", problems_}});
       return;
     }
-    std::string text = options_.file + ": " + counted(lines, "line");
-    text += stopped_ ? ", stopped at the first problem" : " loaded";
-    if (!stopped_ && !problems_.empty()) {
-      text += ", " + counted(problems_.size(), "problem");
+    std::string text = options_.file + ": ";
+    text += loaded == lines ? counted(lines, "line") + " loaded"
+                            : std::to_string(loaded) + " of " + counted(lines, "line") + " loaded";
+    if (!problems_.empty()) {
+      text += stopped_ ? ", stopped at the first problem" : ", " + counted(problems_.size(), "problem");
     }
     output.line(text);
   }

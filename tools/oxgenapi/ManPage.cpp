@@ -39,7 +39,10 @@ std::string nameOf(const CLI::Option& option) {
 std::string options(const CLI::App& app) {
   std::string text;
   for (const CLI::Option* option : app.get_options()) {
-    text += ".TP\n" + nameOf(*option) + "\n" + escaped(option->get_description()) + "\n";
+    // Every command has it; once is enough.
+    if (option != app.get_help_ptr() || app.get_parent() == nullptr) {
+      text += ".TP\n" + nameOf(*option) + "\n" + escaped(descriptionOf(*option)) + "\n";
+    }
   }
   return text;
 }
@@ -48,12 +51,29 @@ std::string footer(const CLI::App& app) {
   return app.get_footer().empty() ? "" : ".PP\n.nf\n" + escaped(app.get_footer()) + "\n.fi\n";
 }
 
+std::string environment() {
+  constexpr std::pair<const char*, const char*> kVariables[] = {
+      {"OXGENAPI_TRANSPORTS",
+       "Folders, separated by colons, of the modules that reach real cameras (default: lib/oxgenapi beside the "
+       "program's "
+       "folder)"},
+      {"NO_COLOR", "Not empty: no colours, as with --color never"},
+      {"OX_TELEMETRY_LEVEL", "Records of the library's failing calls, one JSON line each: 0 (most) to 3 (fewest)"},
+      {"OX_TELEMETRY_FILE", "Where they go (default: standard error)"},
+  };
+  std::string text;
+  for (const auto& [name, meaning] : kVariables) {
+    text += ".TP\n\\fB" + std::string(name) + "\\fR\n" + escaped(meaning) + "\n";
+  }
+  return text;
+}
+
 void addCommands(std::string& text, CLI::App& app, const std::string& prefix) {
   for (CLI::App* command : app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); })) {
     const std::string name = prefix + command->get_name();
     text += ".SS " + escaped(name) + "\n" + escaped(command->get_description()) + ".\n" + options(*command);
-    addCommands(text, *command, name + " ");
     text += footer(*command);
+    addCommands(text, *command, name + " ");
   }
 }
 
@@ -65,6 +85,7 @@ std::string manPage(CLI::App& app, const std::string& version) {
   text += ".SH SYNOPSIS\n\\fBoxgenapi\\fR [\\fIoptions\\fR] \\fIcommand\\fR [\\fIarguments\\fR]\n";
   text += ".SH OPTIONS\n" + options(app) + ".SH COMMANDS\n";
   addCommands(text, app, "");
+  text += ".SH ENVIRONMENT\n" + environment();
   text += ".SH EXIT STATUS AND EXAMPLES\n.nf\n" + escaped(app.get_footer()) + "\n.fi\n";
   return text;
 }

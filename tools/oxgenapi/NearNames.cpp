@@ -6,9 +6,18 @@ namespace tool {
 namespace {
 
 constexpr size_t kMost = 3;
+constexpr size_t kShortestPart = 3;  // fewer letters are in too many names
 
 char lower(char character) {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
+}
+
+std::string lower(std::string_view text) {
+  std::string result;
+  for (const char character : text) {
+    result += lower(character);
+  }
+  return result;
 }
 
 // How many letters have to be put in, left out, exchanged or swapped with their neighbour.
@@ -39,20 +48,33 @@ size_t distance(std::string_view left, std::string_view right) {
 
 std::vector<std::string> nearNames(std::string_view wanted, const std::vector<std::string>& names) {
   const size_t limit = std::max<size_t>(1, wanted.size() / 4);
-  std::vector<std::pair<size_t, std::string>> found;
+  std::vector<std::pair<size_t, std::string>> close;
+  std::vector<std::pair<size_t, std::string>> containing;
   for (const std::string& name : names) {
     const size_t difference = std::max(name.size(), wanted.size()) - std::min(name.size(), wanted.size());
     const size_t steps = difference > limit ? limit + 1 : distance(wanted, name);
+    const size_t place = lower(name).find(lower(wanted));
     if (steps <= limit) {
-      found.emplace_back(steps, name);
+      close.emplace_back(steps, name);
+    } else if (wanted.size() >= kShortestPart && place != std::string::npos) {
+      containing.emplace_back(place, name);
     }
   }
-  std::sort(found.begin(), found.end());
+  std::vector<std::pair<size_t, std::string>>& found = close.empty() ? containing : close;
+  std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   std::vector<std::string> nearest;
   for (size_t index = 0; index < std::min(kMost, found.size()); ++index) {
     nearest.push_back(found[index].second);
   }
   return nearest;
+}
+
+std::string question(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) {
+    text += (text.empty() ? "Did you mean " : &name == &names.back() ? " or " : ", ") + name;
+  }
+  return text.empty() ? text : text + "?";
 }
 
 }  // namespace tool

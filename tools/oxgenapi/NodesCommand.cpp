@@ -56,7 +56,7 @@ void draw(Session& session, const std::string& feature) {
   if (session.output().json()) {
     session.output().document(toJson(*picture));
   } else {
-    session.output().line(picture->dot());
+    session.output().data(picture->dot() + '\n');
   }
 }
 

@@ -8,12 +8,23 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "TerminalText.h"
+
 namespace tool {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr size_t kBytesPerLine = 16;
 constexpr size_t kLabelWidth = 20;
+
+// Where colours begin and end until a line is printed: bytes that no UTF-8 text has. From a device they colour a line.
+constexpr char kPaint = '\xfe';
+constexpr char kUnpaint = '\xff';
+constexpr std::string_view kMarks = "\xfe\xff";
+
+void print(std::string_view text, FILE* stream) {
+  std::fwrite(text.data(), 1, text.size(), stream);
+}
 
 bool wantsColours(Output::Colour colour) {
   if (colour != Output::Colour::automatic) {
@@ -24,7 +35,7 @@ bool wantsColours(Output::Colour colour) {
 }
 
 std::string dumped(const Json& json, int indent) {
-  return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+  return terminalJson(json.dump(indent, ' ', false, Json::error_handler_t::replace));
 }
 
 void appendHex(std::string& text, uint64_t value, int digits) {
@@ -37,20 +48,38 @@ void appendHex(std::string& text, uint64_t value, int digits) {
 
 Output::Output(bool json, Colour colour) : json_(json), colours_(!json && wantsColours(colour)) {}
 
-std::string Output::painted(std::string_view code, std::string_view text) const {
-  if (!colours_ || text.empty()) {
-    return std::string(text);
-  }
-  return "\x1b[" + std::string(code) + "m" + std::string(text) + "\x1b[0m";
+// The colours come into a line when it is printed, after the control characters in it have been escaped.
+std::string Output::painted(char style, std::string_view text) const {
+  return colours_ && !text.empty() ? std::string{kPaint, style} + std::string(text) + kUnpaint : std::string(text);
 }
 
-void Output::text(std::string_view text) const {
-  std::fwrite(text.data(), 1, text.size(), stdout);
+std::string Output::shown(std::string_view text) const {
+  if (!colours_) {
+    return terminalText(text);
+  }
+  std::string result;
+  while (!text.empty()) {
+    const size_t mark = std::min(text.find_first_of(kMarks), text.size());
+    result += terminalText(text.substr(0, mark));
+    text.remove_prefix(mark);
+    if (text.size() > 1 && text.front() == kPaint) {
+      result += text[1] == '1' ? "\x1b[1m" : text[1] == '2' ? "\x1b[2m" : text[1] == 'g' ? "\x1b[32m" : "\x1b[31m";
+      text.remove_prefix(2);
+    } else if (!text.empty()) {
+      result += "\x1b[0m";
+      text.remove_prefix(1);
+    }
+  }
+  return result;
 }
 
 void Output::line(std::string_view text) const {
-  this->text(text);
-  std::fputc('\n', stdout);
+  print(shown(text) + '\n', stdout);
+}
+
+void Output::data(std::string_view text) const {
+  static const bool isTerminal = isatty(STDOUT_FILENO) == 1;
+  print(isTerminal ? terminalText(text) : text, stdout);
 }
 
 void Output::field(std::string_view label, std::string_view value) const {
@@ -59,11 +88,11 @@ void Output::field(std::string_view label, std::string_view value) const {
 }
 
 void Output::document(const Json& json) const {
-  line(dumped(json, 2));
+  print(dumped(json, 2) + '\n', stdout);
 }
 
 void Output::record(const Json& json) const {
-  line(dumped(json, -1));
+  print(dumped(json, -1) + '\n', stdout);
   std::fflush(stdout);
 }
 
@@ -75,12 +104,15 @@ void Output::failure(const Failure& failure) const {
     text += failure.feature() + ": ";
   }
   text += std::string(failure.what()) + " (" + codeText(failure.code()) + ")\n";
-  std::fwrite(text.data(), 1, text.size(), stderr);
+  print(terminalText(text), stderr);
+}
+
+void Output::note(std::string_view text) const {
+  print(terminalText("oxgenapi: " + std::string(text) + "\n"), stderr);
 }
 
 void Output::hint(std::string_view text) const {
-  const std::string line = "  " + std::string(text) + "\n";
-  std::fwrite(line.data(), 1, line.size(), stderr);
+  print(terminalText("  " + std::string(text) + "\n"), stderr);
 }
 
 Json toJson(const Failure& failure) {

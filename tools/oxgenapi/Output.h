@@ -24,14 +24,15 @@ class Output {
   // True where the command shall print JSON and nothing else on standard output.
   bool json() const { return json_; }
 
-  std::string name(std::string_view text) const { return painted("1", text); }
-  std::string dim(std::string_view text) const { return painted("2", text); }
-  std::string good(std::string_view text) const { return painted("32", text); }
-  std::string bad(std::string_view text) const { return painted("31", text); }
+  std::string name(std::string_view text) const { return painted('1', text); }
+  std::string dim(std::string_view text) const { return painted('2', text); }
+  std::string good(std::string_view text) const { return painted('g', text); }
+  std::string bad(std::string_view text) const { return painted('r', text); }
 
-  void text(std::string_view text) const;
-  // The same and a line feed.
+  // Text for people, and a line feed; control characters from a device are escaped.
   void line(std::string_view text) const;
+  // What a program reads (a value, a table, a file), as it is; only on a terminal as line() shows it.
+  void data(std::string_view text) const;
   // "Label:       value", the values of successive calls under each other.
   void field(std::string_view label, std::string_view value) const;
   // One document, indented; invalid UTF-8 in a device's text is replaced, never an error.
@@ -40,11 +41,14 @@ class Output {
   void record(const Json& json) const;
   // "oxgenapi: ExposureTime: text (0x8000000c)" on standard error.
   void failure(const Failure& failure) const;
+  // "oxgenapi: text" on standard error: what is worth knowing and fails nothing.
+  void note(std::string_view text) const;
   // Advice that goes with a failure, on standard error.
   void hint(std::string_view text) const;
 
  private:
-  std::string painted(std::string_view code, std::string_view text) const;
+  std::string painted(char style, std::string_view text) const;
+  std::string shown(std::string_view text) const;
 
   bool json_;
   bool colours_;

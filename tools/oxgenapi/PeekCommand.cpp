@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "Checks.h"
 #include "Commands.h"
 
 namespace tool {
@@ -31,7 +32,7 @@ void addPeek(CLI::App& app, Action& chosen) {
   command->add_option("length", options->length, "Number of bytes")
       ->required()
       ->type_name("LENGTH")
-      ->check(CLI::Range(int64_t{1}, kLargestPeek));
+      ->check(between(1, kLargestPeek));
   command->add_option("--port", options->port, "Port node to read through")->type_name("NAME")->capture_default_str();
   command->footer("Example:\n  oxgenapi peek 0x1c098 16");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });

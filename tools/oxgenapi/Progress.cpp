@@ -70,7 +70,8 @@ void Progress::clear() {
   }
 }
 
-std::string Progress::summary(uint64_t done) const {
+std::string Progress::summary(uint64_t done) {
+  clear();
   return std::to_string(done) + " " + unit_ + " in " + decimal(seconds(), 2) + " s, " + rate(done);
 }
 

@@ -30,8 +30,8 @@ class Progress {
   // Takes the bar away until it is due again, so that something else can be printed.
   void clear();
 
-  // "10000 bytes in 0.01 s, 1.0 MB/s"
-  std::string summary(uint64_t done) const;
+  // Takes the bar away for good: "10000 bytes in 0.01 s, 1.0 MB/s".
+  std::string summary(uint64_t done);
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -112,7 +112,7 @@ void writeReport(Session& session, const std::string& path) {
   const std::string text = session.output().json() ? document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"
                                                    : plainText(document);
   if (path.empty()) {
-    session.output().line(std::string_view(text).substr(0, text.size() - 1));
+    session.output().data(text);
     return;
   }
   FileReplacement file(path);

@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "Changes.h"
 #include "Commands.h"
 #include "FileReplacement.h"
 #include "Progress.h"
@@ -20,13 +21,15 @@ class Saver {
 
   void run() {
     if (options_.file == "-") {
-      session_.output().text(settings());
+      session_.output().data(settings());
+      warn();
       return;
     }
     FileReplacement file(options_.file);  // whether it can be written shows before the device is asked
     const std::string text = settings();
     file.write(text);
     file.commit();
+    warn();
     summarise(parseSettings(text).size());
   }
 
@@ -44,7 +47,26 @@ class Saver {
         return true;  // a node without a handle has no value to save
       }
     });
+    if (names.empty()) {
+      throw Failure(
+          OXGENAPI_E_NOT_SUPPORTED,
+          "The description marks no feature as part of the settings. Name what to save: --features " + examples());
+    }
     return names;
+  }
+
+  // Some features that could be saved, as --features wants them.
+  std::string examples() {
+    constexpr size_t kSome = 3;
+    std::string list;
+    size_t count = 0;
+    for (const std::string& name : valueFeatures(session_.map())) {
+      if (count < kSome && session_.map().node(name).access() == AM_ReadWrite) {
+        list += (list.empty() ? "" : ",") + name;
+        ++count;
+      }
+    }
+    return list.empty() ? "A,B" : list;
   }
 
   // Feature by feature, so that problems show when they occur.
@@ -60,7 +82,11 @@ class Saver {
       }
       oxgenapi::Problems problems;
       try {
-        text += session_.map().settings({names[done]}, &problems);
+        const std::string lines = session_.map().settings({names[done]}, &problems);
+        if (!comesBack(names[done], lines)) {
+          altered_.push_back(names[done]);
+        }
+        text += lines;
       } catch (const Failure& failure) {
         problems.push_back(failure);
       }
@@ -70,6 +96,19 @@ class Saver {
       }
     }
     return text;
+  }
+
+  // Text that loading will not bring back is not noticed by anybody later, not even when it is read back.
+  void warn() const {
+    if (altered_.empty() || session_.output().json()) {
+      return;
+    }
+    std::string names;
+    for (const std::string& name : altered_) {
+      names += (names.empty() ? "" : ", ") + name;
+    }
+    session_.output().note("loading will not bring back the text of " + names +
+                           ": settings hold only ASCII without quotes, backslashes and line feeds");
   }
 
   void note(const Failure& problem) {
@@ -93,8 +132,11 @@ class Saver {
   void summarise(size_t lines) const {
     const Output& output = session_.output();
     if (output.json()) {
-      output.document(
-          {{"file", options_.file}, {"lines", lines}, {"notAvailable", notAvailable_}, {"problems", problems_}});
+      output.document({{"file", options_.file},
+                       {"lines", lines},
+                       {"notAvailable", notAvailable_},
+                       {"altered", altered_},
+                       {"problems", problems_}});
       return;
     }
     std::string text = options_.file + ": " + counted(lines, "line") + " saved";
@@ -110,6 +152,7 @@ class Saver {
   Session& session_;
   const SaveOptions& options_;
   size_t notAvailable_ = 0;
+  std::vector<std::string> altered_;  // features whose text does not come back
   Json problems_ = Json::array();
 };
 
@@ -121,7 +164,7 @@ void addSave(CLI::App& app, Action& chosen) {
   command->add_option("file", options->file, "Settings file; -: standard output")->required()->type_name("FILE");
   command->add_option("--features", options->features, "Features to save, in this order (default: all streamable)")
       ->delimiter(',')
-      ->type_name("A,B");
+      ->type_name("NAME,...");
   command->add_flag("--progress", options->progress, "Show each step on standard error, also where it takes no time");
   command->footer("Example:\n  oxgenapi save camera.settings --features ExposureTime,Gain");
   command->callback([&chosen, options] { chosen = [options](Session& session) { Saver(session, *options).run(); }; });

@@ -7,6 +7,39 @@
 #include "RemoteCamera.h"
 
 namespace tool {
+namespace {
+
+std::string nearFeatures(const NodeMap& map, const std::string& wanted) {
+  const std::vector<std::string> all = map.nodeNames();
+  std::vector<std::string> features = all;
+  std::erase_if(features, [&](const std::string& name) {
+    const auto node = map.tryNode(name);
+    return !node || !node->infoBoolean(NI_IsFeature);
+  });
+  const std::vector<std::string> near = nearNames(wanted, features);
+  return question(near.empty() ? nearNames(wanted, all) : near);
+}
+
+// The entries of an enumeration that it can be set to now; for anything else nothing.
+std::string choices(const NodeMap& map, const std::string& feature) {
+  try {
+    const Node node = map.node(feature);
+    if (node.type() != NT_Enumeration) {
+      return "";
+    }
+    std::string list;
+    for (const std::string& name : node.list(NL_EnumEntries)) {
+      if (const Node entry = map.node(name); entry.readable()) {
+        list += (list.empty() ? "" : ", ") + entry.text();
+      }
+    }
+    return list.empty() ? "" : "It can be " + list;
+  } catch (const Failure&) {
+    return "";  // advice is not worth a failure of its own
+  }
+}
+
+}  // namespace
 
 Session::Session(const Options& options) : options_(options), output_(options.json, options.colour) {}
 
@@ -33,7 +66,7 @@ const std::vector<std::string>& Session::ports() {
 }
 
 void Session::keep() {
-  if (device_) {
+  if (device_ && port_ && port_->hasWritten()) {
     device_->keep();
   }
 }
@@ -55,18 +88,22 @@ void Session::reportHidden() {
   output_.failure(Failure(failure.code(), std::string("an access to the device failed: ") + failure.what()));
 }
 
-// A name that does not exist may be a slip of the hand.
+// A name that does not exist, or an entry that an enumeration does not have, may be a slip of the hand.
 void Session::suggest(const Failure& failure) {
-  if (failure.code() != OXGENAPI_E_NOT_PRESENT || failure.feature().empty() || !map_) {
+  if (!map_) {
     return;
   }
-  const std::vector<std::string> near = nearNames(failure.feature(), map_->nodeNames());
-  std::string text;
-  for (const std::string& name : near) {
-    text += (text.empty() ? "Did you mean " : &name == &near.back() ? " or " : ", ") + name;
+  const std::string_view text = failure.what();
+  const size_t noEntry = text.find(": no entry named '");
+  std::string advice;
+  if (failure.code() == OXGENAPI_E_NOT_PRESENT && !failure.feature().empty()) {
+    advice = nearFeatures(*map_, failure.feature());
+  } else if (noEntry != text.npos) {
+    const size_t start = text.substr(0, noEntry).rfind(' ') + 1;  // 0 where the name stands first
+    advice = choices(*map_, std::string(text.substr(start, noEntry - start)));
   }
-  if (!text.empty()) {
-    output_.hint(text + "?");
+  if (!advice.empty()) {
+    output_.hint(advice);
   }
 }
 
@@ -82,8 +119,15 @@ void Session::open() {
     Progress progress(output_, "looking for " + options_.camera, 0, "");
     progress.begin();
     device_ = openRemoteCamera(options_.camera);
+  } else if (!options_.xml.empty()) {
+    device_ = openMemory(options_.xml, options_.memory);
   } else {
-    device_ = options_.xml.empty() ? openCamera(options_.state) : openMemory(options_.xml, options_.memory);
+    if (options_.state.empty()) {
+      output_.note(
+          "a simulated camera answers, and forgets everything when this command ends; --camera, --xml or --state "
+          "name another device");
+    }
+    device_ = openCamera(options_.state);
   }
   port_ = std::make_unique<WatchedPort>(failing(device_->registers()));
   map_ = load();

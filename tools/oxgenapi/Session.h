@@ -50,7 +50,7 @@ class Session {
   const std::vector<std::string>& ports();
   // Lets the device restart and connects a new node map to it, which takes the place of map(). Throws Failure.
   NodeMap& restart(std::chrono::milliseconds delay, std::chrono::milliseconds duration);
-  // Writes the device's registers back, if a device was opened and its registers come from a file.
+  // Writes the device's registers back to the file they come from, if there is one and something was written.
   void keep();
 
   // Reports what failed at one feature; the run goes on and its exit status becomes 1.

@@ -12,6 +12,16 @@ struct SetOptions {
   bool keepGoing = false;
 };
 
+// A register takes its bytes as get prints them; the library wants "0x" before them and no blanks.
+std::string registerText(const std::string& value) {
+  if (value.starts_with("0x") || value.starts_with("0X")) {
+    return value;
+  }
+  std::string digits = hexText(parseBytes({value}));
+  std::erase(digits, ' ');
+  return "0x" + digits;
+}
+
 // What the device made of the value, as far as it can be read back.
 void show(const Session& session, const Node& node, Json& results) {
   const Output& output = session.output();
@@ -33,7 +43,7 @@ void run(Session& session, const SetOptions& options) {
   for (const auto& [name, value] : assignments) {
     try {
       const Node node = session.map().node(name);
-      node.set(value);
+      node.set(node.type() == NT_Register ? registerText(value) : value);
       show(session, node, results);
     } catch (const Failure& failure) {
       results.push_back(Json{{"name", name}, {"error", toJson(failure)}});

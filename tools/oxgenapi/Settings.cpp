@@ -62,7 +62,38 @@ Setting parseLine(std::string_view line) {
   return {feature, key, std::string(value)};
 }
 
+// Escapes of the kinds that saving writes, and nothing that loading would take for something else.
+bool comesBack(std::string_view value) {
+  for (size_t at = 0; at < value.size(); ++at) {
+    if (value[at] == '"') {
+      return false;
+    }
+    if (value[at] == '\\') {
+      ++at;
+      if (at == value.size() || std::string_view("0abx").find(value[at]) == std::string_view::npos ||
+          value.substr(at).starts_with("xFFFFFF")) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
 }  // namespace
+
+bool comesBack(std::string_view feature, std::string_view text) {
+  while (!text.empty()) {
+    const size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    const size_t open = line.find(" = \"");
+    if (!line.starts_with(feature) || open == std::string_view::npos || line.size() < open + 5 || line.back() != '"' ||
+        !comesBack(line.substr(open + 4, line.size() - open - 5))) {
+      return false;  // a line that begins otherwise is the rest of a value with a line feed
+    }
+  }
+  return true;
+}
 
 std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

@@ -25,7 +25,7 @@ void run(Session& session, const SnapshotOptions& options) {
   const std::string text = snapshotText(map, options.names.empty() ? recordableFeatures(map) : options.names,
                                         [&](const Failure& failure) { session.report(failure); });
   if (options.file.empty()) {
-    session.output().line(text);
+    session.output().data(text + '\n');
     return;
   }
   FileReplacement file(options.file);

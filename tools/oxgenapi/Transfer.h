@@ -26,7 +26,7 @@ class Transfer final : public PortWatcher {
 
   uint64_t bytes() const { return bytes_; }
   // "10000 bytes in 0.01 s, 1.0 MB/s" for the bytes that really were moved.
-  std::string summary(uint64_t bytes) const { return progress_.summary(bytes); }
+  std::string summary(uint64_t bytes) { return progress_.summary(bytes); }
 
  private:
   Session& session_;

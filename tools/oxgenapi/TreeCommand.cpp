@@ -2,6 +2,7 @@
 #include <map>
 #include <memory>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "Value.h"
 
@@ -97,14 +98,13 @@ void run(Session& session, const TreeOptions& options) {
 void addTree(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<TreeOptions>();
   CLI::App* command = app.add_subcommand("tree", "Show the categories and their features");
-  command->add_option("category", options->root, "Category to start at")->type_name("NAME")->capture_default_str();
+  command->add_option("category", options->root, "Category to start at")->type_name("CATEGORY")->capture_default_str();
   command->add_option("-d,--depth", options->depth, "Levels below the start; 0: all")
-      ->check(CLI::NonNegativeNumber)
+      ->check(atLeast(0))
       ->capture_default_str();
   command->add_option("-v,--visibility", options->visibility, "Highest visibility shown (default: guru)")
       ->type_name("beginner|expert|guru")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, int>{{"beginner", 0}, {"expert", 1}, {"guru", 2}},
-                                          CLI::ignore_case));
+      ->transform(numberFor({{"beginner", 0}, {"expert", 1}, {"guru", 2}}));
   command->add_flag("--values", options->values, "Read and show the values");
   command->footer("Example:\n  oxgenapi tree --visibility beginner --values");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });

@@ -54,6 +54,14 @@ std::string integerText(int64_t value, int64_t representation) {
   }
 }
 
+// A line feed of the device must not look like the end of the line.
+std::string oneLine(std::string text) {
+  for (size_t at = 0; (at = text.find('\n', at)) != text.npos; at += 2) {
+    text.replace(at, 1, "\\n");
+  }
+  return text;
+}
+
 std::string withUnit(const Node& node, std::string value) {
   const std::string unit = node.infoText(NI_Unit);
   return unit.empty() ? value : value + " " + unit;
@@ -125,7 +133,7 @@ std::string valueText(const Node& node) {
     case NT_Float:
       return withUnit(node, shortest(node.real()));
     case NT_String:
-      return '"' + node.text() + '"';
+      return '"' + oneLine(node.text()) + '"';
     case NT_Register:
       return hexText(node.registerData());
     default:

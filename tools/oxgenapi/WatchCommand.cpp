@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <thread>
+#include <unordered_set>
 
 #include "Assignment.h"
-#include "Changes.h"
+#include "Checks.h"
 #include "Commands.h"
 #include "Interrupt.h"
 #include "Value.h"
@@ -14,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr double kLongestWatch = 1e9;                   // seconds; about thirty years
+constexpr int64_t kLongestWatch = 1'000'000'000;        // seconds; about thirty years
 constexpr std::chrono::milliseconds kLongestSleep{50};  // an interrupt waits no longer
 
 struct WatchOptions {
@@ -24,31 +26,113 @@ struct WatchOptions {
   double seconds = 0;  // 0: until interrupted
 };
 
-int64_t elapsedMs(Clock::time_point since) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - since).count();
+// The features and all that they are made of, at any depth: what has to be read again for a fresh look.
+std::vector<Node> sourcesOf(const NodeMap& map, const std::vector<std::string>& features) {
+  std::vector<Node> sources;
+  std::vector<std::string> names = features;
+  std::unordered_set<std::string> known(names.begin(), names.end());
+  for (size_t next = 0; next < names.size(); ++next) {
+    const auto node = map.tryNode(names[next]);
+    if (!node) {
+      continue;  // a helper of the description without a handle
+    }
+    sources.push_back(*node);
+    for (const std::string& child : node->list(NL_Children)) {
+      if (known.insert(child).second) {
+        names.push_back(child);
+      }
+    }
+  }
+  return sources;
 }
 
-void show(Session& session, const Node& node, int64_t timeMs) {
-  const Output& output = session.output();
-  try {
-    // Features and entries come and go.
-    const bool readable = node.readable();
-    const std::string access = accessName(node.access());
+// Reads features from the device, whatever the library remembers, and shows what differs from the last look.
+class Watcher final : public PortWatcher {
+ public:
+  Watcher(Session& session, const std::vector<std::string>& names)
+      : session_(session), sources_(sourcesOf(session.map(), names)) {
+    for (const std::string& name : names) {
+      features_.push_back({session.map().node(name), {}, {}});
+    }
+    session_.port().watch(this);
+  }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+  ~Watcher() override { session_.port().watch(nullptr); }
+
+  bool mayAccess() override { return true; }
+  void accessed(int64_t, int64_t) override { ++answers_; }
+
+  // Throws Failure when the device answers no access any more.
+  void look(int64_t timeMs) {
+    answers_ = 0;
+    std::vector<std::pair<Feature*, Failure>> failures;
+    for (const Node& source : sources_) {
+      source.invalidate();
+    }
+    for (Feature& feature : features_) {
+      try {
+        show(feature, timeMs);
+      } catch (const Failure& failure) {
+        failures.emplace_back(&feature, failure);
+      }
+    }
+    if (!failures.empty() && answers_ == 0 && session_.port().failure()) {
+      const Failure& first = failures.front().second;
+      throw Failure(first.code(), "The device does not answer any more: " + std::string(first.what()));
+    }
+    for (const auto& [feature, failure] : failures) {
+      showFailure(*feature, failure, timeMs);
+    }
+  }
+
+ private:
+  struct Feature {
+    Node node;
+    std::string access;
+    std::optional<std::string> shown;  // the last value or failure
+  };
+
+  // Features and entries come and go: one that is not readable has no value.
+  void show(Feature& feature, int64_t timeMs) {
+    const Output& output = session_.output();
+    const bool readable = feature.node.readable();
+    const std::string access = accessName(feature.node.access());
+    const Json json = readable && output.json() ? valueJson(feature.node) : Json();
+    const std::string text = output.json() ? json.dump(-1, ' ', false, Json::error_handler_t::replace)
+                             : readable    ? valueText(feature.node)
+                                           : "";
+    if (feature.shown == text && feature.access == access) {
+      return;
+    }
+    feature.shown = text;
+    feature.access = access;
     if (output.json()) {
-      const Json value = readable ? valueJson(node) : Json();
-      output.record({{"timeMs", timeMs}, {"name", node.name()}, {"access", access}, {"value", value}});
+      output.record({{"timeMs", timeMs}, {"name", feature.node.name()}, {"access", access}, {"value", json}});
     } else {
-      output.line(output.dim(std::to_string(timeMs) + " ms  ") + output.name(node.name()) +
-                  (readable ? " = " + valueText(node) : " is not readable (" + access + ")"));
+      output.line(output.dim(std::to_string(timeMs) + " ms  ") + output.name(feature.node.name()) +
+                  (readable ? " = " + text : " is not readable (" + access + ")"));
       std::fflush(stdout);
     }
-  } catch (const Failure& failure) {
-    if (output.json()) {
-      output.record({{"timeMs", timeMs}, {"name", node.name()}, {"error", toJson(failure)}});
-    }
-    session.report(failure);
   }
-}
+
+  void showFailure(Feature& feature, const Failure& failure, int64_t timeMs) {
+    if (feature.access.empty() && feature.shown == failure.what()) {
+      return;
+    }
+    feature.shown = failure.what();
+    feature.access.clear();
+    if (session_.output().json()) {
+      session_.output().record({{"timeMs", timeMs}, {"name", feature.node.name()}, {"error", toJson(failure)}});
+    }
+    session_.report(failure);
+  }
+
+  Session& session_;
+  std::vector<Node> sources_;
+  std::vector<Feature> features_;
+  uint64_t answers_ = 0;
+};
 
 // False: interrupted.
 bool sleepUntil(Clock::time_point end, const Interrupt& interrupt) {
@@ -61,31 +145,23 @@ bool sleepUntil(Clock::time_point end, const Interrupt& interrupt) {
 void run(Session& session, const WatchOptions& options) {
   const std::vector<Assignment> assignments = parseAssignments(options.assignments);
   const NodeMap& map = session.map();
-  Changes changes(map, options.names);
+  Watcher watcher(session, options.names);
   const Interrupt interrupt;
   const auto start = Clock::now();
-  auto polled = start;
-  for (const std::string& name : options.names) {
-    show(session, map.node(name), 0);
-  }
-  for (const auto& [name, value] : assignments) {
-    map.node(name).set(value);
-  }
   const auto end =
       options.seconds > 0
           ? start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds))
           : Clock::time_point::max();
-  while (true) {
-    for (const Node* node : changes.take()) {
-      show(session, *node, elapsedMs(start));
-    }
-    if (!sleepUntil(std::min(Clock::now() + std::chrono::milliseconds(options.pollMs), end), interrupt) ||
-        Clock::now() >= end) {
-      break;
-    }
-    const int64_t sinceMs = elapsedMs(polled);
-    polled += std::chrono::milliseconds(sinceMs);
-    map.poll(static_cast<int32_t>(std::min<int64_t>(sinceMs, INT32_MAX)));
+  watcher.look(0);
+  for (const auto& [name, value] : assignments) {
+    map.node(name).set(value);
+  }
+  session.keep();  // another run may want to change the camera while this one watches
+  auto next = assignments.empty() ? start + std::chrono::milliseconds(options.pollMs) : start;
+  while (sleepUntil(std::min(next, end), interrupt) && Clock::now() < end) {
+    const auto looked = Clock::now();
+    watcher.look(std::chrono::duration_cast<std::chrono::milliseconds>(looked - start).count());
+    next = looked + std::chrono::milliseconds(options.pollMs);
   }
 }
 
@@ -93,15 +169,17 @@ void run(Session& session, const WatchOptions& options) {
 
 void addWatch(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<WatchOptions>();
-  CLI::App* command = app.add_subcommand("watch", "Show features whenever they change, polling those that ask for it");
+  CLI::App* command = app.add_subcommand("watch", "Read features again and again and show each change");
   command->add_option("names", options->names, "Features to watch")->required()->type_name("NAME");
-  command->add_option("--poll", options->pollMs, "Milliseconds between polls")
-      ->check(CLI::Range(1, 3'600'000))
+  command->add_option("--poll", options->pollMs, "Milliseconds between two looks at the device")
+      ->check(between(1, 3'600'000))
       ->capture_default_str();
-  command->add_option("--seconds", options->seconds, "Stop after this time; 0: on interrupt")
-      ->check(CLI::Range(0.0, kLongestWatch))
+  command->add_option("--seconds", options->seconds, "Stop after this time; 0: on Ctrl-C")
+      ->check(between(0, kLongestWatch))
       ->capture_default_str();
-  command->add_option("--set", options->assignments, "Write this once the first values are shown; a command: 1")
+  command
+      ->add_option("--set", options->assignments,
+                   "Write this once the first values are shown; NAME=1 executes a command")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
   command->footer("Example:\n  oxgenapi watch DeviceTemperature --poll 500 --seconds 10");

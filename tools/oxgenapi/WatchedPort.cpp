@@ -24,6 +24,7 @@ void WatchedPort::read(void* buffer, int64_t address, int64_t length) {
 }
 
 void WatchedPort::write(const void* buffer, int64_t address, int64_t length) {
+  hasWritten_ = true;
   access(address, length, [&] { return device_.write(buffer, address, length); });
 }
 

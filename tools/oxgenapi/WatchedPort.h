@@ -33,6 +33,9 @@ class WatchedPort final : public oxgenapi::Registers {
   // feature is not there now.
   const std::optional<Failure>& failure() const { return failure_; }
 
+  // Whether a write has been tried.
+  bool hasWritten() const { return hasWritten_; }
+
   // Null ends the watching. The watcher must stay until then.
   void watch(PortWatcher* watcher) { watcher_ = watcher; }
 
@@ -43,6 +46,7 @@ class WatchedPort final : public oxgenapi::Registers {
   ox::simulation::RegisterDevice& device_;
   PortWatcher* watcher_ = nullptr;
   std::optional<Failure> failure_;
+  bool hasWritten_ = false;
 };
 
 }  // namespace tool

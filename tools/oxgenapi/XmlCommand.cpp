@@ -9,7 +9,7 @@ void writeDescription(Session& session, const std::string& path) {
   if (session.output().json()) {
     session.output().document({{"description", text}});
   } else if (path.empty()) {
-    session.output().line(text);
+    session.output().data(text + '\n');
   } else {
     FileReplacement file(path);
     file.write(text);

@@ -4,18 +4,17 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 
 #include "CacheCheck.h"
+#include "Checks.h"
 #include "Commands.h"
 #include "Completion.h"
 #include "Help.h"
 #include "ManPage.h"
-#include "NearNames.h"
 #include "Versions.h"
+#include "WrongUsage.h"
 
 namespace {
 
@@ -28,14 +27,16 @@ constexpr const char* kExitStatus =
     "  oxgenapi --state camera.state set Width=640 Height=480";
 
 void addFaults(CLI::App& app, tool::Faults& faults, CLI::Option* camera) {
-  const CLI::Range positive(int64_t{1}, std::numeric_limits<int64_t>::max());
-  const CLI::Range failure(uint32_t{0x80000000}, uint32_t{0xffffffff});
   for (CLI::Option* option :
-       {app.add_option("--fail-access", faults.access, "Let the N-th access to the registers fail")->check(positive),
-        app.add_option("--fail-every", faults.every, "Let every N-th access fail")->check(positive),
-        app.add_option("--fail-code", faults.code, "With this result")->type_name("CODE")->check(failure),
-        app.add_option("--fail-text", faults.text, "And this reason")->type_name("TEXT")}) {
-    option->group("A simulated device that fails")->excludes(camera)->capture_default_str();
+       {app.add_option("--fail-access", faults.access, "Let the N-th access to the registers fail")
+            ->check(tool::atLeast(1)),
+        app.add_option("--fail-every", faults.every, "Let every N-th access fail")->check(tool::atLeast(1)),
+        app.add_option("--fail-code", faults.code, "With this result")
+            ->type_name("CODE")
+            ->check(tool::failureCode())
+            ->default_str(tool::codeText(faults.code)),
+        app.add_option("--fail-text", faults.text, "And this reason")->type_name("TEXT")->capture_default_str()}) {
+    option->group("A simulated device that fails")->excludes(camera);
   }
 }
 
@@ -43,7 +44,7 @@ void addOptions(CLI::App& app, tool::Options& options) {
   using Colour = tool::Output::Colour;
   auto* xml = app.add_option("--xml", options.xml, "Description to load, instead of the simulated camera's own")
                   ->type_name("FILE")
-                  ->check(CLI::ExistingFile);
+                  ->check(tool::existingFile());
   app.add_option("--memory", options.memory, "Register image behind --xml: what it lacks is zero; it is written back")
       ->type_name("FILE")
       ->needs(xml);
@@ -60,11 +61,12 @@ void addOptions(CLI::App& app, tool::Options& options) {
   app.add_flag_callback("--check-cache", tool::checkCache,
                         "Compare every answer from memory with the device, and print what it does not confirm");
   app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
-      ->type_name("WHEN")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, Colour>{
-          {"auto", Colour::automatic}, {"always", Colour::always}, {"never", Colour::never}}));
+      ->type_name("auto|always|never")
+      ->transform(tool::numberFor({{"auto", static_cast<int>(Colour::automatic)},
+                                   {"always", static_cast<int>(Colour::always)},
+                                   {"never", static_cast<int>(Colour::never)}}));
   app.set_version_flag(
-      "--version", [] { return "oxgenapi " + tool::libraryVersion(); }, "Print the version and exit");
+      "-V,--version", [] { return "oxgenapi " + tool::libraryVersion(); }, "Print the version and exit");
 }
 
 void addCommands(CLI::App& app, tool::Action& chosen) {
@@ -77,7 +79,7 @@ void addCommands(CLI::App& app, tool::Action& chosen) {
        {tool::addFiles, tool::addFirmware, tool::addGuf, tool::addEvents, tool::addChunks}},
       {"Registers", {tool::addPeek, tool::addPoke, tool::addRegister}},
       {"Descriptions", {tool::addXml, tool::addNodes, tool::addLint, tool::addDoc}},
-      {"Also", {tool::addCameras, tool::addReport, tool::addCompletion}}};
+      {"Also", {tool::addCameras, tool::addReport, tool::addCompletion, tool::addHelp}}};
   for (const auto& [title, commands] : groups) {
     for (const Add add : commands) {
       add(app, chosen);
@@ -109,56 +111,42 @@ int run(const tool::Options& options, const tool::Action& command) {
   return session.failed() ? kFailed : 0;
 }
 
-// What shells and the build ask; nobody types it, so it is no command.
-bool answer(CLI::App& app, const tool::Options& options, std::vector<std::string> words) {
-  if (words.empty()) {
-    return false;
-  }
-  const std::string request = words.front();
-  words.erase(words.begin());
-  if (request == tool::kManPageRequest) {
-    std::cout << tool::manPage(app, tool::libraryVersion());
-    return true;
-  }
-  if (request != tool::kCompletionRequest) {
-    return false;
-  }
+void parse(CLI::App& app, const std::vector<std::string>& words) {
+  app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+}
+
+// Completes the words for a shell. They are not whole yet; the options before the gap choose the device.
+int complete(CLI::App& app, const tool::Options& options, const std::vector<std::string>& words) {
   std::optional<tool::Session> session;
-  const auto names = [&](bool all) {
+  const tool::DeviceWords device([&]() -> const tool::NodeMap& {
     if (!session) {
       try {
-        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
-      } catch (const CLI::ParseError&) {  // it is not whole yet; the options before the gap have been read
+        parse(app, words);
+      } catch (const CLI::ParseError&) {
       }
       session.emplace(options);
     }
-    std::vector<std::string> found = session->map().nodeNames();
-    std::erase_if(found, [&](const std::string& name) {
-      const auto node = session->map().tryNode(name);
-      return !all && !(node && node->infoBoolean(NI_IsFeature));
-    });
-    return found;
-  };
-  for (const tool::Candidate& candidate : tool::completions(app, words, names)) {
+    return session->map();
+  });
+  const tool::Completions found = tool::completions(app, words, device);
+  for (const tool::Candidate& candidate : found.candidates) {
     std::cout << candidate.word << (candidate.description.empty() ? "" : "\t" + candidate.description) << '\n';
   }
-  return true;
+  return found.wantsFile ? tool::kWantsFile : 0;
 }
 
-// A word that is no command is told as such; for the parser it is one too many behind a command that is missing.
-int report(const CLI::App& app, const CLI::ParseError& error) {
-  const std::vector<std::string> left = app.remaining();
-  if (dynamic_cast<const CLI::RequiredError*>(&error) == nullptr || left.empty() || !app.get_subcommands().empty()) {
-    return app.exit(error) == 0 ? 0 : kUsage;
+// The exit status of what shells and the build ask. Nobody types it, so it is not among the commands.
+std::optional<int> answer(CLI::App& app, const tool::Options& options, std::vector<std::string> words) {
+  const std::string request = words.empty() ? "" : words.front();
+  if (request == tool::kManPageRequest) {
+    std::cout << tool::manPage(app, tool::libraryVersion());
+    return 0;
   }
-  std::vector<std::string> commands;
-  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
-    commands.push_back(command->get_name());
+  if (request == tool::kCompletionRequest) {
+    words.erase(words.begin());
+    return complete(app, options, words);
   }
-  std::cerr << "oxgenapi: there is no command '" << left.front() << "'\n";
-  const std::vector<std::string> near = tool::nearNames(left.front(), commands);
-  std::cerr << (near.empty() ? "Run with --help for all commands." : "  Did you mean " + near.front() + "?") << '\n';
-  return kUsage;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -175,13 +163,20 @@ int main(int argc, char** argv) {
     addOptions(app, options);
     addCommands(app, chosen);
     app.footer(kExitStatus);  // of the program alone: set last, it is not handed down
-    if (answer(app, options, {argv + std::min(argc, 1), argv + argc})) {
-      return 0;
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (const std::optional<int> status = answer(app, options, words)) {
+      return *status;
     }
-    app.parse(argc, argv);
+    parse(app, words);
+    if (app.got_subcommand("help")) {
+      parse(app, tool::helpRequest(app, app.get_subcommand("help")->get_option("command")->results()));
+    }
     return run(options, chosen);
+  } catch (const CLI::Success& wanted) {
+    return app.exit(wanted);
   } catch (const CLI::ParseError& error) {
-    return report(app, error);
+    std::cerr << "oxgenapi: " << tool::wrongUsage(app, error) << '\n';
+    return kUsage;
   } catch (const tool::UsageError& error) {
     std::cerr << "oxgenapi: " << error.what() << '\n';
     return kUsage;
