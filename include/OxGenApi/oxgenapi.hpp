@@ -7,6 +7,7 @@
 ///     camera.connect(registers);                 // your class derived from oxgenapi::Registers
 ///     camera["ExposureTime"].set(5000);
 ///     double gain = camera["Gain"].real();
+///     int64_t widest = camera.integer("Width").max();
 ///
 /// 1. Owning. Copies share the object behind a handle, the last one ends it. handle() lends it to flat calls, whose
 ///    comments hold here too: what fails and when, threads, callbacks.
@@ -17,8 +18,14 @@
 #ifndef OXGENAPI_OXGENAPI_HPP
 #define OXGENAPI_OXGENAPI_HPP
 
+// A header that does not exist ends the compilation with this one line, which #error would not.
+#if __cplusplus < 201703L
+#include <OxGenApi/oxgenapi.hpp needs C++17 or newer: compile with -std=c++17>
+#endif
+
 #include "OxGenApi/OxGenApi.h"
 #include "OxGenApi/cpp/Error.hpp"
+#include "OxGenApi/cpp/Features.hpp"
 #include "OxGenApi/cpp/FirmwareUpdater.hpp"
 #include "OxGenApi/cpp/Handle.hpp"
 #include "OxGenApi/cpp/Node.hpp"

@@ -80,6 +80,39 @@ TEST_F(CppLayer, FailuresAreThrownOrReturned) {
   EXPECT_EQ(failureOf([] { NodeMap().loadFile("/no/such.xml"); }).feature(), "/no/such.xml");
 }
 
+TEST_F(CppLayer, RefusesWhatWasNotMeantAndKnowsTypes) {
+  const int64_t before = map_["TestSigned64"].integer();
+  EXPECT_EQ(failureOf([&] { map_["TestSigned64"].execute(); }).code(), OXGENAPI_E_NOT_SUPPORTED);
+  EXPECT_EQ(map_["TestSigned64"].integer(), before);
+  EXPECT_STREQ(failureOf([&] { map_["Width"].set(320.5); }).what(), "Width: 320.5 is not a whole number");
+  EXPECT_FALSE(map_["Width"].trySet(std::numeric_limits<float>::quiet_NaN()));
+  map_["Width"].set(320.0);
+
+  const oxgenapi::Integer width = map_.integer("Width");
+  EXPECT_EQ(width.value(), 320);
+  EXPECT_EQ(width.unit(), "px");
+  width.set(width.min() + width.increment());
+  EXPECT_EQ(width.value(), 20);
+  EXPECT_LT(width.value(), width.max());
+  const oxgenapi::Float exposure = map_.real("ExposureTime");
+  exposure.set(exposure.min());
+  EXPECT_EQ(exposure.value(), 10);
+  EXPECT_FALSE(map_.real("Gain").increment());
+  EXPECT_THAT(map_.enumeration("PixelFormat").entries(), ElementsAre("Mono8"));  // of more, as the camera stands
+  map_.boolean("ReverseX").set(true);
+  EXPECT_TRUE(map_.boolean("ReverseX").value());
+  map_.text("DeviceUserID").set("north");
+  EXPECT_EQ(map_.text("DeviceUserID").value(), "north");
+  map_.command("TestCommand").execute();
+  EXPECT_TRUE(map_.command("TestCommand").done());
+  const std::vector<std::byte> bytes(16, std::byte{0xa5});
+  map_.bytes("TestRegister").set(bytes);
+  EXPECT_EQ(map_.bytes("TestRegister").value(), bytes);
+  const Error wrong = failureOf([&] { (void)map_.integer("Gain"); });
+  EXPECT_EQ(wrong.code(), OXGENAPI_E_FEATURE_TYPE);
+  EXPECT_STREQ(wrong.what(), "Gain is not an integer");
+}
+
 TEST_F(CppLayer, ObjectsShareAndReleaseTheirHandles) {
   NODE raw = nullptr;
   NODEMAP rawMap = nullptr;

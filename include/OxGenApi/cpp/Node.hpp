@@ -3,7 +3,10 @@
 #ifndef OXGENAPI_CPP_NODE_HPP
 #define OXGENAPI_CPP_NODE_HPP
 
+#include <array>
+#include <cmath>
 #include <cstddef>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -38,9 +41,13 @@ class Node {
   double real() const { return checked(tryReal()); }
   /// Integers in decimal, floats with six digits, an entry's symbolic name, strings as they are.
   std::string text() const { return checked(tryText()); }
-  /// Executes a command. tryBoolean() tells whether it has finished.
-  void execute() const { checked(trySet(true).code()); }
-  /// Writes a bool, a number or a text, in the form that its C++ type has.
+  /// Executes a command; refuses any other node with NOT_SUPPORTED. tryBoolean() tells whether it has finished.
+  void execute() const {
+    if (type() != NT_Command) throw Error(OXGENAPI_E_NOT_SUPPORTED, name() + " is not a command", name());
+    checked(trySet(true).code());
+  }
+  /// Writes a bool, a number or a text, in the form that its C++ type has. A number with a fraction is not cut to fit
+  /// an integer: it is refused with INVALID_ARGUMENT.
   template <class T>
   void set(const T& value) const {
     checked(trySet(value).code());
@@ -63,7 +70,7 @@ class Node {
       static_assert(std::is_signed_v<T> || sizeof(T) < sizeof(int64_t), "an unsigned 64-bit number may not fit");
       return Status(NSetAsInteger(handle(), value));
     } else if constexpr (std::is_floating_point_v<T>) {
-      return Status(NSetAsFloat(handle(), value));
+      return Status(value == std::floor(value) ? NSetAsFloat(handle(), value) : setFraction(value));
     } else if constexpr (std::is_convertible_v<T, const char*>) {
       return Status(NSetAsString(handle(), value));
     } else {
@@ -140,6 +147,16 @@ class Node {
   }
 
  private:
+  uint32_t setFraction(double value) const {
+    TNodeType type = NT_Invalid;
+    if (NType(handle(), &type) != OXGENAPI_OK || type != NT_Integer) return NSetAsFloat(handle(), value);
+    std::string text;
+    detail::readText(text, [&](char* to, size_t& size) { return NInfoAsString(handle(), NI_Name, to, size); });
+    std::array<char, 32> number;
+    std::snprintf(number.data(), number.size(), "%.15g", value);
+    OxSetLastError(OXGENAPI_E_INVALID_ARGUMENT, (text + ": " + number.data() + " is not a whole number").c_str());
+    return OXGENAPI_E_INVALID_ARGUMENT;
+  }
   template <class T, class Call>
   Result<T> tried(Call call) const noexcept {
     T value{};

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "OxGenApi/NodeMap.h"
+#include "OxGenApi/cpp/Features.hpp"
 #include "OxGenApi/cpp/Node.hpp"
 #include "OxGenApi/cpp/Registers.hpp"
 #include "OxGenApi/cpp/Settings.hpp"
@@ -54,6 +55,18 @@ class NodeMap {
     const uint32_t code = NMGetNode(handle(), name.c_str(), raw);
     return {code, Node(Handle<NODE>::adopt(raw))};
   }
+  // A feature as what it is; throws FEATURE_TYPE where it is something else.
+  Integer integer(const std::string& name) const { return Integer(node(name)); }
+  Float real(const std::string& name) const { return Float(node(name)); }
+  Boolean boolean(const std::string& name) const { return Boolean(node(name)); }
+  String text(const std::string& name) const { return String(node(name)); }
+  Enumeration enumeration(const std::string& name) const {
+    const Node found = node(name);
+    return Enumeration(found, found.type() == NT_Enumeration ? related(found, NL_EnumEntries) : std::vector<Node>());
+  }
+  Command command(const std::string& name) const { return Command(node(name)); }
+  Register bytes(const std::string& name) const { return Register(node(name)); }
+
   /// The nodes behind Node::list. The text() of an enumeration's entry is its symbolic name.
   std::vector<Node> related(const Node& to, TNodeList relation) const {
     std::vector<Node> nodes;
