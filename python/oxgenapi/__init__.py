@@ -4,18 +4,22 @@
 
     with oxgenapi.SimulatedCamera() as device, oxgenapi.NodeMap.of(device) as cam:
         cam.ExposureTime.value = 5000
-        print(cam.ExposureTime)         # <ExposureTime = 5000.0 us, 10.0 .. 1000000.0, ReadWrite>
+        print(cam.ExposureTime)         # <ExposureTime = 5000.0 us, 10.0 .. 10000000.0, ReadWrite>
 
 A failing call raises Error with the library's code and text. Calls may come from any thread.
 """
 
 from ._library import Code, Error, genapi_version, library_version
+from .features import Boolean, Category, Command, Enumeration, Float, Integer, Port, Register, String
 from .firmware import FirmwareUpdater
 from .node import Access, Node, NodeType, Representation, VerifyMode, Visibility
 from .nodemap import AttachedChunks, NodeMap, Registers
 from .simulation import Event, Image, SimulatedCamera
 
 __all__ = [
-    "Access", "AttachedChunks", "Code", "Error", "Event", "FirmwareUpdater", "Image", "Node", "NodeMap", "NodeType",
-    "Registers", "Representation", "SimulatedCamera", "VerifyMode", "Visibility", "genapi_version", "library_version",
+    "Access", "AttachedChunks", "Boolean", "Category", "Code", "Command", "Enumeration", "Error", "Event",
+    "FirmwareUpdater", "Float", "Image", "Integer", "Node", "NodeMap", "NodeType", "Port", "Register", "Registers",
+    "Representation", "SimulatedCamera", "String", "VerifyMode", "Visibility", "genapi_version", "library_version",
 ]
+
+__version__ = "3.1.0"

@@ -11,9 +11,31 @@ from ctypes import c_void_p
 from typing import Any, Callable, Optional
 
 
+# The libraries that a wheel carries, and others that those need; most installations have none here.
+_BUNDLED = os.path.join(os.path.dirname(__file__), "lib")
+
+
+def _load_bundled() -> None:
+    """Loads what our libraries need, in whatever order that works: they find it by name once it is loaded."""
+    waiting = [name for name in os.listdir(_BUNDLED) if not name.startswith("libOx")]
+    while waiting:
+        before = len(waiting)
+        for name in list(waiting):
+            try:
+                ctypes.CDLL(os.path.join(_BUNDLED, name))
+                waiting.remove(name)
+            except OSError:
+                pass  # it needs one of the others first
+        if len(waiting) == before:
+            return  # loading ours says what is wrong
+
+
 def load(name: str) -> ctypes.CDLL:
-    """Loads a library from the folder that OXGENAPI_LIBRARY_PATH names, or from where the system finds libraries."""
+    """Loads a library from the folder that OXGENAPI_LIBRARY_PATH names, from this package, or from where the system finds
+    libraries."""
     folder = os.environ.get("OXGENAPI_LIBRARY_PATH")
+    if not folder and os.path.isdir(_BUNDLED):
+        folder = _BUNDLED
     try:
         return ctypes.CDLL(os.path.join(folder, name) if folder else name)
     except OSError as error:
@@ -21,6 +43,8 @@ def load(name: str) -> ctypes.CDLL:
                           f"with {name}.") from error
 
 
+if os.path.isdir(_BUNDLED) and not os.environ.get("OXGENAPI_LIBRARY_PATH"):
+    _load_bundled()
 _base = load("libOxBase.so.1")
 lib = load("libOxGenApi.so.3")
 
@@ -145,13 +169,13 @@ class Error(Exception):
         self.feature = feature
 
 
-# The exception that a Python callback raised inside the call now running on this thread: the cause of its failure.
-_raised = threading.local()
+# The exceptions that Python callbacks have raised inside library calls that still run, by thread.
+_raised: dict[int, BaseException] = {}
 
 
 def keep_exception(error: BaseException) -> int:
-    """Called by port callbacks: notes why the access fails, returns the code that they have to return."""
-    _raised.exception = error
+    """Called by callbacks: keeps what they raise for the call that they run in. Returns the code for a failed access."""
+    _raised[threading.get_ident()] = error
     code = int(error.code) if isinstance(error, Error) else int(Code.UNSPECIFIED)
     text = error.text if isinstance(error, Error) else str(error) or type(error).__name__
     _base.OxSetLastError(code, text.encode("utf-8", "replace"))
@@ -179,21 +203,30 @@ def last_error_of(node: Optional[int], code: int) -> Error:
 
 
 def check(code: int, feature: str = "") -> None:
-    cause, _raised.exception = getattr(_raised, "exception", None), None
-    if code != 0:
+    if code or _raised:
+        settle(code, feature)
+
+
+def settle(code: int, feature: str = "") -> None:
+    """Ends a call that failed, or in which a callback has raised: that is the failure's cause, unless it is one that
+    must end the program (Ctrl-C), which goes on as itself whatever became of the call."""
+    cause = _raised.pop(threading.get_ident(), None)
+    if cause is not None and not isinstance(cause, Exception):
+        raise cause
+    if code:
         raise last_error(code, feature) from cause
 
 
 def encoded(text: Any) -> bytes:
     """UTF-8 for the library; also takes paths. What came undecodable goes back as it was."""
-    data = os.fspath(text)
-    data = data if isinstance(data, bytes) else data.encode("utf-8", "surrogateescape")
+    path: Any = os.fspath(text)
+    data: bytes = path if isinstance(path, bytes) else path.encode("utf-8", "surrogateescape")
     if b"\0" in data:
         raise ValueError("embedded null character")
     return data
 
 
-def read_text(call: Callable[[Any, Any], int], feature: str = "") -> str:
+def read_text(call: Callable[[Any, Any], Any], feature: str = "") -> str:
     """Text from a call that takes a buffer and its size. A text that fills the buffer may have been cut."""
     room = 512
     while True:

@@ -1,19 +1,16 @@
-"""A feature of a node map: its value, what is known about it, its relations, its bytes, its updates."""
+"""What every node of a map has: its value, what is known about it, its relations, its bytes, its updates."""
 
 from __future__ import annotations
 
 import ctypes
 import enum
 import sys
-from ctypes import byref, c_bool, c_double, c_int32, c_int64, c_uint32, c_void_p
+from ctypes import byref, c_double, c_int32, c_int64, c_uint32, c_void_p
 from typing import TYPE_CHECKING, Any, Callable, Optional, Union
 
-from ._library import Code, Error, Handle, NodeUpdate, check, encoded, lib, read_text
-
-if TYPE_CHECKING:
-    from .nodemap import NodeMap
-
-Value = Union[bool, int, float, str, bytes]
+from ._html import table
+from ._library import Code, Error, Handle, NodeUpdate, check, encoded, keep_exception, lib, read_text
+from ._scalars import fitting, plain, whole
 
 
 class NodeType(enum.IntEnum):
@@ -72,64 +69,95 @@ _ADDRESS, _LENGTH, _REPRESENTATION, _UNIT, _DEPRECATED = 14, 15, 16, 17, 19
 _CHILDREN, _SELECTED, _ENTRIES, _SELECTING = 0, 1, 2, 3
 
 
-# Limits that say there is none.
-_LOWEST = (-(1 << 63), -sys.float_info.max)
-_HIGHEST = ((1 << 63) - 1, sys.float_info.max)
+# Limits that say there is none: the ends of what a register can hold.
+_FLOAT_MAX = (2 - 2**-23) * 2.0**127
+_LOWEST = (-(1 << 63), -sys.float_info.max, -_FLOAT_MAX)
+_HIGHEST = ((1 << 63) - 1, sys.float_info.max, _FLOAT_MAX)
+
+
+class Home:
+    """What the nodes of one map share: its handle, and the ports, which must live as long as a node that uses them."""
+
+    __slots__ = ("handle", "ports")
+
+    def __init__(self, handle: Handle) -> None:
+        self.handle = handle
+        self.ports: dict[str, Any] = {}  # callbacks in use, and what they call
+
+    def node(self, name: str) -> Node:
+        raw = c_void_p()
+        check(lib.NMGetNode(self.handle.raw, encoded(name), byref(raw)), name)
+        handle, type = Handle(raw.value), c_int32()
+        check(lib.NType(raw, byref(type)), name)
+        return _classes.get(type.value, Node)(self, handle, name, NodeType(type.value))
+
+
+_classes: dict[int, type[Node]] = {}  # by NodeType
 
 
 class Node:
-    """Made by NodeMap: cam.ExposureTime or cam["ExposureTime"]. Hold on to nodes that are used often."""
+    """Made by NodeMap: cam.ExposureTime or cam["ExposureTime"]. Features of each type have a class of their own."""
 
-    def __init__(self, map: "NodeMap", handle: Handle, name: str) -> None:
-        self._map = map
+    __slots__ = ("_home", "_handle", "_raw", "_name", "_type", "__weakref__")
+
+    def __init_subclass__(cls, type: Optional[NodeType] = None, **arguments: Any) -> None:
+        super().__init_subclass__(**arguments)
+        if type is not None:
+            _classes[type] = cls
+
+    def __init__(self, home: Home, handle: Handle, name: str, type: NodeType) -> None:
+        self._home = home
         self._handle = handle
+        self._raw = handle.raw
         self._name = name
-        self._type = NodeType(self._number(lib.NType, c_int32))
+        self._type = type
 
     # ---- value ----
 
-    @property
-    def value(self) -> Value:
-        """bool, int, float, str (strings, and entries by name), bytes (registers); for commands whether it is done."""
-        if self._type in (NodeType.Boolean, NodeType.Command):
-            return self._number(lib.NGetAsBoolean, c_bool)
-        if self._type is NodeType.Integer:
-            return self._number(lib.NGetAsInteger, c_int64)
-        if self._type is NodeType.Float:
-            return self._number(lib.NGetAsFloat, c_double)
-        if self._type is NodeType.Register:
-            return self._register()
-        return self.text
+    if TYPE_CHECKING:
+        value: Any
+    else:
 
-    @value.setter
-    def value(self, value: Value) -> None:
-        handle = self._handle.raw
-        if isinstance(value, bool):
-            self._check(lib.NSetAsBoolean(handle, value))
-        elif isinstance(value, int):
-            if not -(1 << 63) <= value < 1 << 63:
-                raise OverflowError(f"{self._name}: {value} does not fit 64 bits")
-            self._check(lib.NSetAsInteger(handle, value))
-        elif isinstance(value, float):
-            self._check(lib.NSetAsFloat(handle, value))
-        elif isinstance(value, str):
-            self._check(lib.NSetAsString(handle, encoded(value)))
-        else:
-            raise TypeError(f"{self._name}: a value is bool, int, float or str, not {type(value).__name__}")
+        @property
+        def value(self):
+            """The value in the Python type that fits; a class of features says which. Numbers of any package are taken,
+            and for a register bytes."""
+            return self.text
+
+        @value.setter
+        def value(self, value):
+            self._write(value)
 
     @property
     def text(self) -> str:
         """The value as text: integers in decimal, floats with six digits, an entry's name."""
-        return self._text(lambda to, size: lib.NGetAsString(self._handle.raw, to, size))
+        return self._text(lambda to, size: lib.NGetAsString(self._raw, to, size))
 
     @property
     def number(self) -> int:
         """The value as integer: of an enumeration the number of its entry."""
-        return self._number(lib.NGetAsInteger, c_int64)
+        return int(self._number(lib.NGetAsInteger, c_int64))
 
     def execute(self) -> None:
-        """Executes a command; `value` tells whether it is done."""
-        self._check(lib.NSetAsBoolean(self._handle.raw, True))
+        """Executes a command; `value` tells whether it is done. Refused by everything else."""
+        raise Error(Code.NOT_SUPPORTED, f"{self._name} is not a command", self._name)
+
+    def _write(self, value: Any) -> None:
+        value = plain(value, self._name)
+        if isinstance(value, bool):
+            self._check(lib.NSetAsBoolean(self._raw, value))
+        elif isinstance(value, int):
+            self._check(lib.NSetAsInteger(self._raw, fitting(value, self._name)))
+        elif isinstance(value, float):
+            if self._type is NodeType.Integer:
+                whole(value, self._name)
+            self._check(lib.NSetAsFloat(self._raw, value))
+        elif isinstance(value, str):
+            self._check(lib.NSetAsString(self._raw, encoded(value)))
+        elif self._type is NodeType.Register:
+            self._check(lib.NSetAsString(self._raw, b"0x" + value.hex().encode()))
+        else:
+            raise TypeError(f"{self._name}: only a register takes bytes")
 
     # ---- information ----
 
@@ -251,17 +279,17 @@ class Node:
 
     def read_memory(self, address: int, length: int) -> bytes:
         buffer = ctypes.create_string_buffer(length)
-        self._check(lib.NGetAsMemory(self._handle.raw, address, buffer, length))
+        self._check(lib.NGetAsMemory(self._raw, address, buffer, length))
         return buffer.raw
 
     def write_memory(self, address: int, data: bytes) -> None:
-        self._check(lib.NSetAsMemory(self._handle.raw, address, bytes(data), len(data)))
+        self._check(lib.NSetAsMemory(self._raw, address, bytes(data), len(data)))
 
     # ---- changes ----
 
     def invalidate(self) -> None:
         """Forgets cached values of the node and of all that depends on it."""
-        self._check(lib.NInvalidate(self._handle.raw))
+        self._check(lib.NInvalidate(self._raw))
 
     @property
     def verify_mode(self) -> VerifyMode:
@@ -269,7 +297,7 @@ class Node:
 
     @verify_mode.setter
     def verify_mode(self, mode: VerifyMode) -> None:
-        self._check(lib.NSetVerifyMode(self._handle.raw, mode))
+        self._check(lib.NSetVerifyMode(self._raw, mode))
 
     def on_update(self, callback: Callable[[Node], None]) -> Updates:
         """Calls `callback` with this node after each of its changes, on the thread that made it, while the result lives:
@@ -279,20 +307,38 @@ class Node:
 
     def __repr__(self) -> str:
         try:
-            access = self.access
-            parts = [f"{self._name} = {self._shown()}" if self.readable and self._has_value() else self._name]
-            if self._type in (NodeType.Integer, NodeType.Float) and access > Access.NotAvailable:
-                step = self.increment if self._type is NodeType.Integer else None
-                low, high = self.min, self.max
-                if low not in _LOWEST or high not in _HIGHEST:
-                    parts.append(f"{low} .. {high}" + (f" step {step}" if step not in (None, 1) else ""))
-            elif self._type is NodeType.Enumeration and access > Access.NotAvailable:
-                parts.append("|".join(self.entries))
-            elif not self._has_value():
-                parts.append(self._type.name)
-            return f"<{', '.join(parts + [access.name])}>"
+            shown = f"{self._name} = {self._shown()}" if self.readable and self._has_value() else self._name
+            choice = self._choice() if self._has_value() else self._type.name
+            return f"<{', '.join(part for part in (shown, choice, self.access.name) if part)}>"
         except Error as error:
             return f"<{self._name}, {error.text}>"
+
+    def _repr_html_(self) -> str:
+        """What a notebook shows."""
+        rows = [("type", self._type.name)]
+        try:
+            rows.append(("access", self.access.name))
+            if self.readable and self._has_value():
+                rows.insert(0, ("value", self._shown()))
+            rows.append(("entries" if self._type is NodeType.Enumeration else "range", self._choice()))
+            rows.append(("about", self.description or self.tool_tip))
+        except Error as error:
+            rows.append(("error", error.text))
+        return table(self._name, rows)
+
+    def _choice(self) -> str:
+        """What the value can be, in short: a range or entries."""
+        if self.access <= Access.NotAvailable:
+            return ""
+        if self._type is NodeType.Enumeration:
+            return "|".join(self.entries)
+        if self._type not in (NodeType.Integer, NodeType.Float):
+            return ""
+        step = self.increment if self._type is NodeType.Integer else None
+        low, high = self.min, self.max
+        if low in _LOWEST and high in _HIGHEST:
+            return ""
+        return f"{low} .. {high}" + (f" step {step}" if step not in (None, 1) else "")
 
     def __dir__(self) -> list[str]:
         return [name for name in super().__dir__() if not name.startswith("_")]
@@ -309,33 +355,26 @@ class Node:
 
     def _number(self, call: Any, kind: Any, *item: int) -> Any:
         number = kind()
-        self._check(call(self._handle.raw, *item, byref(number)))
+        self._check(call(self._raw, *item, byref(number)))
         return number.value
 
-    def _text(self, call: Callable[[Any, Any], int]) -> str:
+    def _text(self, call: Callable[[Any, Any], Any]) -> str:
         return read_text(call, self._name)
 
     def _info_text(self, item: int) -> str:
-        return self._text(lambda to, size: lib.NInfoAsString(self._handle.raw, item, to, size))
+        return self._text(lambda to, size: lib.NInfoAsString(self._raw, item, to, size))
 
     def _info_integer(self, item: int) -> int:
-        return self._number(lib.NInfoAsInteger, c_int64, item)
+        return int(self._number(lib.NInfoAsInteger, c_int64, item))
 
     def _limit(self, item: int) -> Union[int, float]:
         if self._type is NodeType.Float:
-            return self._number(lib.NInfoAsFloat, c_double, item)
+            return float(self._number(lib.NInfoAsFloat, c_double, item))
         return self._info_integer(item)
-
-    def _register(self) -> bytes:
-        length = c_int64()
-        self._check(lib.NGetAsRegisterData(self._handle.raw, None, byref(length)))
-        buffer = ctypes.create_string_buffer(length.value)
-        self._check(lib.NGetAsRegisterData(self._handle.raw, buffer, byref(length)))
-        return buffer.raw
 
     def _list(self, relation: int) -> list[Node]:
         return [
-            self._map[self._text(lambda to, size: lib.NList(self._handle.raw, relation, index, to, size))]
+            self._home.node(self._text(lambda to, size: lib.NList(self._raw, relation, index, to, size)))
             for index in range(self._number(lib.NListCount, c_int64, relation))
         ]
 
@@ -345,15 +384,24 @@ class Updates:
 
     def __init__(self, node: Node, callback: Callable[[Node], None]) -> None:
         self._node: Optional[Node] = None
-        self._call = NodeUpdate(lambda handle, private: callback(node))
+
+        def call(handle: Any, private: Any) -> None:
+            try:
+                callback(node)
+            except Exception:
+                raise  # Python reports it as ignored, for the change has happened already
+            except BaseException as error:
+                keep_exception(error)
+
+        self._call = NodeUpdate(call)
         self._registration = c_void_p()
-        check(lib.NRegisterUpdate(node._handle.raw, self._call, None, byref(self._registration)), node.name)
+        check(lib.NRegisterUpdate(node._raw, self._call, None, byref(self._registration)), node.name)
         self._node = node
 
     def close(self) -> None:
         node, self._node = self._node, None
-        if node is not None and node._handle.raw:
-            lib.NDeregisterUpdate(node._handle.raw, self._registration)
+        if node is not None:
+            lib.NDeregisterUpdate(node._raw, self._registration)
 
     def __enter__(self) -> Updates:
         return self

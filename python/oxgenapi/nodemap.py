@@ -6,11 +6,13 @@ import ctypes
 import difflib
 import os
 from ctypes import byref, c_size_t, c_uint32, c_void_p
-from typing import Any, Callable, Iterable, Iterator, Optional, Protocol, Sequence, Union
+from typing import Any, Callable, Iterable, Iterator, Optional, Protocol, Sequence, TypeVar, Union
 
+from . import _html
 from ._library import (ChunkData, Code, Error, EventData, EventDataEx, Handle, PortAccess, ReadMem, SettingsCallback,
                        WriteMem, check, encoded, keep_exception, last_error_of, lib, read_text)
-from .node import Access, Node
+from .features import Category
+from .node import Access, Home, Node
 
 Path = Union[str, "os.PathLike[str]"]
 Chunk = tuple[int, int, int]  # ID, offset and length in bytes
@@ -25,57 +27,73 @@ class Registers(Protocol):
     def write(self, address: int, data: bytes) -> None: ...
 
 
+Map = TypeVar("Map", bound="NodeMap")
+
+
 class NodeMap:
-    """The features of one device, as attributes: cam.Width, or cam["Width"] for a name that is no identifier."""
+    """The features of one device, as attributes: cam.Width, or cam["Width"] for a name that is no identifier. A feature
+    that was asked for as an attribute is remembered until the next load."""
 
     def __init__(self) -> None:
         raw = c_void_p()
         check(lib.CreateNodeMap(byref(raw)))
-        self._handle = Handle(raw.value)
-        self._ports: dict[str, Any] = {}  # callbacks in use, and what they call
+        self._home = Home(Handle(raw.value))
+        self._names: Optional[list[str]] = None  # of the features, once asked for
 
     @classmethod
-    def of(cls, device: Any) -> NodeMap:
+    def of(cls: type[Map], device: Any) -> Map:
         """The node map of a device that has `description` (XML text) besides read and write."""
         map = cls()
         map.load_text(device.description)
         map.connect(device)
         return map
 
+    @property
+    def _handle(self) -> Handle:
+        return self._home.handle
+
     # ---- description and ports ----
 
     def load_file(self, path: Path) -> None:
         """Loads a description, XML or zip, in place of the one before; ports are connected anew afterwards."""
         check(lib.NMLoadXMLFile(self._handle.raw, encoded(path)), os.fspath(path))
-        self._ports.clear()
+        self._forget()
 
     def load_text(self, xml: str) -> None:
         check(lib.NMLoadXMLString(self._handle.raw, encoded(xml)))
-        self._ports.clear()
+        self._forget()
+
+    def _forget(self) -> None:
+        """Nodes of the earlier description belong to that one; so do its ports, whose nodes keep them."""
+        self._home = Home(self._handle)
+        self._names = None
+        for name in [name for name in self.__dict__ if not name.startswith("_")]:
+            del self.__dict__[name]
 
     def connect(self, registers: Registers, port: str = "Device") -> None:
         """Register accesses through the named port go to `registers`, on the thread that uses a feature."""
         native = getattr(registers, "_native_port", None)
         *callbacks, keeper = native() if native else _python_port(registers)
         check(lib.NMConnectPortEx(self._handle.raw, *callbacks, encoded(port)), port)
-        self._ports[port] = (callbacks, keeper)
+        self._home.ports[port] = (callbacks, keeper)
 
     # ---- nodes ----
 
-    def __getitem__(self, name: str) -> Node:
-        raw = c_void_p()
-        check(lib.NMGetNode(self._handle.raw, encoded(name), byref(raw)), name)
-        return Node(self, Handle(raw.value), name)
+    def __getitem__(self, name: str) -> Any:
+        if not isinstance(name, str):
+            raise TypeError(f"a feature's name is a str, not {type(name).__name__}")
+        return self._home.node(name)
 
-    def __getattr__(self, name: str) -> Node:
+    def __getattr__(self, name: str) -> Any:
         if name.startswith("_"):
             raise AttributeError(name)
         try:
-            return self[name]
+            node = self.__dict__[name] = self[name]  # found without this function from now on
+            return node
         except Error as error:
             if error.code != Code.NOT_PRESENT:
                 raise
-            near = difflib.get_close_matches(name, self.node_names(), 3)
+            near = difflib.get_close_matches(name, self.feature_names(), 3)
             hint = f"; did you mean {' or '.join(near)}?" if near else ""
             raise AttributeError(f"no feature {name}{hint}") from None
 
@@ -86,13 +104,29 @@ class NodeMap:
 
     def __contains__(self, name: str) -> bool:
         raw = c_void_p()
-        found = lib.NMGetNode(self._handle.raw, encoded(name), byref(raw)) == 0
+        found: bool = lib.NMGetNode(self._handle.raw, encoded(name), byref(raw)) == 0
         Handle(raw.value).close()
         return found
 
+    def __iter__(self) -> Iterator[Any]:
+        return self.features()
+
     def __dir__(self) -> list[str]:
         own = [name for name in super().__dir__() if not name.startswith("_")]
-        return own + [name for name in self.node_names() if name.isidentifier()]
+        return own + [name for name in self.feature_names() if name.isidentifier()]
+
+    def _ipython_key_completions_(self) -> list[str]:
+        """What completes cam["Wid in IPython."""
+        return self.feature_names()
+
+    def feature_names(self) -> list[str]:
+        """The names of all features: what categories hold."""
+        if self._names is None:
+            try:
+                self._names = list(dict.fromkeys(node.name for node in self.features()))
+            except Error:
+                return []  # nothing is loaded, or it has no categories
+        return list(self._names)
 
     def node_names(self) -> list[str]:
         """The names of all nodes, in description order."""
@@ -101,13 +135,16 @@ class NodeMap:
         return [read_text(lambda to, size: lib.NMListNode(self._handle.raw, index, to, size))
                 for index in range(count.value)]
 
-    def features(self, category: str = "Root") -> Iterator[Node]:
+    def features(self, category: str = "Root") -> Iterator[Any]:
         """The features of a category, those of its sub-categories included."""
-        for node in self[category].children:
-            if node.type.name == "Category":
-                yield from self.features(node.name)
-            else:
+        return self._below(self[category], [category])
+
+    def _below(self, category: Node, path: list[str]) -> Iterator[Any]:
+        for node in category.children:
+            if not isinstance(node, Category):
                 yield node
+            elif node.name not in path:  # a category may hold itself
+                yield from self._below(node, path + [node.name])
 
     @property
     def vendor(self) -> str:
@@ -129,6 +166,21 @@ class NodeMap:
             return f"<NodeMap {self.vendor} {self.model}>"
         except Error as error:
             return f"<NodeMap, {error.text}>"
+
+    def _repr_html_(self) -> str:
+        """What a notebook shows: the tree of features, without their values."""
+
+        def items(category: Node, path: list[str]) -> Iterator[str]:
+            for node in category.children:
+                if not isinstance(node, Category):
+                    yield _html.leaf(node.name, node.type.name, node.tool_tip)
+                elif node.name not in path:
+                    yield _html.branch(node.display_name, items(node, path + [node.name]))
+
+        try:
+            return _html.tree(f"{self.vendor} {self.model}", items(self["Root"], ["Root"]))
+        except Error as error:
+            return _html.tree(error.text, [])
 
     # ---- events and chunks ----
 
@@ -212,12 +264,13 @@ class NodeMap:
         check(lib.NMCreateStream(self._handle.raw, 0, byref(raw)))
         stream = Handle(raw.value)
         for node in nodes:
-            check(lib.NMStreamPush(stream.raw, node._handle.raw), node.name)
+            check(lib.NMStreamPush(stream.raw, node._raw), node.name)
         return read_text(lambda to, size: lib.NMStreamDump(stream.raw, to, size))
 
     def close(self) -> None:
         """Gives the node map back. Nodes made from it keep it alive until they go."""
         self._handle.close()
+        self._forget()
 
     def __enter__(self) -> NodeMap:
         return self
@@ -248,6 +301,9 @@ def _python_port(registers: Registers) -> tuple[Any, Any, Any, None, Any]:
         try:
             return int(getattr(registers, "access", Access.ReadWrite))
         except Exception:
+            return _NOT_AVAILABLE
+        except BaseException as error:
+            keep_exception(error)
             return _NOT_AVAILABLE
 
     return ReadMem(read), WriteMem(write), PortAccess(access), None, registers

@@ -75,12 +75,12 @@ class SimulatedCamera:
     def _camera(self) -> int:
         if self._open is None:
             raise ValueError("the camera is closed")
-        return self._open.raw
+        return int(self._open.raw)
 
     @property
     def description(self) -> str:
         """The description, XML, that fits the firmware now running."""
-        return self._lib.OxSimulatedCameraDescription(self._camera).decode()
+        return str(self._lib.OxSimulatedCameraDescription(self._camera), "utf-8")
 
     def read(self, address: int, length: int) -> bytes:
         buffer = ctypes.create_string_buffer(length)
