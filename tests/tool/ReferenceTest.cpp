@@ -8,12 +8,18 @@ using testing::Not;
 class Reference : public ToolTest {};
 
 TEST_F(Reference, PageCarriesEveryNodeAndCannotBeBrokenByATooltip) {
-  const std::string xml = describe("<pFeature>Mode</pFeature>",
+  const std::string xml = describe("<pFeature>Mode</pFeature><pFeature>Level</pFeature>",
                                    "<Enumeration Name='Mode'><ToolTip>&lt;/script>&lt;!--</ToolTip>"
-                                   "<EnumEntry Name='On'><Value>7</Value></EnumEntry><pValue>Reg</pValue></Enumeration>"
+                                   "<EnumEntry Name='On'><pIsAvailable>High</pIsAvailable><Value>7</Value></EnumEntry>"
+                                   "<pValue>Reg</pValue></Enumeration>"
+                                   "<IntSwissKnife Name='High'><pVariable Name='L'>LevelReg</pVariable>"
+                                   "<Formula>L &gt; 3</Formula></IntSwissKnife>"
+                                   "<Integer Name='Level'><pValue>LevelReg</pValue></Integer>"
+                                   "<IntReg Name='LevelReg'><Address>0x20</Address><Length>4</Length>"
+                                   "<AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
                                    "<IntReg Name='Reg'><Address>0x10</Address><Length>4</Length>"
                                    "<AccessMode>RO</AccessMode><pPort>Device</pPort></IntReg><Port Name='Device'/>");
-  ASSERT_EQ(run({"doc", xml, "-o", path("page.html")}).status, 0);
+  ASSERT_EQ(run({"--xml", xml, "doc", "-o", path("page.html")}).status, 0);
   const std::string page = read("page.html");
   const std::string open = "<script type=\"application/json\" id=\"reference\">";
   const size_t start = page.find(open) + open.size();
@@ -22,9 +28,9 @@ TEST_F(Reference, PageCarriesEveryNodeAndCannotBeBrokenByATooltip) {
   const auto& mode = reference.at("nodes").at("Mode");
   EXPECT_EQ(mode.at("toolTip"), "</script><!--");
   EXPECT_EQ(mode.at("access"), "RO");
-  EXPECT_EQ(mode.at("entries"), nlohmann::json::parse(R"([["On", "7", ""]])"));
+  EXPECT_EQ(mode.at("entries"), nlohmann::json::parse(R"([["On", "7", "", ["Level"]]])"));
   EXPECT_EQ(mode.at("links")[0], nlohmann::json::parse(R"(["pValue", "Reg"])"));
-  EXPECT_EQ(reference.at("nodes").at("Root").at("features"), nlohmann::json::parse(R"(["Mode"])"));
+  EXPECT_EQ(reference.at("nodes").at("Root").at("features"), nlohmann::json::parse(R"(["Mode", "Level"])"));
   EXPECT_EQ(run({"doc", write("no.xml", "text"), "-o", path("no.html")}).status, 1);
   EXPECT_FALSE(std::filesystem::exists(path("no.html")));
 }

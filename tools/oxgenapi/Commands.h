@@ -37,6 +37,7 @@ void addReport(CLI::App& app, Action& chosen);
 void addCompletion(CLI::App& app, Action& chosen);
 void addCameras(CLI::App& app, Action& chosen);
 void addHelp(CLI::App& app, Action& chosen);
+void addStubs(CLI::App& app, Action& chosen);
 void addXml(CLI::App& app, Action& chosen);
 
 }  // namespace tool

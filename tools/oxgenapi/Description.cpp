@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "Session.h"
+
 namespace tool {
 namespace {
 
@@ -32,6 +34,10 @@ Description loadDescriptionFile(const std::string& path) {
 
 Description loadDescriptionBytes(std::string_view bytes) {
   return Description(CNodeMapFactory(ContentType_Auto, bytes.data(), bytes.size()).CreateNodeMap());
+}
+
+Description loadDescription(Session& session, const std::string& path) {
+  return path.empty() ? loadDescriptionBytes(session.device().description()) : loadDescriptionFile(path);
 }
 
 std::string propertyText(INode& node, const char* name) {

@@ -20,9 +20,13 @@ struct EndNodeMap {
 };
 using Description = std::unique_ptr<GENAPI_NAMESPACE::INodeMap, EndNodeMap>;
 
-// Both load XML or a zip archive with it. Throw GENICAM_NAMESPACE::GenericException for one that does not load.
+class Session;
+
+// All load XML or a zip archive with it: from a file, from memory, from a file or, if its name is empty, the device.
+// Throw GENICAM_NAMESPACE::GenericException for one that does not load.
 Description loadDescriptionFile(const std::string& path);
 Description loadDescriptionBytes(std::string_view bytes);
+Description loadDescription(Session& session, const std::string& path);
 
 // The value of a property, several values separated by tabs; empty when the node has none of that name.
 std::string propertyText(GENAPI_NAMESPACE::INode& node, const char* name);

@@ -5,6 +5,7 @@
 
 #include "Checks.h"
 #include "Commands.h"
+#include "Description.h"
 #include "FeatureReference.h"
 #include "FileReplacement.h"
 
@@ -46,7 +47,7 @@ void run(Session& session, const DocOptions& options) {
   std::string text;
   size_t nodes = 0;
   try {
-    const Json reference = featureReference(options.description);
+    const Json reference = featureReference(*loadDescription(session, options.description));
     nodes = reference.at("nodes").size();
     text = page(reference);
   } catch (const GENICAM_NAMESPACE::GenericException& error) {
@@ -67,12 +68,12 @@ void run(Session& session, const DocOptions& options) {
 void addDoc(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<DocOptions>();
   CLI::App* command = app.add_subcommand("doc", "Write a page to browse a description's features, for any browser");
-  command->add_option("description", options->description, "Description, XML or zip")
-      ->required()
+  command->add_option("description", options->description, "Description, XML or zip (default: the device's)")
       ->type_name("FILE")
       ->check(existingFile());
   command->add_option("-o,--output", options->page, "The page; it needs no other file")->required()->type_name("FILE");
-  command->footer("Example:\n  oxgenapi doc camera.xml -o camera.html");
+  command->footer(
+      "Example:\n  oxgenapi doc camera.xml -o camera.html\n  oxgenapi --camera 192.168.0.20 doc -o camera.html");
   command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
 }
 

@@ -28,7 +28,7 @@ struct EventsOptions {
   std::vector<std::string> payload;
 };
 
-void list(Session& session) {
+void listEvents(Session& session) {
   const auto events = eventIndex(session);
   if (session.output().json()) {
     Json document = Json::object();
@@ -149,7 +149,7 @@ void addEvents(CLI::App& app, Action& chosen) {
   });
   CLI::App* all = events->add_subcommand("list", "Show each event's ID and name, and the features that it fills");
   all->footer("Example:\n  oxgenapi events list");
-  all->callback([&chosen] { chosen = list; });
+  all->callback([&chosen] { chosen = listEvents; });
   CLI::App* one = events->add_subcommand("deliver", "Deliver a message given here");
   one->add_option("id", options->id, "Event ID, hexadecimal digits")->required()->type_name("ID");
   one->add_option("payload", options->payload, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");

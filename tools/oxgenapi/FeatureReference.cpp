@@ -4,6 +4,7 @@
 #include <GenApi/IEnumeration.h>
 #include <GenApi/ISelector.h>
 
+#include "Dependents.h"
 #include "Description.h"
 
 namespace tool {
@@ -95,7 +96,18 @@ void addSelectors(Json& json, INode& node) {
   }
 }
 
-void addEntries(Json& json, INode& node) {
+// The features that decide whether an entry can be chosen.
+std::vector<std::string> decidersOf(INode& entry, const Deciders& deciders, const std::string& enumeration) {
+  std::vector<std::string> conditions;
+  for (const Link& link : linksOf(entry)) {
+    if (link.element == "pIsAvailable" || link.element == "pIsImplemented") {
+      conditions.push_back(link.target);
+    }
+  }
+  return conditions.empty() ? conditions : deciders.of(conditions, enumeration);
+}
+
+void addEntries(Json& json, INode& node, const Deciders& deciders) {
   auto* enumeration = dynamic_cast<IEnumeration*>(&node);
   if (enumeration == nullptr) {
     return;
@@ -104,8 +116,9 @@ void addEntries(Json& json, INode& node) {
   enumeration->GetEntries(entries);
   json["entries"] = Json::array();
   for (INode* entry : entries) {
-    json["entries"].push_back(Json::array({textOf(dynamic_cast<IEnumEntry&>(*entry).GetSymbolic()),
-                                           propertyText(*entry, "Value"), textOf(entry->GetToolTip())}));
+    json["entries"].push_back(
+        Json::array({textOf(dynamic_cast<IEnumEntry&>(*entry).GetSymbolic()), propertyText(*entry, "Value"),
+                     textOf(entry->GetToolTip()), decidersOf(*entry, deciders, textOf(node.GetName()))}));
   }
 }
 
@@ -117,7 +130,7 @@ void addLimits(Json& json, INode& node) {
   }
 }
 
-Json describe(INodeMap& map, INode& node) {
+Json describe(INodeMap& map, INode& node, const Deciders& deciders) {
   Json json{{"type", propertyText(node, "NodeType")}, {"kind", kindOf(node)}};
   const std::string name = textOf(node.GetName());
   if (std::string display = textOf(node.GetDisplayName()); display != name) {
@@ -141,7 +154,7 @@ Json describe(INodeMap& map, INode& node) {
   if (node.IsStreamable()) {
     json["streamable"] = true;
   }
-  addEntries(json, node);
+  addEntries(json, node, deciders);
   addSelectors(json, node);
   Json links = Json::array();
   for (const Link& link : linksOf(node)) {
@@ -159,16 +172,16 @@ Json describe(INodeMap& map, INode& node) {
 
 }  // namespace
 
-Json featureReference(const std::string& path) {
-  const Description map = loadDescriptionFile(path);
-  auto& device = dynamic_cast<IDeviceInfo&>(*map);
+Json featureReference(INodeMap& map) {
+  auto& device = dynamic_cast<IDeviceInfo&>(map);
+  const Deciders deciders(map);
   Version_t version{};
   device.GetDeviceVersion(version);
   Json nodes = Json::object();
   NodeList_t all;
-  map->GetNodes(all);
+  map.GetNodes(all);
   for (INode* node : all) {
-    nodes[textOf(node->GetName())] = describe(*map, *node);
+    nodes[textOf(node->GetName())] = describe(map, *node, deciders);
   }
   return {{"vendor", textOf(device.GetVendorName())},
           {"model", textOf(device.GetModelName())},

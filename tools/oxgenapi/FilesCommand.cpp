@@ -62,7 +62,7 @@ int64_t accessOfSelected(const NodeMap& map) {
   return reads ? (writes ? AM_ReadWrite : AM_ReadOnly) : (writes ? AM_WriteOnly : AM_NotAvailable);
 }
 
-void list(Session& session) {
+void listFiles(Session& session) {
   const NodeMap& map = session.map();
   const Node selector = map.node("FileSelector");
   const std::string selected = selector.text();
@@ -185,7 +185,7 @@ void addFiles(CLI::App& app, Action& chosen) {
     return command;
   };
   CLI::App* all = files->add_subcommand("list", "List the device's files, their sizes and what they can be opened for");
-  all->callback([&chosen] { chosen = list; });
+  all->callback([&chosen] { chosen = listFiles; });
   all->footer("Example:\n  oxgenapi files list --json");
   add("get", "Copy a device file to a file here", "get UserFile1 settings.bin", get)
       ->add_option("file", options->file, "File to write; -: standard output")

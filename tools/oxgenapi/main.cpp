@@ -78,7 +78,7 @@ void addCommands(CLI::App& app, tool::Action& chosen) {
       {"What the device holds and sends",
        {tool::addFiles, tool::addFirmware, tool::addGuf, tool::addEvents, tool::addChunks}},
       {"Registers", {tool::addPeek, tool::addPoke, tool::addRegister}},
-      {"Descriptions", {tool::addXml, tool::addNodes, tool::addLint, tool::addDoc}},
+      {"Descriptions", {tool::addXml, tool::addNodes, tool::addLint, tool::addDoc, tool::addStubs}},
       {"Also", {tool::addCameras, tool::addReport, tool::addCompletion, tool::addHelp}}};
   for (const auto& [title, commands] : groups) {
     for (const Add add : commands) {
