@@ -19,11 +19,17 @@ ox_package_documents(runtime liboxgenapi${PROJECT_VERSION_MAJOR})
 ox_package_documents(development liboxgenapi-dev)
 ox_package_documents(tool oxgenapi)
 ox_package_documents(python python3-oxgenapi)
-# Everything that packages hold, without the tests.
-add_custom_target(packaged DEPENDS oxgenapi OxSimulatedCamera OxCameraUpdate)
+# The tool with all that it drives, and everything that packages hold; without the tests.
+add_custom_target(demonstrated DEPENDS oxgenapi OxCameraUpdate)
+add_custom_target(packaged DEPENDS demonstrated OxSimulatedCamera)
 if(TARGET OxTransportAravis)
   ox_package_documents(transport oxgenapi-transport-aravis)
-  add_dependencies(packaged OxTransportAravis)
+  add_dependencies(demonstrated OxTransportAravis)
+endif()
+
+if(TARGET site)
+  ox_package_documents(documentation liboxgenapi-doc)
+  add_dependencies(packaged site)
 endif()
 
 set(CPACK_PACKAGE_NAME oxgenapi)
@@ -34,6 +40,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development tool python)
 if(TARGET OxTransportAravis)
   list(APPEND CPACK_COMPONENTS_ALL transport)
+endif()
+if(TARGET site)
+  list(APPEND CPACK_COMPONENTS_ALL documentation)
 endif()
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "features of GenICam cameras, shared libraries
 A node map is made from a camera's XML description and connected to its
@@ -52,6 +61,10 @@ aravis.")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "features of GenICam cameras, Python package
 The features of a camera as Python objects, over the shared library
 libOxGenApi.")
+
+set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION "features of GenICam cameras, documentation
+Guides and the reference of the C, C++ and Python interface and of the
+command line tool, as one site with a search.")
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -83,4 +96,8 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), liboxgenapi${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "oxgenapi")
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME liboxgenapi-doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
 include(CPack)

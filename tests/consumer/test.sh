@@ -46,7 +46,11 @@ read -ra flags <<<"$(pkg-config --cflags --libs oxgenapi)"
 cc -std=c11 "$here/consumer.c" "${flags[@]}" -lOxSimulatedCamera "-Wl,-rpath,$libraries" -o "$work/with-pkg-config"
 expect "$work/with-pkg-config"
 
-# Python: from its Debian package, and from a virtual environment. Debian's own, which the package is for.
+# What README.md and the quick start show in C compiles with the line that stands below it.
+"$here/shown_programs.py" "$here/../../README.md" "$here/../../docs/quick-start.md" "$work/shown" "$libraries" ||
+  fail "a program shown in the documents"
+
+# Python: from its Debian package, and from a wheel that carries the libraries, in a virtual environment. Debian's own, which the package is for.
 python=/usr/bin/python3
 program="import oxgenapi
 with oxgenapi.SimulatedCamera() as device, oxgenapi.NodeMap.of(device) as cam:
@@ -54,7 +58,8 @@ with oxgenapi.SimulatedCamera() as device, oxgenapi.NodeMap.of(device) as cam:
     print('Width =', cam.Width.value)"
 export LD_LIBRARY_PATH=$libraries
 PYTHONPATH=$root/usr/lib/python3/dist-packages expect $python -B -c "$program"
+unset LD_LIBRARY_PATH
 cp -r "$here/../../python" "$work/python"
 $python -m venv --system-site-packages --without-pip "$work/venv"
-"$work/venv/bin/python" -m pip install --quiet --no-build-isolation --no-index "$work/python"
+OXGENAPI_WHEEL_LIBRARIES=$libraries "$work/venv/bin/python" -m pip install --quiet --no-build-isolation --no-index "$work/python"
 expect "$work/venv/bin/python" -I -c "$program"

@@ -5,7 +5,8 @@ A block of c or cpp with a main function is a program; any other stands for the 
 map connected to the simulated camera `camera`), in C++ and Python `camera` or `cam` is that node map and `device` the
 simulated camera. A block of sh finds the tool `oxgenapi`; one of xml must be well-formed. All run in one empty folder per document that holds the
 description, camera.xml. A block of text right behind is what the one before prints; "..." in it stands for anything.
-Also checks that links between documents lead somewhere and that docs/errors.md explains every result code.
+Also checks that links between documents lead somewhere, that programs shown are those of examples/ where a comment says
+so, and that docs/errors.md explains every result code.
 
 usage: run.py SOURCE_DIRECTORY BUILD_DIRECTORY"""
 
@@ -22,6 +23,8 @@ INCLUDES = ["include", "platform/base/include", "camera/transports/simulated/lib
 FLAGS = {"c": ["cc", "-x", "c", "-std=c11", "-I" + str(SOURCE / "examples/c")],
          "cpp": ["c++", "-x", "c++", "-std=c++17", "-I" + str(SOURCE / "examples/cpp")]}
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$(?:\n+```text\n(.*?)^```$)?", re.M | re.S)
+SAME = re.compile(r"^<!-- the same as (\S+) -->\n```\w+\n(.*?)^```$", re.M | re.S)
+MADE = {"tree.svg", "dependencies.svg", "camera.html", "tool-reference.md", "python-reference.md"}  # by docs/site.py
 PROGRAM = re.compile(r"\bint main\(")
 
 C_FRAME = """%s
@@ -116,8 +119,14 @@ def run(block, folder, program):
 def check_links(document, text):
     text = re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S)
     for target in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", text):
-        if not (document.parent / target).exists():
+        if target not in MADE and not (document.parent / target).exists():
             yield f"{document.relative_to(SOURCE)}: link to {target}, which is not there"
+
+
+def check_copies(document, text):
+    for file, code in SAME.findall(text):
+        if (SOURCE / file).read_text() != code:
+            yield f"{document.relative_to(SOURCE)}: the program is not {file}"
 
 
 def check_codes():
@@ -136,6 +145,7 @@ def main():
     failures, count = list(check_codes()), 0
     for document in [SOURCE / "README.md", *sorted((SOURCE / "docs").glob("*.md"))]:
         failures += check_links(document, document.read_text())
+        failures += check_copies(document, document.read_text())
         with tempfile.TemporaryDirectory() as work:
             folder = Path(work, "run")
             folder.mkdir()
