@@ -68,6 +68,32 @@ TEST_F(Chunks, BadBuffersAreRefusedBeforeTheStateIsLookedAt) {
   }
 }
 
+TEST_F(Chunks, WhatWasReadGoesWithTheChunkAndWithTheDescription) {
+  const std::string nodes =
+      "<Port Name='Plain'><ChunkID>1A</ChunkID></Port><Port Name='Copied'><ChunkID>1B</ChunkID>"
+      "<CacheChunkData>Yes</CacheChunkData></Port>" +
+      portRegister("Head", "Plain") + portRegister("Kept", "Copied");
+  device.load(description(nodes));
+  ASSERT_OK(attach("1a", 0, 8));
+  ASSERT_OK(attach("1b", 8, 4));
+  EXPECT_EQ(value("Head"), 10);
+  EXPECT_EQ(value("Kept"), 30);
+  for (const int64_t length : {int64_t{-1}, INT64_MIN}) {
+    EXPECT_EQ(attach("1a", 1, length), OXGENAPI_E_UNSPECIFIED);
+    EXPECT_EQ(value("Head"), 10) << "the former chunk stays";
+  }
+  const NODE old = device.node("Head");
+  ASSERT_OK(NMDetachAllChunks(device.map));
+  EXPECT_EQ(value("Head"), -1) << "read before, but the buffer is the caller's again";
+  EXPECT_EQ(value("Kept"), 30) << "copied";
+  ASSERT_OK(attach("1a", 0, 8));
+  device.load(description(nodes));
+  int64_t stale = -1;
+  EXPECT_NE(NGetAsInteger(old, &stale), 0u) << "a node of the former description finds no chunk";
+  EXPECT_OK(NMUpdateChunks(device.map, bytes())) << "nothing is attached, nothing moves";
+  for (const char* name : {"Head", "Kept"}) EXPECT_EQ(value(name), -1) << name;
+}
+
 TEST_F(Chunks, ANullIdFailsOnlyWhereThereArePorts) {
   EXPECT_FAILS(attach(nullptr), OXGENAPI_E_UNSPECIFIED, "Unspecified error");
   const TChunkDataExW wide{nullptr, bytes(), 0, 4};
@@ -119,8 +145,9 @@ TEST_F(Events, AMessageReachesTheNodesWithItsId) {
   const TEventDataExW wide{L"9001", payload, 4};
   EXPECT_OK(NMDeliverEventExW(device.map, &wide));
   EXPECT_EQ(value("OtherValue"), 8);
-  const TEventData nobody{0x77, payload, 4};
+  const TEventData nobody{0x77, payload, 4}, cut{0x1234, payload, 0x100000004};
   EXPECT_OK(NMDeliverEvent(device.map, &nobody));
+  EXPECT_OK(NMDeliverEvent(device.map, &cut)) << "with the low 32 bits of its size";
 }
 
 TEST_F(Events, BadMessagesAreRefused) {
@@ -130,6 +157,10 @@ TEST_F(Events, BadMessagesAreRefused) {
     EXPECT_FAILS(NMDeliverEvent(empty.map, bad), OXGENAPI_E_INVALID_ARGUMENT, "Event data buffer invalid");
   }
   EXPECT_FAILS(NMDeliverEvent(empty.map, &good), OXGENAPI_E_INVALID_STATE, "No NodeMap object available");
+  for (const char* id : {"0x1234", static_cast<const char*>(nullptr)}) {
+    const TEventDataEx named{id, payload, 4};
+    EXPECT_EQ(NMDeliverEventEx(device.map, &named), OXGENAPI_E_UNSPECIFIED);
+  }
 }
 
 TEST_F(Events, ACallbackMayLoadAnewWhileItsEventIsDelivered) {

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -92,16 +93,24 @@ inline std::string integerRegister(const std::string& name, int address, const s
   return registerNode("IntReg", name, address, 4, more + "<Sign>Signed</Sign><Endianess>LittleEndian</Endianess>");
 }
 
+template <class Handle>
+void release(Handle handle) {
+  OxIfaceContainerReleaseUseCounter(reinterpret_cast<OxHandle>(handle));
+}
+
+// A device of plain memory whose accesses are counted, fail on demand and may be watched.
 class Device {
  public:
   Device() { EXPECT_OK(CreateNodeMap(map)); }
-  explicit Device(const std::string& nodes, const std::string& features = "") : Device() {
+  // An access beyond the bytes is refused.
+  explicit Device(const std::string& nodes, const std::string& features = "", size_t bytes = 0x10000) : memory(bytes) {
+    EXPECT_OK(CreateNodeMap(map));
     load(description(nodes, features));
     connect();
   }
   ~Device() {
-    for (NODE handle : handles_) OxIfaceContainerReleaseUseCounter(handle);
-    OxIfaceContainerReleaseUseCounter(map);
+    for (NODE handle : handles_) release(handle);
+    release(map);
   }
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
@@ -123,6 +132,11 @@ class Device {
     NGetAsInteger(node(name), &result);
     return result;
   }
+  uint32_t set(const char* name, const char* value) { return NSetAsString(node(name), value); }
+  std::string get(const char* name) {
+    const NODE found = node(name);
+    return textOf([&](char* buffer, size_t& size) { return NGetAsString(found, buffer, size); });
+  }
 
   int64_t integerAt(size_t address) const {
     int32_t value = 0;
@@ -133,26 +147,34 @@ class Device {
 
   NODEMAP map = nullptr;
   std::vector<uint8_t> memory = std::vector<uint8_t>(256);
-  int reads = 0;
-  int writes = 0;
+  int64_t accesses = 0;       // how often the port was asked
+  int reads = 0, writes = 0;  // those carried out
+  int64_t failingAccess = 0;  // the access with this number, counted from 1, fails with "port broken"
+  // Called after each access that was carried out; may change the memory.
+  std::function<void(int64_t address, bool isWrite)> after;
 
  private:
-  bool holds(int64_t address, int64_t length) const {
-    return address >= 0 && length >= 0 && address + length <= static_cast<int64_t>(memory.size());
+  template <class Copy>
+  int access(int64_t address, int64_t length, bool isWrite, Copy copy) {
+    if (++accesses == failingAccess) {
+      OxSetLastError(OXGENAPI_E_ACCESS_DENIED, "port broken");
+      return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
+    }
+    if (address < 0 || length < 0 || address + length > static_cast<int64_t>(memory.size())) {
+      return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
+    }
+    ++(isWrite ? writes : reads);
+    copy(memory.data() + address, static_cast<size_t>(length));
+    if (after) after(address, isWrite);
+    return 0;
   }
   static int read(void* buffer, int64_t address, int64_t length, void* self) {
-    auto& device = *static_cast<Device*>(self);
-    if (!device.holds(address, length)) return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
-    ++device.reads;
-    std::memcpy(buffer, device.memory.data() + address, static_cast<size_t>(length));
-    return 0;
+    return static_cast<Device*>(self)->access(
+        address, length, false, [&](const uint8_t* place, size_t bytes) { std::memcpy(buffer, place, bytes); });
   }
   static int write(const void* buffer, int64_t address, int64_t length, void* self) {
-    auto& device = *static_cast<Device*>(self);
-    if (!device.holds(address, length)) return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
-    ++device.writes;
-    std::memcpy(device.memory.data() + address, buffer, static_cast<size_t>(length));
-    return 0;
+    return static_cast<Device*>(self)->access(address, length, true,
+                                              [&](uint8_t* place, size_t bytes) { std::memcpy(place, buffer, bytes); });
   }
 
   std::vector<NODE> handles_;

@@ -3,9 +3,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <sstream>
 
 #include "Device.h"
-#include "MemoryDevice.h"
 #include "OxSimulation/FaultPort.h"
 #include "OxSimulation/SimulatedCamera.h"
 
@@ -64,30 +64,13 @@ class Mapped {
   // What a set of features says, refusals included.
   std::map<std::string, std::string> state() const {
     std::map<std::string, std::string> values;
-    for (const char* name : {"Width",
-                             "Height",
-                             "OffsetX",
-                             "PayloadSize",
-                             "ExposureTime",
-                             "ExposureAuto",
-                             "Gain",
-                             "GainSelector",
-                             "PixelFormat",
-                             "ReverseX",
-                             "DeviceUserID",
-                             "TestCommandCount",
-                             "UserSetSelector",
-                             "FileSelector",
-                             "FileOperationSelector",
-                             "FileOpenMode",
-                             "FileOperationStatus",
-                             "FileSize",
-                             "AcquisitionMode",
-                             "TriggerSelector",
-                             "TriggerMode"}) {
-      std::string& value = values[name];
-      const uint32_t result = get(name, value);
-      if (result != OXGENAPI_OK) value = "refused";
+    std::istringstream names(
+        "Width Height OffsetX PayloadSize ExposureTime ExposureAuto Gain GainSelector PixelFormat ReverseX "
+        "DeviceUserID "
+        "TestCommandCount UserSetSelector FileSelector FileOperationSelector FileOpenMode FileOperationStatus FileSize "
+        "AcquisitionMode TriggerSelector TriggerMode");
+    for (std::string name; names >> name;) {
+      if (get(name.c_str(), values[name]) != OXGENAPI_OK) values[name] = "refused";
     }
     return values;
   }
@@ -124,32 +107,31 @@ struct Case {
 
 constexpr const char* kSettings = "Width = \"320\"\nExposureTime = \"5000\"\nAcquisitionMode = \"SingleFrame\"\n";
 
+Case reading(const char* name, const char* feature) {
+  return {name, [feature](Mapped& m, int&) {
+            std::string value;
+            return m.get(feature, value);
+          }};
+}
+Case writing(const char* name, const char* feature, const char* value) {
+  return {name, [=](Mapped& m, int&) { return m.set(feature, value); }};
+}
+Case setting(const char* name, const char* feature) {
+  return {name,
+          [feature](Mapped& m, int&) { return m.with(feature, [](NODE node) { return NSetAsBoolean(node, true); }); }};
+}
+
 const Case kCases[] = {
-    {"read an integer",
-     [](Mapped& m, int&) {
-       std::string value;
-       return m.get("PayloadSize", value);
-     }},
-    {"read a float",
-     [](Mapped& m, int&) {
-       std::string value;
-       return m.get("ExposureTime", value);
-     }},
-    {"read an enumeration",
-     [](Mapped& m, int&) {
-       std::string value;
-       return m.get("PixelFormat", value);
-     }},
-    {"write an integer", [](Mapped& m, int&) { return m.set("Width", "320"); }},
-    {"write a float", [](Mapped& m, int&) { return m.set("ExposureTime", "5000"); }},
-    {"write an enumeration", [](Mapped& m, int&) { return m.set("PixelFormat", "Mono8"); }},
-    {"write a text", [](Mapped& m, int&) { return m.set("DeviceUserID", "changed"); }},
-    {"write a boolean",
-     [](Mapped& m, int&) { return m.with("ReverseX", [](NODE node) { return NSetAsBoolean(node, true); }); }},
-    {"execute",
-     [](Mapped& m, int&) { return m.with("TestCommand", [](NODE node) { return NSetAsBoolean(node, true); }); }},
-    {"execute what changes all",
-     [](Mapped& m, int&) { return m.with("UserSetLoad", [](NODE node) { return NSetAsBoolean(node, true); }); }},
+    reading("read an integer", "PayloadSize"),
+    reading("read a float", "ExposureTime"),
+    reading("read an enumeration", "PixelFormat"),
+    writing("write an integer", "Width", "320"),
+    writing("write a float", "ExposureTime", "5000"),
+    writing("write an enumeration", "PixelFormat", "Mono8"),
+    writing("write a text", "DeviceUserID", "changed"),
+    setting("write a boolean", "ReverseX"),
+    setting("execute", "TestCommand"),
+    setting("execute what changes all", "UserSetLoad"),
     {"ask for a limit",
      [](Mapped& m, int&) {
        int64_t limit = 0;

@@ -3,26 +3,26 @@
 #include <algorithm>
 #include <map>
 
-#include "MemoryDevice.h"
+#include "Device.h"
 
-class FileDevice : public MemoryDevice {
+class FileDevice : public Device {
  public:
   static constexpr size_t kBlock = 64;
 
-  FileDevice() : MemoryDevice(nodes()) {
+  FileDevice() : Device(nodes()) {
     after = [this](int64_t address, bool isWrite) {
-      if (isWrite && address == kExecute) perform();
+      if (isWrite && address == static_cast<int64_t>(kExecute)) perform();
     };
   }
 
   static std::string nodes(const std::string& selectorMode = "RW") {
-    const auto reg = [](const std::string& kind, const std::string& name, int64_t address, const std::string& mode,
+    const auto reg = [](const std::string& kind, const std::string& name, size_t address, const std::string& mode,
                         size_t length = 4) {
       return "<" + kind + " Name='" + name + "'><Address>" + std::to_string(address) + "</Address><Length>" +
              std::to_string(length) + "</Length><AccessMode>" + mode + "</AccessMode><pPort>Device</pPort>" +
              "<Cachable>NoCache</Cachable></" + kind + ">";
     };
-    const auto choice = [&](const std::string& name, int64_t address, const std::string& mode,
+    const auto choice = [&](const std::string& name, size_t address, const std::string& mode,
                             const std::vector<std::string>& entries) {
       std::string text = "<Enumeration Name='" + name + "'>";
       for (size_t i = 0; i < entries.size(); ++i) {
@@ -43,24 +43,15 @@ class FileDevice : public MemoryDevice {
   std::string& file(const std::string& name) { return files_[name == "UserSet" ? 0 : 1]; }
 
   int refusedOperation = 0;  // the operation with this number, counted from 1, ends with status Failure
-  int shortOperation = 0;    // this one does its work only by half, and says so
-  int silentOperation = 0;   // this one is a success that has moved nothing
   int operations = 0;
   bool isOpen = false;
 
  private:
-  static constexpr int64_t kSelector = 0, kOperation = 4, kMode = 8, kExecute = 12, kStatus = 16, kResult = 20,
-                           kOffset = 24, kLength = 28, kSize = 32, kBuffer = 256;
+  static constexpr size_t kSelector = 0, kOperation = 4, kMode = 8, kExecute = 12, kStatus = 16, kResult = 20,
+                          kOffset = 24, kLength = 28, kSize = 32, kBuffer = 256;
 
-  int32_t at(int64_t address) const {
-    int32_t value;
-    std::memcpy(&value, memory.data() + address, sizeof value);
-    return value;
-  }
-  void put(int64_t address, size_t value) {
-    const auto narrow = static_cast<int32_t>(value);
-    std::memcpy(memory.data() + address, &narrow, sizeof narrow);
-  }
+  int32_t at(size_t address) const { return static_cast<int32_t>(integerAt(address)); }
+  void put(size_t address, size_t value) { setInteger(address, static_cast<int32_t>(value)); }
 
   void perform() {
     enum { Open, Close, Read, Write };
@@ -68,13 +59,12 @@ class FileDevice : public MemoryDevice {
     char* buffer = reinterpret_cast<char*>(memory.data() + kBuffer);
     const size_t offset = static_cast<size_t>(at(kOffset));
     size_t count = static_cast<size_t>(at(kLength));
-    if (++operations == shortOperation) count /= 2;
-    const bool refused = operations == refusedOperation;
+    const bool refused = ++operations == refusedOperation;
     put(kExecute, 0);
     put(kStatus, refused ? 1 : 0);
     put(kResult, 0);
     if (at(kOperation) == Close) isOpen = false;
-    if (refused || operations == silentOperation) return;
+    if (refused) return;
     if (at(kOperation) == Open) isOpen = true;
     if (at(kOperation) == Open && at(kMode) == 1) bytes.clear();
     if (at(kOperation) == Read) {

@@ -129,7 +129,7 @@ TEST(FileTransfer, TheSizeQueryNamesWhatIsMissing) {
       {selector + "<Integer Name='FileSize'><Value>-1</Value></Integer>", 0x80000001, ""},
   };
   for (const auto& entry : kCases) {
-    MemoryDevice device(entry.nodes);
+    Device device(entry.nodes);
     OxSetLastError(0, "");
     const Records records;
     size_t told = 5;
@@ -141,110 +141,71 @@ TEST(FileTransfer, TheSizeQueryNamesWhatIsMissing) {
   }
 }
 
+// Transfers with memory: DeviceFailureTest.
 TEST(FileTransfer, AFailureOfAnyPortAccessFailsTheTransfer) {
   const std::string content = pattern(3 * FileDevice::kBlock - 10);
   const TemporaryFile host(content);
-  const struct {
-    const char* name;
-    uint32_t code;
-    std::function<uint32_t(FileDevice&)> run;
-  } kTransfers[] = {
-      {"upload", 0x8000000F, [&](FileDevice& d) { return NMUploadFile(d.map, "Firmware", host.path.c_str()); }},
-      {"upload memory", 0x8000000F,
-       [&](FileDevice& d) { return NMUploadFileMemory(d.map, "Firmware", content.data(), content.size()); }},
-      {"download", 0x8000000E, [&](FileDevice& d) { return NMDownloadFile(d.map, "Firmware", host.path.c_str()); }},
-      {"download memory", 0x8000000E,
-       [&](FileDevice& d) {
-         std::string memory(content.size() + 1, '\0');
-         size_t size = memory.size();
-         return NMDownloadFileMemory(d.map, "Firmware", memory.data(), &size);
-       }},
-  };
-  for (const auto& transfer : kTransfers) {
+  for (const bool uploads : {true, false}) {
     int64_t failing = 1;
     for (;; ++failing) {
       FileDevice device;
       device.file("Firmware") = content;
       device.failingAccess = failing;
-      const uint32_t result = transfer.run(device);
+      const uint32_t result = uploads ? NMUploadFile(device.map, "Firmware", host.path.c_str())
+                                      : NMDownloadFile(device.map, "Firmware", host.path.c_str());
       if (device.accesses < failing) {  // it was never its turn
         EXPECT_EQ(result, 0u);
         break;
       }
-      ASSERT_EQ(result, transfer.code) << transfer.name << ", access " << failing;
+      ASSERT_EQ(result, uploads ? 0x8000000Fu : 0x8000000Eu) << "access " << failing;
       EXPECT_NE(lastErrorText().find("port broken"), std::string::npos) << lastErrorText();
-      EXPECT_FALSE(device.isOpen) << transfer.name << ", access " << failing;
+      EXPECT_FALSE(device.isOpen) << "access " << failing;
     }
-    EXPECT_GT(failing, 20) << transfer.name;
+    EXPECT_GT(failing, 20) << uploads;
   }
 }
 
+// What the device answers to each operation: DeviceFileTest.
 TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
   const std::string content = pattern(3 * FileDevice::kBlock - 10);
-  // Operations of an upload: open, three blocks, close.
-  for (const int operation : {1, 2, 3, 4, 5}) {
+  for (const int operation : {1, 3, 5}) {  // open, a block, close
     FileDevice device;
     device.refusedOperation = operation;
     EXPECT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0x8000000Fu) << operation;
     EXPECT_NE(lastErrorText().find("Failure"), std::string::npos) << lastErrorText();
   }
-  // A block that is taken by half is followed by another one; one that is not taken at all ends the upload.
-  for (const int operation : {2, 3, 4}) {
-    FileDevice device;
-    device.shortOperation = operation;
-    ASSERT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0u) << operation;
-    EXPECT_EQ(device.file("Firmware"), content);
-    device.silentOperation = device.operations + operation;
-    EXPECT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0x8000000Fu) << operation;
-    EXPECT_NE(lastErrorText().find("stopped at byte " + std::to_string((operation - 2) * 64)), std::string::npos)
-        << lastErrorText();
-    EXPECT_FALSE(device.isOpen);
-  }
-  // And of a download: open, three blocks.
-  for (const int operation : {2, 3, 4}) {
+  std::string memory(content.size(), '\0');
+  size_t size = memory.size();
+  for (const int operation : {3, 6}) {  // a block; the close, when every byte is there
     FileDevice device;
     device.file("Firmware") = content;
-    ASSERT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0u);  // sets FileSize
-    std::string memory(content.size(), '\0');
-    size_t size = memory.size();
-    for (int* const fault : {&device.refusedOperation, &device.silentOperation}) {
-      *fault = device.operations + operation;
-      EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), 0x8000000Eu) << operation;
-      EXPECT_NE(lastErrorText().find("of 182: status "), std::string::npos) << lastErrorText();
-      EXPECT_EQ(size, content.size()) << "a failing call leaves its outputs alone";
-      EXPECT_FALSE(device.isOpen);
-    }
-    device.shortOperation = device.operations + operation;
-    ASSERT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), 0u) << operation;
-    EXPECT_EQ(memory, content);
+    device.refusedOperation = operation;
+    EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), operation == 3 ? 0x8000000Eu : 0u);
+    EXPECT_EQ(size, content.size()) << "a failing call leaves its outputs alone";
+    EXPECT_FALSE(operation == 3 && device.isOpen);
   }
-  // Every byte is there when only the close of a read is refused.
-  FileDevice closing;
-  closing.file("Firmware") = content;
-  closing.refusedOperation = 6;  // open, three blocks, one behind the end, close
-  std::string whole(content.size(), '\0');
-  size_t wholeSize = whole.size();
-  EXPECT_EQ(NMDownloadFileMemory(closing.map, "Firmware", whole.data(), &wholeSize), 0u);
-  EXPECT_EQ(closing.operations, 6);
-  EXPECT_EQ(whole, content);
-  // What its port throws is told as well.
-  FileDevice throwing;
-  throwing.after = [](int64_t, bool) { throw std::runtime_error("lost the link"); };
-  EXPECT_FAILS(NMUploadFileMemory(throwing.map, "Firmware", "x", 1), 0x8000000F, "lost the link");
-  // A device that does not open the file leaves the last error alone.
+  EXPECT_EQ(memory, content);
+
   FileDevice device;
-  device.refusedOperation = 1;
-  OxSetLastError(0, "");
-  size_t size = 4;
-  char memory[4];
-  const Records records;
-  EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory, &size), 0x80000016u);
-  device.refusedOperation = device.operations + 1;
+  device.after = [](int64_t, bool) { throw std::runtime_error("lost the link"); };
+  EXPECT_FAILS(NMUploadFileMemory(device.map, "Firmware", "x", 1), 0x8000000F, "lost the link");
+}
+
+TEST(FileTransfer, AFileThatTheDeviceDoesNotOpenLeavesTheLastErrorAlone) {
   const TemporaryFile host("");
-  EXPECT_EQ(NMDownloadFile(device.map, "Firmware", host.path.c_str()), 0x80000016u);
-  EXPECT_EQ(lastErrorText(), "");
-  EXPECT_THAT(records.texts(), testing::Each(testing::EndsWith("): the device does not open the file")));
-  EXPECT_EQ(records.texts().size(), 2u);
+  char memory[4];
+  for (const bool toMemory : {true, false}) {
+    FileDevice device;
+    device.refusedOperation = 1;
+    OxSetLastError(0, "");
+    const Records records;
+    size_t size = sizeof memory;
+    EXPECT_EQ(toMemory ? NMDownloadFileMemory(device.map, "Firmware", memory, &size)
+                       : NMDownloadFile(device.map, "Firmware", host.path.c_str()),
+              0x80000016u);
+    EXPECT_EQ(lastErrorText(), "");
+    EXPECT_THAT(records.texts(), testing::ElementsAre(testing::EndsWith("): the device does not open the file")));
+  }
 }
 
 TEST(FileTransfer, AFullDiskFailsTheDownload) {

@@ -1,7 +1,4 @@
-// Loading anew, and many threads at once.
-#include <atomic>
-#include <thread>
-
+// Loading anew.
 #include "Device.h"
 
 namespace {
@@ -52,27 +49,6 @@ TEST(Reload, AnEarlierDescriptionOutlivesItsNodeMapHandle) {
   OxIfaceContainerReleaseUseCounter(map);
   EXPECT_OK(NSetAsInteger(before, 6));
   OxIfaceContainerReleaseUseCounter(before);
-}
-
-// A release on one thread during calls on another: each call succeeds or finds the handle invalid.
-TEST(Threads, AHandleMayBeReleasedDuringCalls) {
-  Device device(integerRegister("Width", 0));
-  for (int round = 0; round < 50; ++round) {
-    NODE node = nullptr;
-    ASSERT_OK(NMGetNode(device.map, "Width", node));
-    std::atomic<bool> started{false};
-    std::thread user([&] {
-      for (uint32_t result = 0; result == 0;) {
-        int64_t value = 0;
-        result = NGetAsInteger(node, &value);
-        started = true;
-        EXPECT_TRUE(result == 0 || result == OXGENAPI_E_INVALID_HANDLE);
-      }
-    });
-    while (!started) std::this_thread::yield();
-    OxIfaceContainerReleaseUseCounter(node);
-    user.join();
-  }
 }
 
 }  // namespace

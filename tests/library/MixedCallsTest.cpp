@@ -1,9 +1,8 @@
-// Calls of all kinds, mixed by chance: from many threads at once, and with handles that are none.
-// OX_STRESS_SECONDS and OX_HANDLE_CALLS make them long, OX_STRESS_SEED makes them others.
+// Calls of all kinds, mixed by chance, from one thread and from many at once.
+// OX_STRESS_SECONDS makes them long, OX_STRESS_SEED makes them others.
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <bit>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -140,65 +139,6 @@ TEST(MixedCalls, AFailureSetsTheLastErrorOnceAndSendsOneRecord) {
   for (int i = 0; i < 30'000; ++i) caller.step();
   Caller::reports = nullptr;
   EXPECT_GT(interposed::reports().records, 1000);
-}
-
-TEST(MixedCalls, WhatIsNoHandleIsRefusedByEveryExport) {
-  const int64_t wanted = fromEnvironment("OX_HANDLE_CALLS", 20'000);
-  World world;
-  Chance chance(11);
-  Caller caller(chance, world);
-  NODEMAP live{};
-  ASSERT_EQ(CreateNodeMap(live), 0u);
-  const auto aLiveOne = std::bit_cast<uint64_t>(live);
-  std::vector<OxHandle> stale;
-  const auto random = [&] {
-    uint64_t value = 0;
-    for (int i = 0; i < 8; ++i) value = value << 8 | chance.next();
-    return value;
-  };
-  int64_t tried = 0;
-  for (int64_t round = 0; tried < wanted; ++round) {
-    uint64_t value = 0;
-    switch (round % 8) {
-      case 0:
-        value = random();
-        break;
-      case 1:
-        value = random() % 4096;
-        break;
-      case 2:  // misaligned
-        value = aLiveOne + 1 + random() % 63;
-        break;
-      case 3:  // the kernel's half
-        value = aLiveOne | uint64_t{1} << (47 + random() % 17);
-        break;
-      case 4:  // where handles could be, but none is yet
-        value = aLiveOne + (uint64_t{1} << 25) + 64 * (random() % 65536);
-        break;
-      case 5:
-        value = aLiveOne ^ uint64_t { 1 } << (36 + random() % 28);
-        break;
-      case 6: {  // just released
-        NODEMAP fresh{};
-        ASSERT_EQ(CreateNodeMap(fresh), 0u);
-        ASSERT_GE(OxIfaceContainerReleaseUseCounter(fresh), 0);
-        stale.push_back(fresh);
-        value = std::bit_cast<uint64_t>(fresh);
-        break;
-      }
-      default:  // released some time ago
-        value = std::bit_cast<uint64_t>(stale[random() % stale.size()]);
-        if (stale.size() > 1000) stale.erase(stale.begin(), stale.begin() + 500);
-    }
-    const auto handle = std::bit_cast<OxHandle>(value);
-    tried += caller.refuseEverywhere(handle);
-    ASSERT_LT(OxIfaceContainerReleaseUseCounter(handle), 0) << std::hex << value;
-    ASSERT_LT(OxIfaceContainerReleaseWeakCounter(handle), 0) << std::hex << value;
-    ASSERT_LT(OxIfaceContainerCheckedAddUseCounter(handle), 0) << std::hex << value;
-  }
-  EXPECT_TRUE(IsNodeMap(live));
-  OxIfaceContainerReleaseUseCounter(live);
-  std::printf("%lld calls refused\n", static_cast<long long>(tried));
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class NodeList : public testing::Test {
     EXPECT_FAILS(NList(device.node(name), type, 0, nullptr, size), code, listText);
     EXPECT_EQ(count, -1);
   }
-  Device device{integerRegister("GainReg", 0) + kNodes};
+  Device device{integerRegister("GainReg", 0) + kNodes, "", 256};
 };
 
 using Names = std::vector<std::string>;

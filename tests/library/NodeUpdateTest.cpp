@@ -1,7 +1,5 @@
 // Update callbacks, invalidation, verify mode.
-#include <atomic>
 #include <stdexcept>
-#include <thread>
 
 #include "Device.h"
 #include "Records.h"
@@ -223,51 +221,6 @@ TEST_F(NodeUpdate, TheVerifyModeBelongsToTheNode) {
                                       "Width: Set verify mode to Read-only", "Width: Set verify mode to Read/Write"}));
   EXPECT_OK(NGetVerifyMode(device.node("Reg"), &mode));
   EXPECT_EQ(mode, VM_WriteOnly);
-}
-
-// Sets, reads, invalidates and (de)registers on one node map, with node handles of its own, one of which comes and
-// goes.
-void useNodes(NODEMAP map, int rounds) {
-  NODE width = nullptr, reg = nullptr, brief = nullptr;
-  ASSERT_OK(NMGetNode(map, "Width", width));
-  ASSERT_OK(NMGetNode(map, "Reg", reg));
-  std::atomic<int> calls{0};  // another thread's change calls too
-  for (int i = 0; i < rounds; ++i) {
-    for (int again = 0; again < 20; ++again) {  // made by several threads at once, now and then
-      ASSERT_OK(NMGetNode(map, "Trigger", brief));
-      OxIfaceContainerReleaseUseCounter(brief);
-    }
-    TCallbackHandle handle = 0;
-    const int before = calls;
-    ASSERT_OK(NRegisterUpdate(
-        width, [](NODE, void* count) { ++*static_cast<std::atomic<int>*>(count); }, &calls, &handle));
-    EXPECT_OK(NSetAsInteger(width, i));
-    int64_t value = -1;
-    EXPECT_OK(NGetAsInteger(width, &value));
-    EXPECT_TRUE(value >= 0 && value < rounds) << value;
-    EXPECT_OK(NInvalidate(reg));
-    EXPECT_OK(NSetVerifyMode(width, i % 2 == 0 ? VM_None : VM_ReadWrite));
-    EXPECT_OK(NInfoAsInteger(reg, NI_AccessMode, &value));
-    EXPECT_OK(NDeregisterUpdate(width, handle));
-    const int after = calls;
-    EXPECT_GE(after - before, 3);  // the write, and twice for the invalidation
-    EXPECT_OK(NInvalidate(width));
-    EXPECT_EQ(calls, after);
-  }
-  OxIfaceContainerReleaseUseCounter(reg);
-  OxIfaceContainerReleaseUseCounter(width);
-}
-
-TEST_F(NodeUpdate, FourThreadsUseOneNodeMapAndSeveral) {
-  Device others[3] = {Device{kNodes}, Device{kNodes}, Device{kNodes}};
-  constexpr int kRounds = 400;
-  for (const bool shared : {true, false}) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-      threads.emplace_back(useNodes, shared || i == 3 ? device.map : others[i].map, kRounds);
-    }
-    for (std::thread& each : threads) each.join();
-  }
 }
 
 }  // namespace

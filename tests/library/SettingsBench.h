@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "CameraUnderTest.h"
-#include "MemoryDevice.h"
+#include "Device.h"
 
 inline std::string intReg(const std::string& name, const std::string& address, const std::string& more = "") {
   return "<IntReg Name='" + name + "'><Streamable>Yes</Streamable><Address>" + address +
@@ -61,7 +60,7 @@ struct Heard {
   }
 };
 
-inline std::string saved(const MemoryDevice& device, const char* names, Heard* heard = nullptr, uint32_t expected = 0) {
+inline std::string saved(Device& device, const char* names, Heard* heard = nullptr, uint32_t expected = 0) {
   const auto save = [&](char* buffer, size_t* size) {
     return names != nullptr
                ? NMSaveSetStringEx(device.map, buffer, size, names, heard ? &Heard::callback : nullptr, heard)

@@ -9,7 +9,7 @@
 #include "SettingsBench.h"
 
 TEST(SettingsSave, WritesOneLineForEachCombinationOfUsableSelectors) {
-  MemoryDevice device(
+  Device device(
       intReg("Width", "0") +
       // Counted by steps of 2; the range ends before 3 + 2.
       "<Integer "
@@ -41,7 +41,7 @@ TEST(SettingsSave, WritesOneLineForEachCombinationOfUsableSelectors) {
 }
 
 TEST(SettingsSave, SkipsCombinationsInWhichTheFeatureIsNotAvailable) {
-  MemoryDevice device(
+  Device device(
       "<Integer Name='Index'><Value>0</Value><Min>0</Min><Max>2</Max><pSelected>Odd</pSelected>"
       "<pSelected>Never</pSelected></Integer>"
       "<IntSwissKnife Name='IsOdd'><pVariable Name='I'>Index</pVariable><Formula>I % 2</Formula></IntSwissKnife>"
@@ -57,7 +57,7 @@ TEST(SettingsSave, SkipsCombinationsInWhichTheFeatureIsNotAvailable) {
 }
 
 TEST(SettingsSave, EscapesWhatDoesNotPrint) {
-  MemoryDevice device(stringReg("Text", "0"));
+  Device device(stringReg("Text", "0"));
   const std::pair<const char*, const char*> kCases[] = {
       {"a \t\"'\\;=~", "a \t\"'\\;=~"},  // printing characters and white space stay
       {"two\nlines", "two\nlines"},      // even if that splits the line
@@ -71,9 +71,9 @@ TEST(SettingsSave, EscapesWhatDoesNotPrint) {
 }
 
 TEST(SettingsSave, ReportsMissingNamesAndWrongSelectorsAndGoesOn) {
-  MemoryDevice device(intReg("Width", "0") + intReg("Height", "4") +
-                      "<Boolean Name='Switch'><Value>true</Value><pSelected>Switched</pSelected></Boolean>" +
-                      "<Integer Name='Switched'><Value>1</Value></Integer>");
+  Device device(intReg("Width", "0") + intReg("Height", "4") +
+                "<Boolean Name='Switch'><Value>true</Value><pSelected>Switched</pSelected></Boolean>" +
+                "<Integer Name='Switched'><Value>1</Value></Integer>");
   Heard heard;
   EXPECT_EQ(saved(device, "|Height||Absent|Switched|Device|Width|", &heard), "Height = \"0\"\nWidth = \"0\"\n");
   EXPECT_EQ(heard.all(),
@@ -90,7 +90,7 @@ TEST(SettingsSave, ReportsMissingNamesAndWrongSelectorsAndGoesOn) {
 // An integer that cannot be written keeps its value; an enumeration is visited all the same and fails at the node.
 TEST(SettingsSave, ALockedEnumerationSelectorFailsAtTheFirstEntryThatIsNotItsOwn) {
   for (const int current : {0, 1}) {
-    MemoryDevice device(
+    Device device(
         "<Enumeration Name='Mode'><pIsLocked>Lock</pIsLocked><EnumEntry Name='A'><Value>0</Value></EnumEntry>"
         "<EnumEntry Name='B'><Value>1</Value></EnumEntry><Value>" +
         std::to_string(current) +
@@ -119,7 +119,7 @@ TEST(SettingsSave, AFailingAccessEndsTheFeatureAndAsks) {
       "<Integer Name='Index'><Value>0</Value><Min>0</Min><Max>9</Max><pSelected>Table</pSelected></Integer>" +
       intReg("Table", "0x100", "<pIndex Offset='4'>Index</pIndex>") + intReg("Width", "0");
   for (int64_t failing = 1; failing <= 11; ++failing) {
-    MemoryDevice device(nodes);
+    Device device(nodes);
     device.failingAccess = failing;
     Heard heard;
     size_t size = 0;
@@ -149,7 +149,7 @@ TEST(SettingsSave, CountsTheCombinationsOfAFeatureBeforeItVisitsThem) {
   }
   nodes += "<Integer Name='F'><Value>0</Value><Min>0</Min><pMax>DeadReg</pMax><pSelected>Dead</pSelected></Integer>";
   for (const char* name : {"Few", "OneMore", "All", "Dead", "Rest"}) nodes += intReg(name, "4");
-  MemoryDevice device(nodes + intReg("Most", "0x100", "<Cachable>NoCache</Cachable>"));
+  Device device(nodes + intReg("Most", "0x100", "<Cachable>NoCache</Cachable>"));
   std::fill_n(device.memory.begin(), 4, uint8_t{0xff});
   device.failingAccess = 100;  // as many combinations as are allowed are visited: up to here
   Heard heard;
@@ -167,7 +167,7 @@ TEST(SettingsSave, CountsTheCombinationsOfAFeatureBeforeItVisitsThem) {
 }
 
 TEST(SettingsSave, MemoryThatRunsOutForOneFeatureIsToldAsSuch) {
-  MemoryDevice device(intReg("Width", "0") + intReg("Height", "4"));
+  Device device(intReg("Width", "0") + intReg("Height", "4"));
   device.after = [](int64_t address, bool) {
     if (address == 0) throw std::bad_alloc();
   };
@@ -177,7 +177,7 @@ TEST(SettingsSave, MemoryThatRunsOutForOneFeatureIsToldAsSuch) {
 }
 
 TEST(SettingsSave, WritesASelectorOnlyWhenItsValueChanges) {
-  MemoryDevice device(
+  Device device(
       integerRegister("Selector", 0) +
       "<Integer Name='Outer'><pValue>Selector</pValue><Min>0</Min><Max>1</Max><pSelected>Table</pSelected></Integer>" +
       integerRegister("Position", 4) +
@@ -193,7 +193,7 @@ TEST(SettingsSave, WritesASelectorOnlyWhenItsValueChanges) {
 }
 
 TEST(SettingsSave, FillsBuffersByTheirOwnRule) {
-  MemoryDevice device(intReg("Width", "0"));
+  Device device(intReg("Width", "0"));
   const std::string text = "Width = \"0\"\n";
   size_t size = 99;
   ASSERT_EQ(NMSaveSetString(device.map, nullptr, &size, nullptr, nullptr), 0u);
@@ -218,7 +218,7 @@ TEST(SettingsSave, FillsBuffersByTheirOwnRule) {
   EXPECT_EQ(NMSaveSetString(device.map, nullptr, nullptr, nullptr, nullptr), 0x80000002u);
 
   // Widened byte by byte.
-  MemoryDevice umlaut(intReg("Breite\xc3\xa4", "0"));
+  Device umlaut(intReg("Breite\xc3\xa4", "0"));
   wchar_t buffer[32] = {};
   size = 32;
   ASSERT_EQ(NMSaveSetStringExW(umlaut.map, buffer, &size, L"Breite\u00e4", nullptr, nullptr), 0u) << lastErrorText();
@@ -226,7 +226,7 @@ TEST(SettingsSave, FillsBuffersByTheirOwnRule) {
 }
 
 TEST(SettingsFile, AFileThatCannotTakeEveryByteIsNotSaved) {
-  MemoryDevice device(intReg("Width", "0"));
+  Device device(intReg("Width", "0"));
   EXPECT_FAILS(NMSaveSet(device.map, "/dev/full", nullptr, nullptr), 0x80000003, "Filename not writable");
   EXPECT_FAILS(NMSaveSet(device.map, "/nowhere/set.txt", nullptr, nullptr), 0x80000003, "Filename not readable");
 
@@ -239,7 +239,7 @@ TEST(SettingsFile, ALineWithoutAnEndIsRefused) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the release build takes a second for it";
 #endif
-  MemoryDevice device(intReg("Width", "0"));
+  Device device(intReg("Width", "0"));
   const TemporaryFile file("Width = 1\n");
   std::filesystem::resize_file(file.path, (256 << 20) + 20);  // zeros that take no room on the disk
   EXPECT_FAILS(NMLoadSet(device.map, file.path.c_str(), nullptr, nullptr), 0x80000016, "line exceeds 268435456 bytes");
@@ -247,7 +247,7 @@ TEST(SettingsFile, ALineWithoutAnEndIsRefused) {
 }
 
 TEST(SettingsFile, OpensNamesAsGivenInBothForms) {
-  MemoryDevice device(intReg("Width", "0") + intReg("Height", "4"));
+  Device device(intReg("Width", "0") + intReg("Height", "4"));
   const TemporaryFile file;
   const std::wstring wide(file.path.begin(), file.path.end());
   ASSERT_EQ(NMSaveSetEx(device.map, file.path.c_str(), "Height|Width", nullptr, nullptr), 0u);

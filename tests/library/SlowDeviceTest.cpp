@@ -6,14 +6,13 @@
 #include <utility>
 
 #include "Device.h"
-#include "MemoryDevice.h"
 
 namespace {
 
 TEST(SlowDevice, HoldsUpNobodyWhoNeedsNoDevice) {
   const char* const kTip = "<ToolTip>How wide</ToolTip>";
-  MemoryDevice device("<Integer Name='Width'>" + std::string(kTip) + "<pValue>WidthReg</pValue></Integer>" +
-                      integerRegister("WidthReg", 0) + "<Integer Name='Other'>" + kTip + "<Value>1</Value></Integer>");
+  Device device("<Integer Name='Width'>" + std::string(kTip) + "<pValue>WidthReg</pValue></Integer>" +
+                integerRegister("WidthReg", 0) + "<Integer Name='Other'>" + kTip + "<Value>1</Value></Integer>");
   const NODE width = device.node("Width");
   std::binary_semaphore waiting(0), answered(0);
   bool isFirst = true;
@@ -40,8 +39,6 @@ TEST(SlowDevice, HoldsUpNobodyWhoNeedsNoDevice) {
             "");
   answered.release();
   reader.join();
-  release(other);
-  release(width);
 }
 
 // An update callback runs inside the lock of its node map.

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "MemoryDevice.h"
+#include "Device.h"
 
 namespace {
 
@@ -13,12 +13,7 @@ class Stream {
  public:
   explicit Stream(NODEMAP map) { EXPECT_EQ(NMCreateStream(map, ST_Json, &handle), 0u) << lastErrorText(); }
   ~Stream() { release(handle); }
-  uint32_t push(const MemoryDevice& device, const char* name) const {
-    const NODE node = device.node(name);
-    const uint32_t result = NMStreamPush(handle, node);
-    release(node);
-    return result;
-  }
+  uint32_t push(Device& device, const char* name) const { return NMStreamPush(handle, device.node(name)); }
   std::string text() const {
     size_t size = 0;
     EXPECT_EQ(NMStreamDump(handle, nullptr, &size), 0u);
@@ -42,7 +37,7 @@ const std::string kNodes =
 }  // namespace
 
 TEST(NodeMapStream, RecordsNodesInPushOrderWithTheValueOfTheMoment) {
-  MemoryDevice device(kNodes);
+  Device device(kNodes);
   const Stream stream(device.map);
   EXPECT_EQ(stream.text(), "[]");
   ASSERT_EQ(device.set("Width", "1"), 0u);
@@ -70,7 +65,7 @@ TEST(NodeMapStream, RecordsNodesInPushOrderWithTheValueOfTheMoment) {
 }
 
 TEST(NodeMapStream, BytesThatAreNotUtf8AreReplaced) {
-  MemoryDevice device(kNodes);
+  Device device(kNodes);
   std::memcpy(device.memory.data() + 0x100, "a\xff\"\n\xc3(", 6);
   const Stream stream(device.map);
   ASSERT_EQ(stream.push(device, "Text"), 0u) << lastErrorText();
@@ -82,7 +77,7 @@ TEST(NodeMapStream, BytesThatAreNotUtf8AreReplaced) {
 }
 
 TEST(NodeMapStream, RefusesSizesItCannotUse) {
-  MemoryDevice device("");
+  Device device("");
   const Stream stream(device.map);
   char narrow[8] = "before";
   wchar_t wide[8] = L"before";
@@ -107,7 +102,7 @@ TEST(NodeMapStream, RefusesSizesItCannotUse) {
 }
 
 TEST(NodeMapStream, RefusesOtherTypesAndKeepsItsNodeMap) {
-  MemoryDevice device(kNodes);
+  Device device(kNodes);
   NODEMAPSTREAM made{};
   EXPECT_FAILS(NMCreateStream(device.map, static_cast<TStreamType>(1), &made), 0x8000001D,
                "Invalid TStreamType handle");
@@ -124,11 +119,10 @@ TEST(NodeMapStream, RefusesOtherTypesAndKeepsItsNodeMap) {
     EXPECT_EQ(json::parse(stream.text())[0]["Name"], "Width");
   }
   EXPECT_FALSE(IsNodeMap(map));
-  release(node);
 }
 
 TEST(NodeMapStream, TakesPushesAndDumpsFromSeveralThreads) {
-  MemoryDevice device(kNodes);
+  Device device(kNodes);
   const Stream stream(device.map);
   const NODE node = device.node("Gain");
   constexpr int kPushes = 500;
@@ -146,5 +140,4 @@ TEST(NodeMapStream, TakesPushesAndDumpsFromSeveralThreads) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(json::parse(stream.text()).size(), 3u * kPushes);
-  release(node);
 }

@@ -1,20 +1,12 @@
-// Events and chunks as an application sees them: real descriptions driven through the exports alone, hostile records,
-// and several threads.
+// Events and chunks of real descriptions, driven through the exports alone.
 #include <array>
-#include <atomic>
-#include <bit>
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
-#include <mutex>
 #include <span>
-#include <thread>
 
 #include "Device.h"
 
 namespace {
-
-constexpr int64_t kLargest = std::numeric_limits<int64_t>::max();
 
 // A node map over a device whose every byte is 0xff: optional features are there.
 class RealCamera : public Device {
@@ -182,171 +174,6 @@ TEST(RealEvents, EveryMessageReachesItsFeaturesBitForBit) {
       EXPECT_EQ(camera.integer((name + "FrameID").c_str()), number(6, 2)) << name;
     }
   }
-}
-
-std::string field(const std::string& name, const std::string& port, const std::string& address, int bytes) {
-  return "<IntReg Name='" + name + "'><Address>" + address + "</Address><Length>" + std::to_string(bytes) +
-         "</Length><AccessMode>RO</AccessMode><pPort>" + port +
-         "</pPort><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>";
-}
-
-const std::string kNodes = "<Port Name='Event'><EventID>01A</EventID></Port>" + field("First", "Event", "0", 4) +
-                           field("Second", "Event", "4", 4) + "<Port Name='Chunk'><ChunkID>001A</ChunkID></Port>" +
-                           field("Head", "Chunk", "0", 4) + field("Tail", "Chunk", "-4", 4) +
-                           field("Size", "Chunk", "0x7FFFFFFFFFFFFFF0", 8) +
-                           "<Port Name='Copied'><ChunkID>1B</ChunkID><CacheChunkData>Yes</CacheChunkData></Port>" +
-                           field("Kept", "Copied", "0", 4);
-
-class LiveData : public testing::Test {
- protected:
-  int64_t value(const char* name) { return device.value(name); }
-  uint32_t deliver(const char* id, uint64_t size) {
-    const TEventDataEx data{id, bytes.data(), size};
-    return NMDeliverEventEx(device.map, &data);
-  }
-  uint32_t attach(const char* id, int64_t offset, int64_t length) {
-    const TChunkDataEx data{id, bytes.data(), offset, length};
-    return NMAttachChunkEx(device.map, &data);
-  }
-  Device device{kNodes};
-  std::array<uint8_t, 12> bytes{1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0};
-};
-
-TEST_F(LiveData, AShortMessageServesTheFeaturesThatItReaches) {
-  ASSERT_OK(deliver("1a", 8));
-  EXPECT_EQ(value("Second"), 2);
-  for (const uint64_t size : {uint64_t{7}, uint64_t{4}, uint64_t{0x100000004}}) {
-    ASSERT_OK(deliver("1A", size));
-    EXPECT_EQ(value("First"), 1);
-    int64_t kept = 55;
-    EXPECT_NE(NGetAsInteger(device.node("Second"), &kept), 0u) << size;
-    EXPECT_EQ(kept, 55);
-    EXPECT_NE(lastErrorText().find("outside the event"), std::string::npos) << lastErrorText();
-  }
-  for (const char* id : {"01a", "001A", "0000000000000000000000000000000001a"}) EXPECT_OK(deliver(id, 8)) << id;
-  for (const char* id : {"", "0x1a", "1a ", "-1a", "g", static_cast<const char*>(nullptr)})
-    EXPECT_EQ(deliver(id, 8), OXGENAPI_E_UNSPECIFIED) << (id == nullptr ? "(null)" : id);
-  EXPECT_OK(deliver("123456789", 8)) << "nobody's";
-}
-
-TEST_F(LiveData, ChunksAtTheEdgesOf64BitsAreRefusedOrHarmless) {
-  ASSERT_OK(attach("1a", 4, 4));
-  const struct {
-    const char* id;
-    int64_t offset, length;
-    bool refused;
-  } kCases[] = {
-    {"1a", kLargest, kLargest, true},
-    {"1a", 1, -1, true},
-    {"1a", 0, -kLargest - 1, true},
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they end the program instead
-    {"1b", kLargest, kLargest, true},
-    {"1b", 0, kLargest, true},  // a copy that no memory can hold
-#endif
-    {"1c", kLargest, kLargest, false},
-    {"1c", 1, -1, false}
-  };
-  for (const auto& each : kCases) {
-    const uint32_t result = attach(each.id, each.offset, each.length);
-    EXPECT_EQ(result != 0, each.refused) << each.id << ' ' << each.offset << ' ' << each.length;
-    EXPECT_EQ(value("Head"), 2) << "the former chunk stays";
-  }
-  // A chunk shorter than its registers: the rest of the buffer is not shown.
-  ASSERT_OK(attach("1a", 4, 3));
-  EXPECT_EQ(value("Head"), -1);
-  EXPECT_EQ(value("Tail"), -1);
-  EXPECT_EQ(value("Size"), 3);
-  ASSERT_OK(attach("1a", 1, 7));  // not aligned
-  EXPECT_EQ(value("Head"), 0x02000000);
-  EXPECT_EQ(value("Tail"), 2);
-}
-
-TEST_F(LiveData, WhatWasCachedGoesWithTheChunkAndWithTheDescription) {
-  ASSERT_OK(attach("1a", 0, 8));
-  ASSERT_OK(attach("1b", 8, 4));
-  ASSERT_OK(deliver("1a", 8));
-  EXPECT_EQ(value("Head"), 1);
-  EXPECT_EQ(value("Kept"), 3);
-  const NODE old = device.node("Head");
-  ASSERT_OK(NMDetachAllChunks(device.map));
-  EXPECT_EQ(value("Head"), -1) << "cached, but the buffer is the caller's again";
-  EXPECT_EQ(value("Kept"), 3) << "copied";
-
-  ASSERT_OK(attach("1a", 0, 8));
-  device.load(description(kNodes));
-  for (const char* name : {"Head", "Kept", "First"}) EXPECT_EQ(value(name), -1) << name;
-  int64_t stale = -1;
-  EXPECT_NE(NGetAsInteger(old, &stale), 0u) << "a node of the former description finds no chunk";
-  EXPECT_OK(NMUpdateChunks(device.map, bytes.data())) << "nothing is attached, nothing moves";
-  EXPECT_EQ(value("Head"), -1);
-}
-
-TEST(LiveThreads, MessagesArriveWhileOthersRead) {
-  Device device(kNodes);
-  std::atomic<bool> done{false};
-  std::mutex bufferMutex;  // chunk buffers are the callers' to guard
-  std::array<std::array<uint8_t, 8>, 2> buffers{};
-  for (auto& byte : buffers[1]) byte = 0x11;
-  NODE first = device.node("First"), head = device.node("Head"), tail = device.node("Tail");
-  std::thread reader([&] {
-    while (!done) {
-      int64_t value = 0;
-      if (NGetAsInteger(first, &value) == 0) {
-        EXPECT_EQ(value & 0xff, value >> 24 & 0xff) << "a message is never mixed";
-      }
-      const std::lock_guard<std::mutex> lock(bufferMutex);
-      int64_t one = 0, other = 0;
-      if (NGetAsInteger(head, &one) == 0 && NGetAsInteger(tail, &other) == 0) {
-        EXPECT_EQ(one, other);
-      }
-    }
-  });
-  for (int i = 0; i < 500; ++i) {
-    std::array<uint8_t, 8> payload;
-    payload.fill(static_cast<uint8_t>(i));
-    const TEventData data{0x1a, payload.data(), payload.size()};
-    EXPECT_OK(NMDeliverEvent(device.map, &data));
-    const std::lock_guard<std::mutex> lock(bufferMutex);
-    const TChunkData chunk{0x1a, buffers[i % 2].data(), 0, 8};
-    EXPECT_OK(NMAttachChunkList(device.map, &chunk, 1));
-  }
-  done = true;
-  reader.join();
-}
-
-TEST(LiveThreads, ProxiesEndOnSeveralThreadsAndTellTheirMakersOnce) {
-  static std::atomic<int> notified{0};
-  notified = 0;
-  NODEMAP map = nullptr;
-  ASSERT_OK(CreateNodeMap(map));
-  ASSERT_OK(NMLoadXMLString(map, description(kNodes).c_str()));
-  std::vector<NODEMAP> shared(8);
-  for (NODEMAP& each : shared)
-    ASSERT_OK(CreateNodeMapProxy(
-        map,
-        [](void* internal) {
-          uint32_t count = 0;
-          EXPECT_OK(NMNodeCount(static_cast<NODEMAP>(internal), count));  // still there
-          ++notified;
-        },
-        map, &each));
-  for (NODEMAP each : shared) OxIfaceContainerAddUseCounter(each);  // one for each of two threads
-  OxIfaceContainerReleaseUseCounter(map);
-  const auto work = [&] {
-    for (NODEMAP each : shared) {
-      uint32_t count = 0;
-      EXPECT_OK(NMNodeCount(each, count));
-      const uint8_t payload[4] = {};
-      const TEventData data{0x1a, payload, sizeof payload};
-      EXPECT_OK(NMDeliverEvent(each, &data));
-      OxIfaceContainerReleaseUseCounter(each);
-    }
-  };
-  std::thread one(work), other(work);
-  one.join();
-  other.join();
-  EXPECT_EQ(notified, 8);
-  EXPECT_FALSE(IsNodeMap(map));
 }
 
 }  // namespace
