@@ -53,7 +53,7 @@ TEST_F(Chunks, EveryPortWithTheIdIsAttachedHoweverTheTextIsWritten) {
   EXPECT_EQ(value("NarrowValue"), 40);
   // That nothing has such an ID is no error.
   EXPECT_OK(NMDetachAllChunks(device.map));
-  for (const char* id : {"0x1A", " 1a", "-1a", "123456789", "10000001a", "1234", "", "g"}) {
+  for (const char* id : {"0x1A", " 1a", "-1a", "123456789", "10000001a", "1ag", "1234", "", "g"}) {
     EXPECT_OK(attach(id));
     EXPECT_EQ(value("WideValue"), -1) << id;
     EXPECT_EQ(value("NarrowValue"), -1) << id;
@@ -105,7 +105,14 @@ TEST_F(Chunks, ANullIdFailsOnlyWhereThereArePorts) {
 
 TEST_F(Chunks, AListStopsAtItsFirstFailureAndKeepsWhatWasAttached) {
   const TChunkDataEx list[] = {{"1a", bytes(), 0, 4}, {"34", bytes(), 4, 4}, {"1a", bytes(), 8, 0}};
+  int updates = 0;
+  TCallbackHandle registration = 0;
+  ASSERT_OK(NRegisterUpdate(
+      device.node("WideValue"), [](NODE, void* count) { ++*static_cast<int*>(count); }, &updates, &registration));
+  EXPECT_OK(attach("1a"));
+  EXPECT_EQ(updates, 0) << "attaching alone is silent";
   EXPECT_OK(NMAttachChunkListEx(device.map, list, 2));
+  EXPECT_EQ(updates, 1);
   EXPECT_EQ(value("WideValue"), 10);
   buffer[0] = 11;
   EXPECT_FAILS(NMAttachChunkListEx(device.map, list, 3), OXGENAPI_E_INVALID_ARGUMENT, "Chunk data buffer invalid");

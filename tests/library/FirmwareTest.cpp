@@ -251,9 +251,9 @@ TEST(FirmwareUpdate, TheResetCallbackMayUpdateWithTheSameUpdater) {
 }
 
 // The engine's updater keeps the order; other users of the class are told where they broke it.
-TEST(FirmwareUpdatableNodeMap, RefusesWhatIsOutOfOrder) {
+TEST(FirmwareUpdatableNodeMap, KeepsTheOrderAndHoldsOneNodeMapAtATime) {
   using orxBase::detail::make_shared_t;
-  const auto map = make_shared_t<orxGenApi::NodeMap>();
+  auto map = make_shared_t<orxGenApi::NodeMap>();
   const std::string text = description("");
   ASSERT_EQ(map->LoadXMLString(text.data(), text.size()), 0u);
   const auto device = make_shared_t<orxGenApi::CFirmwareUpdateableNodeMap>(map->shared_from_this());
@@ -273,6 +273,23 @@ TEST(FirmwareUpdatableNodeMap, RefusesWhatIsOutOfOrder) {
   EXPECT_EQ(refusal(end), "1 Device is not in updating state.");
   EXPECT_EQ(refusal([&] { device->DeviceResetWhileUpdatingFirmware(1, 1); }),
             "src/FirmwareUpdatableNodeMap:84 Device is not in updating state (status = 0)");
-  EXPECT_EQ(refusal(begin) + refusal(begin), "1 Device is not in idle state.");
-  EXPECT_EQ(refusal(end), "");
+  EXPECT_EQ(refusal(begin), "");
+  EXPECT_EQ(refusal(begin), "1 Device is not in idle state.");
+
+  static OxHandle former;
+  former = map.container();
+  map.reset();
+  static int resets;
+  resets = 0;
+  const TFirmwareReset gone = [](unsigned, unsigned, void*&, void*) {
+    ++resets;
+    EXPECT_FALSE(IsNodeMap(static_cast<NODEMAP>(former))) << "released before the device is reopened";
+    return false;
+  };
+  device->setReset(gone, nullptr);
+  EXPECT_EQ(device->DeviceResetWhileUpdatingFirmware(1, 1), nullptr);
+  end();
+  begin();
+  EXPECT_EQ(device->DeviceResetWhileUpdatingFirmware(1, 1), nullptr) << "the callback was that of the former update";
+  EXPECT_EQ(resets, 1);
 }
