@@ -15,9 +15,8 @@ struct LoadOptions {
   bool stopOnError = false;
 };
 
-// In parts, so that problems and progress show while it goes on: one line at first, more of them the further it has
-// come. Each part stands behind as many empty lines as there are lines before it, so that texts of problems count
-// right.
+// Loads in growing chunks to show progress and problems early. Each chunk is padded with empty lines, so that line
+// numbers in messages match the file.
 class Loader {
  public:
   Loader(Session& session, const LoadOptions& options) : session_(session), options_(options) {}

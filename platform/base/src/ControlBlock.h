@@ -16,16 +16,15 @@ struct InterfaceTable {
   ORX::InterfaceEntry entries[1];  // count entries follow in the same allocation
 };
 
-// Values that are no handle of the caller's may name any block at any time, live, dying or waiting. What such a call
-// can read is therefore atomic; the plain members belong to whoever creates or ends the block.
+// A bogus handle may hit any block in any state, so everything a check reads is atomic. The plain members belong to
+// the thread that creates or destroys the block.
 struct alignas(64) ControlBlock {
   // Set in `uses` from creation until an object is published; the checked add refuses such a block.
   static constexpr uint32_t kUnpublished = 0x80000000;
   static constexpr uint32_t kMostCounts = 0x7fffffff;
 
-  std::atomic<uint32_t> uses;  // use counts; zero from the last release on
-  std::atomic<uint32_t>
-      weaks;  // weak counts, one of them held by all use counts together; zero while it waits for reuse
+  std::atomic<uint32_t> uses;   // use counts; zero from the last release on
+  std::atomic<uint32_t> weaks;  // weak counts, one held by all use counts together; zero while waiting for reuse
   std::atomic<uint64_t> interfaceId;
   std::atomic<void*> interfacePointer;
   std::atomic<InterfaceTable*> moreInterfaces;  // all interfaces of an object with several, else null

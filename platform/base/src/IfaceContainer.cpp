@@ -1,7 +1,7 @@
 // The operations on interface containers.
 //
-// Order of publication: whoever publishes writes the interfaces and the object first and the use count last (release);
-// whoever checks reads the use count first (acquire). So a use count that was taken always comes with an object.
+// Order of publication: the publisher writes the interfaces and the object first and the use count last (release); a
+// check reads the use count first (acquire). So every use count that was taken comes with an object.
 //
 // Counts change by compare and swap, but by plain stores in a process of one thread: locked operations are most of what
 // taking and giving back a count costs.
@@ -56,7 +56,7 @@ void endObject(ControlBlock& block) noexcept {
   std::free(block.storage);
   std::free(block.moreInterfaces.load(std::memory_order_relaxed));
   block.object = nullptr;
-  block.storage = nullptr;  // a waiting block must not look like an owner to a leak check
+  block.storage = nullptr;  // keeps LeakSanitizer from seeing a free block as an owner
   block.moreInterfaces.store(nullptr, std::memory_order_relaxed);
   releaseCommonWeak(block);
 }
@@ -107,7 +107,7 @@ int32_t listInterfaces(ORX::IDisposableType& object, InterfaceTable*& table) noe
   return OX_OK;
 }
 
-// What a second object is told: two objects cannot share a container, an interface that is present is named first.
+// The error for publishing a second object. An interface that is already there is reported first.
 int32_t refuseSecondObject(const ControlBlock& block, const InterfaceTable& table) noexcept {
   if ((block.uses.load(std::memory_order_acquire) & kUnpublished) != 0) return OX_E_INVALID_STATE;
   for (size_t i = 0; i < table.count; ++i) {

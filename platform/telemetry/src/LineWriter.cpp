@@ -70,8 +70,8 @@ void LineWriter::openFile(const char* path) noexcept {
 }
 
 void LineWriter::openStandardError() noexcept {
-  // A terminal or pipe is opened anew, so that not waiting is a matter of this descriptor alone. A regular file is not:
-  // its position must stay common, or the process's other output would overwrite the lines.
+  // A terminal or pipe is opened again, so that O_NONBLOCK affects only our descriptor. A regular file is not: it must
+  // share its position, or the process's other output would overwrite the lines.
   struct stat status {};
   int descriptor = -1;
   if (fstat(STDERR_FILENO, &status) == 0 && !S_ISREG(status.st_mode)) descriptor = open("/proc/self/fd/2", kOpenFlags);

@@ -25,7 +25,7 @@ constexpr auto kInvalidHandle = static_cast<int32_t>(0x8000001d);
 
 constinit std::atomic<uint64_t> droppedLines{0};
 
-// A sink that fails in a reporting library must not be told of its own failure, and again of that one.
+// Set while a sink runs, so that failures inside the sink are not reported to it again.
 constinit thread_local bool insideSink = false;
 
 // Calls the sink. What it throws passes through.

@@ -54,9 +54,9 @@ OXBASE_API int32_t OxSetLastError(uint32_t Code, const char* Text);
  *   Code    receives the code; may be null.
  *   Buffer  null: *Size receives the bytes needed for the text including its terminating zero (at least 1).
  *           Otherwise at most *Size - 1 bytes of the text and a terminating zero are written; a text that is too long
- * is cut. *Size keeps its value; when it is 0 nothing is written. Size    capacity of Buffer in bytes; may be null
- * while Buffer is null. Returns OX_OK, or OX_E_INVALID_ARGUMENT for a buffer without a size (nothing is written then).
- */
+ *           is cut. *Size keeps its value; when it is 0 nothing is written.
+ *   Size    capacity of Buffer in bytes; may be null while Buffer is null.
+ * Returns OX_OK, or OX_E_INVALID_ARGUMENT for a buffer without a size (nothing is written then). */
 OXBASE_API int32_t OxGetLastError(uint32_t* Code, char* Buffer, size_t* Size);
 
 /* Creates a container with storage for one object.

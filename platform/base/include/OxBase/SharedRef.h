@@ -226,7 +226,7 @@ namespace detail {
 // Creates a container, builds a T in it from the arguments, publishes it and sets its weak link.
 // Throws bad_alloc when the container cannot be created or published for lack of memory, invalid_argument ("Interface
 // in ptr present this container") when an interface of the object is already present, exception with the status for any
-// other refusal, and whatever T's constructor throws. Nothing is left behind then.
+// other refusal, and whatever T's constructor throws. Nothing leaks then.
 template <class T, class... Arguments>
 shared_ref<T> make_shared_t(Arguments&&... arguments) {
   static_assert(alignof(T) <= alignof(std::max_align_t), "container storage is aligned to max_align_t");

@@ -9,7 +9,7 @@ class INodeMap;
 
 class IFirmwareUpdatableDevice : public IDestructible {
  public:
-  // Called first; an exception ends the update before it began.
+  // Called first; an exception stops the update before it has changed anything.
   virtual void PrepareForFirmwareUpdate() = 0;
   // Resets the device, waits for it and opens it again. Milliseconds; 0 means: choose a sensible default. Returns the
   // node map of the reopened device, which replaces the former one, or null when there is none.

@@ -17,7 +17,7 @@ inline constexpr int64_t CHUNK_LENGTH_REGISTER = INT64_MAX - 15;
 // several threads: attaching and reading on different threads takes the node map's lock.
 class CChunkPort : public IPortConstruct {
  public:
-  // With a port node, attaches to it; throws InvalidArgumentException when it is none.
+  // With a port node, attaches to it; throws InvalidArgumentException when it is not one.
   explicit CChunkPort(IPort* pPortNode = nullptr);
   // Detaches from the port node; never throws.
   ~CChunkPort() override;

@@ -54,7 +54,7 @@ class FileProtocolAdapter : public IFileProtocolAdapter {
   FileProtocolAdapter(const FileProtocolAdapter&) = delete;
   FileProtocolAdapter& operator=(const FileProtocolAdapter&) = delete;
 
-  // False for null, and when one of the nodes above is missing or of another kind; missingFeature() then tells which.
+  // False for null, and when one of the nodes above is missing or of another kind; missingFeature() then names it.
   bool attach(INodeMap* pNodeMap) override;
   // All operations throw LogicalErrorException before a successful attach, InvalidArgumentException for a file name
   // that FileSelector does not know, AccessException for a node that is not accessible, TimeoutException for an
@@ -108,7 +108,7 @@ class ODevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
  protected:
   int_type overflow(int_type c) override;
   std::streamsize xsputn(const CharType* data, std::streamsize count) override;
-  // Writes the buffered part of a block; the file goes on behind it.
+  // Writes the buffered part of a block; the next write continues after it.
   int sync() override;
 
  private:
@@ -118,7 +118,7 @@ class ODevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
 
 // Input buffer over a device file, one block of memory, no seeking. Exceptions of nodes and ports pass; a short count
 // is the end of the file. A block without bytes or with a status other than success is the end, too, except below the
-// size that FileSize tells: RuntimeException "reading file 'X' stopped at byte N of M: status S".
+// size that FileSize gives: RuntimeException "reading file 'X' stopped at byte N of M: status S".
 template <typename CharType, typename Traits = std::char_traits<CharType>>
 class IDevFileStreamBuf : public std::basic_streambuf<CharType, Traits> {
  public:

@@ -1,4 +1,4 @@
-// What the description's root element tells about the device; reached by a cast of the node map.
+// What the description's root element says about the device; reached by a cast of the node map.
 #pragma once
 #include "Base/GCString.h"
 #include "Base/GCTypes.h"

@@ -6,7 +6,7 @@ namespace GENAPI_NAMESPACE {
 
 class IPortConstruct : virtual public IPort {
  public:
-  // Called with the port node on connect and with null when the connection ends.
+  // Called with the port node on connect and with null on disconnect.
   virtual void SetPortImpl(IPort* pPort) = 0;
   virtual EYesNo GetSwapEndianess() = 0;
 };

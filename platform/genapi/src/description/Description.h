@@ -141,7 +141,7 @@ class Description {
   std::pmr::vector<NodeRecord> nodes_{&memory_};
   std::pmr::vector<Property> properties_{&memory_};
   NameTable names_{&memory_};
-  std::vector<std::unique_ptr<char[]>> moreText_;  // texts that do not stand in one piece in the source
+  std::vector<std::unique_ptr<char[]>> moreText_;  // texts that are not in one piece in the source
   DeviceTexts device_;
   bool schema10_ = false;
   std::vector<FindingRecord> findings_;

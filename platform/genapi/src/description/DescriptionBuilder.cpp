@@ -34,7 +34,7 @@ pugi::xml_node rootOf(const pugi::xml_document& document, const DescriptionParts
   return root;
 }
 
-// Memory dumps of devices are filled up with zeros. Any other text behind the last tag is none the parser looks at.
+// Memory dumps of devices are padded with zeros. Other trailing text is refused here: the parser would ignore it.
 size_t lengthWithoutFilling(std::string_view text, const BuildFindings& findings) {
   size_t size = text.size();
   while (size != 0 && (text[size - 1] == '\0' || isXmlBlank(text[size - 1]))) --size;

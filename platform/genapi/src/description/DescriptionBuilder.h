@@ -25,7 +25,7 @@ struct DescriptionParts {
   TextArena& texts;
   BuildFindings& findings;
 
-  // Where a text stands that points into the buffer; `otherwise` for one that was put together.
+  // The offset of a text that points into the buffer; `otherwise` for one that was put together.
   size_t offsetOf(const char* text, size_t otherwise) const {
     return text >= buffer && text < buffer + bufferSize ? static_cast<size_t>(text - buffer) : otherwise;
   }

@@ -83,8 +83,7 @@ std::shared_ptr<const Description> matching(const std::vector<Candidate>& found,
 
 }  // namespace
 
-// Candidates are compared, and given up, without the lock: the last user of one might be gone by then, and its end must
-// not hold up other loads.
+// Compare and release candidates outside the lock: releasing the last reference destroys a whole description.
 std::shared_ptr<const Description> DescriptionCache::find(std::string_view text) {
   std::vector<Candidate> found;
   {
@@ -97,7 +96,7 @@ std::shared_ptr<const Description> DescriptionCache::find(std::string_view text)
 
 std::shared_ptr<const Description> DescriptionCache::add(std::shared_ptr<const Description> description) {
   Cache& known = cache();
-  std::vector<Candidate> found;  // given up after the lock
+  std::vector<Candidate> found;  // released after the lock
   const std::lock_guard<std::mutex> lock(known.mutex);
   found = candidates(known, description->sourceText().size());
   if (auto other = matching(found, description->sourceText())) return other;

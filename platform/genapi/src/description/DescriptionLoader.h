@@ -12,11 +12,11 @@ class Description;
 
 struct LoadedDescription {
   std::shared_ptr<const Description> description;
-  std::string sourceName;  // what stands in front of line numbers: a file, "archive.zip(cam.xml)", or "<description>"
+  std::string sourceName;  // printed before line numbers: a file, "archive.zip(cam.xml)", or "<description>"
 };
 
 // Both throw RuntimeException "<source>:<line>: <NodeType> '<Name>': <Element>: <what is wrong>" on a fatal fault and
-// BadAllocException when memory ran out; nothing is left behind then.
+// BadAllocException when memory ran out; nothing leaks then.
 LoadedDescription loadDescriptionFile(const std::string& fileName, EContentType contentType);
 LoadedDescription loadDescriptionText(std::string_view bytes, EContentType contentType);
 

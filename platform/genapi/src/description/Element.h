@@ -141,7 +141,7 @@ inline constexpr size_t kElements = static_cast<size_t>(Element::Index) + 1;
 std::string_view elementName(Element element);  // as in the XML
 // Unknown for other names; attributes are no elements.
 Element elementOf(std::string_view name);
-// The same for a name that ends in NUL and has so many readable bytes after it.
+// The same for a name that ends in NUL; kElementNamePadding bytes after it must be readable.
 inline constexpr size_t kElementNamePadding = 16;
 Element elementAt(const char* name);
 

@@ -58,14 +58,14 @@ inline constexpr NodeTypeSet kStringKinds(NodeType::String, NodeType::StringReg,
 inline constexpr NodeTypeSet kRegisterKinds(NodeType::IntReg, NodeType::MaskedIntReg, NodeType::FloatReg,
                                             NodeType::StringReg, NodeType::Register, NodeType::ConfRom,
                                             NodeType::AdvFeatureLock, NodeType::SmartFeature);
-// What stands where a number is needed.
+// How an element gives a number.
 inline constexpr NodeTypeSet kNumericKinds =
     kIntegerKinds | kFloatKinds | NodeTypeSet(NodeType::Boolean, NodeType::Enumeration);
 
 // How the text of an element is read.
 enum class Form : uint8_t {
   Text,      // trimmed
-  Verbatim,  // as it stands, blanks included; an empty one counts as given
+  Verbatim,  // unchanged, blanks included; an empty one counts as given
   Integer,
   Real,
   Boolean,  // true, false, 1, 0
@@ -121,7 +121,7 @@ NodeTypeSet linkTargets(Element element, NodeType type);
 
 // Reads a word of the element's vocabulary into the value of its enumeration; false for any other word.
 bool parseWord(Element element, std::string_view text, uint8_t& word);
-// A wrong word is only noted and the default stands; other wrong words make a node unusable.
+// A wrong word is only noted and the default applies; other wrong words make a node unusable.
 bool isDescriptiveWord(Element element);
 
 }  // namespace GENAPI_NAMESPACE

@@ -46,7 +46,7 @@ class LinkResolver {
   }
 
  private:
-  // Names lie all over the text: they are asked for some links ahead.
+  // Names lie all over the text, so they are fetched some links ahead.
   void prefetch(const Property* property) const {
     constexpr ptrdiff_t kNear = 6, kFar = 12;
     const Property* const end = parts_.properties.data() + parts_.properties.size();
@@ -83,7 +83,7 @@ class LinkResolver {
     return latest;
   }
 
-  // An entry that stands by itself belongs to the first Enumeration that names it.
+  // An entry outside any Enumeration belongs to the first one that names it.
   void adopt(NodeIndex enumeration, Property& link) {
     link.element = Element::EnumEntry;
     NodeRecord& entry = parts_.nodes[link.target];

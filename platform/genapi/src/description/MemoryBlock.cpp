@@ -19,8 +19,8 @@ size_t mappingSize(size_t size) {
   return (size + kLargePage - 1) / kLargePage * kLargePage + kLargePage;
 }
 
-// The last mapping given up: a program that opens cameras one after the other fills the same pages again. The system
-// may take them back when memory is short.
+// The mapping released last, kept because a program that opens one camera after another fills the same pages again. The
+// system may take them back when memory is short.
 class SpareMapping {
  public:
   // Null if there is none of that size.

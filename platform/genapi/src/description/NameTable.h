@@ -37,7 +37,7 @@ class NameTable {
     return hash;
   }
 
-  // Empty, with room for so many names.
+  // Empties the table and makes room for `names` names.
   void prepare(size_t names) {
     size_t size = 16;
     while (size < names * 2) size *= 2;

@@ -119,7 +119,7 @@ NodeDraft NodeReader::startNode(pugi::xml_node xml, NodeType type) {
   return draft;
 }
 
-// False for a word that the attribute does not know; its default stands then.
+// False for an unknown word; the attribute keeps its default then.
 bool NodeReader::readAttribute(std::string_view name, std::string_view value, NodeRecord& record) {
   if (name == "NameSpace") {
     ENameSpace nameSpace = Custom;

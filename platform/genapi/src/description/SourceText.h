@@ -23,7 +23,7 @@ struct SourceShape {
 // no tag at all, too much text before it, more tags than any description needs.
 SourceShape examineSource(std::string_view text, BuildFindings& findings);
 
-// Offsets of the '&' that the parser leaves as they stand, because they begin no reference it knows.
+// Offsets of the '&' that the parser leaves alone because they begin no reference it knows.
 std::vector<size_t> unknownReferences(std::string_view text);
 
 }  // namespace GENAPI_NAMESPACE

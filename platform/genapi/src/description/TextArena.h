@@ -1,4 +1,4 @@
-// Room for texts that do not stand in one piece in a description: joined ones and the names of generated nodes.
+// Room for texts that are not in one piece in a description: joined ones and the names of generated nodes.
 #pragma once
 #include <algorithm>
 #include <cstring>

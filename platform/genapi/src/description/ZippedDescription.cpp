@@ -45,7 +45,7 @@ Archive openArchive(std::string_view bytes) {
     if (source == nullptr) refuseError("the zip archive cannot be opened", &error.error);
     if (Archive archive{zip_open_from_source(source, ZIP_RDONLY, &error.error)}) return archive;
     zip_source_free(source);
-    // Memory that runs out for an entry of the directory is taken for "no archive": once more tells which it was.
+    // libzip reports "no archive" when memory runs out for a directory entry. A second try shows which it was.
     if (again || zip_error_code_zip(&error.error) != ZIP_ER_NOZIP) {
       refuseError("the zip archive cannot be opened", &error.error);
     }

@@ -8,7 +8,7 @@ namespace GENAPI_NAMESPACE {
 
 class ICommand;
 
-// The time that waits go by. Tests put one of their own in place, so that a limit of minutes is reached at once.
+// The clock for waits. Tests replace it, so that a limit of minutes is reached at once.
 class WaitTime {
  public:
   virtual ~WaitTime() = default;
@@ -17,7 +17,7 @@ class WaitTime {
 
   // The machine's own unless exchanged.
   static const WaitTime& current();
-  // Null puts the machine's own back. What is exchanged must stay until it is put back.
+  // Null restores the machine's own. The replacement must live until then.
   static void exchange(const WaitTime* other);
 };
 

@@ -14,7 +14,7 @@ template <typename CharType, typename Traits>
 ODevFileStreamBuf<CharType, Traits>::~ODevFileStreamBuf() {
   try {
     close();
-  } catch (...) {  // whoever wants to know calls close()
+  } catch (...) {  // errors are ignored here; close() reports them
   }
 }
 
@@ -126,7 +126,7 @@ template <typename CharType, typename Traits>
 IDevFileStreamBuf<CharType, Traits>::~IDevFileStreamBuf() {
   try {
     close();
-  } catch (...) {  // whoever wants to know calls close()
+  } catch (...) {  // errors are ignored here; close() reports them
   }
 }
 

@@ -42,7 +42,7 @@ struct FileProtocolAdapter::Nodes {
 
   int64_t successValue = 0;
   bool hasSuccess = false;
-  int64_t block = 0;            // for the present selection; 0 when it must be computed anew
+  int64_t block = 0;            // for the present selection; 0 when it must be computed again
   std::vector<uint8_t> padded;  // the last block of a file, filled up; sized at its first use
 
   // Throws LogicalErrorException before a successful attach, InvalidArgumentException for a null name.

@@ -16,7 +16,7 @@ namespace GENAPI_NAMESPACE {
 
 namespace {
 
-// Every element or other markup takes a '<', so more of them than this cannot stand in an accepted file; tested before
+// Every element or other markup takes a '<', so an accepted file cannot hold more of them than this; tested before
 // a tree is built from it.
 constexpr size_t kMaxTagBrackets = 4 * kMaxControlNodes;
 

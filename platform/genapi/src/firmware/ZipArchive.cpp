@@ -34,7 +34,7 @@ uint32_t number32(std::string_view bytes, size_t at) {
   return number16(bytes, at) | number16(bytes, at + 2) << 16;
 }
 
-// Where the directory lies and what its end says of it. libzip does not tell, and members' offsets stand only there.
+// Where the directory is, from its end record. libzip does not say, and only the directory has the members' offsets.
 struct Directory {
   uint64_t offset = 0;
   uint64_t size = 0;

@@ -158,7 +158,7 @@ inline Problem logarithm(double argument, double value, double& result) noexcept
   return argument > 0 ? checked(value, result) : kDomain;
 }
 
-// `value` rounded to so many decimals, half away from zero; a negative count rounds to tens, hundreds and so on.
+// `value` rounded to `places` decimals, half away from zero; a negative count rounds to tens, hundreds and so on.
 inline Problem roundToPlaces(double value, double places, double& result) noexcept {
   if (std::isnan(places)) return kDomain;
   const double scale = std::pow(10.0, std::fabs(std::trunc(places)));

@@ -21,7 +21,7 @@ bool isWord(char character) noexcept {
   return isLetter(character) || isDigit(character);
 }
 
-// Two-character operators stand before the one-character operators they begin with.
+// Two-character operators come before the one-character operators they begin with.
 constexpr struct {
   std::string_view text;
   TokenKind kind;

@@ -224,7 +224,7 @@ class Parser {
 
   void name() {
     if (tokenAfter().kind == TokenKind::Open) {
-      // No value can stand before a parenthesis, so the function is meant even where a variable has its name.
+      // No value can precede a parenthesis, so the function is meant even where a variable has its name.
       if (const Function* function = findFunction(token_.text)) return call(*function);
     }
     Meaning meaning = names_.meaningOf(token_.text);

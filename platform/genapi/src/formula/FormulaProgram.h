@@ -19,7 +19,7 @@ namespace GENAPI_NAMESPACE::formula {
 // Longest formula text, in bytes. The longest in real descriptions has about 2,000.
 inline constexpr size_t kMaxFormulaChars = 64 * 1024;
 
-// Most parentheses (those of functions included) and most operators that may stand open at one place. Real formulas
+// Most parentheses (those of functions included) and most operators that may be open at one place. Real formulas
 // reach 23; the limit keeps what one formula can ask for small.
 inline constexpr size_t kMaxFormulaDepth = 512;
 

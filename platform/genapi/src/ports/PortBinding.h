@@ -9,7 +9,7 @@ namespace GENAPI_NAMESPACE {
 class INode;
 class INodeMap;
 
-// Forgets everything when the node map ends first.
+// Forgets everything when the node map is destroyed first.
 class PortBinding final : public MapEndObserver {
  public:
   PortBinding() = default;
@@ -24,7 +24,7 @@ class PortBinding final : public MapEndObserver {
   bool bind(INode* node, IPort* port, INodeMap* map, ILiveData* live, IPort* implementation);
   // Disconnects the node if the implementation is still its own.
   void release() noexcept;
-  // What SetPortImpl of the implementation was told. True when it now serves a port node that it was not bound to:
+  // Takes what SetPortImpl of the implementation got. True when it now serves a port node that it was not bound to:
   // somebody connected it by hand.
   bool connectionChanged(IPort* portNode);
 

@@ -7,7 +7,7 @@
  * 2. Fixed settings. Level and destination of a module are settled when it registers and never change after that.
  * 3. Lines. Each record becomes one line, a JSON object with the members "time" (UTC), "module", "version", "level",
  *    "text" and "attributes" (an object). Invalid UTF-8 is replaced by U+FFFD; a number that is not finite is written
- * as "NaN", "Infinity" or "-Infinity", a string.
+ *    as "NaN", "Infinity" or "-Infinity", a string.
  * 4. Never in the way. No function throws, raises a signal or waits. A line that cannot be written at once is dropped
  *    and counted (OxTDroppedLineCount).
  * 5. Threads. Every function may be called from any thread; one record belongs to one thread at a time.
@@ -100,12 +100,13 @@ OXTELEMETRY_API int32_t OxTGetModule(const char* Name, const char* Version, OxTM
 OXTELEMETRY_API int32_t OxTCreateLog(OxTModule Module, uint32_t Level, OxTLog* Log);
 
 /* Attaches attributes to a record; an attribute of the same name is replaced. Names and strings are copied. An entry
- * with a null string is skipped. Entries  Count entries; may be null when Count is 0. Returns 0, 0x80000002 when Log or
- * Entries is null or an entry has no name or an unknown tag (such entries are left out, the others attached),
- * 0x80000005 when out of memory (the entries before that point are attached). */
+ * with a null string is skipped.
+ *   Entries  Count entries; may be null when Count is 0.
+ * Returns 0, 0x80000002 when Log or Entries is null or an entry has no name or an unknown tag (such entries are left
+ * out, the others attached), 0x80000005 when out of memory (the entries before that point are attached). */
 OXTELEMETRY_API int32_t OxTAttributeMapStore(OxTLog Log, const OxTAttribute* Entries, size_t Count);
 
-/* Sends a record with its text and ends it: Log is invalid afterwards, whatever the result.
+/* Sends a record with its text and frees it: Log is invalid afterwards, whatever the result.
  *   Message  zero-terminated; null counts as empty.
  * Returns 0, 0x80000002 when Log is null, 0x80000003 when the line was dropped. */
 OXTELEMETRY_API int32_t OxTSendLog(OxTLog Log, const char* Message);
