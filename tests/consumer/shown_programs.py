@@ -9,7 +9,7 @@ import sys
 from pathlib import Path
 
 *documents, folder, libraries = sys.argv[1:]
-SHOWN = re.compile(r"^```c\n((?:(?!^```).)*?)^```\n+```text\n(.*?)^```\n+    (cc (\S+\.c) -o (\S+) .*)$", re.M | re.S)
+SHOWN = re.compile(r"^```c\n((?:(?!^```).)*?)^```\n+```text\n(.*?)^```\n+    (cc (\S+\.c) -o (\S+) [^\n]*)$", re.M | re.S)
 Path(folder).mkdir()
 count = 0
 for document in documents:
