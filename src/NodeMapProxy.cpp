@@ -27,7 +27,7 @@ NodeMapProxy::~NodeMapProxy() {
   // A chain of proxies ends one after the other, not one inside the other: it may be longer than the stack.
   orxBase::shared_ref<NodeMapBase> next = std::move(internal_);
   while (next) {
-    orxBase::shared_ref<NodeMapBase> ending = std::move(next);
+    orxBase::shared_ref<NodeMapBase> ending = std::exchange(next, {});
     nextToEnd = &next;
     ending.reset();
     nextToEnd = nullptr;
