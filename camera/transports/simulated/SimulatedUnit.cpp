@@ -12,6 +12,7 @@ namespace {
 
 constexpr size_t kWord = 4;
 constexpr uint32_t kForEver = 0xffffffff;
+constexpr const char* kUnplugged = "the camera was unplugged";
 
 uint32_t number(const void* bytes) {
   uint8_t b[kWord];
@@ -79,7 +80,7 @@ void SimulatedUnit::abandon(const Opening& opening) {
 void SimulatedUnit::touch(const Opening& opening) {
   settle();
   if (!isThereLocked() || opening.number <= powerOnOpening_)
-    throw TransportError(Reason::lost, "the camera was unplugged");
+    throw TransportError(Reason::lost, kUnplugged);
   const auto now = Clock::now();
   if (!opening.control) return;
   if (controller_ == opening.number && now - contact_ > config_.heartbeat) controller_ = 0;
@@ -96,7 +97,7 @@ bool SimulatedUnit::answers(std::unique_lock<std::mutex>& lock, const Opening& o
   const Milliseconds wait = inTime ? late_ : opening.answerTime;
   if (!silent && lateCount_ > 0 && --lateCount_ == 0) late_ = Milliseconds{0};
   if (changed_.wait_for(lock, wait, [&] { return abandoned_ >= opening.number || !isThereLocked(); })) {
-    throw TransportError(Reason::lost, "the access was given up");
+    throw TransportError(Reason::lost, isThereLocked() ? "the access was given up" : kUnplugged);
   }
   return inTime;
 }
