@@ -102,7 +102,9 @@ class NodeMap:
             raise AttributeError(f"a feature is set by its value: .{name}.value = {value!r}")
         super().__setattr__(name, value)
 
-    def __contains__(self, name: str) -> bool:
+    def __contains__(self, name: object) -> bool:
+        if not isinstance(name, str):
+            return False
         raw = c_void_p()
         found: bool = lib.NMGetNode(self._handle.raw, encoded(name), byref(raw)) == 0
         Handle(raw.value).close()
@@ -112,8 +114,8 @@ class NodeMap:
         return self.features()
 
     def __dir__(self) -> list[str]:
-        own = [name for name in super().__dir__() if not name.startswith("_")]
-        return own + [name for name in self.feature_names() if name.isidentifier()]
+        own = [name for name in super().__dir__() if not name.startswith("_")]  # what was asked for is among them
+        return list(dict.fromkeys(own + [name for name in self.feature_names() if name.isidentifier()]))
 
     def _ipython_key_completions_(self) -> list[str]:
         """What completes cam["Wid in IPython."""
@@ -272,7 +274,7 @@ class NodeMap:
         self._handle.close()
         self._forget()
 
-    def __enter__(self) -> NodeMap:
+    def __enter__(self: Map) -> Map:
         return self
 
     def __exit__(self, *exception: object) -> None:

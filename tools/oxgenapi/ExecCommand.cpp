@@ -21,7 +21,7 @@ struct ExecOptions {
 void run(Session& session, const ExecOptions& options) {
   const Node node = session.map().node(options.name);
   if (node.type() != NT_Command) {
-    throw Failure(OXGENAPI_E_NOT_SUPPORTED, "is not a command", options.name);  // writing 1 to a number is no execution
+    throw Failure(OXGENAPI_E_NOT_SUPPORTED, "is not a command", options.name);  // a write of 1 would change a number
   }
   node.execute();
   // A command that cannot be read is done as soon as it is written.

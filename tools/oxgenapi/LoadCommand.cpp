@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "Checks.h"
 #include "Commands.h"
 #include "Interrupt.h"
 #include "Progress.h"
@@ -24,7 +25,7 @@ class Loader {
   void run() {
     const std::string text = readFile(options_.file == "-" ? "/dev/stdin" : options_.file);
     if (text.find('\0') != text.npos) {
-      throw Failure(kFileFailed, "holds zero bytes and is no settings text", options_.file);
+      throw Failure(kFileFailed, "holds zero bytes, which settings do not have", options_.file);
     }
     const auto lines = static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
     Progress progress(session_.output(), "loading", lines, "lines");
@@ -103,7 +104,10 @@ class Loader {
 void addLoad(CLI::App& app, Action& chosen) {
   auto options = std::make_shared<LoadOptions>();
   CLI::App* command = app.add_subcommand("load", "Write the values of a settings text to the device");
-  command->add_option("file", options->file, "Settings file; -: standard input")->required()->type_name("FILE");
+  command->add_option("file", options->file, "Settings file; -: standard input")
+      ->required()
+      ->type_name("FILE")
+      ->check(existingFileOrStream());
   command->add_flag("--validate", options->validate, "Read every value back and compare");
   command->add_flag("--stop-on-error", options->stopOnError, "Stop at the first line that fails");
   command->footer("Example:\n  oxgenapi load camera.settings --validate");

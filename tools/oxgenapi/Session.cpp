@@ -98,6 +98,10 @@ void Session::suggest(const Failure& failure) {
   std::string advice;
   if (failure.code() == OXGENAPI_E_NOT_PRESENT && !failure.feature().empty()) {
     advice = nearFeatures(*map_, failure.feature());
+  } else if (text.ends_with("NULL pointer dereferenced")) {  // what a line of settings with an unknown name gives
+    const std::string name(text.substr(0, text.find(':')));
+    advice = map_->tryNode(name) ? "The device lacks one of its selectors" : nearFeatures(*map_, name);
+    advice = advice.empty() ? "The device has no " + name : advice;
   } else if (noEntry != text.npos) {
     const size_t start = text.substr(0, noEntry).rfind(' ') + 1;  // 0 where the name stands first
     advice = choices(*map_, std::string(text.substr(start, noEntry - start)));
