@@ -20,7 +20,7 @@ def paragraph(text):
 
 def signature(name, function):
     text = re.sub(r"(: |-> )'([^']*)'", r"\1\2", str(inspect.signature(function)))
-    return name + text.replace("(self, ", "(").replace("(self)", "()")
+    return name + text.replace("(self, ", "(").replace("(self)", "()").replace("''", '""')  # '' would end the code
 
 
 def members(kind):
