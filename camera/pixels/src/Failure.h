@@ -1,13 +1,11 @@
 // Makes results that say what is wrong.
 #pragma once
 
-#include <fmt/format.h>
-
 #include <exception>
 #include <iterator>
 #include <new>
-#include <utility>
 
+#include "Formatting.h"
 #include "OxPixels/Result.h"
 
 namespace ox::pixels {
@@ -17,8 +15,7 @@ template <class... Args>
 Result failure(Code code, fmt::format_string<Args...> text, Args&&... args) noexcept {
   Result result;
   result.code = code;
-  const auto end = fmt::format_to_n(result.text, std::size(result.text) - 1, text, std::forward<Args>(args)...);
-  *end.out = '\0';
+  formatInto(result.text, std::size(result.text), text, fmt::make_format_args(args...));
   return result;
 }
 

@@ -23,7 +23,7 @@ std::string besides(const std::string& path) {
   const auto slash = path.rfind('/');
   const std::size_t start = slash == path.npos ? 0 : slash + 1;
   constexpr std::size_t kMostKept = 200;  // of 255 that a name may have
-  return fmt::format("{}.{}.{}-{}", path.substr(0, start), path.substr(start, kMostKept), getpid(), ++counter);
+  return formatted("{}.{}.{}-{}", path.substr(0, start), path.substr(start, kMostKept), getpid(), ++counter);
 }
 
 }  // namespace

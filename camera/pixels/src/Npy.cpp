@@ -20,24 +20,23 @@ bool isCopied(const Format& format) noexcept {
 std::string elementType(const Format& format, bool bigEndian) {
   const unsigned bytes = isCopied(format) ? format.sampleBits / 8u : format.sampleBits > 8 ? 2u : 1u;
   const char kind = format.numbers == Numbers::Float ? 'f' : format.numbers == Numbers::Signed ? 'i' : 'u';
-  return fmt::format("{}{}{}", bytes == 1 ? '|' : isCopied(format) && bigEndian ? '>' : '<', kind, bytes);
+  return formatted("{}{}{}", bytes == 1 ? '|' : isCopied(format) && bigEndian ? '>' : '<', kind, bytes);
 }
 
 // Rows, columns, and samples of a pixel where each pixel has its own; planes come first.
 std::string shapeText(const Format& format, const ImageView& image) {
   const uint64_t samples = format.samplesPerRow(image.width);
-  if (format.planes == Planes::Planar)
-    return fmt::format("({}, {}, {})", format.order.size(), image.height, image.width);
+  if (format.planes == Planes::Planar) return formatted("({}, {}, {})", format.order.size(), image.height, image.width);
   if (format.planes == Planes::Interleaved && samples > image.width && samples % image.width == 0) {
-    return fmt::format("({}, {}, {})", image.height, image.width, samples / image.width);
+    return formatted("({}, {}, {})", image.height, image.width, samples / image.width);
   }
-  return fmt::format("({}, {})", format.sampleRows(image.height), samples);
+  return formatted("({}, {})", format.sampleRows(image.height), samples);
 }
 
 // The header takes a multiple of 64 bytes, so that the elements are aligned where the file is mapped.
 std::string header(const Format& format, const ImageView& image) {
-  std::string text = fmt::format("{{'descr': '{}', 'fortran_order': False, 'shape': {}, }}",
-                                 elementType(format, image.bigEndian), shapeText(format, image));
+  std::string text = formatted("{{'descr': '{}', 'fortran_order': False, 'shape': {}, }}",
+                               elementType(format, image.bigEndian), shapeText(format, image));
   constexpr std::size_t kPrefix = 10;
   text.append(63 - (kPrefix + text.size()) % 64, ' ');
   text += '\n';

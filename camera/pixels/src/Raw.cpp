@@ -67,7 +67,7 @@ Result writeRaw(const ImageView& image, std::string_view members, Output& output
   const bool padded = complete && image.stride > row;
 
   Json facts{{"format", format.name},
-             {"number", fmt::format("0x{:08X}", image.format)},
+             {"number", formatted("0x{:08X}", image.format)},
              {"width", image.width},
              {"height", image.height},
              {"stride", padded ? row : image.stride},

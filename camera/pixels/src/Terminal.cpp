@@ -53,9 +53,9 @@ unsigned nearestOf256(const Colour& colour) noexcept {
 
 void appendColour(std::string& text, bool ground, const Colour& colour, TerminalColours colours) {
   if (colours == TerminalColours::True) {
-    fmt::format_to(std::back_inserter(text), "\x1b[{};2;{};{};{}m", ground ? 48 : 38, colour[0], colour[1], colour[2]);
+    text += formatted("\x1b[{};2;{};{};{}m", ground ? 48 : 38, colour[0], colour[1], colour[2]);
   } else {
-    fmt::format_to(std::back_inserter(text), "\x1b[{};5;{}m", ground ? 48 : 38, nearestOf256(colour));
+    text += formatted("\x1b[{};5;{}m", ground ? 48 : 38, nearestOf256(colour));
   }
 }
 
