@@ -125,6 +125,39 @@ TEST(Evaluation, SetsThroughAChainCostWhatTheChainIsLong) {
   EXPECT_LE(visits[2], 2 * visits[1] + 8);
 }
 
+// What settings are saved and loaded with: one selector, written before each of its features is read or written.
+TEST(Evaluation, SelectedFeaturesCostTheSameHoweverManyThereAre) {
+  uint64_t visits[3] = {};
+  for (int i = 0; i < 3; ++i) {
+    const int features = 400 << i;
+    std::string nodes = reg("IntReg", "SelectorReg", 0, 4), selected;
+    for (int each = 0; each < features; ++each) {
+      const std::string name = numbered("F", each);
+      nodes += reg("IntReg", name, 4 + 2 * each, 1, "<pIndex Offset=\"1\">SelectorReg</pIndex>");
+      selected += tag("pSelected", name);
+    }
+    TestMap t(nodes + over("Selector", "SelectorReg", selected));
+    const auto selector = t.integer("Selector");
+    const auto walk = [&] {
+      for (int each = 0; each < features; ++each) {
+        const auto feature = t.integer(numbered("F", each));
+        for (int value = 0; value < 2; ++value) {
+          selector->SetValue(value);
+          feature->SetValue(each % 100 + value);
+        }
+        selector->SetValue(0);
+        EXPECT_EQ(feature->GetValue(), each % 100);
+      }
+    };
+    walk();
+    visits[i] = dynamic_cast<NodeMap*>(t.map)->visits();
+    walk();
+    visits[i] = dynamic_cast<NodeMap*>(t.map)->visits() - visits[i];
+  }
+  EXPECT_LE(visits[1], visits[0] * 5 / 2);
+  EXPECT_LE(visits[2], visits[1] * 5 / 2);
+}
+
 // Answers of nodes in circles; all must come out the same whoever is asked first, and in linear time.
 TEST(Evaluation, CirclesOfGuardsAreLinearAndDoNotDependOnWhoIsAskedFirst) {
   constexpr int kNodes = 40;

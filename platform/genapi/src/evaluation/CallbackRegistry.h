@@ -43,6 +43,8 @@ class CallbackRegistry {
   bool remove(NodeIndex node, CallbackHandleType handle);
   // Ends and destroys all registrations.
   void clear() noexcept;
+  bool isEmpty() const { return lists_.empty(); }
+  size_t nodeCount() const { return lists_.size(); }
   bool has(NodeIndex node) const { return lists_.count(node) != 0; }
   // Appends the node's registrations in the order in which they were made.
   void append(NodeIndex node, CallbackList& list) const;

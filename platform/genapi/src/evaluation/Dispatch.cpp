@@ -13,6 +13,8 @@ namespace {
 // Operations of this thread inside ports and callbacks of each other, on any map.
 thread_local int nesting = 0;
 
+constexpr size_t kSearchSteps = 16;  // of a search among dependents, for comparison with a walk over them
+
 }  // namespace
 
 void Dispatch::requireShallowNesting() {
@@ -21,6 +23,17 @@ void Dispatch::requireShallowNesting() {
 }
 
 // --- changes ---
+
+void Dispatch::collect(std::span<const NodeIndex> nodes) {
+  if (callbacks_.isEmpty()) return;
+  if (callbacks_.nodeCount() * kSearchSteps > nodes.size()) {
+    for (const NodeIndex each : nodes) collect(each);
+    return;
+  }
+  callbacks_.forEachNode([&](NodeIndex node) {
+    if (std::binary_search(nodes.begin(), nodes.end(), node)) collected_.push_back(node);
+  });
+}
 
 bool Dispatch::isCovered(NodeIndex node) {
   if (lastChanged_ == kNoNode || rememberedAtChange_ != evaluation_.remembered()) return false;
@@ -31,7 +44,7 @@ bool Dispatch::isCovered(NodeIndex node) {
 bool Dispatch::dropAndCollectDependents(NodeIndex node) {
   // What depends on a node depends on its sources, too: up a chain of written nodes one walk is enough.
   if (isCovered(node)) return false;
-  evaluation_.dropDependents(node, false, [&](NodeIndex each) { collect(each); });
+  collect(evaluation_.dropDependents(node));
   lastChanged_ = node;
   rememberedAtChange_ = evaluation_.remembered();
   return true;
@@ -52,7 +65,7 @@ void Dispatch::noticed(NodeIndex node) {
 }
 
 void Dispatch::invalidated(NodeIndex node, bool evenSteady) {
-  evaluation_.dropDependents(node, evenSteady, [&](NodeIndex each) { collect(each); });
+  collect(evaluation_.dropDependents(node, evenSteady));
   evaluation_.drop(node, evenSteady);
   collect(node);
 }
@@ -65,7 +78,7 @@ void Dispatch::invalidatedAll() {
 void Dispatch::portChanged(NodeIndex port, bool evenSteady) {
   // Ports are connected to every new map, which must not build the graph.
   if (!evaluation_.hasMemory()) return;
-  evaluation_.dropDependents(port, evenSteady, [](NodeIndex) {});
+  evaluation_.dropDependents(port, evenSteady);
   evaluation_.drop(port, evenSteady);
 }
 

@@ -63,6 +63,7 @@ class Dispatch {
   void collect(NodeIndex node) {
     if (state_.nodes[node].marks & kHasCallbacks) collected_.push_back(node);
   }
+  void collect(std::span<const NodeIndex> nodes);
   // False when an earlier change has done so already.
   bool dropAndCollectDependents(NodeIndex node);
   // Whether everything that depends on the node was dropped and collected by the last change already.

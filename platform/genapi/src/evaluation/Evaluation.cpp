@@ -49,7 +49,6 @@ Evaluation::Memory Evaluation::memoryFor(const Frame& frame) const {
 }
 
 bool Evaluation::rememberForCall(NodeState& state, Question question) {
-  ++remembered_;
   hasPassing_ = true;
   if (state.call != call_) {
     state.call = call_;
@@ -63,8 +62,12 @@ bool Evaluation::remember(const Frame& frame, Stay stay) {
   NodeState& state = nodes_[frame.node_];
   const Question question = frame.question_;
   const Memory memory = memoryFor(frame);
-  if (memory == Memory::Call && stay == Stay::UntilDropped) return rememberForCall(state, question);
-  if (memory == Memory::None || stay == Stay::Never) return false;
+  if (memory == Memory::None) return false;
+  const bool forCall = memory == Memory::Call && stay == Stay::UntilDropped;
+  if (!forCall && stay == Stay::Never) return false;
+  noteRemembered();
+  noteMemory(frame.node_);
+  if (forCall) return rememberForCall(state, question);
   if (memory == Memory::UntilClosed) {
     const int before = provisional_.empty() ? frame.guessedFor_ : provisional_.back().outermost;
     provisional_.push_back({frame.node_, question, std::min(before, frame.guessedFor_)});
@@ -73,7 +76,6 @@ bool Evaluation::remember(const Frame& frame, Stay stay) {
     state.provisional |= question;
     return true;
   }
-  ++remembered_;
   state.kept |= question;
   if (question == kValue) state.marks |= kValueValid;
   if (stay == Stay::UntilRenewed) {
@@ -108,11 +110,14 @@ void Evaluation::noteDisturbance() {
 }
 
 void Evaluation::noteReading(const Frame& frame) {
-  if (memoryFor(frame) == Memory::Lasting) nodes_[frame.node_].marks |= kValueValid;
+  if (memoryFor(frame) != Memory::Lasting) return;
+  noteMemory(frame.node_);
+  nodes_[frame.node_].marks |= kValueValid;
 }
 
 void Evaluation::noteWritten(NodeIndex node, bool valid) {
   dropValue(node);
+  noteMemory(node);
   uint8_t& marks = nodes_[node].marks;
   marks = static_cast<uint8_t>(valid ? marks | kValueValid : marks & ~kValueValid);
 }
@@ -132,6 +137,45 @@ void Evaluation::beginActivity(NodeIndex node, int64_t value) {
 
 void Evaluation::dropContentOf(NodeIndex node) {
   dropContent(state_, *state_.details[node].range);
+}
+
+bool Evaluation::dropNoted(NodeIndex node, std::span<const NodeIndex> dependents) {
+  // What an interrupted call works at is not to be seen from here.
+  if (interrupted_ != 0) return false;
+  if (repeated_.isFull()) forgetRepeatedDrops();
+  const auto noted = repeated_.beginDrop(node, revision_);
+  if (!noted) return false;
+  visits_ += noted->size();
+  const auto dropDependent = [&](NodeIndex each) {
+    if (std::binary_search(dependents.begin(), dependents.end(), each)) drop(each, false);
+  };
+  for (const NodeIndex each : *noted) dropDependent(each);
+  dropDependent(node);
+  for (const Frame* frame = top_; frame; frame = frame->up_) dropDependent(frame->node_);
+  return true;
+}
+
+void Evaluation::noteMemoryAnew(NodeIndex node) {
+  if (repeated_.isFull()) return forgetRepeatedDrops();
+  nodes_[node].marks |= kNoted;
+  repeated_.note(node);
+}
+
+void Evaluation::settleAnew(NodeIndex node) {
+  for (const RepeatedDrops::Hub& hub : repeated_.hubs()) {
+    if (nodes_[node].dropped >= hub.revision) continue;
+    const std::span<const NodeIndex> nodes = graph().dependents(hub.node, settling_);
+    if (std::binary_search(nodes.begin(), nodes.end(), node)) nodes_[node].dropped = hub.revision;
+  }
+}
+
+void Evaluation::forgetRepeatedDrops() {
+  for (const RepeatedDrops::Hub& hub : repeated_.hubs()) {
+    for (const NodeIndex each : graph().dependents(hub.node, settling_)) {
+      nodes_[each].dropped = std::max(nodes_[each].dropped, hub.revision);
+    }
+  }
+  repeated_.forget();
 }
 
 void Evaluation::dropAll() {
@@ -158,6 +202,7 @@ void Evaluation::restartNumbers() {
 
 Evaluation::Suspended Evaluation::suspend() {
   const Suspended suspended{std::exchange(top_, nullptr), call_, steps_};
+  ++interrupted_;
   startCall();
   return suspended;
 }
@@ -167,6 +212,7 @@ void Evaluation::resume(const Suspended& suspended) {
   call_ = suspended.call;
   steps_ = suspended.steps;
   hasPassing_ = true;
+  --interrupted_;
 }
 
 std::string Evaluation::path(NodeIndex last) const {

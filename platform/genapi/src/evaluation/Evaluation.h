@@ -20,6 +20,7 @@
 #include "description/DependencyGraph.h"
 #include "description/Description.h"
 #include "description/Limits.h"
+#include "evaluation/RepeatedDrops.h"
 #include "evaluation/State.h"
 
 namespace GENAPI_NAMESPACE {
@@ -64,7 +65,7 @@ class Evaluation {
   struct NoGuess {};
 
   Evaluation(const Description& description, State& state)
-      : description_(description), state_(state), nodes_(state.nodes) {}
+      : description_(description), state_(state), nodes_(state.nodes), repeated_(state.count) {}
   Evaluation(const Evaluation&) = delete;
   Evaluation& operator=(const Evaluation&) = delete;
 
@@ -128,22 +129,17 @@ class Evaluation {
     state.kept &= static_cast<Questions>(state.lasting | (evenSteady ? 0 : state.steady));
     state.passing = state.provisional = 0;
     const uint8_t marks = state.marks;
-    state.marks = static_cast<uint8_t>(marks & ~kValueValid);
+    state.marks = static_cast<uint8_t>(marks & ~(kValueValid | kNoted));
     if (marks & kHasRange) dropContentOf(node);
   }
-  // The same for everything that depends on the node; `visit` sees each.
-  template <class Visit>
-  void dropDependents(NodeIndex node, bool evenSteady, Visit&& visit) {
+  // The same for everything that depends on the node: what dependents() returns, valid as long.
+  std::span<const NodeIndex> dropDependents(NodeIndex node, bool evenSteady = false) {
     ++revision_;
     const std::span<const NodeIndex> nodes = dependents(node);
+    if (nodes.size() >= RepeatedDrops::kManyDependents && !evenSteady && dropNoted(node, nodes)) return nodes;
     visits_ += nodes.size();
-    for (const NodeIndex each : nodes) {
-      drop(each, evenSteady);
-      visit(each);
-    }
-  }
-  void dropDependents(NodeIndex node) {
-    dropDependents(node, false, [](NodeIndex) {});
+    for (const NodeIndex each : nodes) drop(each, evenSteady);
+    return nodes;
   }
   void dropAll();
   // Drops only the node's value.
@@ -158,6 +154,16 @@ class Evaluation {
   // Counts what was remembered.
   uint64_t remembered() const { return remembered_; }
   void noteRemembered() { ++remembered_; }
+  // The node, or a range that it uses, remembers something: its next drop must not be spared.
+  void noteMemory(NodeIndex node) {
+    if (repeated_.isNoting() && !(nodes_[node].marks & kNoted)) [[unlikely]]
+      noteMemoryAnew(node);
+  }
+  // The node is about to use what others remember: makes up for drops that it was spared.
+  void settle(NodeIndex node) {
+    if (repeated_.isNoting()) [[unlikely]]
+      settleAnew(node);
+  }
   // Everything that depends on the node, in description order; valid until the next use.
   std::span<const NodeIndex> dependents(NodeIndex node) { return graph().dependents(node, scratch_); }
 
@@ -238,6 +244,12 @@ class Evaluation {
   // Call numbers begin anew: nothing may look as if it came from one of them.
   void restartNumbers();
   void dropContentOf(NodeIndex node);
+  // Drops, of these dependents of the node, only those that remember something or are at work; false when they are not
+  // known.
+  bool dropNoted(NodeIndex node, std::span<const NodeIndex> dependents);
+  void noteMemoryAnew(NodeIndex node);
+  void settleAnew(NodeIndex node);
+  void forgetRepeatedDrops();
   [[noreturn]] void refuseDepth(NodeIndex node);
   void reportAnswer(NodeIndex node) const;
 
@@ -253,10 +265,12 @@ class Evaluation {
   uint32_t lastCall_ = 1;  // the highest number given
   int depth_ = 0;          // of all frames, those of interrupted calls included
   int steps_ = 0;
+  int interrupted_ = 0;      // calls
   bool hasPassing_ = false;  // something to forget at the end of the call
   std::vector<Provisional> provisional_;
   uint32_t provisionalCount_ = 0;
-  WalkScratch scratch_;
+  WalkScratch scratch_, settling_;
+  RepeatedDrops repeated_;
 };
 
 inline Evaluation::Frame::Frame(Evaluation& evaluation, NodeIndex node, Question question)

@@ -44,6 +44,8 @@ RegisterRange& Registers::takeRange(const RegisterPlace& place) {
     range = &state_.ranges.obtain(key);
   }
   range->users.push_back({place.node, place.mayUseWritten()});
+  evaluation_.settle(place.node);
+  evaluation_.noteMemory(place.node);
   state_.details[place.node].range = range;
   state_.nodes[place.node].marks |= kHasRange;
   return *range;
@@ -84,6 +86,7 @@ void Registers::readStart(const RegisterPlace& place, IRegisterPort& port, uint8
   if (bytes == 0) return;
   // A part is not remembered, but may be known.
   if (place.caching != NoCache && !fresh) {
+    evaluation_.settle(place.node);
     RegisterRange* const range = state_.ranges.find(place.key());
     if (range && mayServe(place, *range)) {
       std::memcpy(buffer, range->bytes(), static_cast<size_t>(bytes));
@@ -123,6 +126,7 @@ void Registers::readUncached(const RegisterPlace& place, IRegisterPort& port, ui
   const uint64_t moves = moves_;
   if (!readPort(place, port, buffer)) return;
   if (moves != moves_) range = &rangeOf(place);  // the port may have used others
+  noteMemory(*range);
   copyNumber(range->passing, buffer, place.length);
   range->passingCall = call;
   range->passingRead = evaluation_.revision();
@@ -160,6 +164,7 @@ void Registers::fill(const RegisterPlace& place, RegisterRange& range, const uin
   range.readCall = evaluation_.call();
   evaluation_.noteCallMemory();
   evaluation_.noteRemembered();
+  noteMemory(range);
   // The reader's own number goes, too: it may be reading the bytes alone.
   if (changed) dropComputed(range, kNoNode);
   range.used = true;
@@ -223,6 +228,7 @@ bool Registers::write(const RegisterPlace& place, IRegisterPort& port, const uin
   mine->known = mine->hasContent = mine->fromWrite = true;
   if (whole) mine->filled = begun;
   evaluation_.noteRemembered();
+  noteMemory(*mine);
   dropWhatMayNotUseWritten(*mine, place.node);
   if (changed) dropComputed(*mine, place.node);
   mine->used = true;

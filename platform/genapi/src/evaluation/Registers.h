@@ -80,6 +80,9 @@ class Registers {
   // What nodes that may not cache have read in this call, or null.
   const uint8_t* passing(const RegisterPlace& place, const RegisterRange& range, bool fresh) const;
   void fill(const RegisterPlace& place, RegisterRange& range, const uint8_t* bytes, Revision revision);
+  void noteMemory(const RegisterRange& range) {
+    for (const RangeUser& user : range.users) evaluation_.noteMemory(user.node);
+  }
   void check(const RegisterPlace& place, IRegisterPort& port, RegisterRange& range);
   bool isFresh(uint32_t call, Revision revision) const { return call == evaluation_.call() && revision > lastWrite_; }
   bool mayServe(const RegisterPlace& place, const RegisterRange& range) const;

@@ -41,6 +41,7 @@ enum NodeMark : uint8_t {
   kHasCallbacks = 1 << 3,  // somebody wants to be called back
   kImposed = 1 << 4,       // State::imposed has an entry
   kActive = 1 << 5,        // a command is executing, an enumeration's entry is about to clear itself
+  kNoted = 1 << 6,         // in the notes of RepeatedDrops since it was dropped last
 };
 
 union Slot {
