@@ -40,9 +40,8 @@ ROOMS = [
     ("simulated", "camera/transports/simulated/library", ["simulated-public", "api", "base-public", "simulation-public"]),
     ("transports", "camera/transports", ["camera-public", "camera-transport", "api", "simulation-public"]),
     ("camera", "camera/src", ["camera-public", "camera-transport", "api", "base-public"]),
-    ("transport", "transport", ["simulation-public"]),
     ("library", "src", ["api", "base-public", "telemetry-public", "genapi-public"]),
-    ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public", "transport",
+    ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public",
                        "camera-public"]),
     ("examples", "examples", ["api", "base-public", "simulated-public", "camera-public"]),
 ]
@@ -52,7 +51,7 @@ INCLUDE_ROOTS = ["include", "platform/base/include", "platform/telemetry/include
                  "simulation/include", "src", "platform/base/src", "platform/telemetry/src", "platform/genapi/src",
                  "camera/pixels/include",
                  "camera/include", "camera/interface", "camera/src", "camera/src/exports", "camera/transports/simulated",
-                 "camera/transports/simulated/library/include", "simulation", "transport", "transport/aravis", "tools/oxgenapi", ""]
+                 "camera/transports/simulated/library/include", "simulation", "camera/transports/aravis", "tools/oxgenapi", ""]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 
 

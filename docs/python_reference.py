@@ -8,7 +8,7 @@ import sys
 
 import oxgenapi
 
-MADE_BY_CALLERS = {"NodeMap", "FirmwareUpdater", "SimulatedCamera", "Error"}
+MADE_BY_CALLERS = {"Camera", "NodeMap", "FirmwareUpdater", "SimulatedCamera", "Error"}
 HIDDEN = {"Code": "The result codes, see [errors](errors.md)."}
 
 

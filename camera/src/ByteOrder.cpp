@@ -37,10 +37,10 @@ std::optional<bool> known(const DescribedCamera& camera) {
     for (std::string text; std::getline(file, text);) {
       std::istringstream line(text.substr(0, text.find('#')));
       const std::string vendor = field(line), model = field(line), order = field(line);
-      if (order != "swapped" && order != "as-sent") continue;
+      if (order != "register" && order != "memory") continue;
       if (fnmatch(vendor.c_str(), camera.vendor.c_str(), 0) == 0 &&
           fnmatch(model.c_str(), camera.model.c_str(), 0) == 0) {
-        return order == "swapped";
+        return order == "register";
       }
     }
   }
@@ -49,10 +49,10 @@ std::optional<bool> known(const DescribedCamera& camera) {
 
 }  // namespace
 
-bool swapsFourBytes(const DescribedCamera& camera, TByteOrder wanted) {
-  if (wanted != BO_Automatic) return wanted == BO_Swapped;
+bool usesRegisterAccess(const DescribedCamera& camera, TByteOrder wanted) {
+  if (wanted != BO_Automatic) return wanted == BO_Register;
   const bool old = camera.schemaMajor < 1 || (camera.schemaMajor == 1 && camera.schemaMinor < 1);
-  return known(camera).value_or(camera.oldRuleApplies && old);
+  return known(camera).value_or(old);
 }
 
 }  // namespace ox::camera

@@ -16,7 +16,11 @@ bool sameText(const std::string& a, const std::string& b) {
 // Devices lie about what should be unique, so within one transport an address has to agree, too.
 bool isSameCamera(const Way& a, const Way& b) {
   const CameraFacts &left = a.facts, &right = b.facts;
-  if (a.transport == b.transport) return sameText(left.identity, right.identity) && left.address == right.address;
+  const bool named =
+      left.identity.empty() && right.identity.empty()
+          ? sameText(left.serial, right.serial) && left.vendor == right.vendor && left.model == right.model
+          : sameText(left.identity, right.identity);
+  if (a.transport == b.transport) return named && !left.address.empty() && left.address == right.address;
   const bool placed = left.address == right.address || left.address.empty() || right.address.empty();
   const bool numbered = sameText(left.serial, right.serial) && sameText(left.model, right.model) &&
                         sameIgnoringCase(left.vendor, right.vendor);

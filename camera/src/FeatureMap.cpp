@@ -143,7 +143,9 @@ NODEMAP FeatureMap::take(Connection& connection, const ListedCamera& camera) {
   const std::lock_guard lock(loading_);
   if (const NODEMAP map = shared()) return map;
   NewMap fresh;
-  load(fresh.get(), connection, camera);
+  load(fresh.get(), connection);
+  chooseByteOrder(fresh.get(), connection, camera);
+  connect(fresh.get());
   {
     const std::lock_guard leaf(mutex_);
     map_ = fresh.release();
@@ -162,11 +164,9 @@ void FeatureMap::renew(Connection& connection, const ListedCamera& camera) {
   if (map == nullptr) return;
   bool same = !file_.empty();
   if (!same) fromSources(connection, [&](const std::string& bytes) { same = same || bytes == former; });
-  if (same) {
-    connect(map);
-  } else {
-    load(map, connection, camera);
-  }
+  if (!same) load(map, connection);
+  chooseByteOrder(map, connection, camera);
+  connect(map);
 }
 
 std::string FeatureMap::description(Connection& connection) {
@@ -204,18 +204,21 @@ void FeatureMap::fromSources(Connection& connection, const Use& use) const {
   throw CameraError(OXGENAPI_E_RUNTIME, reasons.empty() ? "The camera carries no description" : reasons);
 }
 
-void FeatureMap::load(NODEMAP map, Connection& connection, const ListedCamera& camera) {
-  bool oldRule = false;
-  connection.use([&](Device& device) { oldRule = device.swapsOldRegisters(); });
+void FeatureMap::load(NODEMAP map, Connection& connection) {
   fromSources(connection, [&](const std::string& bytes) {
     loadDescription(map, bytes);
     const std::lock_guard lock(mutex_);
     bytes_ = bytes;
   });
-  swaps_ = swapsFourBytes({camera.text(CI_Vendor), camera.text(CI_Model), oldRule, info(map, NMI_SchemaMajorVersion),
-                           info(map, NMI_SchemaMinorVersion)},
-                          byteOrder_);
-  connect(map);
+}
+
+void FeatureMap::chooseByteOrder(NODEMAP map, Connection& connection, const ListedCamera& camera) const {
+  const bool registers = usesRegisterAccess({camera.text(CI_Vendor), camera.text(CI_Model),
+                                             info(map, NMI_SchemaMajorVersion), info(map, NMI_SchemaMinorVersion)},
+                                            byteOrder_);
+  connection.use([&](Device& device) {
+    if (device.hasRegisterAccess()) device.useRegisterAccess(registers);
+  });
 }
 
 // Connecting drops everything that was read through the port before.

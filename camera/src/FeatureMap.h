@@ -1,9 +1,8 @@
-// The node map of one camera: its description, its port, the byte order of its registers.
+// The node map of one camera: its description, its port, the byte order that it means.
 #pragma once
 
 #include <OxGenApi/OxGenApi.h>
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -47,16 +46,14 @@ class FeatureMap {
   // The bytes of the description in use, else those of the first source that can be read. Throws CameraError.
   std::string description(Connection& connection);
 
-  // Whether accesses of four bytes are swapped; known once the description is loaded.
-  bool swaps() const noexcept { return swaps_; }
-
  private:
   using Use = std::function<void(const std::string& bytes)>;
 
   // Calls `use` with the bytes of one source after the other until it does not throw. Throws CameraError with the
   // reason of each.
   void fromSources(Connection& connection, const Use& use) const;
-  void load(NODEMAP map, Connection& connection, const ListedCamera& camera);
+  void load(NODEMAP map, Connection& connection);
+  void chooseByteOrder(NODEMAP map, Connection& connection, const ListedCamera& camera) const;
   void connect(NODEMAP map) const;
 
   const std::string file_;  // in place of the camera's own description; empty: that
@@ -66,7 +63,6 @@ class FeatureMap {
   mutable std::mutex mutex_;  // a leaf, for what follows
   NODEMAP map_ = nullptr;
   std::string bytes_;
-  std::atomic<bool> swaps_ = false;
 };
 
 // From a handler: the result of a port callback. What the camera does not allow has the code that features report as

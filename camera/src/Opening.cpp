@@ -190,7 +190,7 @@ OpenOptions readOptions(const TCameraOptions* options) {
   if (options->StructSize != sizeof(TCameraOptions)) {
     throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "StructSize must be sizeof(TCameraOptions)");
   }
-  if (options->Access > OX_READ_ONLY || options->ByteOrder > BO_Swapped) {
+  if (options->Access > OX_READ_ONLY || options->ByteOrder > BO_Register) {
     throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Access or ByteOrder is none of the known values");
   }
   const auto set = [](Milliseconds& to, uint32_t value) {

@@ -3,7 +3,6 @@
 #include <OxBase/OxBase.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "Failure.h"
 
@@ -12,7 +11,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr size_t kSwapped = 4;                 // bytes of the accesses whose order old cameras mix up
 constexpr Milliseconds kClosingTime{1500};     // of a device that does not answer any more
 constexpr Milliseconds kShortestInterval{10};  // between two heartbeats
 constexpr Milliseconds kLongestInterval{1000};
@@ -145,21 +143,10 @@ void Session::requireControl() {
 
 void Session::readFeature(void* buffer, uint64_t address, size_t length) {
   read(buffer, address, length);
-  if (length == kSwapped && features_.swaps()) {
-    auto* const bytes = static_cast<uint8_t*>(buffer);
-    std::reverse(bytes, bytes + length);
-  }
 }
 
 void Session::writeFeature(const void* buffer, uint64_t address, size_t length) {
-  if (length != kSwapped || !features_.swaps()) {
-    write(buffer, address, length);
-    return;
-  }
-  uint8_t swapped[kSwapped];
-  std::memcpy(swapped, buffer, length);
-  std::reverse(std::begin(swapped), std::end(swapped));
-  write(swapped, address, length);
+  write(buffer, address, length);
 }
 
 TAccessMode Session::featureAccess() const {
@@ -191,7 +178,7 @@ void Session::prepareFeatures() noexcept {
   if (prepared_.exchange(true)) return;
   try {
     OxIfaceContainerReleaseUseCounter(nodeMap());
-  } catch (...) {  // without a usable description bytes stay as they are
+  } catch (...) {  // without a usable description words are moved as memory
   }
 }
 

@@ -31,14 +31,12 @@ class Session final : public FeaturePort, public std::enable_shared_from_this<Se
   NODEMAP nodeMap();
   std::string description();
 
-  // As the bytes lie in the camera.
   void read(void* buffer, uint64_t address, size_t length);
   void write(const void* buffer, uint64_t address, size_t length);
-  // As the description means them.
   void readFeature(void* buffer, uint64_t address, size_t length) override;
   void writeFeature(const void* buffer, uint64_t address, size_t length) override;
   TAccessMode featureAccess() const override;
-  // Looks at the description once, so that the two know the byte order without a node map of this session.
+  // Looks at the description once, so that the byte order is known also without a node map of this session.
   void prepareFeatures() noexcept;
   // Throws CameraError READ_ONLY.
   void requireControl();

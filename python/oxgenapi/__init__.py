@@ -2,6 +2,9 @@
 
     import oxgenapi
 
+    with oxgenapi.open("GV01") as cam:  # by ID, address, serial number or user name
+        cam.ExposureTime.value = 2000
+
     with oxgenapi.SimulatedCamera() as device, oxgenapi.NodeMap.of(device) as cam:
         cam.ExposureTime.value = 5000
         print(cam.ExposureTime)         # <ExposureTime = 5000.0 us, 10.0 .. 10000000.0, ReadWrite>
@@ -10,6 +13,8 @@ A failing call raises Error with the library's code and text. Calls may come fro
 """
 
 from ._library import Code, Error, genapi_version, library_version
+from .camera import (ByteOrder, Camera, CameraCode, CameraState, FoundCamera, Network, NetworkAddress, Reach, cameras,
+                     open)
 from .features import Boolean, Category, Command, Enumeration, Float, Integer, Port, Register, String
 from .firmware import FirmwareUpdater
 from .node import Access, Node, NodeType, Representation, VerifyMode, Visibility
@@ -17,9 +22,11 @@ from .nodemap import AttachedChunks, NodeMap, Registers
 from .simulation import Event, Image, SimulatedCamera
 
 __all__ = [
-    "Access", "AttachedChunks", "Boolean", "Category", "Code", "Command", "Enumeration", "Error", "Event",
-    "FirmwareUpdater", "Float", "Image", "Integer", "Node", "NodeMap", "NodeType", "Port", "Register", "Registers",
-    "Representation", "SimulatedCamera", "String", "VerifyMode", "Visibility", "genapi_version", "library_version",
+    "Access", "AttachedChunks", "Boolean", "ByteOrder", "Camera", "CameraCode", "CameraState", "Category", "Code",
+    "Command", "Enumeration", "Error", "Event", "FirmwareUpdater", "Float", "FoundCamera", "Image", "Integer",
+    "Network", "NetworkAddress", "Node", "NodeMap", "NodeType", "Port", "Reach", "Register", "Registers",
+    "Representation", "SimulatedCamera", "String", "VerifyMode", "Visibility", "cameras", "genapi_version",
+    "library_version", "open",
 ]
 
 __version__ = "3.1.0"

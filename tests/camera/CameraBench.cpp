@@ -8,17 +8,13 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-fs::path built() {
-  return fs::path(std::getenv("OX_BUILD_DIR") == nullptr
-                      ? fs::read_symlink("/proc/self/exe").parent_path().parent_path()
-                      : fs::path(std::getenv("OX_BUILD_DIR"))) /
-         "lib";
+fs::path CameraBench::built() {
+  const char* const chosen = std::getenv("OX_BUILD_DIR");
+  const fs::path program = fs::read_symlink("/proc/self/exe");
+  return (chosen == nullptr ? program.parent_path().parent_path() : fs::path(chosen)) / "lib";
 }
 
-// One folder for the whole program: a module is loaded once for each path.
-fs::path usualModules() {
+fs::path CameraBench::usualModules() {
   static const struct Folder {
     fs::path path = fs::temp_directory_path() / ("ox-camera-modules-" + std::to_string(getpid()));
     Folder() {
@@ -31,12 +27,10 @@ fs::path usualModules() {
   return folder.path;
 }
 
-}  // namespace
-
 CameraBench::CameraBench() : folder_(fs::temp_directory_path() / ("ox-camera-" + std::to_string(getpid()))) {
   fs::create_directories(folder_);
   setenv("OXGENAPI_TRANSPORTS", usualModules().c_str(), 1);
-  unsetenv("OXGENAPI_SIMULATED");
+  for (const char* name : {"OXGENAPI_SIMULATED", "OXGENAPI_INTERFACES", "OXGENAPI_ADDRESSES"}) unsetenv(name);
   setenv("OXGENAPI_BYTE_ORDER", "/nonexistent", 1);
   odd() = {};
 }

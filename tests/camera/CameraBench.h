@@ -28,6 +28,9 @@ class CameraBench : public testing::Test {
   // A folder with links to these built modules.
   std::filesystem::path modules(const std::vector<std::string>& names) const;
   std::filesystem::path folder() const { return folder_; }
+  static std::filesystem::path built();  // where the build puts libraries
+  static std::filesystem::path
+  usualModules();  // one folder for the whole program: a module is loaded once for each path
 
  private:
   std::filesystem::path folder_;

@@ -38,6 +38,7 @@ void addCompletion(CLI::App& app, Action& chosen);
 void addCameras(CLI::App& app, Action& chosen);
 void addHelp(CLI::App& app, Action& chosen);
 void addStubs(CLI::App& app, Action& chosen);
+void addNetwork(CLI::App& app, Action& chosen);
 void addXml(CLI::App& app, Action& chosen);
 
 }  // namespace tool

@@ -8,7 +8,7 @@
 
 namespace tool {
 
-// The first camera of that ID, address or serial number on any transport. Throws Failure.
+// The camera of that name, see OxCameraOpen. Throws Failure.
 std::unique_ptr<Device> openRemoteCamera(const std::string& name);
 
 }  // namespace tool

@@ -1,5 +1,7 @@
 #include "Session.h"
 
+#include <OxCamera/CameraTypes.h>
+
 #include <algorithm>
 
 #include "NearNames.h"
@@ -72,7 +74,7 @@ void Session::keep() {
 }
 
 void Session::report(const Failure& failure) {
-  failed_ = true;
+  fail(failure.code() == OXCAMERA_E_NOT_FOUND ? kNoCamera : kFailed);
   if (!output_.json()) {
     output_.failure(failure);
     suggest(failure);
@@ -80,10 +82,10 @@ void Session::report(const Failure& failure) {
 }
 
 void Session::reportHidden() {
-  if (failed_ || !port_ || !port_->failure()) {
+  if (failed() || !port_ || !port_->failure()) {
     return;
   }
-  failed_ = true;
+  fail();
   const Failure& failure = *port_->failure();
   output_.failure(Failure(failure.code(), std::string("an access to the device failed: ") + failure.what()));
 }

@@ -25,11 +25,15 @@ struct Faults {
   std::string text = "made to fail";
 };
 
+// Exit statuses of the tool, besides 0 and that of wrong usage.
+inline constexpr int kFailed = 1;    // a feature or the device failed
+inline constexpr int kNoCamera = 3;  // there is no camera, or none of that name
+
 struct Options {
   std::string xml;     // description file; empty: the simulated camera and its own description
   std::string memory;  // register image behind `xml`; empty: all zero, kept nowhere
   std::string state;   // register file of the simulated camera; empty: factory settings, kept nowhere
-  std::string camera;  // a real camera, found by a transport; empty: one of the above
+  std::string camera;  // one that the camera library opens, by any of its names; empty: one of the above
   Faults faults;
   bool json = false;
   Output::Colour colour = Output::Colour::automatic;
@@ -40,6 +44,8 @@ class Session {
   explicit Session(const Options& options);
 
   const Output& output() const { return output_; }
+  // What --camera says; empty without.
+  const std::string& cameraName() const { return options_.camera; }
   // Opens the device and loads its description on the first call. Throws Failure.
   NodeMap& map();
   // The device behind map(), which it opens.
@@ -57,9 +63,10 @@ class Session {
   void report(const Failure& failure);
   // An access of the device that failed makes an answer doubtful; reports it where nothing else has been reported.
   void reportHidden();
-  // Makes the exit status 1 without a report.
-  void fail() { failed_ = true; }
-  bool failed() const { return failed_; }
+  // Sets the exit status without a report.
+  void fail(int status = kFailed) { status_ = status; }
+  bool failed() const { return status_ != 0; }
+  int status() const { return status_; }
 
  private:
   void open();
@@ -76,7 +83,7 @@ class Session {
   std::unique_ptr<WatchedPort> port_;
   std::optional<NodeMap> map_;
   std::vector<std::string> ports_;
-  bool failed_ = false;
+  int status_ = 0;
 };
 
 }  // namespace tool

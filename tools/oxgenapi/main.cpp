@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -18,11 +19,10 @@
 
 namespace {
 
-constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
 constexpr const char* kExitStatus =
-    "Exit status: 0 success, 1 a feature or the device failed, 2 wrong usage.\n"
+    "Exit status: 0 success, 1 a feature or the device failed, 2 wrong usage, 3 no such camera.\n"
     "Example:\n"
     "  oxgenapi --state camera.state set Width=640 Height=480";
 
@@ -52,8 +52,9 @@ void addOptions(CLI::App& app, tool::Options& options) {
                     ->type_name("FILE")
                     ->excludes(xml);
   auto* camera = app.add_option("--camera", options.camera,
-                                "A real camera: its ID (see the command cameras), address or serial number")
-                     ->type_name("ID")
+                                "A camera: its ID (see the command cameras), address, serial number or user name; "
+                                "'simulated'. Without it: the one that OXGENAPI_CAMERA names")
+                     ->type_name("CAMERA")
                      ->excludes(xml)
                      ->excludes(state);
   addFaults(app, options.faults, camera);
@@ -69,6 +70,17 @@ void addOptions(CLI::App& app, tool::Options& options) {
       "-V,--version", [] { return "oxgenapi " + tool::libraryVersion(); }, "Print the version and exit");
 }
 
+// OXGENAPI_CAMERA names the camera for a whole shell, unless the command line says what to use.
+tool::Options withCameraOfShell(tool::Options options) {
+  const char* name = std::getenv("OXGENAPI_CAMERA");
+  const bool chosen = !options.camera.empty() || !options.xml.empty() || !options.state.empty() ||
+                      options.faults.access != 0 || options.faults.every != 0;
+  if (name != nullptr && !chosen) {
+    options.camera = name;
+  }
+  return options;
+}
+
 void addCommands(CLI::App& app, tool::Action& chosen) {
   using Add = void (*)(CLI::App&, tool::Action&);
   const std::pair<const char*, std::vector<Add>> groups[] = {
@@ -79,7 +91,7 @@ void addCommands(CLI::App& app, tool::Action& chosen) {
        {tool::addFiles, tool::addFirmware, tool::addGuf, tool::addEvents, tool::addChunks}},
       {"Registers", {tool::addPeek, tool::addPoke, tool::addRegister}},
       {"Descriptions", {tool::addXml, tool::addNodes, tool::addLint, tool::addDoc, tool::addStubs}},
-      {"Also", {tool::addCameras, tool::addReport, tool::addCompletion, tool::addHelp}}};
+      {"Also", {tool::addCameras, tool::addNetwork, tool::addReport, tool::addCompletion, tool::addHelp}}};
   for (const auto& [title, commands] : groups) {
     for (const Add add : commands) {
       add(app, chosen);
@@ -108,7 +120,7 @@ int run(const tool::Options& options, const tool::Action& command) {
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
     session.report(tool::Failure(tool::kFileFailed, "standard output cannot be written"));
   }
-  return session.failed() ? kFailed : 0;
+  return session.status();
 }
 
 void parse(CLI::App& app, const std::vector<std::string>& words) {
@@ -124,7 +136,7 @@ int complete(CLI::App& app, const tool::Options& options, const std::vector<std:
         parse(app, words);
       } catch (const CLI::ParseError&) {
       }
-      session.emplace(options);
+      session.emplace(withCameraOfShell(options));
     }
     return session->map();
   });
@@ -171,7 +183,7 @@ int main(int argc, char** argv) {
     if (app.got_subcommand("help")) {
       parse(app, tool::helpRequest(app, app.get_subcommand("help")->get_option("command")->results()));
     }
-    return run(options, chosen);
+    return run(withCameraOfShell(options), chosen);
   } catch (const CLI::Success& wanted) {
     return app.exit(wanted);
   } catch (const CLI::ParseError& error) {
@@ -182,6 +194,6 @@ int main(int argc, char** argv) {
     return kUsage;
   } catch (const std::exception& error) {
     std::cerr << "oxgenapi: " << error.what() << '\n';
-    return kFailed;
+    return tool::kFailed;
   }
 }

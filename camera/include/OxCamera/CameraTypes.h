@@ -72,11 +72,12 @@ OX_ENUM(TCameraNote, uint32_t){
     CN_Advice = 5,          /* what to check, where nothing was found */
 };
 
-/* The byte order of four-byte registers of cameras whose description is older than schema version 1.1. */
+/* How words of four bytes are moved between program and network camera. Descriptions older than schema version 1.1 mean
+ * register access, newer ones memory access; cameras that contradict themselves have the bytes in the other order. */
 OX_ENUM(TByteOrder, uint32_t){
-    BO_Automatic = 0, /* by the list of known cameras, else by protocol and schema version */
-    BO_AsSent = 1,    /* bytes stay as the camera sends them */
-    BO_Swapped = 2,   /* accesses of four bytes are swapped */
+    BO_Automatic = 0, /* by the list of known cameras, else by the description's schema version */
+    BO_Memory = 1,    /* as memory: the bytes as they lie in the camera */
+    BO_Register = 2,  /* as registers: a number, highest byte first */
 };
 
 #ifdef __cplusplus

@@ -138,8 +138,11 @@ class Device : public Port {
   // A running read or write is to fail soon, as well as this device can do that.
   virtual void abandon() noexcept {}
 
-  // Whether four-byte registers come in the host's byte order when the description is older than schema 1.1.
-  virtual bool swapsOldRegisters() const { return false; }
+  // Whether a word of four bytes can be moved in two ways: as memory, and as a register with a number in it. Old
+  // cameras mean the second, and some have the bytes in another order for the first.
+  virtual bool hasRegisterAccess() const { return false; }
+  // Chooses how read() and write() move words of four bytes; memory at first.
+  virtual void useRegisterAccess(bool) {}
 
   // Throw TransportError. The stored address is written, switched on, and read back.
   virtual NetworkConfiguration network();

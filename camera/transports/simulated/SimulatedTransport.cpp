@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kName = "simulated";
 constexpr std::string_view kImage = "image=";
-constexpr size_t kSwapped = 4;
+constexpr size_t kWord = 4;
 
 class SimulatedDevice final : public Device {
  public:
@@ -24,14 +24,14 @@ class SimulatedDevice final : public Device {
 
   void read(void* buffer, uint64_t address, size_t length) override {
     unit_->read(opening_, buffer, address, length);
-    if (length == kSwapped && unit_->order() != Order::plain) {
+    if (isSwapped(length)) {
       std::reverse(static_cast<uint8_t*>(buffer), static_cast<uint8_t*>(buffer) + length);
     }
   }
 
   void write(const void* buffer, uint64_t address, size_t length) override {
-    uint8_t swapped[kSwapped];
-    if (length == kSwapped && unit_->order() != Order::plain) {
+    uint8_t swapped[kWord];
+    if (isSwapped(length)) {
       std::reverse_copy(static_cast<const uint8_t*>(buffer), static_cast<const uint8_t*>(buffer) + length, swapped);
       buffer = swapped;
     }
@@ -43,11 +43,15 @@ class SimulatedDevice final : public Device {
   }
   void ping() override { unit_->ping(opening_); }
   void abandon() noexcept override { unit_->abandon(opening_); }
-  bool swapsOldRegisters() const override { return unit_->order() != Order::plain; }
+  bool hasRegisterAccess() const override { return true; }
+  void useRegisterAccess(bool use) override { registers_ = use; }
 
  private:
+  bool isSwapped(size_t length) const { return length == kWord && !registers_ && unit_->order() != Order::plain; }
+
   const std::shared_ptr<SimulatedUnit> unit_;
   const Opening opening_;
+  bool registers_ = false;
 };
 
 // Registers from a file, without behaviour; what is written is forgotten at the end.

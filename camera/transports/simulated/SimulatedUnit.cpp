@@ -79,8 +79,7 @@ void SimulatedUnit::abandon(const Opening& opening) {
 
 void SimulatedUnit::touch(const Opening& opening) {
   settle();
-  if (!isThereLocked() || opening.number <= powerOnOpening_)
-    throw TransportError(Reason::lost, kUnplugged);
+  if (!isThereLocked() || opening.number <= powerOnOpening_) throw TransportError(Reason::lost, kUnplugged);
   const auto now = Clock::now();
   if (!opening.control) return;
   if (controller_ == opening.number && now - contact_ > config_.heartbeat) controller_ = 0;

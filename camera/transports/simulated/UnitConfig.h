@@ -10,8 +10,8 @@ namespace ox::camera::simulated {
 
 enum class Order {
   plain,  // registers as the description says
-  old,    // four-byte registers in the host's order, as cameras before schema 1.1 have them
-  wrong,  // the same, but the description claims schema 1.1
+  old,    // words read as memory come in the other order, and the description says schema 1.0
+  wrong,  // the same, but the description says schema 1.1
 };
 
 struct UnitConfig {
