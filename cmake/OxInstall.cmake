@@ -1,5 +1,6 @@
-# What is installed, and where. Components: runtime (shared libraries), development (headers, CMake package, pkg-config
-# module), tool (the command line tool and the simulated camera), python. Everything installed may be moved as a whole.
+# What is installed, and where. Components: runtime (shared libraries), camera (the camera library with simulated
+# cameras), transport (real cameras), development (headers, CMake packages, pkg-config modules), tool (the command line
+# tool and the simulated camera), python. Everything installed may be moved as a whole.
 include(CMakePackageConfigHelpers)
 
 set(OX_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake")

@@ -38,6 +38,8 @@ def _libraries(folder):
                 files.update(_notices(path))
     if not files:
         raise FileNotFoundError(f"no libraries in {folder}")
+    for module in sorted(Path(folder, "oxgenapi").glob("*")):  # the transports; aravis stays the system's
+        files[f"oxgenapi/lib/oxgenapi/{module.name}"] = module.read_bytes()
     return files
 
 
@@ -56,7 +58,9 @@ def _write(folder, files, tag="py3-none-any"):
     files[info + "RECORD"] = (record + info + "RECORD,,\n").encode()
     with zipfile.ZipFile(Path(folder, name), "w", zipfile.ZIP_DEFLATED) as archive:
         for path, content in files.items():
-            archive.writestr(path, content)
+            entry = zipfile.ZipInfo(path)
+            entry.external_attr = (0o755 if path.startswith("oxgenapi/lib/") else 0o644) << 16
+            archive.writestr(entry, content, zipfile.ZIP_DEFLATED)
     return name
 
 

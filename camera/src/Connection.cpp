@@ -1,5 +1,6 @@
 #include "Connection.h"
 
+#include <system_error>
 #include <thread>
 
 #include "Failure.h"
@@ -46,7 +47,10 @@ void Connection::release() {
 
 void Connection::close(std::shared_ptr<Connection> connection, Milliseconds patience) {
   const std::shared_ptr<Closed> closed = connection->closed_;
-  std::thread([share = std::move(connection)]() mutable { share.reset(); }).detach();
+  try {
+    std::thread([share = std::move(connection)]() mutable { share.reset(); }).detach();
+  } catch (const std::system_error&) {  // without another thread it was closed here
+  }
   std::unique_lock lock(closed->mutex);
   closed->changed.wait_for(lock, patience, [&] { return closed->yes; });
 }

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace ox::camera {
@@ -35,13 +36,18 @@ Discovery searchAll(const std::vector<Transport*>& transports, const Search& sea
   answers->of.resize(transports.size());
   answers->missing = transports.size();
   for (size_t i = 0; i < transports.size(); ++i) {
-    std::thread([answers, i, search, transport = transports[i]] {
+    const auto ask = [answers, i, search, transport = transports[i]] {
       auto found = std::make_unique<Findings>(searchOne(*transport, search));
       const std::lock_guard lock(answers->mutex);
       answers->of[i] = std::move(found);
       --answers->missing;
       answers->arrived.notify_one();
-    }).detach();
+    };
+    try {
+      std::thread(ask).detach();
+    } catch (const std::system_error&) {  // one after the other then
+      ask();
+    }
   }
   std::unique_lock lock(answers->mutex);
   answers->arrived.wait_for(lock, search.time + kGrace, [&] { return answers->missing == 0; });

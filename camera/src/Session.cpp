@@ -3,6 +3,9 @@
 #include <OxBase/OxBase.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <system_error>
+#include <vector>
 
 #include "Failure.h"
 
@@ -14,6 +17,36 @@ using Clock = std::chrono::steady_clock;
 constexpr Milliseconds kClosingTime{1500};     // of a device that does not answer any more
 constexpr Milliseconds kShortestInterval{10};  // between two heartbeats
 constexpr Milliseconds kLongestInterval{1000};
+
+// Those that the program has not closed are given back at its end, so that the next one finds them free.
+class OpenSessions {
+ public:
+  static OpenSessions& all() {
+    static OpenSessions& sessions = *new OpenSessions;
+    return sessions;
+  }
+  void add(const std::shared_ptr<Session>& session) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(sessions_, [](const std::weak_ptr<Session>& known) { return known.expired(); });
+    sessions_.push_back(session);
+  }
+
+ private:
+  OpenSessions() {
+    std::atexit([] {
+      std::vector<std::weak_ptr<Session>> left;
+      {
+        const std::lock_guard lock(all().mutex_);
+        left.swap(all().sessions_);
+      }
+      for (const std::weak_ptr<Session>& weak : left) {
+        if (const std::shared_ptr<Session> session = weak.lock()) session->close();
+      }
+    });
+  }
+  std::mutex mutex_;
+  std::vector<std::weak_ptr<Session>> sessions_;
+};
 
 [[noreturn]] void throwClosed() {
   throw CameraError(OXCAMERA_E_CLOSED, "The camera is closed");
@@ -30,6 +63,7 @@ std::shared_ptr<Session> Session::open(const std::string& name, const OpenOption
   const Caller caller = session->begin(number);
   session->install(number, openCamera(name, options, caller));
   session->heartbeat_ = std::thread([raw = session.get()] { raw->keepAlive(); });
+  OpenSessions::all().add(session);
   return session;
 }
 
@@ -200,6 +234,8 @@ void Session::keepAlive() {
       if (error.reason() == Reason::lost || Clock::now() - answered >= options_.heartbeat) lose(number, error.what());
     } catch (const std::exception& error) {
       lose(number, error.what());
+    } catch (...) {
+      lose(number, "the transport failed");
     }
     giveBack(std::move(connection));
     lock.lock();
@@ -227,7 +263,7 @@ void Session::lose(uint64_t number, const std::string& reason) {
 void Session::callBack() {
   const std::shared_ptr<Session> self = weak_from_this().lock();
   if (!callback_ || !self) return;
-  std::thread thread([self, callback = callback_, reason = reason_] {
+  const auto call = [self, callback = callback_, reason = reason_] {
     try {
       callback(reason);
     } catch (...) {  // it must not throw, and nobody is left to hear of it
@@ -235,9 +271,13 @@ void Session::callBack() {
     const std::lock_guard lock(self->mutex_);
     self->callingBack_.erase(std::this_thread::get_id());
     self->changed_.notify_all();
-  });
-  callingBack_.insert(thread.get_id());
-  thread.detach();
+  };
+  try {
+    std::thread thread(call);
+    callingBack_.insert(thread.get_id());
+    thread.detach();
+  } catch (const std::system_error&) {  // the loss shows in the state and in every access
+  }
 }
 
 void Session::onLoss(std::function<void(const std::string& reason)> callback) {

@@ -327,6 +327,47 @@ class Keeping(CameraTest):
                 updater.update(self.cam, 1, reopen)
 
 
+class Cameras(unittest.TestCase):
+    """Opened by the camera library; one test per name, because a simulated camera keeps its registers."""
+
+    def setUp(self):
+        os.environ.update(OXGENAPI_SIMULATED="Py1,user=gate;Py2,heartbeat=500", OXGENAPI_INTERFACES="lo")
+
+    def test_one_is_found_opened_and_closed(self):
+        found = [camera for camera in oxgenapi.cameras(0.05) if camera.transport == "simulated"]
+        self.assertEqual([(c.serial, c.user_name, c.reach) for c in found],
+                         [("Py1", "gate", oxgenapi.Reach.Free), ("Py2", "", oxgenapi.Reach.Free)])
+        with oxgenapi.open("gate") as cam:
+            self.assertEqual(cam.id, found[0].id)
+            cam.Width.value = 320
+            width = cam.Width
+            self.assertEqual(cam.Width.value, 320)
+            self.assertTrue(cam.description.startswith(b"<?xml"))
+            with self.assertRaisesRegex(Error, "no network address"):
+                cam.network
+            with oxgenapi.open("Py1", read_only=True) as other:
+                with self.assertRaisesRegex(Error, "was opened read only"):
+                    other.write(0x7FFF00000000, bytes(4))
+                self.assertEqual(other.last_failure.code, oxgenapi.CameraCode.READ_ONLY)
+        with self.assertRaisesRegex(Error, "The camera is closed"):
+            width.value = 640
+        with self.assertRaisesRegex(Error, "fits several cameras"):
+            oxgenapi.open("simulated")
+
+    def test_a_loss_is_told_and_the_camera_comes_back(self):
+        reasons, told = [], threading.Event()
+        with oxgenapi.open("Py2", heartbeat=0.2) as cam:
+            width = cam.Width
+            width.value = 320
+            cam.on_loss(lambda reason: (reasons.append(reason), told.set()))
+            cam.write(0x7FFF00000008, (200).to_bytes(4, "big"))  # unplugged for so many milliseconds
+            self.assertTrue(cam.wait_for_loss(5) and told.wait(5))
+            self.assertEqual(cam.state, oxgenapi.CameraState.Lost)
+            cam.reopen(retry=5)
+            self.assertEqual((cam.state, width.value), (oxgenapi.CameraState.Open, 640))
+        self.assertEqual(len(reasons), 1)
+
+
 class Library(unittest.TestCase):
     def test_codes_are_those_of_the_header(self):
         header = Path(os.environ["OX_SOURCE_DIR"], "include/OxGenApi/Types.h").read_text()

@@ -20,7 +20,7 @@ done
 if grep -rIl -e "$build" -e "$(dirname "$(dirname "$here")")" "$root"; then fail "these files name the build tree"; fi
 dpkg-deb -f "$work"/packages/liboxgenapi3_*.deb Depends | grep -q 'libpugixml.*libzip' || fail "runtime dependencies"
 dpkg-deb -f "$work"/packages/liboxgenapi-dev_*.deb Depends | grep -q 'liboxgenapi3 (=' || fail "development dependencies"
-[ "$(find "$root/usr/share/doc" -path '*oxgenapi*/copyright' | wc -l)" -eq "$(ls "$work"/packages/*.deb | wc -l)" ] ||
+[ "$(find "$root/usr/share/doc" -path '*/*ox*/copyright' | wc -l)" -eq "$(ls "$work"/packages/*.deb | wc -l)" ] ||
   fail "a package without a copyright file"
 if dpkg-deb -c "$work"/packages/liboxgenapi3_*.deb | grep -E 'include|cmake|\.so$'; then
   fail "development files in the runtime package"
@@ -46,6 +46,11 @@ read -ra flags <<<"$(pkg-config --cflags --libs oxgenapi)"
 cc -std=c11 "$here/consumer.c" "${flags[@]}" -lOxSimulatedCamera "-Wl,-rpath,$libraries" -o "$work/with-pkg-config"
 expect "$work/with-pkg-config"
 
+pkg-config --print-requires oxcamera | grep -q oxgenapi || fail "pkg-config: oxcamera"
+read -ra flags <<<"$(pkg-config --cflags --libs oxcamera)"
+cc -std=c11 "$root"/usr/share/doc/oxgenapi/examples/c/camera.c "${flags[@]}" "-Wl,-rpath,$libraries" -o "$work/camera"
+[ "$("$work/camera")" = "Width = 320" ] || fail "the camera library does not open its simulated camera"
+
 # What README.md and the quick start show in C compiles with the line that stands below it.
 "$here/shown_programs.py" "$here/../../README.md" "$here/../../docs/quick-start.md" "$work/shown" "$libraries" ||
   fail "a program shown in the documents"
@@ -55,7 +60,9 @@ python=/usr/bin/python3
 program="import oxgenapi
 with oxgenapi.SimulatedCamera() as device, oxgenapi.NodeMap.of(device) as cam:
     cam.Width.value = 640
-    print('Width =', cam.Width.value)"
+    print('Width =', cam.Width.value)
+with oxgenapi.open('simulated') as cam:
+    assert cam.Width.value == 640"
 export LD_LIBRARY_PATH=$libraries
 PYTHONPATH=$root/usr/lib/python3/dist-packages expect $python -B -c "$program"
 unset LD_LIBRARY_PATH

@@ -19,7 +19,8 @@ import xml.etree.ElementTree
 from pathlib import Path
 
 SOURCE, BUILD = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
-INCLUDES = ["include", "platform/base/include", "camera/transports/simulated/library/include"]
+INCLUDES = ["include", "platform/base/include", "camera/include",
+            "camera/transports/simulated/library/include"]
 FLAGS = {"c": ["cc", "-x", "c", "-std=c11", "-I" + str(SOURCE / "examples/c")],
          "cpp": ["c++", "-x", "c++", "-std=c++17", "-I" + str(SOURCE / "examples/cpp")]}
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$(?:\n+```text\n(.*?)^```$)?", re.M | re.S)
@@ -84,7 +85,8 @@ class Block:
         source.write_text(self.source())
         command = FLAGS[self.language] + ["-Wall", "-Wextra", "-pedantic", "-Werror"]
         command += ["-I" + str(SOURCE / include) for include in INCLUDES]
-        command += [str(source), "-o", str(program), f"-L{BUILD}/lib", "-lOxSimulatedCamera", "-lOxGenApi", "-lOxBase"]
+        command += [str(source), "-o", str(program), f"-L{BUILD}/lib", "-lOxCamera", "-lOxSimulatedCamera",
+                    "-lOxGenApi", "-lOxBase"]
         compiled = subprocess.run(command, capture_output=True, text=True)
         if compiled.returncode != 0:
             raise AssertionError("does not compile:\n" + compiled.stderr)

@@ -27,7 +27,7 @@ Discovery discover(Milliseconds time) {
   if (loaded.notes.empty()) {
     discovery.notes.push_back({Note::Kind::advice,
                                "No transport is installed: install the package "
-                               "liboxcamera-aravis, or name the folder of the modules in "
+                               "oxgenapi-transport-aravis, or name the folder of the modules in "
                                "OXGENAPI_TRANSPORTS"});
   }
   std::stable_sort(discovery.notes.begin(), discovery.notes.end(),

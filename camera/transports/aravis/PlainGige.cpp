@@ -20,7 +20,12 @@ class PlainGige final : public Device, private Registers {
     if ((channel_.readRegister(kControlPrivilege) & (kControl | kExclusive)) != 0) {
       throw TransportError(Reason::busy, "another program has control");
     }
-    channel_.writeRegister(kControlPrivilege, kControl);
+    try {
+      channel_.writeRegister(kControlPrivilege, kControl);
+    } catch (const TransportError& error) {  // another program may have come first
+      if (error.reason() != Reason::refused) throw;
+      throw TransportError(Reason::busy, std::string("control was ") + error.what());
+    }
   }
 
   ~PlainGige() override {
