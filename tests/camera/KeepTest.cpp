@@ -11,7 +11,8 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr auto kHeartbeat = 200ms;
+constexpr auto kHeartbeat = 800ms;  // a busy machine lets a thread wait for tenths of a second
+constexpr auto kSlack = 3s;
 
 class Keeping : public CameraBench {
  protected:
@@ -45,19 +46,19 @@ size_t residentKiB() {
 
 TEST_F(Keeping, TheHeartbeatRunsWhateverTheCallerDoes) {
   const Camera camera = open("Patient", 5s);
-  std::this_thread::sleep_for(3 * kHeartbeat);
+  std::this_thread::sleep_for(2 * kHeartbeat);
   EXPECT_EQ(camera.state(), CS_Open) << "idle";
 
   const Node width = camera["Width"];
-  const auto callback = width.onUpdate([](const Node&) { std::this_thread::sleep_for(3 * kHeartbeat); });
+  const auto callback = width.onUpdate([](const Node&) { std::this_thread::sleep_for(2 * kHeartbeat); });
   width.set(320);
   EXPECT_EQ(camera.state(), CS_Open) << "in a callback";
 
-  setFault(camera, OX_FAULT_LATE_MS, 3 * kHeartbeat.count());
+  setFault(camera, OX_FAULT_LATE_MS, 2 * kHeartbeat.count());
   setFault(camera, OX_FAULT_LATE_COUNT, 1);
   EXPECT_EQ(width.integer(), 320);
   EXPECT_EQ(camera.state(), CS_Open) << "during a slow access";
-  EXPECT_GT(fault(camera, OX_FAULT_PINGS), 10u);
+  EXPECT_GT(fault(camera, OX_FAULT_PINGS), 5u);
 }
 
 TEST_F(Keeping, ALossIsCalledBackOnceAndEndsEveryWait) {
@@ -75,9 +76,9 @@ TEST_F(Keeping, ALossIsCalledBackOnceAndEndsEveryWait) {
       EXPECT_EQ(lost.state(), CS_Lost);
       ++calls;
     });
-    setFault(camera, OX_FAULT_DELAY_MS, 100);
-    setFault(camera, how.first, 60000);
+    setFault(camera, OX_FAULT_DELAY_MS, 500);
     const auto start = Clock::now();
+    setFault(camera, how.first, 10000);
     setFault(camera, OX_FAULT_LATE_MS, 9000);
     std::atomic<int> ended = 0;
     std::vector<std::thread> waiting;
@@ -88,9 +89,9 @@ TEST_F(Keeping, ALossIsCalledBackOnceAndEndsEveryWait) {
     }
     for (std::thread& thread : waiting) thread.join();
     EXPECT_EQ(ended, 3) << name;
-    EXPECT_GE(Clock::now() - start, 90ms) << name;
-    EXPECT_LT(Clock::now() - start, 100ms + kHeartbeat + 1s) << name;
-    EXPECT_TRUE(becomes(1s, [&] { return calls == 1; })) << name;
+    EXPECT_GE(Clock::now() - start, 500ms) << name;
+    EXPECT_LT(Clock::now() - start, 500ms + kHeartbeat + kSlack) << name;
+    EXPECT_TRUE(becomes(kSlack, [&] { return calls == 1; })) << name;
     EXPECT_THAT(reason, HasSubstr(how.second));
     expectFailure(OXCAMERA_E_LOST, "The camera is lost: " + reason, [&] { fault(camera, OX_FAULT_WRITES); });
     EXPECT_LT(timeOf([&] { camera.close(); }), 2s) << name;
@@ -105,8 +106,8 @@ TEST_F(Keeping, ReopeningKeepsHandlesAndDropsWhatWasRemembered) {
   const int64_t atPowerOn = width.integer();
   width.set(atPowerOn - 64);
   EXPECT_EQ(width.integer(), atPowerOn - 64);
-  setFault(camera, OX_FAULT_UNPLUG_MS, 300);  // it comes back with its settings at power on
-  EXPECT_TRUE(camera.waitForLoss(2s));
+  setFault(camera, OX_FAULT_UNPLUG_MS, 1500);  // it comes back with its settings at power on
+  EXPECT_TRUE(camera.waitForLoss(5s));
   expectFailure(OXCAMERA_E_NOT_FOUND, "does not answer", [&] { camera.reopen(); });
   EXPECT_EQ(camera.state(), CS_Lost);
   camera.reopen(5s);
@@ -117,7 +118,7 @@ TEST_F(Keeping, ReopeningKeepsHandlesAndDropsWhatWasRemembered) {
   camera.reopen();  // also without a loss
   EXPECT_EQ(width.integer(), atPowerOn);
   // From inside the callback, while another camera is not disturbed.
-  simulate("Returning,heartbeat=200;Neighbour");
+  simulate("Returning,heartbeat=800;Neighbour");
   const Camera neighbour = Camera::open("Neighbour");
   std::atomic<bool> back = false;
   camera.onLoss([&back](const Camera& lost, const std::string&) {
@@ -175,11 +176,14 @@ TEST_F(Keeping, ClosingEndsAccessesAndLeavesHandlesHarmless) {
   // The last handle goes inside the callback.
   auto last = std::make_unique<Camera>(Camera::open("Closing"));
   std::atomic<bool> gone = false;
-  last->onLoss([&last, &gone](const Camera&, const std::string&) {
+  std::atomic<bool> mayGo = false;
+  last->onLoss([&](const Camera&, const std::string&) {
+    EXPECT_TRUE(becomes(5s, [&] { return mayGo.load(); }));
     last.reset();
     gone = true;
   });
   setFault(*last, OX_FAULT_UNPLUG_MS, 10);
+  mayGo = true;
   EXPECT_TRUE(becomes(5s, [&] { return gone.load(); }));
 }
 
