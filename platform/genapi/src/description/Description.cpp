@@ -1,17 +1,50 @@
 #include "description/Description.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "description/BuildFindings.h"
 
 namespace GENAPI_NAMESPACE {
+
+namespace {
+
+constexpr size_t kManyProperties = 64;
+
+// Where each element's first property is, of nodes with many: selectors, categories, enumerations.
+class FirstProperties final : public Derived {
+ public:
+  explicit FirstProperties(const Description& description) {
+    for (NodeIndex node = 0; node < description.nodeCount(); ++node) {
+      const std::span<const Property> all = description.properties(node);
+      if (all.size() < kManyProperties) continue;
+      for (const Property& each : all) first_.try_emplace(key(node, each.element), &each);
+    }
+  }
+  const Property* find(NodeIndex node, Element element) const {
+    const auto found = first_.find(key(node, element));
+    return found == first_.end() ? nullptr : found->second;
+  }
+
+ private:
+  static uint64_t key(NodeIndex node, Element element) { return uint64_t{node} << 8 | static_cast<uint8_t>(element); }
+  std::unordered_map<uint64_t, const Property*> first_;
+};
+
+}  // namespace
 
 Description::Description() = default;
 
 Description::~Description() = default;
 
 const Property* Description::find(NodeIndex index, Element element) const {
-  for (const Property& property : properties(index)) {
+  const std::span<const Property> all = properties(index);
+  if (all.size() >= kManyProperties) {
+    return derived_
+        .get<FirstProperties>(kFirstProperties, [this] { return std::make_unique<const FirstProperties>(*this); })
+        .find(index, element);
+  }
+  for (const Property& property : all) {
     if (property.element == element) return &property;
   }
   return nullptr;

@@ -120,7 +120,7 @@ class Description {
   std::string_view sourceText() const { return sourceText_; }
 
   // What is derived from the description once; later rooms add theirs.
-  enum DerivedSlot : size_t { kGraph, kLayout, kDerivedSlots };
+  enum DerivedSlot : size_t { kFirstProperties, kGraph, kLayout, kDerivedSlots };
   const Derivations& derived() const { return derived_; }
 
  private:
