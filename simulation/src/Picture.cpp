@@ -80,7 +80,9 @@ PictureFacts pictureFacts(const RegisterBank& r, int64_t nowNs, int64_t exposure
   PictureFacts facts;
   const int64_t begin = std::max<int64_t>(0, nowNs - exposureNs);
   facts.frameId = r.integer(reg("FrameCounter"));
-  facts.timestampNs = cameraTime(r, begin);
+  // A camera that has its registers from an earlier run is older than this run's clock.
+  const uint64_t now = cameraTime(r, nowNs);
+  facts.timestampNs = now - std::min(now, static_cast<uint64_t>(exposureNs));
   facts.exposureUs = static_cast<double>(r.integer(reg("ExposureTimeRaw"))) * 1e6 /
                      static_cast<double>(r.integer(reg("ExposureClock")));
   facts.gainDb = static_cast<float>(20 * std::log10(static_cast<double>(r.integer(reg("GainRaw"))) / 256));
