@@ -12,12 +12,13 @@
 A failing call raises Error with the library's code and text. Calls may come from any thread.
 """
 
-from ._library import Code, Error, genapi_version, library_version
+from ._library import Error, genapi_version, library_version
+from ._numbers import Code, NodeType, VerifyMode
 from .camera import (ByteOrder, Camera, CameraCode, CameraState, FoundCamera, Network, NetworkAddress, Reach, cameras,
                      open)
 from .features import Boolean, Category, Command, Enumeration, Float, Integer, Port, Register, String
 from .firmware import FirmwareUpdater
-from .node import Access, Node, NodeType, Representation, VerifyMode, Visibility
+from .node import Access, Node, Representation, Visibility
 from .nodemap import AttachedChunks, NodeMap, Registers
 from .simulation import Event, Image, SimulatedCamera
 

@@ -3,12 +3,13 @@
 from __future__ import annotations
 
 import ctypes
-import enum
 import os
 import threading
 from ctypes import POINTER, byref, c_bool, c_char_p, c_double, c_int, c_int32, c_int64, c_size_t, c_uint32, c_uint64
 from ctypes import c_void_p
 from typing import Any, Callable, Optional
+
+from ._numbers import Code
 
 
 # The libraries that a wheel carries, and others that those need; most installations have none here.
@@ -134,28 +135,6 @@ for _name, _arguments in _PROTOTYPES.items():
 _base.OxGetLastError.argtypes = (POINTER(c_uint32), c_char_p, _SIZE)
 _base.OxSetLastError.argtypes = (c_uint32, c_char_p)
 _base.OxIfaceContainerReleaseUseCounter.argtypes = (_H,)
-
-
-class Code(enum.IntEnum):
-    """Result codes; Error.code is one of them, or another number that a port gave."""
-
-    UNSPECIFIED = 0x80000001
-    INVALID_ARGUMENT = 0x80000002
-    RUNTIME = 0x80000003
-    OUT_OF_MEMORY = 0x80000005
-    NOT_READABLE = 0x8000000B
-    NOT_WRITABLE = 0x8000000C
-    ACCESS_DENIED = 0x8000000E
-    UPLOAD_FAILED = 0x8000000F
-    EXPIRED = 0x80000011
-    NOT_SUPPORTED = 0x80000013
-    DEVICE_FILE = 0x80000016
-    INVALID_HANDLE = 0x8000001D
-    INVALID_STATE = 0x8000001E
-    INVALIDATE_FAILED = 0x8000002D
-    NOT_PRESENT = 0x8000002E
-    FEATURE_TYPE = 0x8000002F
-    FIRMWARE_INDEX = 0x80000030
 
 
 class Error(Exception):

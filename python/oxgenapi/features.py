@@ -7,8 +7,9 @@ from ctypes import byref, c_bool, c_double, c_int64
 from typing import TYPE_CHECKING, Any, Generic, Optional, SupportsFloat, SupportsIndex, TypeVar, Union, overload
 
 from ._library import _raised, lib, settle
+from ._numbers import NodeType
 from ._scalars import fitting
-from .node import Node, NodeType
+from .node import Node
 
 Number = Union[SupportsIndex, SupportsFloat]
 Entry = TypeVar("Entry", bound=str)

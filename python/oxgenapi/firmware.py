@@ -6,6 +6,7 @@ from ctypes import byref, c_size_t, c_void_p
 from typing import Any, Callable, NamedTuple, Optional
 
 from ._library import FirmwareReset, Handle, check, encoded, lib, read_text
+from ._numbers import FirmwareUpdateInfo
 from .nodemap import NodeMap, Path
 
 
@@ -66,7 +67,7 @@ class FirmwareUpdater:
     def _infos(self, entry: int) -> list[Info]:
         count = c_size_t()
         check(lib.FWUpdateFileInfoCount(self._handle.raw, entry, byref(count)))
-        return [Info(*[self._text(entry, index, item) for item in range(3)]) for index in range(count.value)]
+        return [Info(*[self._text(entry, index, item) for item in FirmwareUpdateInfo]) for index in range(count.value)]
 
     def _text(self, entry: int, index: int, item: int) -> str:
         return read_text(lambda to, size: lib.FWUpdateFileInfo(self._handle.raw, entry, index, item, to, size))

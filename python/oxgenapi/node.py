@@ -9,22 +9,9 @@ from ctypes import byref, c_double, c_int32, c_int64, c_uint32, c_void_p
 from typing import TYPE_CHECKING, Any, Callable, Optional, Union
 
 from ._html import table
-from ._library import Code, Error, Handle, NodeUpdate, check, encoded, keep_exception, lib, read_text
+from ._library import Error, Handle, NodeUpdate, check, encoded, keep_exception, lib, read_text
+from ._numbers import Code, NodeInfo, NodeList, NodeType, VerifyMode
 from ._scalars import fitting, plain, whole
-
-
-class NodeType(enum.IntEnum):
-    Boolean = 1
-    Category = 2
-    Command = 3
-    Enumeration = 4
-    EnumEntry = 5
-    Float = 6
-    Integer = 7
-    String = 8
-    Port = 9
-    Other = 10
-    Register = 11
 
 
 class Access(enum.IntEnum):
@@ -51,22 +38,6 @@ class Representation(enum.IntEnum):
     HexNumber = 4
     IPV4Address = 5
     MACAddress = 6
-
-
-class VerifyMode(enum.IntEnum):
-    """Which value calls of a node are checked against its limits."""
-
-    Nothing = 0
-    WriteOnly = 1
-    ReadOnly = 2
-    ReadWrite = 3
-
-
-# TNodeInfo and TNodeList
-_NAME, _DISPLAY_NAME, _ACCESS, _MAX, _MIN, _INCREMENT = 0, 1, 2, 3, 4, 5
-_STREAMABLE, _TOOL_TIP, _DESCRIPTION, _VISIBILITY, _POLLING, _EVENT_ID = 7, 9, 10, 11, 12, 13
-_ADDRESS, _LENGTH, _REPRESENTATION, _UNIT, _DEPRECATED = 14, 15, 16, 17, 19
-_CHILDREN, _SELECTED, _ENTRIES, _SELECTING = 0, 1, 2, 3
 
 
 # Limits that say there is none: the ends of what a register can hold.
@@ -171,19 +142,19 @@ class Node:
 
     @property
     def display_name(self) -> str:
-        return self._info_text(_DISPLAY_NAME)
+        return self._info_text(NodeInfo.DisplayName)
 
     @property
     def description(self) -> str:
-        return self._info_text(_DESCRIPTION)
+        return self._info_text(NodeInfo.Description)
 
     @property
     def tool_tip(self) -> str:
-        return self._info_text(_TOOL_TIP)
+        return self._info_text(NodeInfo.ToolTip)
 
     @property
     def access(self) -> Access:
-        return Access(self._info_integer(_ACCESS))
+        return Access(self._info_integer(NodeInfo.AccessMode))
 
     @property
     def readable(self) -> bool:
@@ -195,17 +166,17 @@ class Node:
 
     @property
     def min(self) -> Union[int, float]:
-        return self._limit(_MIN)
+        return self._limit(NodeInfo.Min)
 
     @property
     def max(self) -> Union[int, float]:
-        return self._limit(_MAX)
+        return self._limit(NodeInfo.Max)
 
     @property
     def increment(self) -> Union[int, float, None]:
         """None for a float that takes every value."""
         try:
-            return self._limit(_INCREMENT)
+            return self._limit(NodeInfo.Increment)
         except Error as error:
             if error.code == Code.NOT_SUPPORTED and self._type is NodeType.Float:
                 return None
@@ -213,67 +184,67 @@ class Node:
 
     @property
     def unit(self) -> str:
-        return self._info_text(_UNIT) if self._type in (NodeType.Integer, NodeType.Float) else ""
+        return self._info_text(NodeInfo.Unit) if self._type in (NodeType.Integer, NodeType.Float) else ""
 
     @property
     def representation(self) -> Representation:
-        return Representation(self._info_integer(_REPRESENTATION))
+        return Representation(self._info_integer(NodeInfo.Representation))
 
     @property
     def visibility(self) -> Visibility:
-        return Visibility(self._info_integer(_VISIBILITY))
+        return Visibility(self._info_integer(NodeInfo.Visibility))
 
     @property
     def is_streamable(self) -> bool:
         """Whether it is part of the settings."""
-        return self._info_integer(_STREAMABLE) != 0
+        return self._info_integer(NodeInfo.IsStreamable) != 0
 
     @property
     def is_deprecated(self) -> bool:
-        return self._info_integer(_DEPRECATED) != 0
+        return self._info_integer(NodeInfo.IsDeprecated) != 0
 
     @property
     def polling_ms(self) -> Optional[int]:
         """Milliseconds between two looks at the device; None when the node is not polled."""
-        time = self._info_integer(_POLLING)
+        time = self._info_integer(NodeInfo.PollingTime)
         return None if time < 0 else time
 
     @property
     def event_id(self) -> str:
         """Hexadecimal digits of the event that changes it; "" where there is none."""
-        return self._info_text(_EVENT_ID)
+        return self._info_text(NodeInfo.EventID)
 
     @property
     def address(self) -> int:
         """Of a register, in bytes."""
-        return self._info_integer(_ADDRESS)
+        return self._info_integer(NodeInfo.RegisterAddress)
 
     @property
     def length(self) -> int:
         """Of a register, in bytes."""
-        return self._info_integer(_LENGTH)
+        return self._info_integer(NodeInfo.RegisterLength)
 
     # ---- relations ----
 
     @property
     def entries(self) -> list[str]:
         """The names of an enumeration's entries that can be chosen now."""
-        return [entry.text for entry in self._list(_ENTRIES) if entry.access > Access.NotAvailable]
+        return [entry.text for entry in self._list(NodeList.EnumEntries) if entry.access > Access.NotAvailable]
 
     @property
     def children(self) -> list[Node]:
         """A category's features; any other node's reading children."""
-        return self._list(_CHILDREN)
+        return self._list(NodeList.Children)
 
     @property
     def selected(self) -> list[Node]:
         """What this selector selects."""
-        return self._list(_SELECTED)
+        return self._list(NodeList.SelectedFeatures)
 
     @property
     def selecting(self) -> list[Node]:
         """The selectors of this feature."""
-        return self._list(_SELECTING)
+        return self._list(NodeList.SelectingFeatures)
 
     # ---- bytes: port nodes ----
 

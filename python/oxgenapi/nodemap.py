@@ -9,8 +9,9 @@ from ctypes import byref, c_size_t, c_uint32, c_void_p
 from typing import Any, Callable, Iterable, Iterator, Optional, Protocol, Sequence, TypeVar, Union
 
 from . import _html
-from ._library import (ChunkData, Code, Error, EventData, EventDataEx, Handle, PortAccess, ReadMem, SettingsCallback,
+from ._library import (ChunkData, Error, EventData, EventDataEx, Handle, PortAccess, ReadMem, SettingsCallback,
                        WriteMem, check, encoded, keep_exception, last_error_of, lib, read_text)
+from ._numbers import Code, NodeMapInfo
 from .features import Category
 from .node import Access, Home, Node
 
@@ -150,11 +151,11 @@ class NodeMap:
 
     @property
     def vendor(self) -> str:
-        return self._info(0)
+        return self._info(NodeMapInfo.VendorName)
 
     @property
     def model(self) -> str:
-        return self._info(1)
+        return self._info(NodeMapInfo.ModelName)
 
     def _info(self, item: int) -> str:
         return read_text(lambda to, size: lib.NMInfoAsString(self._handle.raw, item, to, size))
