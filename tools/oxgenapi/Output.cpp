@@ -8,12 +8,12 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "Hexadecimal.h"
 #include "TerminalText.h"
 
 namespace tool {
 namespace {
 
-constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr size_t kBytesPerLine = 16;
 constexpr size_t kLabelWidth = 20;
 
@@ -36,12 +36,6 @@ bool wantsColours(Output::Colour colour) {
 
 std::string dumped(const Json& json, int indent) {
   return terminalJson(json.dump(indent, ' ', false, Json::error_handler_t::replace));
-}
-
-void appendHex(std::string& text, uint64_t value, int digits) {
-  for (int digit = digits - 1; digit >= 0; --digit) {
-    text += kDigits[(value >> (4 * digit)) & 0xf];
-  }
 }
 
 }  // namespace
@@ -134,7 +128,7 @@ std::string hexText(std::span<const std::byte> bytes) {
     if (!text.empty()) {
       text += ' ';
     }
-    appendHex(text, std::to_integer<uint64_t>(byte), 2);
+    text += hexadecimal(std::to_integer<uint64_t>(byte), 2);
   }
   return text;
 }
@@ -161,7 +155,7 @@ std::string hexDump(int64_t address, std::span<const std::byte> bytes) {
   for (size_t start = 0; start < bytes.size(); start += kBytesPerLine) {
     const auto row = bytes.subspan(start, std::min(kBytesPerLine, bytes.size() - start));
     text += start == 0 ? "" : "\n";
-    appendHex(text, static_cast<uint64_t>(address) + start, 16);
+    text += hexadecimal(static_cast<uint64_t>(address) + start, 16);
     const std::string hex = hexText(row);
     text += "  " + hex + std::string(kBytesPerLine * 3 + 1 - hex.size(), ' ');
     for (const std::byte byte : row) {

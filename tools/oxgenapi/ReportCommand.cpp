@@ -4,6 +4,7 @@
 
 #include "Commands.h"
 #include "FileReplacement.h"
+#include "Hexadecimal.h"
 #include "Lint.h"
 #include "Value.h"
 #include "Versions.h"
@@ -22,11 +23,7 @@ std::string fingerprint(std::string_view text) {
   for (const char character : text) {
     hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001b3;
   }
-  std::string digits(16, '0');
-  for (size_t digit = digits.size(); digit > 0; hash >>= 4) {
-    digits[--digit] = "0123456789abcdef"[hash & 0xf];
-  }
-  return digits;
+  return hexadecimal(hash, 16);
 }
 
 Json findingsOf(const std::string& description) {

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "Hexadecimal.h"
+
 namespace tool {
 namespace {
 
@@ -20,14 +22,6 @@ size_t sequenceLength(std::string_view text) {
   return length;
 }
 
-void appendHex(std::string& text, const char* prefix, char byte) {
-  constexpr const char* kDigits = "0123456789ABCDEF";
-  const auto value = static_cast<unsigned char>(byte);
-  text += prefix;
-  text += kDigits[value >> 4];
-  text += kDigits[value & 0xf];
-}
-
 std::string escaped(std::string_view text, const char* prefix) {
   std::string result;
   result.reserve(text.size());
@@ -36,10 +30,10 @@ std::string escaped(std::string_view text, const char* prefix) {
     const char first = text.front();
     const bool isControl = first == 0x7f || (first >= 0 && first < ' ' && first != '\n' && first != '\t');
     if (length == 0 || isControl) {
-      appendHex(result, prefix, first);
+      result += prefix + hexadecimal(static_cast<unsigned char>(first), 2);
       text.remove_prefix(1);
     } else if (length == 2 && first == '\xc2' && static_cast<unsigned char>(text[1]) < 0xa0) {
-      appendHex(result, prefix, text[1]);  // a control character of its own
+      result += prefix + hexadecimal(static_cast<unsigned char>(text[1]), 2);  // a control character of its own
       text.remove_prefix(2);
     } else {
       result += text.substr(0, length);
