@@ -74,6 +74,8 @@ class NodeMap:
     def connect(self, registers: Registers, port: str = "Device") -> None:
         """Register accesses through the named port go to `registers`, on the thread that uses a feature."""
         native = getattr(registers, "_native_port", None)
+        if not native and not all(callable(getattr(registers, name, None)) for name in ("read", "write")):
+            raise TypeError(f"read(address, length) and write(address, data) are wanted, {type(registers).__name__} lacks them")
         *callbacks, keeper = native() if native else _python_port(registers)
         check(lib.NMConnectPortEx(self._handle.raw, *callbacks, encoded(port)), port)
         self._home.ports[port] = (callbacks, keeper)
@@ -210,7 +212,7 @@ class NodeMap:
         """Saves all streamable features, or the named ones. Returns what could not be saved."""
         problems = _Problems()
         if features:
-            code = lib.NMSaveSetEx(self._handle.raw, encoded(path), encoded("|".join(features)), problems.callback, None)
+            code = lib.NMSaveSetEx(self._handle.raw, encoded(path), _joined(features), problems.callback, None)
         else:
             code = lib.NMSaveSet(self._handle.raw, encoded(path), problems.callback, None)
         return problems.of(code, os.fspath(path))
@@ -222,7 +224,7 @@ class NodeMap:
             problems, buffer, size = _Problems(), ctypes.create_string_buffer(room), c_size_t(room)
             arguments: list[Any] = [self._handle.raw, buffer, byref(size), problems.callback, None]
             if features:
-                arguments.insert(3, encoded("|".join(features)))
+                arguments.insert(3, _joined(features))
             problems.of((lib.NMSaveSetStringEx if features else lib.NMSaveSetString)(*arguments))
             if size.value < room:
                 return buffer.value.decode("utf-8", "surrogateescape")
@@ -280,6 +282,10 @@ class NodeMap:
 
     def __exit__(self, *exception: object) -> None:
         self.close()
+
+
+def _joined(features: Sequence[str]) -> bytes:
+    return encoded(features if isinstance(features, str) else "|".join(features))  # one name alone is meant as one
 
 
 def _python_port(registers: Registers) -> tuple[Any, Any, Any, None, Any]:

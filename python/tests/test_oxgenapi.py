@@ -100,8 +100,11 @@ class Discovery(CameraTest):
         self.assertIs(self.cam.Width, self.cam.Width)
         with self.assertRaisesRegex(TypeError, "a feature's name is a str, not int"):
             self.cam[3]
+        with self.assertRaisesRegex(TypeError, "read.*are wanted, int lacks them"):
+            self.cam.connect(5)
         self.assertIn("unit", dir(self.cam.ExposureTime))
         self.assertIn("Width", self.cam)
+        self.assertEqual(self.cam.settings("ReverseX"), self.cam.settings(["ReverseX"]))
         self.assertNotIn("Widht", self.cam)
         with self.assertRaisesRegex(AttributeError, "did you mean .*Width"):
             self.cam.Widht
