@@ -97,6 +97,16 @@ TEST_F(RealCamera, EveryMainCommandWorksOverTheNetwork) {
   EXPECT_EQ(run(on({"snapshot", "Width", "PixelFormat"})).status, 0);
   EXPECT_THAT(run(on({"report"})).out, HasSubstr("failing: 0"));
 
+  // One run has control and another only watches: a third reads, and is told why it cannot write.
+  const std::string tool = std::string(std::getenv("OX_BUILD_DIR")) + "/bin/oxgenapi --camera " + id;
+  const ToolResult busy =
+      runProgram({"bash", "-c",
+                  tool + " watch Width >watched & watcher=$!; sleep 0.5; " + tool +
+                      " watch Width --set Width=300 --seconds 2 >/dev/null & sleep 1; " + tool + " get -b Width; " +
+                      tool + " set Width=400; kill -INT $watcher; wait; grep -c 'Width = 300' watched"});
+  EXPECT_THAT(busy.out, testing::EndsWith("300\n1\n"));
+  EXPECT_THAT(busy.err, HasSubstr("another program has control"));
+
   // Its address is asked at once, and the shell may name it for every command.
   setenv("OXGENAPI_CAMERA", "127.0.0.1", 1);
   EXPECT_EQ(runJson({"get", "DeviceID"})[0].at("value"), serial);

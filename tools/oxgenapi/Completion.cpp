@@ -119,6 +119,7 @@ class Values {
            : type == "CATEGORY"   ? device_.features(NT_Category)
            : type == "EVENT"      ? device_.valuesOf("EventSelector")
            : type == "CHUNK"      ? device_.valuesOf("ChunkSelector")
+           : type == "CAMERA"     ? DeviceWords::cameras()
            : type == "DEVICEFILE" ? device_.valuesOf("FileSelector")
                                   : Words();
   }

@@ -1,5 +1,7 @@
 #include "DeviceWords.h"
 
+#include <OxCamera/oxcamera.hpp>
+
 namespace tool {
 
 std::vector<std::string> DeviceWords::features() const {
@@ -34,6 +36,14 @@ std::vector<std::string> DeviceWords::valuesOf(const std::string& feature) const
     }
   }
   return entries;
+}
+
+std::vector<std::string> DeviceWords::cameras() {
+  std::vector<std::string> ids;
+  for (oxgenapi::FoundCamera& camera : oxgenapi::findCameras(std::chrono::milliseconds(200))) {
+    ids.push_back(std::move(camera.id));
+  }
+  return ids;
 }
 
 }  // namespace tool

@@ -20,6 +20,8 @@ class DeviceWords {
   std::vector<std::string> features(TNodeType type) const;
   // What an enumeration can be set to now, of a boolean true and false; nothing for other features.
   std::vector<std::string> valuesOf(const std::string& feature) const;
+  // The IDs of cameras that answer at once.
+  static std::vector<std::string> cameras();
 
  private:
   std::function<const NodeMap&()> map_;

@@ -53,10 +53,11 @@ std::string footer(const CLI::App& app) {
 
 std::string environment() {
   constexpr std::pair<const char*, const char*> kVariables[] = {
+      {"OXGENAPI_CAMERA", "What --camera says, for a whole shell; --camera, --xml and --state go before it"},
+      {"OXGENAPI_INTERFACES", "Network interfaces to ask for cameras, separated by commas (default: all)"},
+      {"OXGENAPI_ADDRESSES", "Addresses to ask besides, separated by commas: routers pass no searches on"},
       {"OXGENAPI_TRANSPORTS",
-       "Folders, separated by colons, of the modules that reach real cameras (default: lib/oxgenapi beside the "
-       "program's "
-       "folder)"},
+       "Folders, separated by colons, of the modules that reach cameras (default: oxgenapi beside the libraries)"},
       {"NO_COLOR", "Not empty: no colours, as with --color never"},
       {"OX_TELEMETRY_LEVEL", "Records of the library's failing calls, one JSON line each: 0 (most) to 3 (fewest)"},
       {"OX_TELEMETRY_FILE", "Where they go (default: standard error)"},

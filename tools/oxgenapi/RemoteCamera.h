@@ -8,7 +8,8 @@
 
 namespace tool {
 
-// The camera of that name, see OxCameraOpen. Throws Failure.
-std::unique_ptr<Device> openRemoteCamera(const std::string& name);
+// The camera of that name, see OxCameraOpen; `onlyReads` leaves control of it to others. Where another program has
+// control, it is read, and a write says so. Throws Failure.
+std::unique_ptr<Device> openRemoteCamera(const std::string& name, bool onlyReads);
 
 }  // namespace tool

@@ -124,7 +124,7 @@ void Session::open() {
   if (!options_.camera.empty()) {
     Progress progress(output_, "looking for " + options_.camera, 0, "");
     progress.begin();
-    device_ = openRemoteCamera(options_.camera);
+    device_ = openRemoteCamera(options_.camera, onlyReads_);
   } else if (!options_.xml.empty()) {
     device_ = openMemory(options_.xml, options_.memory);
   } else {

@@ -46,6 +46,8 @@ class Session {
   const Output& output() const { return output_; }
   // What --camera says; empty without.
   const std::string& cameraName() const { return options_.camera; }
+  // Before the device is opened: this run writes nothing, and another program may control the camera meanwhile.
+  void onlyRead() { onlyReads_ = true; }
   // Opens the device and loads its description on the first call. Throws Failure.
   NodeMap& map();
   // The device behind map(), which it opens.
@@ -83,6 +85,7 @@ class Session {
   std::unique_ptr<WatchedPort> port_;
   std::optional<NodeMap> map_;
   std::vector<std::string> ports_;
+  bool onlyReads_ = false;
   int status_ = 0;
 };
 

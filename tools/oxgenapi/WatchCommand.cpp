@@ -144,6 +144,9 @@ bool sleepUntil(Clock::time_point end, const Interrupt& interrupt) {
 
 void run(Session& session, const WatchOptions& options) {
   const std::vector<Assignment> assignments = parseAssignments(options.assignments);
+  if (assignments.empty()) {
+    session.onlyRead();
+  }
   const NodeMap& map = session.map();
   Watcher watcher(session, options.names);
   const Interrupt interrupt;

@@ -137,6 +137,7 @@ int complete(CLI::App& app, const tool::Options& options, const std::vector<std:
       } catch (const CLI::ParseError&) {
       }
       session.emplace(withCameraOfShell(options));
+      session->onlyRead();
     }
     return session->map();
   });
