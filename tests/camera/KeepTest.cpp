@@ -68,7 +68,8 @@ TEST_F(Keeping, ALossIsCalledBackOnceAndEndsEveryWait) {
       {"Taken", {OX_FAULT_TAKE_OVER, "another program"}},
   };
   for (const auto& [name, how] : table) {
-    Camera camera = open(name, 10s);
+    static int repeats = 0;  // of the whole test: a camera stays as it was left
+    Camera camera = open(name + std::to_string(++repeats), 10s);
     std::atomic<int> calls = 0;
     std::string reason;
     camera.onLoss([&](const Camera& lost, const std::string& text) {
@@ -96,6 +97,29 @@ TEST_F(Keeping, ALossIsCalledBackOnceAndEndsEveryWait) {
     expectFailure(OXCAMERA_E_LOST, "The camera is lost: " + reason, [&] { fault(camera, OX_FAULT_WRITES); });
     EXPECT_LT(timeOf([&] { camera.close(); }), 2s) << name;
     EXPECT_EQ(calls, 1) << name;
+  }
+}
+
+// Pulled before each call or during it: the call ends with a loss, and closing does not hang on the camera.
+TEST_F(Keeping, ACameraIsUnpluggedInEveryCall) {
+  const std::map<std::string, std::function<void(Camera&)>> calls{
+      {"Read", [](Camera& camera) { fault(camera, OX_FAULT_WRITES); }},
+      {"Write", [](Camera& camera) { setFault(camera, OX_FAULT_DELAY_MS, 0); }},
+      {"Map", [](Camera& camera) { camera.map(); }},
+      {"Bytes", [](Camera& camera) { camera.description(); }},
+      {"Feature", [](Camera& camera) { camera["Width"].set(640); }},
+  };
+  for (const auto& [name, call] : calls) {
+    for (const uint32_t delay : {0, 30}) {
+      Camera camera = open(name + std::to_string(delay), 10s);
+      setFault(camera, OX_FAULT_DELAY_MS, delay);
+      setFault(camera, OX_FAULT_UNPLUG_MS, 1);
+      uint32_t code = 0;
+      while (code == 0) code = outcomeOf([&] { call(camera); }).code;  // as long as the cable is there
+      // Features report it under a code of their own.
+      EXPECT_TRUE(code == OXCAMERA_E_LOST || camera.lastFailure().code() == OXCAMERA_E_LOST) << name << delay << code;
+      EXPECT_LT(timeOf([&] { camera.close(); }), 2s) << name;
+    }
   }
 }
 
