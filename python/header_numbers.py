@@ -1,19 +1,24 @@
 #!/usr/bin/env python3
-"""Prints the module oxgenapi._numbers from the public header: header_numbers.py include/OxGenApi/Types.h
+"""Prints the module oxgenapi._numbers from the public headers:
 
-    python3 python/header_numbers.py include/OxGenApi/Types.h >python/oxgenapi/_numbers.py
+    python3 python/header_numbers.py include/OxGenApi/Types.h camera/include/OxCamera/CameraTypes.h >python/oxgenapi/_numbers.py
 
 A test compares the two, so that no number is written twice by hand."""
 
 import re
 import sys
 
-CODES = re.compile(r"#define OXGENAPI_E_(\w+)[\s\\]+UINT32_C\((\w+)\)")
+CODES = {"Code": re.compile(r"#define OXGENAPI_E_(\w+)[\s\\]+UINT32_C\((\w+)\)"),
+         "CameraCode": re.compile(r"#define OXCAMERA_E_(\w+)[\s\\]+UINT32_C\((\w+)\)")}
 ENUMERATION = re.compile(r"OX_ENUM\((\w+), \w+\)\{(.*?)\n\};", re.S)
 ITEM = re.compile(r"\b([A-Z]+)_(\w+) = (-?\d+),")
 SHOWN = {"TNodeType": "NodeType", "TNodeInfo": "NodeInfo", "TNodeList": "NodeList", "TNodeMapInfo": "NodeMapInfo",
-         "TVerifyMode": "VerifyMode", "TFirmwareUpdateInfo": "FirmwareUpdateInfo"}
+         "TVerifyMode": "VerifyMode", "TFirmwareUpdateInfo": "FirmwareUpdateInfo", "TCameraState": "CameraState", "TCameraReach": "Reach",
+         "TCameraInfo": "CameraInfo", "TByteOrder": "ByteOrder"}
 ABOUT = {"Code": "Result codes; Error.code is one of them, or another number that a port gave.",
+         "CameraCode": "Result codes of cameras, besides those of Code.",
+         "Reach": "Whether a listed camera can be opened.",
+         "ByteOrder": "How words of four bytes are moved: old network cameras mean registers, newer ones memory.",
          "VerifyMode": "Which value calls of a node are checked against its limits."}
 RENAMED = {"None": "Nothing"}  # what Python does not take as a name
 
@@ -24,8 +29,8 @@ def enumeration(name, items):
 
 
 def module(header):
-    parts = ['"""Numbers of the flat interface, made from Types.h by header_numbers.py."""\n\nimport enum\n',
-             enumeration("Code", CODES.findall(header))]
+    parts = ['"""Numbers of the flat interfaces, made from their headers by header_numbers.py."""\n\nimport enum\n']
+    parts += [enumeration(name, codes.findall(header)) for name, codes in CODES.items()]
     for name, body in ENUMERATION.findall(header):
         if name in SHOWN:
             parts.append(enumeration(SHOWN[name], [(RENAMED.get(item, item), number) for _, item, number in ITEM.findall(body)
@@ -34,5 +39,4 @@ def module(header):
 
 
 if __name__ == "__main__":
-    with open(sys.argv[1], encoding="utf-8") as file:
-        print(module(file.read()), end="")
+    print(module("".join(open(path, encoding="utf-8").read() for path in sys.argv[1:])), end="")

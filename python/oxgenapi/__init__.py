@@ -13,9 +13,8 @@ A failing call raises Error with the library's code and text. Calls may come fro
 """
 
 from ._library import Error, genapi_version, library_version
-from ._numbers import Code, NodeType, VerifyMode
-from .camera import (ByteOrder, Camera, CameraCode, CameraState, FoundCamera, Network, NetworkAddress, Reach, cameras,
-                     open)
+from ._numbers import ByteOrder, CameraCode, CameraState, Code, NodeType, Reach, VerifyMode
+from .camera import Camera, FoundCamera, Network, NetworkAddress, cameras, open
 from .features import Boolean, Category, Command, Enumeration, Float, Integer, Port, Register, String
 from .firmware import FirmwareUpdater
 from .node import Access, Node, Representation, Visibility

@@ -1,4 +1,4 @@
-"""Numbers of the flat interface, made from Types.h by header_numbers.py."""
+"""Numbers of the flat interfaces, made from their headers by header_numbers.py."""
 
 import enum
 
@@ -23,6 +23,23 @@ class Code(enum.IntEnum):
     NOT_PRESENT = 0x8000002e
     FEATURE_TYPE = 0x8000002f
     FIRMWARE_INDEX = 0x80000030
+
+
+class CameraCode(enum.IntEnum):
+    """Result codes of cameras, besides those of Code."""
+
+    NOT_FOUND = 0x80000040
+    AMBIGUOUS = 0x80000041
+    IN_USE = 0x80000042
+    NO_PERMISSION = 0x80000043
+    UNREACHABLE = 0x80000044
+    TIMEOUT = 0x80000045
+    OUTCOME_UNKNOWN = 0x80000046
+    LOST = 0x80000047
+    CLOSED = 0x80000048
+    READ_ONLY = 0x80000049
+    REFUSED = 0x8000004a
+    FAILED = 0x8000004b
 
 
 class NodeType(enum.IntEnum):
@@ -98,3 +115,46 @@ class FirmwareUpdateInfo(enum.IntEnum):
     Key = 0
     Value = 1
     LanguageCode = 2
+
+
+class CameraState(enum.IntEnum):
+    Open = 0
+    Lost = 1
+    Closed = 2
+
+
+class Reach(enum.IntEnum):
+    """Whether a listed camera can be opened."""
+
+    Unknown = 0
+    Free = 1
+    Busy = 2
+    WrongSubnet = 3
+    NoPermission = 4
+
+
+class CameraInfo(enum.IntEnum):
+    Id = 0
+    Vendor = 1
+    Model = 2
+    Serial = 3
+    UserName = 4
+    Version = 5
+    Address = 6
+    Interface = 7
+    InterfaceAddress = 8
+    Protocol = 9
+    Transport = 10
+    Ways = 11
+    Identity = 12
+    Obstacle = 13
+    Reach = 14
+    LinkSpeed = 15
+
+
+class ByteOrder(enum.IntEnum):
+    """How words of four bytes are moved: old network cameras mean registers, newer ones memory."""
+
+    Automatic = 0
+    Memory = 1
+    Register = 2

@@ -3,60 +3,19 @@
 from __future__ import annotations
 
 import ctypes
-import enum
 import os
 import threading
 from ctypes import POINTER, byref, c_char, c_char_p, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
 from typing import Any, Callable, NamedTuple, Optional
 
 from ._library import Error, Handle, check, encoded, load, read_text
+from ._numbers import ByteOrder, CameraCode, CameraInfo, CameraState, Reach
 from .node import Home
 from .nodemap import NodeMap, Path
 
 _H, _TEXT, _SIZE = c_void_p, c_char_p, POINTER(c_size_t)
 _Loss = ctypes.CFUNCTYPE(None, c_void_p, c_char_p, c_void_p)
 _NO_LOSS = ctypes.cast(0, _Loss)
-
-
-class CameraCode(enum.IntEnum):
-    """Result codes of cameras, besides those of Code."""
-
-    NOT_FOUND = 0x80000040
-    AMBIGUOUS = 0x80000041
-    IN_USE = 0x80000042
-    NO_PERMISSION = 0x80000043
-    UNREACHABLE = 0x80000044
-    TIMEOUT = 0x80000045
-    OUTCOME_UNKNOWN = 0x80000046
-    LOST = 0x80000047
-    CLOSED = 0x80000048
-    READ_ONLY = 0x80000049
-    REFUSED = 0x8000004A
-    FAILED = 0x8000004B
-
-
-class CameraState(enum.IntEnum):
-    Open = 0
-    Lost = 1
-    Closed = 2
-
-
-class Reach(enum.IntEnum):
-    """Whether a listed camera can be opened."""
-
-    Unknown = 0
-    Free = 1
-    Busy = 2
-    WrongSubnet = 3
-    NoPermission = 4
-
-
-class ByteOrder(enum.IntEnum):
-    """How words of four bytes are moved: old network cameras mean registers, newer ones memory."""
-
-    Automatic = 0
-    Memory = 1
-    Register = 2
 
 
 class FoundCamera(NamedTuple):
@@ -145,9 +104,9 @@ def cameras(seconds: float = 1.0) -> list[FoundCamera]:
     result = []
     for index in range(count.value):
         texts: list[Any] = [read_text(lambda to, size: lib.OxCameraListText(found.raw, index, item, to, size))
-                            for item in range(14)]
+                            for item in range(CameraInfo.Reach)]
         numbers = [c_int64(), c_int64()]
-        for item, number in enumerate(numbers, 14):
+        for item, number in enumerate(numbers, CameraInfo.Reach):
             check(lib.OxCameraListNumber(found.raw, index, item, byref(number)))
         result.append(FoundCamera._make([*texts, Reach(numbers[0].value), numbers[1].value]))
     return result
@@ -185,11 +144,11 @@ class Camera(NodeMap):
 
     @property
     def id(self) -> str:
-        return self._text(0)
+        return self._text(CameraInfo.Id)
 
     @property
     def address(self) -> str:
-        return self._text(6)
+        return self._text(CameraInfo.Address)
 
     def _text(self, item: int) -> str:
         return read_text(lambda to, size: self._cameras.OxCameraText(self._camera.raw, item, to, size))

@@ -376,7 +376,8 @@ class Cameras(unittest.TestCase):
 class Library(unittest.TestCase):
     def test_numbers_are_those_of_the_header(self):
         source = Path(os.environ["OX_SOURCE_DIR"])
-        made = subprocess.run([sys.executable, "-B", source / "python/header_numbers.py", source / "include/OxGenApi/Types.h"],
+        made = subprocess.run([sys.executable, "-B", source / "python/header_numbers.py", source / "include/OxGenApi/Types.h",
+                               source / "camera/include/OxCamera/CameraTypes.h"],
                               capture_output=True, text=True, check=True).stdout
         self.assertEqual(made, (source / "python/oxgenapi/_numbers.py").read_text())
 
