@@ -20,6 +20,7 @@ done
 if grep -rIl -e "$build" -e "$(dirname "$(dirname "$here")")" "$root"; then fail "these files name the build tree"; fi
 dpkg-deb -f "$work"/packages/liboxgenapi3_*.deb Depends | grep -q 'libpugixml.*libzip' || fail "runtime dependencies"
 dpkg-deb -f "$work"/packages/liboxgenapi-dev_*.deb Depends | grep -q 'liboxgenapi3 (=' || fail "development dependencies"
+dpkg-deb -f "$work"/packages/oxgenapi_*.deb Depends | grep -q 'liboxcamera1 (=' || fail "dependencies of the tool"
 [ "$(find "$root/usr/share/doc" -path '*/*ox*/copyright' | wc -l)" -eq "$(ls "$work"/packages/*.deb | wc -l)" ] ||
   fail "a package without a copyright file"
 if dpkg-deb -c "$work"/packages/liboxgenapi3_*.deb | grep -E 'include|cmake|\.so$'; then
