@@ -114,14 +114,14 @@ void listCameras(Session& session, const Choice& choice) {
 
 }  // namespace
 
-void addCameras(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("cameras", "List the cameras on the network, on USB and in simulation");
+void addCameras(const Command& program) {
+  const Command command = program.subcommand("cameras", "List the cameras on the network, on USB and in simulation");
   auto choice = std::make_shared<Choice>();
-  command->add_flag("-v,--verbose", choice->verbose,
-                    "Show all ways to each camera, modules and interfaces, and what failed");
-  command->add_option("--time", choice->time, "Collect answers for so many milliseconds")->capture_default_str();
-  command->footer("Example:\n  oxgenapi cameras\n  oxgenapi --camera 192.168.0.20 tree --values");
-  command->callback([&chosen, choice] { chosen = [choice](Session& session) { listCameras(session, *choice); }; });
+  command.flag("-v,--verbose", choice->verbose,
+               "Show all ways to each camera, modules and interfaces, and what failed");
+  command.option("--time", choice->time, "Collect answers for so many milliseconds").showDefault();
+  command.footer("Example:\n  oxgenapi cameras\n  oxgenapi --camera 192.168.0.20 tree --values");
+  command.runs([choice](Session& session) { listCameras(session, *choice); });
 }
 
 }  // namespace tool

@@ -1,17 +1,13 @@
 #include "Checks.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <filesystem>
 #include <limits>
 
 namespace tool {
 namespace {
-
-CLI::Validator check(std::function<std::string(std::string&)> function) {
-  CLI::Validator validator;
-  validator.operation(std::move(function));
-  return validator;
-}
 
 std::string inQuotes(const std::string& text) {
   return "'" + text + "'";
@@ -49,37 +45,37 @@ std::string outOfRange(const std::string& text, int64_t least, int64_t most) {
 
 }  // namespace
 
-CLI::Validator existingFile() {
-  return check([](std::string& path) { return missingFile(path); });
+Check existingFile() {
+  return [](std::string& path) { return missingFile(path); };
 }
 
-CLI::Validator existingFileOrStream() {
-  return check([](std::string& path) { return path == "-" ? "" : missingFile(path); });
+Check existingFileOrStream() {
+  return [](std::string& path) { return path == "-" ? "" : missingFile(path); };
 }
 
-CLI::Validator between(int64_t least, int64_t most) {
-  return check([=](std::string& text) { return outOfRange(text, least, most); });
+Check between(int64_t least, int64_t most) {
+  return [=](std::string& text) { return outOfRange(text, least, most); };
 }
 
-CLI::Validator atLeast(int64_t least) {
+Check atLeast(int64_t least) {
   return between(least, std::numeric_limits<int64_t>::max());
 }
 
-CLI::Validator failureCode() {
-  return check([](std::string& text) {
+Check failureCode() {
+  return [](std::string& text) {
     return outOfRange(text, 0x80000000, 0xffffffff).empty() ? "" : inQuotes(text) + " is not 0x80000000 to 0xffffffff";
-  });
+  };
 }
 
-CLI::Validator oneOf(std::vector<std::string> words) {
-  return check([words = std::move(words)](std::string& text) {
+Check oneOf(std::vector<std::string> words) {
+  return [words = std::move(words)](std::string& text) {
     const bool found = std::find(words.begin(), words.end(), text) != words.end();
     return found ? "" : inQuotes(text) + " is not " + listed(words);
-  });
+  };
 }
 
-CLI::Validator numberFor(std::vector<std::pair<std::string, int>> words) {
-  return check([words = std::move(words)](std::string& text) -> std::string {
+Check numberFor(std::vector<std::pair<std::string, int>> words) {
+  return [words = std::move(words)](std::string& text) -> std::string {
     std::vector<std::string> names;
     for (const auto& [word, number] : words) {
       if (CLI::detail::to_lower(text) == word) {
@@ -89,7 +85,7 @@ CLI::Validator numberFor(std::vector<std::pair<std::string, int>> words) {
       names.push_back(word);
     }
     return inQuotes(text) + " is not " + listed(names);
-  });
+  };
 }
 
 std::string alternatives(const std::vector<std::string>& words) {

@@ -1,26 +1,27 @@
 // What the command line accepts as an option's value, with a plain sentence for what it does not.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "CommandLine.h"
+
 namespace tool {
 
-CLI::Validator existingFile();
+Check existingFile();
 // The same, or "-" for a standard stream.
-CLI::Validator existingFileOrStream();
+Check existingFileOrStream();
 // A number of that range, both ends included.
-CLI::Validator between(int64_t least, int64_t most);
-CLI::Validator atLeast(int64_t least);
+Check between(int64_t least, int64_t most);
+Check atLeast(int64_t least);
 // A result code of a failing call.
-CLI::Validator failureCode();
+Check failureCode();
 // One of these words.
-CLI::Validator oneOf(std::vector<std::string> words);
+Check oneOf(std::vector<std::string> words);
 // One of these words, in upper or lower case, which becomes the number beside it.
-CLI::Validator numberFor(std::vector<std::pair<std::string, int>> words);
+Check numberFor(std::vector<std::pair<std::string, int>> words);
 
 // Words as the help shows them, "auto|always|never", and back.
 std::string alternatives(const std::vector<std::string>& words);

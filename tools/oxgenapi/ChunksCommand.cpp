@@ -162,43 +162,33 @@ void attach(Session& session, const ChunksOptions& options) {
 
 }  // namespace
 
-void addChunks(CLI::App& app, Action& chosen) {
+void addChunks(const Command& program) {
   auto options = std::make_shared<ChunksOptions>();
-  CLI::App* chunks = app.add_subcommand("chunks", "Take images with the device and show the features in their chunks");
-  chunks->require_subcommand(0, 1);
-  chunks->fallthrough();
-  chunks->footer(
+  const Command chunks =
+      program.subcommand("chunks", "Take images with the device and show the features in their chunks");
+  chunks.footer(
       "Example:\n"
       "  oxgenapi chunks --frames 3\n"
       "  oxgenapi chunks --enable Timestamp,ExposureTime --frames 2\n"
       "  oxgenapi chunks --enable Timestamp --frames 100 --csv > frames.csv");
   chunks
-      ->add_option("--enable", options->enable,
-                   "The chunks to be sent meanwhile, entries of ChunkSelector (default: those that are on, or all)")
-      ->delimiter(',')
-      ->type_name("CHUNK,...");
-  chunks->add_option("--frames", options->frames, "Number of images")
-      ->check(between(1, 1'000'000))
-      ->capture_default_str();
-  chunks->add_flag("--csv", options->csv, "Print a table: comma-separated values, one line an image");
-  chunks->callback([&chosen, options, chunks] {
-    if (chunks->get_subcommands().empty()) {
-      chosen = [options](Session& session) { acquire(session, *options); };
-    }
-  });
-  CLI::App* given = chunks->add_subcommand("attach", "Attach chunks of a buffer in a file instead");
-  given->add_option("buffer", options->buffer, "File with the buffer")
-      ->required()
-      ->type_name("FILE")
-      ->check(existingFile());
-  given->add_option("chunk", options->chunks, "Chunks: hexadecimal ID, offset and length in bytes")
-      ->required()
-      ->type_name("ID:OFFSET:LENGTH");
-  given->footer("Example:\n  oxgenapi chunks attach image.bin a001:307200:8");
-  given->callback([&chosen, options] { chosen = [options](Session& session) { attach(session, *options); }; });
+      .option("--enable", options->enable,
+              "The chunks to be sent meanwhile, entries of ChunkSelector (default: those that are on, or all)")
+      .separator(',')
+      .type("CHUNK,...");
+  chunks.option("--frames", options->frames, "Number of images").check(between(1, 1'000'000)).showDefault();
+  chunks.flag("--csv", options->csv, "Print a table: comma-separated values, one line an image");
+  chunks.runsAlone([options](Session& session) { acquire(session, *options); });
+  const Command given = chunks.subcommand("attach", "Attach chunks of a buffer in a file instead");
+  given.option("buffer", options->buffer, "File with the buffer").required().type("FILE").check(existingFile());
+  given.option("chunk", options->chunks, "Chunks: hexadecimal ID, offset and length in bytes")
+      .required()
+      .type("ID:OFFSET:LENGTH");
+  given.footer("Example:\n  oxgenapi chunks attach image.bin a001:307200:8");
+  given.runs([options](Session& session) { attach(session, *options); });
   // The command without a word does the same.
-  chunks->add_subcommand("acquire", "Take images with the device")->group("")->callback([&chosen, options] {
-    chosen = [options](Session& session) { acquire(session, *options); };
+  chunks.hiddenSubcommand("acquire", "Take images with the device").runs([options](Session& session) {
+    acquire(session, *options);
   });
 }
 

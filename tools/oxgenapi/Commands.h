@@ -2,43 +2,39 @@
 // that runs it. Parsing only chooses that function; main() calls it afterwards.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <functional>
-
+#include "CommandLine.h"
 #include "Session.h"
 
 namespace tool {
 
-using Action = std::function<void(Session&)>;
-
-void addInfo(CLI::App& app, Action& chosen);
-void addTree(CLI::App& app, Action& chosen);
-void addGet(CLI::App& app, Action& chosen);
-void addSet(CLI::App& app, Action& chosen);
-void addExec(CLI::App& app, Action& chosen);
-void addNodes(CLI::App& app, Action& chosen);
-void addDescribe(CLI::App& app, Action& chosen);
-void addWatch(CLI::App& app, Action& chosen);
-void addPeek(CLI::App& app, Action& chosen);
-void addPoke(CLI::App& app, Action& chosen);
-void addRegister(CLI::App& app, Action& chosen);
-void addSave(CLI::App& app, Action& chosen);
-void addLoad(CLI::App& app, Action& chosen);
-void addDiff(CLI::App& app, Action& chosen);
-void addSnapshot(CLI::App& app, Action& chosen);
-void addFiles(CLI::App& app, Action& chosen);
-void addFirmware(CLI::App& app, Action& chosen);
-void addGuf(CLI::App& app, Action& chosen);
-void addEvents(CLI::App& app, Action& chosen);
-void addChunks(CLI::App& app, Action& chosen);
-void addLint(CLI::App& app, Action& chosen);
-void addDoc(CLI::App& app, Action& chosen);
-void addReport(CLI::App& app, Action& chosen);
-void addCompletion(CLI::App& app, Action& chosen);
-void addCameras(CLI::App& app, Action& chosen);
-void addHelp(CLI::App& app, Action& chosen);
-void addStubs(CLI::App& app, Action& chosen);
-void addNetwork(CLI::App& app, Action& chosen);
-void addXml(CLI::App& app, Action& chosen);
+void addInfo(const Command& program);
+void addTree(const Command& program);
+void addGet(const Command& program);
+void addSet(const Command& program);
+void addExec(const Command& program);
+void addNodes(const Command& program);
+void addDescribe(const Command& program);
+void addWatch(const Command& program);
+void addPeek(const Command& program);
+void addPoke(const Command& program);
+void addRegister(const Command& program);
+void addSave(const Command& program);
+void addLoad(const Command& program);
+void addDiff(const Command& program);
+void addSnapshot(const Command& program);
+void addFiles(const Command& program);
+void addFirmware(const Command& program);
+void addGuf(const Command& program);
+void addEvents(const Command& program);
+void addChunks(const Command& program);
+void addLint(const Command& program);
+void addDoc(const Command& program);
+void addReport(const Command& program);
+void addCompletion(const Command& program);
+void addCameras(const Command& program);
+void addHelp(const Command& program);
+void addStubs(const Command& program);
+void addNetwork(const Command& program);
+void addXml(const Command& program);
 
 }  // namespace tool

@@ -9,20 +9,17 @@ const std::vector<std::string> kShells{"bash", "zsh", "fish"};
 
 }  // namespace
 
-void addCompletion(CLI::App& app, Action& chosen) {
+void addCompletion(const Command& program) {
   auto shell = std::make_shared<std::string>();
-  CLI::App* command = app.add_subcommand("completion", "Print the script that completes commands and feature names");
-  command->add_option("shell", *shell, "bash, zsh or fish")
-      ->required()
-      ->type_name(alternatives(kShells))
-      ->check(oneOf(kShells));
-  command->footer(
+  const Command command =
+      program.subcommand("completion", "Print the script that completes commands and feature names");
+  command.option("shell", *shell, "bash, zsh or fish").required().type(alternatives(kShells)).check(oneOf(kShells));
+  command.footer(
       "Example:\n"
       "  source <(oxgenapi completion bash)\n"
       "  oxgenapi completion zsh > \"${fpath[1]}/_oxgenapi\"\n"
       "  oxgenapi completion fish > ~/.config/fish/completions/oxgenapi.fish");
-  command->callback(
-      [&chosen, shell] { chosen = [shell](Session& session) { session.output().data(completionScript(*shell)); }; });
+  command.runs([shell](Session& session) { session.output().data(completionScript(*shell)); });
 }
 
 }  // namespace tool

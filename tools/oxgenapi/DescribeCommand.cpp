@@ -156,13 +156,13 @@ void run(Session& session, const DescribeOptions& options) {
 
 }  // namespace
 
-void addDescribe(CLI::App& app, Action& chosen) {
+void addDescribe(const Command& program) {
   auto options = std::make_shared<DescribeOptions>();
-  CLI::App* command = app.add_subcommand("describe", "Show everything that is known about a node");
-  command->add_option("name", options->name, "Node")->required()->type_name("NAME");
-  command->add_flag("!--no-dependents", options->dependents, "Leave out the features that depend on it");
-  command->footer("Example:\n  oxgenapi describe ExposureTime");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("describe", "Show everything that is known about a node");
+  command.option("name", options->name, "Node").required().type("NAME");
+  command.flag("!--no-dependents", options->dependents, "Leave out the features that depend on it");
+  command.footer("Example:\n  oxgenapi describe ExposureTime");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -184,19 +184,16 @@ void run(Session& session, const DiffOptions& options) {
 
 }  // namespace
 
-void addDiff(CLI::App& app, Action& chosen) {
+void addDiff(const Command& program) {
   auto options = std::make_shared<DiffOptions>();
-  CLI::App* command = app.add_subcommand(
+  const Command command = program.subcommand(
       "diff", "Compare two settings texts or two snapshots, or one with the device; exit status 1 if they differ");
-  command->add_option("left", options->left, "Settings file or snapshot")
-      ->required()
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->add_option("right", options->right, "The same, of the same kind (default: the device)")
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->footer("Example:\n  oxgenapi diff camera.settings");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  command.option("left", options->left, "Settings file or snapshot").required().type("FILE").check(existingFile());
+  command.option("right", options->right, "The same, of the same kind (default: the device)")
+      .type("FILE")
+      .check(existingFile());
+  command.footer("Example:\n  oxgenapi diff camera.settings");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

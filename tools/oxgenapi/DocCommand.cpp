@@ -65,16 +65,16 @@ void run(Session& session, const DocOptions& options) {
 
 }  // namespace
 
-void addDoc(CLI::App& app, Action& chosen) {
+void addDoc(const Command& program) {
   auto options = std::make_shared<DocOptions>();
-  CLI::App* command = app.add_subcommand("doc", "Write a page to browse a description's features, for any browser");
-  command->add_option("description", options->description, "Description, XML or zip (default: the device's)")
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->add_option("-o,--output", options->page, "The page; it needs no other file")->required()->type_name("FILE");
-  command->footer(
+  const Command command = program.subcommand("doc", "Write a page to browse a description's features, for any browser");
+  command.option("description", options->description, "Description, XML or zip (default: the device's)")
+      .type("FILE")
+      .check(existingFile());
+  command.option("-o,--output", options->page, "The page; it needs no other file").required().type("FILE");
+  command.footer(
       "Example:\n  oxgenapi doc camera.xml -o camera.html\n  oxgenapi --camera 192.168.0.20 doc -o camera.html");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -119,45 +119,37 @@ void send(Session& session, const EventsOptions& options) {
 
 }  // namespace
 
-void addEvents(CLI::App& app, Action& chosen) {
+void addEvents(const Command& program) {
   auto options = std::make_shared<EventsOptions>();
-  CLI::App* events =
-      app.add_subcommand("events", "Deliver the event messages that the device sends and show the features they fill");
-  events->require_subcommand(0, 1);
-  events->fallthrough();
-  events->footer(
+  const Command events =
+      program.subcommand("events", "Deliver the event messages that the device sends and show the features they fill");
+  events.footer(
       "Example:\n"
       "  oxgenapi events --seconds 2\n"
       "  oxgenapi events --enable Test --exec TestEventGenerate --seconds 2");
   events
-      ->add_option("--enable", options->enable,
-                   "The events to be sent meanwhile, entries of EventSelector (default: those that are on, or all)")
-      ->delimiter(',')
-      ->type_name("EVENT,...");
+      .option("--enable", options->enable,
+              "The events to be sent meanwhile, entries of EventSelector (default: those that are on, or all)")
+      .separator(',')
+      .type("EVENT,...");
   events
-      ->add_option("--exec", options->execute,
-                   "Commands to execute then (default, if --enable is missing too: images are taken)")
-      ->delimiter(',')
-      ->type_name("COMMAND,...");
-  events->add_option("--seconds", options->seconds, "How long to listen; 0: until Ctrl-C")
-      ->check(atLeast(0))
-      ->capture_default_str();
-  events->callback([&chosen, options, events] {
-    if (events->get_subcommands().empty()) {
-      chosen = [options](Session& session) { listen(session, *options); };
-    }
-  });
-  CLI::App* all = events->add_subcommand("list", "Show each event's ID and name, and the features that it fills");
-  all->footer("Example:\n  oxgenapi events list");
-  all->callback([&chosen] { chosen = listEvents; });
-  CLI::App* one = events->add_subcommand("deliver", "Deliver a message given here");
-  one->add_option("id", options->id, "Event ID, hexadecimal digits")->required()->type_name("ID");
-  one->add_option("payload", options->payload, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");
-  one->footer("Example:\n  oxgenapi events deliver 9040 00 00 00 00 00 00 04 d2");
-  one->callback([&chosen, options] { chosen = [options](Session& session) { send(session, *options); }; });
+      .option("--exec", options->execute,
+              "Commands to execute then (default, if --enable is missing too: images are taken)")
+      .separator(',')
+      .type("COMMAND,...");
+  events.option("--seconds", options->seconds, "How long to listen; 0: until Ctrl-C").check(atLeast(0)).showDefault();
+  events.runsAlone([options](Session& session) { listen(session, *options); });
+  const Command all = events.subcommand("list", "Show each event's ID and name, and the features that it fills");
+  all.footer("Example:\n  oxgenapi events list");
+  all.runs(listEvents);
+  const Command one = events.subcommand("deliver", "Deliver a message given here");
+  one.option("id", options->id, "Event ID, hexadecimal digits").required().type("ID");
+  one.option("payload", options->payload, "Bytes, two hexadecimal digits each").required().type("BYTES");
+  one.footer("Example:\n  oxgenapi events deliver 9040 00 00 00 00 00 00 04 d2");
+  one.runs([options](Session& session) { send(session, *options); });
   // The command without a word does the same.
-  events->add_subcommand("listen", "Deliver what the device sends")->group("")->callback([&chosen, options] {
-    chosen = [options](Session& session) { listen(session, *options); };
+  events.hiddenSubcommand("listen", "Deliver what the device sends").runs([options](Session& session) {
+    listen(session, *options);
   });
 }
 

@@ -40,15 +40,13 @@ void run(Session& session, const ExecOptions& options) {
 
 }  // namespace
 
-void addExec(CLI::App& app, Action& chosen) {
+void addExec(const Command& program) {
   auto options = std::make_shared<ExecOptions>();
-  CLI::App* command = app.add_subcommand("exec", "Execute a command and wait until the device has done it");
-  command->add_option("name", options->name, "Command")->required()->type_name("COMMAND");
-  command->add_option("--wait", options->seconds, "Longest wait in seconds; 0: none")
-      ->check(atLeast(0))
-      ->capture_default_str();
-  command->footer("Example:\n  oxgenapi exec AcquisitionStart");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("exec", "Execute a command and wait until the device has done it");
+  command.option("name", options->name, "Command").required().type("COMMAND");
+  command.option("--wait", options->seconds, "Longest wait in seconds; 0: none").check(atLeast(0)).showDefault();
+  command.footer("Example:\n  oxgenapi exec AcquisitionStart");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

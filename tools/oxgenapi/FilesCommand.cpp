@@ -168,36 +168,32 @@ void remove(Session& session, const FilesOptions& options) {
 
 }  // namespace
 
-void addFiles(CLI::App& app, Action& chosen) {
+void addFiles(const Command& program) {
   auto options = std::make_shared<FilesOptions>();
-  CLI::App* files = app.add_subcommand("files", "List, copy and delete the files inside the device");
-  files->require_subcommand(1);
-  files->fallthrough();
+  const Command files = program.subcommand("files", "List, copy and delete the files inside the device");
+  files.needsSubcommand();
   const auto add = [&](const char* name, const char* help, const std::string& example,
                        void (*run)(Session&, const FilesOptions&)) {
-    CLI::App* command = files->add_subcommand(name, help);
-    command->footer("Example:\n  oxgenapi files " + example);
-    command->add_option("entry", options->entry, "Device file, an entry of FileSelector")
-        ->required()
-        ->type_name("DEVICEFILE");
-    command->callback(
-        [&chosen, options, run] { chosen = [options, run](Session& session) { run(session, *options); }; });
+    const Command command = files.subcommand(name, help);
+    command.footer("Example:\n  oxgenapi files " + example);
+    command.option("entry", options->entry, "Device file, an entry of FileSelector").required().type("DEVICEFILE");
+    command.runs([options, run](Session& session) { run(session, *options); });
     return command;
   };
-  CLI::App* all = files->add_subcommand("list", "List the device's files, their sizes and what they can be opened for");
-  all->callback([&chosen] { chosen = listFiles; });
-  all->footer("Example:\n  oxgenapi files list --json");
+  const Command all = files.subcommand("list", "List the device's files, their sizes and what they can be opened for");
+  all.runs(listFiles);
+  all.footer("Example:\n  oxgenapi files list --json");
   add("get", "Copy a device file to a file here", "get UserFile1 settings.bin", get)
-      ->add_option("file", options->file, "File to write; -: standard output")
-      ->required()
-      ->type_name("FILE");
+      .option("file", options->file, "File to write; -: standard output")
+      .required()
+      .type("FILE");
   add("put", "Copy a file to the device", "put UserFile1 settings.bin", put)
-      ->add_option("file", options->file, "File to read; -: standard input")
-      ->required()
-      ->type_name("FILE")
-      ->check(existingFileOrStream());
+      .option("file", options->file, "File to read; -: standard input")
+      .required()
+      .type("FILE")
+      .check(existingFileOrStream());
   add("rm", "Delete a device file", "rm UserFile1", remove);
-  files->footer("Example:\n  oxgenapi files get UserFile1 settings.bin");
+  files.footer("Example:\n  oxgenapi files get UserFile1 settings.bin");
 }
 
 }  // namespace tool

@@ -73,25 +73,23 @@ void update(Session& session, const FirmwareOptions& options) {
 
 }  // namespace
 
-void addFirmware(CLI::App& app, Action& chosen) {
+void addFirmware(const Command& program) {
   auto options = std::make_shared<FirmwareOptions>();
-  CLI::App* firmware = app.add_subcommand("firmware", "Look into a firmware update file, verify it, apply it");
-  firmware->require_subcommand(1);
-  firmware->fallthrough();
+  const Command firmware = program.subcommand("firmware", "Look into a firmware update file, verify it, apply it");
+  firmware.needsSubcommand();
   const auto add = [&](const char* name, const char* help, void (*run)(Session&, const FirmwareOptions&)) {
-    CLI::App* command = firmware->add_subcommand(name, help);
-    command->footer(std::string("Example:\n  oxgenapi firmware ") + name + " camera.guf");
-    command->add_option("file", options->file, "Update file")->required()->type_name("FILE")->check(existingFile());
-    command->callback(
-        [&chosen, options, run] { chosen = [options, run](Session& session) { run(session, *options); }; });
+    const Command command = firmware.subcommand(name, help);
+    command.footer(std::string("Example:\n  oxgenapi firmware ") + name + " camera.guf");
+    command.option("file", options->file, "Update file").required().type("FILE").check(existingFile());
+    command.runs([options, run](Session& session) { run(session, *options); });
     return command;
   };
   add("info", "Show what each entry of the file says about itself", info);
   add("verify", "Check that the file is whole", verify);
   add("update", "Apply one entry to the device", update)
-      ->add_option("--select", options->entry, "Entry, counted from 0")
-      ->capture_default_str();
-  firmware->footer("Example:\n  oxgenapi --state camera.state firmware update camera.guf");
+      .option("--select", options->entry, "Entry, counted from 0")
+      .showDefault();
+  firmware.footer("Example:\n  oxgenapi --state camera.state firmware update camera.guf");
 }
 
 }  // namespace tool

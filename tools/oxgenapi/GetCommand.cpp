@@ -52,13 +52,13 @@ void run(Session& session, const GetOptions& options) {
 
 }  // namespace
 
-void addGet(CLI::App& app, Action& chosen) {
+void addGet(const Command& program) {
   auto options = std::make_shared<GetOptions>();
-  CLI::App* command = app.add_subcommand("get", "Read features");
-  command->add_option("names", options->names, "Features to read")->required()->type_name("NAME");
-  command->add_flag("-b,--bare", options->bare, "Print the values only");
-  command->footer("Example:\n  oxgenapi get ExposureTime Gain");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("get", "Read features");
+  command.option("names", options->names, "Features to read").required().type("NAME");
+  command.flag("-b,--bare", options->bare, "Print the values only");
+  command.footer("Example:\n  oxgenapi get ExposureTime Gain");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -126,27 +126,26 @@ void create(Session& session, const GufOptions& options) {
 
 }  // namespace
 
-void addGuf(CLI::App& app, Action& chosen) {
+void addGuf(const Command& program) {
   auto options = std::make_shared<GufOptions>();
-  CLI::App* guf = app.add_subcommand("guf", "Make firmware update files");
-  guf->require_subcommand(1);
-  guf->fallthrough();
-  CLI::App* command = guf->add_subcommand("create", "Pack a control file and data files, and verify the result");
-  command->add_option("target", options->target, "Update file to write")->required()->type_name("FILE");
-  command->add_option("control", options->control, "Control file, becomes control.xml")
-      ->required()
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->add_option("members", options->members, "Data files under the names that the control file uses")
-      ->type_name("MEMBER=FILE");
-  command->add_option("--signature", options->signature, "Detached signature over package.zip, becomes package.p7s")
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->add_flag("--compress", options->compresses, "Deflate the members of package.zip instead of storing them");
+  const Command guf = program.subcommand("guf", "Make firmware update files");
+  guf.needsSubcommand();
+  const Command command = guf.subcommand("create", "Pack a control file and data files, and verify the result");
+  command.option("target", options->target, "Update file to write").required().type("FILE");
+  command.option("control", options->control, "Control file, becomes control.xml")
+      .required()
+      .type("FILE")
+      .check(existingFile());
+  command.option("members", options->members, "Data files under the names that the control file uses")
+      .type("MEMBER=FILE");
+  command.option("--signature", options->signature, "Detached signature over package.zip, becomes package.p7s")
+      .type("FILE")
+      .check(existingFile());
+  command.flag("--compress", options->compresses, "Deflate the members of package.zip instead of storing them");
   const char* example = "Example:\n  oxgenapi guf create camera.guf control.xml data/main.bin=build/main.bin";
-  command->footer(example);
-  guf->footer(example);
-  command->callback([&chosen, options] { chosen = [options](Session& session) { create(session, *options); }; });
+  command.footer(example);
+  guf.footer(example);
+  command.runs([options](Session& session) { create(session, *options); });
 }
 
 }  // namespace tool

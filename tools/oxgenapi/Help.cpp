@@ -1,5 +1,7 @@
 #include "Help.h"
 
+#include "Failure.h"
+
 namespace tool {
 
 std::string valueName(const CLI::Option& option) {
@@ -24,6 +26,20 @@ std::string descriptionOf(const CLI::Option& option) {
 
 std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
   return descriptionOf(*option);
+}
+
+// The words behind "help" name a command: with --help behind it, that command explains itself.
+std::vector<std::string> helpRequest(const CLI::App& app, std::vector<std::string> words) {
+  const CLI::App* command = &app;
+  for (const std::string& word : words) {
+    const auto below = command->get_subcommands([&](const CLI::App* each) { return each->check_name(word); });
+    if (below.empty()) {
+      throw UsageError("help: there is no command '" + word + "'; see oxgenapi help");
+    }
+    command = below.front();
+  }
+  words.emplace_back("--help");
+  return words;
 }
 
 }  // namespace tool

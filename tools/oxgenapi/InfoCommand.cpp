@@ -52,10 +52,10 @@ void printInfo(Session& session) {
 
 }  // namespace
 
-void addInfo(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("info", "Show what the description says about the device, and versions");
-  command->footer("Example:\n  oxgenapi info --xml camera.xml");
-  command->callback([&chosen] { chosen = printInfo; });
+void addInfo(const Command& program) {
+  const Command command = program.subcommand("info", "Show what the description says about the device, and versions");
+  command.footer("Example:\n  oxgenapi info --xml camera.xml");
+  command.runs(printInfo);
 }
 
 }  // namespace tool

@@ -64,15 +64,16 @@ void run(Session& session, const std::vector<std::string>& files) {
 
 }  // namespace
 
-void addLint(CLI::App& app, Action& chosen) {
+void addLint(const Command& program) {
   auto files = std::make_shared<std::vector<std::string>>();
-  CLI::App* command = app.add_subcommand("lint", "Check descriptions and print every problem with its line and node");
-  command->add_option("files", *files, "Descriptions: XML, or zip archives with it")
-      ->required()
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->footer(kFooter);
-  command->callback([&chosen, files] { chosen = [files](Session& session) { run(session, *files); }; });
+  const Command command =
+      program.subcommand("lint", "Check descriptions and print every problem with its line and node");
+  command.option("files", *files, "Descriptions: XML, or zip archives with it")
+      .required()
+      .type("FILE")
+      .check(existingFile());
+  command.footer(kFooter);
+  command.runs([files](Session& session) { run(session, *files); });
 }
 
 }  // namespace tool

@@ -101,17 +101,17 @@ class Loader {
 
 }  // namespace
 
-void addLoad(CLI::App& app, Action& chosen) {
+void addLoad(const Command& program) {
   auto options = std::make_shared<LoadOptions>();
-  CLI::App* command = app.add_subcommand("load", "Write the values of a settings text to the device");
-  command->add_option("file", options->file, "Settings file; -: standard input")
-      ->required()
-      ->type_name("FILE")
-      ->check(existingFileOrStream());
-  command->add_flag("--validate", options->validate, "Read every value back and compare");
-  command->add_flag("--stop-on-error", options->stopOnError, "Stop at the first line that fails");
-  command->footer("Example:\n  oxgenapi load camera.settings --validate");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { Loader(session, *options).run(); }; });
+  const Command command = program.subcommand("load", "Write the values of a settings text to the device");
+  command.option("file", options->file, "Settings file; -: standard input")
+      .required()
+      .type("FILE")
+      .check(existingFileOrStream());
+  command.flag("--validate", options->validate, "Read every value back and compare");
+  command.flag("--stop-on-error", options->stopOnError, "Stop at the first line that fails");
+  command.footer("Example:\n  oxgenapi load camera.settings --validate");
+  command.runs([options](Session& session) { Loader(session, *options).run(); });
 }
 
 }  // namespace tool

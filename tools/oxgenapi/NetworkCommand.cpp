@@ -158,31 +158,27 @@ void checkMachine(Session& session) {
 
 }  // namespace
 
-void addNetwork(CLI::App& app, Action& chosen) {
-  CLI::App* command =
-      app.add_subcommand("network", "Show and set the addresses of network cameras, check this machine");
-  command->footer(
+void addNetwork(const Command& program) {
+  const Command command =
+      program.subcommand("network", "Show and set the addresses of network cameras, check this machine");
+  command.footer(
       "Example:\n  oxgenapi network\n  oxgenapi --camera GV01 network force 192.168.0.20\n  oxgenapi network check");
-  command->require_subcommand(0, 1);
-  command->callback([&chosen, command] {
-    if (command->get_subcommands().empty()) chosen = show;
-  });
+  command.runsAlone(show);
   const auto add = [&](const std::string& name, const char* help, const Action& action) {
-    CLI::App* part = command->add_subcommand(name, help);
-    part->footer("Example:\n  oxgenapi " + std::string(name == "check" ? "" : "--camera GV01 ") + "network " + name +
-                 (name == "force" || name == "store" ? " 192.168.0.20" : ""));
-    part->callback([&chosen, action] { chosen = action; });
+    const Command part = command.subcommand(name, help);
+    part.footer("Example:\n  oxgenapi " + std::string(name == "check" ? "" : "--camera GV01 ") + "network " + name +
+                (name == "force" || name == "store" ? " 192.168.0.20" : ""));
+    part.runs(action);
     return part;
   };
   add("show", "Show the address that the camera has and the one that it has stored; so does network alone", show);
   add("propose", "Find an address on the camera's interface that nobody uses; takes a second", propose);
   auto forced = std::make_shared<Wanted>(), stored = std::make_shared<Wanted>();
-  const auto address = [](CLI::App* part, const std::shared_ptr<Wanted>& wanted, bool required) {
-    part->add_option("address", wanted->address,
-                     required ? "IPv4 address" : "IPv4 address; without it the one proposed")
-        ->required(required);
-    part->add_option("--mask", wanted->mask, "Subnet mask")->capture_default_str();
-    part->add_option("--gateway", wanted->gateway, "Gateway, 0.0.0.0 for none")->capture_default_str();
+  const auto address = [](const Command& part, const std::shared_ptr<Wanted>& wanted, bool required) {
+    part.option("address", wanted->address, required ? "IPv4 address" : "IPv4 address; without it the one proposed")
+        .required(required);
+    part.option("--mask", wanted->mask, "Subnet mask").showDefault();
+    part.option("--gateway", wanted->gateway, "Gateway, 0.0.0.0 for none").showDefault();
   };
   address(add("force", "Give the camera an address until it is powered off, whatever it has now",
               [forced](Session& session) { force(session, *forced); }),

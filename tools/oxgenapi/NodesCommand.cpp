@@ -62,21 +62,22 @@ void draw(Session& session, const std::string& feature) {
 
 }  // namespace
 
-void addNodes(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("nodes", "List every node of the description with its type");
+void addNodes(const Command& program) {
+  const Command command = program.subcommand("nodes", "List every node of the description with its type");
   auto feature = std::make_shared<std::string>();
-  const CLI::Option* graph =
-      command->add_option("--graph", *feature, "Draw what a feature depends on, for Graphviz (default: Root)")
-          ->type_name("FEATURE")
-          ->expected(0, 1);
-  command->footer(
+  const Option graph =
+      command.option("--graph", *feature, "Draw what a feature depends on, for Graphviz (default: Root)")
+          .type("FEATURE")
+          .valueOptional();
+  command.footer(
       "Edges lead from a node to what it reads, named after the elements that make it so; dashed ones only "
       "invalidate.\n"
       "Example:\n  oxgenapi nodes --xml camera.xml\n  oxgenapi nodes --graph ExposureTime | dot -Tsvg -o exposure.svg");
-  command->callback([&chosen, feature, graph] {
-    chosen = listNodes;
-    if (graph->count() > 0) {
-      chosen = [name = feature->empty() ? "Root" : *feature](Session& session) { draw(session, name); };
+  command.runs([feature, graph](Session& session) {
+    if (graph.isGiven()) {
+      draw(session, feature->empty() ? "Root" : *feature);
+    } else {
+      listNodes(session);
     }
   });
 }

@@ -25,17 +25,17 @@ void run(Session& session, const PeekOptions& options) {
 
 }  // namespace
 
-void addPeek(CLI::App& app, Action& chosen) {
+void addPeek(const Command& program) {
   auto options = std::make_shared<PeekOptions>();
-  CLI::App* command = app.add_subcommand("peek", "Read bytes of the device's address space");
-  command->add_option("address", options->address, "First address, decimal or 0x...")->required()->type_name("ADDRESS");
-  command->add_option("length", options->length, "Number of bytes")
-      ->required()
-      ->type_name("LENGTH")
-      ->check(between(1, kLargestPeek));
-  command->add_option("--port", options->port, "Port node to read through")->type_name("NAME")->capture_default_str();
-  command->footer("Example:\n  oxgenapi peek 0x1c098 16");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("peek", "Read bytes of the device's address space");
+  command.option("address", options->address, "First address, decimal or 0x...").required().type("ADDRESS");
+  command.option("length", options->length, "Number of bytes")
+      .required()
+      .type("LENGTH")
+      .check(between(1, kLargestPeek));
+  command.option("--port", options->port, "Port node to read through").type("NAME").showDefault();
+  command.footer("Example:\n  oxgenapi peek 0x1c098 16");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

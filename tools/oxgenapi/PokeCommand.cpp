@@ -23,14 +23,14 @@ void run(Session& session, const PokeOptions& options) {
 
 }  // namespace
 
-void addPoke(CLI::App& app, Action& chosen) {
+void addPoke(const Command& program) {
   auto options = std::make_shared<PokeOptions>();
-  CLI::App* command = app.add_subcommand("poke", "Write bytes to the device's address space");
-  command->add_option("address", options->address, "First address, decimal or 0x...")->required()->type_name("ADDRESS");
-  command->add_option("bytes", options->bytes, "Bytes, two hexadecimal digits each")->required()->type_name("BYTES");
-  command->add_option("--port", options->port, "Port node to write through")->type_name("NAME")->capture_default_str();
-  command->footer("Example:\n  oxgenapi poke 0x1c098 00 00 04 d2");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("poke", "Write bytes to the device's address space");
+  command.option("address", options->address, "First address, decimal or 0x...").required().type("ADDRESS");
+  command.option("bytes", options->bytes, "Bytes, two hexadecimal digits each").required().type("BYTES");
+  command.option("--port", options->port, "Port node to write through").type("NAME").showDefault();
+  command.footer("Example:\n  oxgenapi poke 0x1c098 00 00 04 d2");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -19,12 +19,12 @@ void showRegister(Session& session, const std::string& name) {
 
 }  // namespace
 
-void addRegister(CLI::App& app, Action& chosen) {
+void addRegister(const Command& program) {
   auto name = std::make_shared<std::string>();
-  CLI::App* command = app.add_subcommand("register", "Read the bytes of a register node");
-  command->add_option("name", *name, "Register node")->required()->type_name("NAME");
-  command->footer("Example:\n  oxgenapi register LUTValueAll");
-  command->callback([&chosen, name] { chosen = [name](Session& session) { showRegister(session, *name); }; });
+  const Command command = program.subcommand("register", "Read the bytes of a register node");
+  command.option("name", *name, "Register node").required().type("NAME");
+  command.footer("Example:\n  oxgenapi register LUTValueAll");
+  command.runs([name](Session& session) { showRegister(session, *name); });
 }
 
 }  // namespace tool

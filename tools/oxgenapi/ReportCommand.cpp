@@ -119,15 +119,15 @@ void writeReport(Session& session, const std::string& path) {
 
 }  // namespace
 
-void addReport(CLI::App& app, Action& chosen) {
+void addReport(const Command& program) {
   auto path = std::make_shared<std::string>();
-  CLI::App* command =
-      app.add_subcommand("report", "Gather what a bug report needs: versions, findings, features that fail");
-  command->add_option("-o,--output", *path, "Write it here instead of standard output")->type_name("FILE");
-  command->footer(
+  const Command command =
+      program.subcommand("report", "Gather what a bug report needs: versions, findings, features that fail");
+  command.option("-o,--output", *path, "Write it here instead of standard output").type("FILE");
+  command.footer(
       "It reads every feature once and writes none; the description itself is not part of it.\n"
       "Example:\n  oxgenapi --camera 192.168.0.20 report -o report.txt");
-  command->callback([&chosen, path] { chosen = [path](Session& session) { writeReport(session, *path); }; });
+  command.runs([path](Session& session) { writeReport(session, *path); });
 }
 
 }  // namespace tool

@@ -158,16 +158,16 @@ class Saver {
 
 }  // namespace
 
-void addSave(CLI::App& app, Action& chosen) {
+void addSave(const Command& program) {
   auto options = std::make_shared<SaveOptions>();
-  CLI::App* command = app.add_subcommand("save", "Save feature values, over all selectors, as a settings text");
-  command->add_option("file", options->file, "Settings file; -: standard output")->required()->type_name("FILE");
-  command->add_option("--features", options->features, "Features to save, in this order (default: all streamable)")
-      ->delimiter(',')
-      ->type_name("NAME,...");
-  command->add_flag("--progress", options->progress, "Show each step on standard error, also where it takes no time");
-  command->footer("Example:\n  oxgenapi save camera.settings --features ExposureTime,Gain");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { Saver(session, *options).run(); }; });
+  const Command command = program.subcommand("save", "Save feature values, over all selectors, as a settings text");
+  command.option("file", options->file, "Settings file; -: standard output").required().type("FILE");
+  command.option("--features", options->features, "Features to save, in this order (default: all streamable)")
+      .separator(',')
+      .type("NAME,...");
+  command.flag("--progress", options->progress, "Show each step on standard error, also where it takes no time");
+  command.footer("Example:\n  oxgenapi save camera.settings --features ExposureTime,Gain");
+  command.runs([options](Session& session) { Saver(session, *options).run(); });
 }
 
 }  // namespace tool

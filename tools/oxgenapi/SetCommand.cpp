@@ -60,13 +60,13 @@ void run(Session& session, const SetOptions& options) {
 
 }  // namespace
 
-void addSet(CLI::App& app, Action& chosen) {
+void addSet(const Command& program) {
   auto options = std::make_shared<SetOptions>();
-  CLI::App* command = app.add_subcommand("set", "Write features, in the order given, up to the first that fails");
-  command->add_option("assignments", options->assignments, "Values to write")->required()->type_name("NAME=VALUE");
-  command->add_flag("-k,--keep-going", options->keepGoing, "Go on after a failure");
-  command->footer("Example:\n  oxgenapi set ExposureTime=20000 PixelFormat=Mono12");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("set", "Write features, in the order given, up to the first that fails");
+  command.option("assignments", options->assignments, "Values to write").required().type("NAME=VALUE");
+  command.flag("-k,--keep-going", options->keepGoing, "Go on after a failure");
+  command.footer("Example:\n  oxgenapi set ExposureTime=20000 PixelFormat=Mono12");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

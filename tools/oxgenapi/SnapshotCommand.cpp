@@ -35,14 +35,13 @@ void run(Session& session, const SnapshotOptions& options) {
 
 }  // namespace
 
-void addSnapshot(CLI::App& app, Action& chosen) {
+void addSnapshot(const Command& program) {
   auto options = std::make_shared<SnapshotOptions>();
-  CLI::App* command = app.add_subcommand("snapshot", "Record names, types and values of features as a JSON array");
-  command->add_option("features", options->names, "Features to record, in this order (default: all)")
-      ->type_name("NAME");
-  command->add_option("-o,--output", options->file, "File to write (default: standard output)")->type_name("FILE");
-  command->footer("Example:\n  oxgenapi snapshot ExposureTime Gain -o now.json");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("snapshot", "Record names, types and values of features as a JSON array");
+  command.option("features", options->names, "Features to record, in this order (default: all)").type("NAME");
+  command.option("-o,--output", options->file, "File to write (default: standard output)").type("FILE");
+  command.footer("Example:\n  oxgenapi snapshot ExposureTime Gain -o now.json");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -168,17 +168,16 @@ void run(Session& session, const StubsOptions& options) {
 
 }  // namespace
 
-void addStubs(CLI::App& app, Action& chosen) {
+void addStubs(const Command& program) {
   auto options = std::make_shared<StubsOptions>();
-  CLI::App* command =
-      app.add_subcommand("stubs", "Write the types of a camera's features for Python editors and type checkers");
-  command->add_option("description", options->description, "Description, XML or zip (default: the device's)")
-      ->type_name("FILE")
-      ->check(existingFile());
-  command->add_option("-o,--output", options->file, "The file, a module or a stub (default: standard output)")
-      ->type_name("FILE");
-  command->footer("Example:\n  oxgenapi stubs camera.xml -o camera.pyi");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command =
+      program.subcommand("stubs", "Write the types of a camera's features for Python editors and type checkers");
+  command.option("description", options->description, "Description, XML or zip (default: the device's)")
+      .type("FILE")
+      .check(existingFile());
+  command.option("-o,--output", options->file, "The file, a module or a stub (default: standard output)").type("FILE");
+  command.footer("Example:\n  oxgenapi stubs camera.xml -o camera.pyi");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

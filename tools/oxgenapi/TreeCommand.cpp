@@ -95,19 +95,17 @@ void run(Session& session, const TreeOptions& options) {
 
 }  // namespace
 
-void addTree(CLI::App& app, Action& chosen) {
+void addTree(const Command& program) {
   auto options = std::make_shared<TreeOptions>();
-  CLI::App* command = app.add_subcommand("tree", "Show the categories and their features");
-  command->add_option("category", options->root, "Category to start at")->type_name("CATEGORY")->capture_default_str();
-  command->add_option("-d,--depth", options->depth, "Levels below the start; 0: all")
-      ->check(atLeast(0))
-      ->capture_default_str();
-  command->add_option("-v,--visibility", options->visibility, "Highest visibility shown (default: guru)")
-      ->type_name("beginner|expert|guru")
-      ->transform(numberFor({{"beginner", 0}, {"expert", 1}, {"guru", 2}}));
-  command->add_flag("--values", options->values, "Read and show the values");
-  command->footer("Example:\n  oxgenapi tree --visibility beginner --values");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("tree", "Show the categories and their features");
+  command.option("category", options->root, "Category to start at").type("CATEGORY").showDefault();
+  command.option("-d,--depth", options->depth, "Levels below the start; 0: all").check(atLeast(0)).showDefault();
+  command.option("-v,--visibility", options->visibility, "Highest visibility shown (default: guru)")
+      .type("beginner|expert|guru")
+      .check(numberFor({{"beginner", 0}, {"expert", 1}, {"guru", 2}}));
+  command.flag("--values", options->values, "Read and show the values");
+  command.footer("Example:\n  oxgenapi tree --visibility beginner --values");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -170,23 +170,21 @@ void run(Session& session, const WatchOptions& options) {
 
 }  // namespace
 
-void addWatch(CLI::App& app, Action& chosen) {
+void addWatch(const Command& program) {
   auto options = std::make_shared<WatchOptions>();
-  CLI::App* command = app.add_subcommand("watch", "Read features again and again and show each change");
-  command->add_option("names", options->names, "Features to watch")->required()->type_name("NAME");
-  command->add_option("--poll", options->pollMs, "Milliseconds between two looks at the device")
-      ->check(between(1, 3'600'000))
-      ->capture_default_str();
-  command->add_option("--seconds", options->seconds, "Stop after this time; 0: on Ctrl-C")
-      ->check(between(0, kLongestWatch))
-      ->capture_default_str();
-  command
-      ->add_option("--set", options->assignments,
-                   "Write this once the first values are shown; NAME=1 executes a command")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false);
-  command->footer("Example:\n  oxgenapi watch DeviceTemperature --poll 500 --seconds 10");
-  command->callback([&chosen, options] { chosen = [options](Session& session) { run(session, *options); }; });
+  const Command command = program.subcommand("watch", "Read features again and again and show each change");
+  command.option("names", options->names, "Features to watch").required().type("NAME");
+  command.option("--poll", options->pollMs, "Milliseconds between two looks at the device")
+      .check(between(1, 3'600'000))
+      .showDefault();
+  command.option("--seconds", options->seconds, "Stop after this time; 0: on Ctrl-C")
+      .check(between(0, kLongestWatch))
+      .showDefault();
+  command.option("--set", options->assignments, "Write this once the first values are shown; NAME=1 executes a command")
+      .type("NAME=VALUE")
+      .oneValueEach();
+  command.footer("Example:\n  oxgenapi watch DeviceTemperature --poll 500 --seconds 10");
+  command.runs([options](Session& session) { run(session, *options); });
 }
 
 }  // namespace tool

@@ -19,12 +19,12 @@ void writeDescription(Session& session, const std::string& path) {
 
 }  // namespace
 
-void addXml(CLI::App& app, Action& chosen) {
+void addXml(const Command& program) {
   auto path = std::make_shared<std::string>();
-  CLI::App* command = app.add_subcommand("xml", "Fetch the description that the device carries");
-  command->add_option("-o,--output", *path, "Write it here instead of standard output")->type_name("FILE");
-  command->footer("Example:\n  oxgenapi --camera 192.168.0.20 xml -o camera.xml");
-  command->callback([&chosen, path] { chosen = [path](Session& session) { writeDescription(session, *path); }; });
+  const Command command = program.subcommand("xml", "Fetch the description that the device carries");
+  command.option("-o,--output", *path, "Write it here instead of standard output").type("FILE");
+  command.footer("Example:\n  oxgenapi --camera 192.168.0.20 xml -o camera.xml");
+  command.runs([path](Session& session) { writeDescription(session, *path); });
 }
 
 }  // namespace tool

@@ -26,14 +26,18 @@ constexpr const char* kExitStatus =
     "Example:\n"
     "  oxgenapi --state camera.state set Width=640 Height=480";
 
+CLI::Option* checked(CLI::Option* option, const tool::Check& check) {
+  tool::Option(option).check(check);
+  return option;
+}
+
 void addFaults(CLI::App& app, tool::Faults& faults, CLI::Option* camera) {
   for (CLI::Option* option :
-       {app.add_option("--fail-access", faults.access, "Let the N-th access to the registers fail")
-            ->check(tool::atLeast(1)),
-        app.add_option("--fail-every", faults.every, "Let every N-th access fail")->check(tool::atLeast(1)),
-        app.add_option("--fail-code", faults.code, "With this result")
+       {checked(app.add_option("--fail-access", faults.access, "Let the N-th access to the registers fail"),
+                tool::atLeast(1)),
+        checked(app.add_option("--fail-every", faults.every, "Let every N-th access fail"), tool::atLeast(1)),
+        checked(app.add_option("--fail-code", faults.code, "With this result"), tool::failureCode())
             ->type_name("CODE")
-            ->check(tool::failureCode())
             ->default_str(tool::codeText(faults.code)),
         app.add_option("--fail-text", faults.text, "And this reason")->type_name("TEXT")->capture_default_str()}) {
     option->group("A simulated device that fails")->excludes(camera);
@@ -42,9 +46,10 @@ void addFaults(CLI::App& app, tool::Faults& faults, CLI::Option* camera) {
 
 void addOptions(CLI::App& app, tool::Options& options) {
   using Colour = tool::Output::Colour;
-  auto* xml = app.add_option("--xml", options.xml, "Description to load, instead of the simulated camera's own")
-                  ->type_name("FILE")
-                  ->check(tool::existingFile());
+  auto* xml =
+      checked(app.add_option("--xml", options.xml, "Description to load, instead of the simulated camera's own"),
+              tool::existingFile())
+          ->type_name("FILE");
   app.add_option("--memory", options.memory, "Register image behind --xml: what it lacks is zero; it is written back")
       ->type_name("FILE")
       ->needs(xml);
@@ -61,11 +66,11 @@ void addOptions(CLI::App& app, tool::Options& options) {
   app.add_flag("--json", options.json, "Print JSON");
   app.add_flag_callback("--check-cache", tool::checkCache,
                         "Compare every answer from memory with the device, and print what it does not confirm");
-  app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never")
-      ->type_name("auto|always|never")
-      ->transform(tool::numberFor({{"auto", static_cast<int>(Colour::automatic)},
-                                   {"always", static_cast<int>(Colour::always)},
-                                   {"never", static_cast<int>(Colour::never)}}));
+  checked(app.add_option("--color", options.colour, "Colours: auto (on a terminal), always, never"),
+          tool::numberFor({{"auto", static_cast<int>(Colour::automatic)},
+                           {"always", static_cast<int>(Colour::always)},
+                           {"never", static_cast<int>(Colour::never)}}))
+      ->type_name("auto|always|never");
   app.set_version_flag(
       "-V,--version", [] { return "oxgenapi " + tool::libraryVersion(); }, "Print the version and exit");
 }
@@ -82,7 +87,8 @@ tool::Options withCameraOfShell(tool::Options options) {
 }
 
 void addCommands(CLI::App& app, tool::Action& chosen) {
-  using Add = void (*)(CLI::App&, tool::Action&);
+  const tool::Command program(app, chosen);
+  using Add = void (*)(const tool::Command&);
   const std::pair<const char*, std::vector<Add>> groups[] = {
       {"Features",
        {tool::addInfo, tool::addTree, tool::addGet, tool::addSet, tool::addExec, tool::addDescribe, tool::addWatch}},
@@ -94,7 +100,7 @@ void addCommands(CLI::App& app, tool::Action& chosen) {
       {"Also", {tool::addCameras, tool::addNetwork, tool::addReport, tool::addCompletion, tool::addHelp}}};
   for (const auto& [title, commands] : groups) {
     for (const Add add : commands) {
-      add(app, chosen);
+      add(program);
       app.get_subcommands([](const CLI::App*) { return true; }).back()->group(title);
     }
   }
