@@ -4,7 +4,7 @@
 #include <exception>
 #include <utility>
 
-#include "Base/GCException.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -19,7 +19,7 @@ constexpr size_t kSearchSteps = 16;  // of a search among dependents, for compar
 
 void Dispatch::requireShallowNesting() {
   if (nesting < kMaxOperationNesting) return;
-  throw LOGICAL_ERROR_EXCEPTION("more than %d operations inside the callbacks of each other", kMaxOperationNesting);
+  refuse<LogicalErrorException>("more than {} operations inside the callbacks of each other", kMaxOperationNesting);
 }
 
 // --- changes ---

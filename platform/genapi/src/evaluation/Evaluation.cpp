@@ -2,23 +2,23 @@
 
 #include <algorithm>
 
-#include "Base/GCException.h"
 #include "evaluation/Registers.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
 void Evaluation::refuseDepth(NodeIndex node) {
-  throw LOGICAL_ERROR_EXCEPTION("%s: more than %d nodes depend on each other in one evaluation",
-                                std::string(description_.node(node).name()).c_str(), kMaxLinkDepth);
+  refuse<LogicalErrorException>("{}: more than {} nodes depend on each other in one evaluation",
+                                description_.node(node).name(), kMaxLinkDepth);
 }
 
 void Evaluation::countStep(NodeIndex node) {
   hasPassing_ = true;
   ++visits_;
   if (++steps_ <= kMaxOperationSteps) return;
-  throw RUNTIME_EXCEPTION("%s: one call wrote to nodes more than %d times", path(node).c_str(), kMaxOperationSteps);
+  refuse<RuntimeException>("{}: one call wrote to nodes more than {} times", path(node), kMaxOperationSteps);
 }
 
 bool Evaluation::mayUsePassing(NodeState& state, Question question) {

@@ -2,10 +2,10 @@
 #include <new>
 #include <string>
 
-#include "Base/GCException.h"
 #include "GenApi/NodeMapFactory.h"
 #include "description/DescriptionLoader.h"
 #include "nodemap/NodeMap.h"
+#include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -28,14 +28,14 @@ CNodeMapFactory::~CNodeMapFactory() = default;
 
 CNodeMapFactory::CNodeMapFactory(EContentType ContentType, const gcstring& FileName, ECacheUsage, bool)
     : source_(std::make_shared<Source>()) {
-  if (FileName.empty()) throw INVALID_ARGUMENT_EXCEPTION("the name of the description file is empty");
+  if (FileName.empty()) refuse<InvalidArgumentException>("the name of the description file is empty");
   source_->contentType = ContentType;
   source_->fileName = FileName.c_str();
 }
 
 CNodeMapFactory::CNodeMapFactory(EContentType ContentType, const void* pData, size_t DataSize, ECacheUsage, bool)
     : source_(std::make_shared<Source>()) {
-  if (!pData || DataSize == 0) throw INVALID_ARGUMENT_EXCEPTION("the description is empty");
+  if (!pData || DataSize == 0) refuse<InvalidArgumentException>("the description is empty");
   try {
     source_->loaded = loadDescriptionText({static_cast<const char*>(pData), DataSize}, ContentType);
   } catch (...) {
@@ -48,7 +48,7 @@ CNodeMapFactory::CNodeMapFactory(const gcstring& XmlData, ECacheUsage CacheUsage
 
 // There is no text to release: the description keeps what it needs of it.
 INodeMap* CNodeMapFactory::CreateNodeMap(const gcstring& DeviceName, bool) {
-  if (!source_) throw LOGICAL_ERROR_EXCEPTION("the node map factory has no description");
+  if (!source_) refuse<LogicalErrorException>("the node map factory has no description");
   if (source_->failure) std::rethrow_exception(source_->failure);
   try {
     if (!source_->loaded.description) {
@@ -56,7 +56,7 @@ INodeMap* CNodeMapFactory::CreateNodeMap(const gcstring& DeviceName, bool) {
     }
     return new NodeMap(source_->loaded, DeviceName);
   } catch (const std::bad_alloc&) {
-    throw BAD_ALLOC_EXCEPTION("out of memory while loading the description");
+    refuse<BadAllocException>("out of memory while loading the description");
   }
 }
 

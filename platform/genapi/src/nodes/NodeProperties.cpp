@@ -114,8 +114,7 @@ class PropertyCollector {
   // A string that holds its own text shows the present one.
   std::string heldText(const Property& each) const {
     if (node_.record().type != NodeType::String) return givenText(each);
-    auto& node = const_cast<NodeBase&>(node_);
-    return node_.device().dispatch.operate(node.index(), [&] { return node.readText({}); });
+    return node_.device().dispatch.operate(node_.index(), [&] { return node_.readText({}); });
   }
 
   // The property behind an element holds the attribute that carries a number or link of its own.
