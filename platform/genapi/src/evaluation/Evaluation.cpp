@@ -136,7 +136,7 @@ void Evaluation::beginActivity(NodeIndex node, int64_t value) {
 }
 
 void Evaluation::dropContentOf(NodeIndex node) {
-  dropContent(state_, *state_.details[node].range);
+  dropContent(state_, *state_.detailsOf(node).range);
 }
 
 bool Evaluation::dropNoted(NodeIndex node, std::span<const NodeIndex> dependents) {

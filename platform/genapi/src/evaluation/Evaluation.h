@@ -302,11 +302,11 @@ Slot& Evaluation::slot(NodeIndex node) const {
   if constexpr (question == kValue) {
     return nodes_[node].value;
   } else if constexpr (question == kMin) {
-    return state_.details[node].min;
+    return state_.detailsOf(node).min;
   } else if constexpr (question == kMax) {
-    return state_.details[node].max;
+    return state_.detailsOf(node).max;
   } else {
-    return state_.details[node].address;
+    return state_.detailsOf(node).address;
   }
 }
 

@@ -46,13 +46,13 @@ RegisterRange& Registers::takeRange(const RegisterPlace& place) {
   range->users.push_back({place.node, place.mayUseWritten()});
   evaluation_.settle(place.node);
   evaluation_.noteMemory(place.node);
-  state_.details[place.node].range = range;
+  state_.detailsOf(place.node).range = range;
   state_.nodes[place.node].marks |= kHasRange;
   return *range;
 }
 
 void Registers::leaveRange(NodeIndex node) {
-  std::vector<RangeUser>& users = state_.details[node].range->users;
+  std::vector<RangeUser>& users = state_.detailsOf(node).range->users;
   const auto found = std::find_if(users.begin(), users.end(), [&](const RangeUser& each) { return each.node == node; });
   *found = users.back();
   users.pop_back();

@@ -63,7 +63,7 @@ class Registers {
  private:
   RegisterRange& rangeOf(const RegisterPlace& place) {
     if (state_.nodes[place.node].marks & kHasRange) {
-      RegisterRange& last = *state_.details[place.node].range;
+      RegisterRange& last = *state_.detailsOf(place.node).range;
       if (last.key.address == place.address && last.key.length == place.length) return last;
     }
     return takeRange(place);

@@ -51,11 +51,12 @@ union Slot {
   const EntryRecord* entry;
 };
 
-// What calls and drops look at; the rest is in NodeDetails.
+// What calls and drops look at; the rest is in NodeDetails, which fewer nodes need.
 struct NodeState {
   Revision dropped;       // when answers were dropped last
   Slot value;             // kValue, or the value that the node holds
   uint32_t call;          // the call that `passing` belongs to
+  uint32_t details;       // of State::detailsOf(), 0 for none yet
   Questions kept;         // answers that stay until they are dropped
   Questions passing;      // answers that stay for the rest of the call
   Questions provisional;  // of these, answers from inside an open circle
@@ -63,8 +64,8 @@ struct NodeState {
   Questions steady;       // kept answers that no other node's value can change
   Questions lasting;      // kept answers that only renewing drops
   uint8_t marks;
-  uint8_t accessMode;  // kAccessMode
-  uint8_t caching;     // 1 + ECachingMode; 0 until it is asked for
+  uint8_t accessMode : 4;  // kAccessMode
+  uint8_t caching : 4;     // 1 + ECachingMode; 0 until it is asked for
 };
 static_assert(sizeof(NodeState) == 32);
 
@@ -92,13 +93,19 @@ struct State {
   explicit State(size_t nodeCount)
       : pages(nodeCount * (sizeof(NodeState) + sizeof(NodeDetails))),
         nodes(static_cast<NodeState*>(pages.start())),
-        details(reinterpret_cast<NodeDetails*>(nodes + nodeCount)),
         count(nodeCount) {}
+
+  // Side by side in the order of first use: what is not used takes no memory.
+  NodeDetails& detailsOf(NodeIndex node) {
+    uint32_t& number = nodes[node].details;
+    if (number == 0) number = ++detailCount;
+    return reinterpret_cast<NodeDetails*>(nodes + count)[number - 1];
+  }
 
   ZeroPages pages;
   NodeState* const nodes;
-  NodeDetails* const details;
   const size_t count;
+  uint32_t detailCount = 0;
 
   std::deque<std::string> texts;
   std::unordered_map<const Property*, Slot> cells;  // constants of index tables that were written
