@@ -80,10 +80,10 @@ void print(const Output& output, const std::vector<FoundCamera>& cameras, bool v
     const FoundCamera& camera = cameras[row];
     if (!camera.obstacle.empty()) output.line("  " + camera.obstacle);
     if (verbose) {
-      output.line(output.dim("  " + camera.vendor + " " + camera.model + " " + camera.version + ", serial number " +
-                             camera.serial + ", " + (camera.identity.empty() ? "" : camera.identity + ", ") +
-                             (camera.interfaceAddress.empty() ? "" : "on " + camera.interfaceAddress + ", ") +
-                             "ways: " + camera.ways));
+      output.line(output.dim(
+          "  " + camera.vendor + " " + camera.model + (camera.version.empty() ? "" : " " + camera.version) +
+          ", serial number " + camera.serial + ", " + (camera.identity.empty() ? "" : camera.identity + ", ") +
+          (camera.interfaceAddress.empty() ? "" : "on " + camera.interfaceAddress + ", ") + "ways: " + camera.ways));
     }
   }
 }

@@ -56,6 +56,8 @@ std::string environment() {
       {"OXGENAPI_CAMERA", "What --camera says, for a whole shell; --camera, --xml and --state go before it"},
       {"OXGENAPI_INTERFACES", "Network interfaces to ask for cameras, separated by commas (default: all)"},
       {"OXGENAPI_ADDRESSES", "Addresses to ask besides, separated by commas: routers pass no searches on"},
+      {"OXGENAPI_SIMULATED", "Simulated cameras to list, as Left,user=gate;Right,state=busy"},
+      {"OXGENAPI_BYTE_ORDER", "A file that says which byte order cameras with contradicting descriptions have"},
       {"OXGENAPI_TRANSPORTS",
        "Folders, separated by colons, of the modules that reach cameras (default: oxgenapi beside the libraries)"},
       {"NO_COLOR", "Not empty: no colours, as with --color never"},
