@@ -54,6 +54,7 @@ def main():
     python = dict(os.environ, PYTHONPATH=str(SOURCE / "python"), OXGENAPI_LIBRARY_PATH=str(BUILD / "lib"), PYTHONDONTWRITEBYTECODE="1")
     (MADE / "tool-reference.md").write_text(command_page())
     run(sys.executable, SOURCE / "docs/python_reference.py", MADE / "python-reference.md", env=python)
+    # Copies of both pictures stand in docs/, for those who read the documents there.
     (MADE / "tree.svg").write_text(screen("oxgenapi " + " ".join(TREE), tool("--color", "always", *TREE)))
     run("dot", "-Tsvg", "-o", MADE / "dependencies.svg", input=tool("nodes", "--graph", "PixelFormat"), text=True)
     tool("doc", "-o", str(MADE / "camera.html"))
