@@ -76,7 +76,9 @@ std::string probe(const fs::path& module) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  return WIFSIGNALED(status) ? std::string("crashes when it is loaded (") + strsignal(WTERMSIG(status)) + ")" : "";
+  if (!WIFSIGNALED(status)) return "";
+  const char* const signal = sigdescr_np(WTERMSIG(status));  // in English whatever the locale, as all texts here
+  return std::string("crashes when it is loaded (") + (signal ? signal : std::to_string(WTERMSIG(status))) + ")";
 }
 
 struct Module {

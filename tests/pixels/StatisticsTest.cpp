@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,7 @@ TEST(Statistics, MeasureEachChannelOfEachLayout) {
     const Result result = measure(view(memory, each.format, each.width, each.height), each.region, statistics);
     ASSERT_STREQ(result.text, "");
     std::ostringstream text;
+    text.imbue(std::locale::classic());
     for (std::size_t i = 0; i < statistics.channelCount; ++i) {
       const ChannelStatistics& channel = statistics.channels[i];
       text << channel.letter << ' ' << channel.minimum << '-' << channel.maximum << ' ' << channel.mean << " x"

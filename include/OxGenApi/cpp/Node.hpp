@@ -3,12 +3,12 @@
 #ifndef OXGENAPI_CPP_NODE_HPP
 #define OXGENAPI_CPP_NODE_HPP
 
-#include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <functional>
+#include <locale>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -152,9 +152,11 @@ class Node {
     if (NType(handle(), &type) != OXGENAPI_OK || type != NT_Integer) return NSetAsFloat(handle(), value);
     std::string text;
     detail::readText(text, [&](char* to, size_t& size) { return NInfoAsString(handle(), NI_Name, to, size); });
-    std::array<char, 32> number;
-    std::snprintf(number.data(), number.size(), "%.15g", value);
-    OxSetLastError(OXGENAPI_E_INVALID_ARGUMENT, (text + ": " + number.data() + " is not a whole number").c_str());
+    std::ostringstream number;
+    number.imbue(std::locale::classic());
+    number.precision(15);
+    number << value;
+    OxSetLastError(OXGENAPI_E_INVALID_ARGUMENT, (text + ": " + number.str() + " is not a whole number").c_str());
     return OXGENAPI_E_INVALID_ARGUMENT;
   }
   template <class T, class Call>
