@@ -178,6 +178,22 @@ TEST(Enumeration, SelfClearingEntryIsAskedPastTheCache) {
   EXPECT_EQ(fired, 0) << "whatever is noticed by reading is forgotten silently";
 }
 
+// A port that uses the map leaves what is read meanwhile unremembered: the next look may find another value.
+TEST(Enumeration, MayChangeBetweenTwoLooksOfOneCall) {
+  TestMap t("<Enumeration Name='E'>" + entry("One", 1) + tag("pValue", "R") + "</Enumeration>" +
+            reg("IntReg", "R", 0, 1, "<pInvalidator>Other</pInvalidator><Cachable>NoCache</Cachable>") + held("Other"));
+  uint8_t next = 99;
+  t.port.onRead = [&](int64_t, int64_t) {
+    t.port.memory[0] = std::exchange(next, 1);
+    t.integer("Other")->SetValue(next);
+  };
+  const CEnumerationPtr value = t.enumeration("E");
+  EXPECT_EQ(value->ToString(), "One");
+  next = 99;
+  t.port.onRead = [&](int64_t, int64_t) { t.port.memory[0] = next; };
+  refusal<InvalidArgumentException>([&] { value->ToString(); });
+}
+
 TEST(Enumeration, TopLevelEntriesOfSchema10) {
   TestMap t(entry("Lonely", 4) + choice("E", tag("pEnumEntry", "Lonely"), 4), 0);
   EXPECT_EQ(t.enumeration("E")->ToString(), "Lonely");

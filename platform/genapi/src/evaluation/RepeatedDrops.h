@@ -26,7 +26,7 @@ class RepeatedDrops {
 
   bool isNoting() const { return !hubs_.empty(); }
   // No room for another note, or another hub: forget all.
-  bool isFull() const { return log_.size() == longestLog_ || hubs_.size() == kMostHubs; }
+  bool isFull() const { return log_.size() == longestLog_ || hubs_.size() == kHubs; }
   // The node has begun to remember something. Once between two drops of it is enough.
   void note(NodeIndex node) { log_.push_back(node); }
   // All dependents of the node are about to be dropped, as of that revision. Who has begun to remember since that
@@ -39,7 +39,7 @@ class RepeatedDrops {
   }
 
  private:
-  static constexpr size_t kMostHubs = 8;
+  static constexpr size_t kHubs = 8;  // told apart at once
 
   const size_t longestLog_;
   std::vector<NodeIndex> log_;

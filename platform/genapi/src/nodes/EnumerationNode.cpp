@@ -158,7 +158,9 @@ void EnumerationNode::writeInteger(int64_t value, bool verify) const {
 gcstring EnumerationNode::ToString(bool Verify, bool IgnoreCache) {
   return reading([&] {
     const EntryRecord* entry = currentEntry({.ignoreCache = IgnoreCache});
-    if (Verify || !entry) verifyEntry(readValue({}));
+    // The device may have changed in between: the refusal is about the value that it has by then, or there is none.
+    if (!entry) entry = &requireEntry(readValue({}));
+    if (Verify) requireAvailable(*entry);
     return gcstring(entry->symbolic);
   });
 }
