@@ -46,33 +46,18 @@ bool Option::isGiven() const {
   return option_->count() > 0;
 }
 
-Option Command::option(const std::string& name, std::string& variable, const std::string& help) const {
+template <class Value>
+Option Command::option(const std::string& name, Value& variable, const std::string& help) const {
   return Option(app_->add_option(name, variable, help));
 }
 
-Option Command::option(const std::string& name, std::vector<std::string>& variable, const std::string& help) const {
-  return Option(app_->add_option(name, variable, help));
-}
-
-Option Command::option(const std::string& name, int& variable, const std::string& help) const {
-  return Option(app_->add_option(name, variable, help));
-}
-
-Option Command::option(const std::string& name, int64_t& variable, const std::string& help) const {
-  return Option(app_->add_option(name, variable, help));
-}
-
-Option Command::option(const std::string& name, uint32_t& variable, const std::string& help) const {
-  return Option(app_->add_option(name, variable, help));
-}
-
-Option Command::option(const std::string& name, uint64_t& variable, const std::string& help) const {
-  return Option(app_->add_option(name, variable, help));
-}
-
-Option Command::option(const std::string& name, double& variable, const std::string& help) const {
-  return Option(app_->add_option(name, variable, help));
-}
+template Option Command::option(const std::string&, std::string&, const std::string&) const;
+template Option Command::option(const std::string&, std::vector<std::string>&, const std::string&) const;
+template Option Command::option(const std::string&, int&, const std::string&) const;
+template Option Command::option(const std::string&, int64_t&, const std::string&) const;
+template Option Command::option(const std::string&, uint32_t&, const std::string&) const;
+template Option Command::option(const std::string&, uint64_t&, const std::string&) const;
+template Option Command::option(const std::string&, double&, const std::string&) const;
 
 void Command::flag(const std::string& name, bool& variable, const std::string& help) const {
   app_->add_flag(name, variable, help);

@@ -1,5 +1,4 @@
-// How a command says what it takes. The parser behind it is a large header-only library, which only a few files
-// compile.
+// How a command declares its options. Only a few files include the parser itself, a large header-only library.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +18,7 @@ class Session;
 // What a command does once the command line is read.
 using Action = std::function<void(Session&)>;
 
-// Says in a plain sentence what is wrong with a value, or nothing; may change the value.
+// Returns what is wrong with a value, in a plain sentence, or an empty text. May change the value.
 using Check = std::function<std::string(std::string& value)>;
 
 // An option or a positional argument; each call adds to it and returns it.
@@ -50,13 +49,9 @@ class Command {
   Command(CLI::App& app, Action& chosen) : app_(&app), chosen_(&chosen) {}
 
   // Options by "-x,--name", arguments by name; the variable lives as long as the command line.
-  Option option(const std::string& name, std::string& variable, const std::string& help) const;
-  Option option(const std::string& name, std::vector<std::string>& variable, const std::string& help) const;
-  Option option(const std::string& name, int& variable, const std::string& help) const;
-  Option option(const std::string& name, int64_t& variable, const std::string& help) const;
-  Option option(const std::string& name, uint32_t& variable, const std::string& help) const;
-  Option option(const std::string& name, uint64_t& variable, const std::string& help) const;
-  Option option(const std::string& name, double& variable, const std::string& help) const;
+  // Values are texts, lists of texts, int, int64_t, uint32_t, uint64_t and double.
+  template <class Value>
+  Option option(const std::string& name, Value& variable, const std::string& help) const;
   void flag(const std::string& name, bool& variable, const std::string& help) const;
   // What the help ends with.
   void footer(const std::string& text) const;
