@@ -142,7 +142,7 @@ void Evaluation::dropContentOf(NodeIndex node) {
 bool Evaluation::dropNoted(NodeIndex node, std::span<const NodeIndex> dependents) {
   // What an interrupted call works at is not to be seen from here.
   if (interrupted_ != 0) return false;
-  if (repeated_.isFull()) forgetRepeatedDrops();
+  if (!repeated_.hasRoomFor(node)) forgetRepeatedDrops();
   const auto noted = repeated_.beginDrop(node, revision_);
   if (!noted) return false;
   visits_ += noted->size();
@@ -156,7 +156,7 @@ bool Evaluation::dropNoted(NodeIndex node, std::span<const NodeIndex> dependents
 }
 
 void Evaluation::noteMemoryAnew(NodeIndex node) {
-  if (repeated_.isFull()) return forgetRepeatedDrops();
+  if (!repeated_.hasRoom()) return forgetRepeatedDrops();
   nodes_[node].marks |= kNoted;
   repeated_.note(node);
 }

@@ -1,7 +1,8 @@
-// Selectors are written again and again, and between two writes few of their many dependents remember anything. For
-// the nodes with many dependents that were written last, this knows who has begun to remember since; nobody else has to
-// be dropped. Plain bookkeeping; Evaluation has the rules. Nothing is noted before the first such write.
+// Selectors are written again and again, and few of their many dependents remember anything between two writes. For
+// the last written nodes with many dependents ("hubs") this notes which nodes have begun to remember something since;
+// only those need dropping. Plain bookkeeping: Evaluation has the rules. Before the first such write nothing is noted.
 #pragma once
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -25,12 +26,16 @@ class RepeatedDrops {
   explicit RepeatedDrops(size_t nodeCount) : longestLog_(kManyDependents + nodeCount / 8) {}
 
   bool isNoting() const { return !hubs_.empty(); }
-  // No room for another note, or another hub: forget all.
-  bool isFull() const { return log_.size() == longestLog_ || hubs_.size() == kHubs; }
+  // Whether there is room for another note, and for one more hub; otherwise forget() first.
+  bool hasRoom() const { return log_.size() < longestLog_; }
+  bool hasRoomFor(NodeIndex hub) const {
+    return hubs_.size() < kHubs ||
+           std::any_of(hubs_.begin(), hubs_.end(), [hub](const Hub& each) { return each.node == hub; });
+  }
   // The node has begun to remember something. Once between two drops of it is enough.
   void note(NodeIndex node) { log_.push_back(node); }
-  // All dependents of the node are about to be dropped, as of that revision. Who has begun to remember since that
-  // happened last, in no order, maybe repeated; nothing when that is not known.
+  // Call it before all dependents of the node are dropped, as of that revision. Returns the nodes that have begun to
+  // remember since the last such drop, in no order, maybe repeated; nullopt when that is not known.
   std::optional<std::span<const NodeIndex>> beginDrop(NodeIndex node, uint64_t revision);
   std::span<const Hub> hubs() const { return hubs_; }
   void forget() {
@@ -39,7 +44,7 @@ class RepeatedDrops {
   }
 
  private:
-  static constexpr size_t kHubs = 8;  // told apart at once
+  static constexpr size_t kHubs = 8;  // known at a time
 
   const size_t longestLog_;
   std::vector<NodeIndex> log_;
