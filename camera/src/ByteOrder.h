@@ -19,7 +19,7 @@ struct DescribedCamera {
 // Whether words are moved as registers: by `wanted`, else by the first line that fits in the lists of known cameras,
 // else by the rule. The lists: the file in OXGENAPI_BYTE_ORDER, or byte-order.conf in the folder oxgenapi of the user's
 // configuration and of /etc. A line is VENDOR|MODEL|register or VENDOR|MODEL|memory, with the wildcards of shells in
-// both names; # begins a remark. A line that is none of this is passed over.
+// both names; # starts a comment. Any other line is ignored.
 bool usesRegisterAccess(const DescribedCamera& camera, TByteOrder wanted);
 
 }  // namespace ox::camera

@@ -40,7 +40,7 @@ class Representation(enum.IntEnum):
     MACAddress = 6
 
 
-# Limits that say there is none: the ends of what a register can hold.
+# These limits mean "unlimited": they are the lowest and highest values that a register can hold.
 _FLOAT_MAX = (2 - 2**-23) * 2.0**127
 _LOWEST = (-(1 << 63), -sys.float_info.max, -_FLOAT_MAX)
 _HIGHEST = ((1 << 63) - 1, sys.float_info.max, _FLOAT_MAX)

@@ -181,7 +181,7 @@ class Ports(unittest.TestCase):
                     cam.DeviceTemperature.value
                 self.assertEqual(caught.exception.code, code)
                 self.assertIs(caught.exception.__cause__, refusal)
-            device.refusal = KeyboardInterrupt()  # Ctrl-C ends the program, whoever expects an Error
+            device.refusal = KeyboardInterrupt()  # Ctrl-C must get past "except Error"
             cam.DeviceTemperature.invalidate()
             with self.assertRaises(KeyboardInterrupt):
                 cam.DeviceTemperature.value

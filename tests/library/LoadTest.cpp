@@ -1,4 +1,4 @@
-// Loading anew.
+// Loading a description into a node map that already has one.
 #include "Device.h"
 
 namespace {

@@ -97,7 +97,7 @@ TEST_F(RealCamera, EveryMainCommandWorksOverTheNetwork) {
   EXPECT_EQ(run(on({"snapshot", "Width", "PixelFormat"})).status, 0);
   EXPECT_THAT(run(on({"report"})).out, HasSubstr("failing: 0"));
 
-  // One run has control and another only watches: a third reads, and is told why it cannot write.
+  // While another program has control, the tool can read and says why it cannot write; watching takes no control.
   const std::string tool = std::string(std::getenv("OX_BUILD_DIR")) + "/bin/oxgenapi --camera " + id;
   const ToolResult busy =
       runProgram({"bash", "-c",

@@ -7,7 +7,7 @@ void addHelp(const Command& program) {
   auto words = std::make_shared<std::vector<std::string>>();
   command.option("command", *words, "The command (default: all of them in short)").type("TOPIC");
   command.footer("Example:\n  oxgenapi help files get");
-  command.runs([words](Session&) { words->clear(); });  // main() has shown the help by then
+  command.runs([words](Session&) { words->clear(); });  // main() shows the help; this keeps the words alive until then
 }
 
 }  // namespace tool

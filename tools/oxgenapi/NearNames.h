@@ -8,7 +8,7 @@
 namespace tool {
 
 // At most three of `names` that differ from `wanted` by a few letters, upper and lower case alike, the nearest first;
-// if there are none, those that begin with it or contain it.
+// if no name is that close, names that begin with it or contain it.
 std::vector<std::string> nearNames(std::string_view wanted, const std::vector<std::string>& names);
 
 // "Did you mean A, B or C?"; empty without names.

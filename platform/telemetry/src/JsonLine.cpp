@@ -8,8 +8,8 @@ namespace oxtelemetry {
 
 namespace {
 
-// A text, a number or a truth value as JSON. Objects and arrays are put together by hand: the JSON library's own need
-// memory to be destroyed, and would end the process where there is none.
+// A text, a number or a truth value as JSON. Objects and arrays are put together by hand: destroying one of the JSON
+// library's allocates memory, and when memory has run out that would end the process.
 template <class Value>
 std::string jsonOf(const Value& value) {
   constexpr int kCompact = -1;

@@ -158,7 +158,7 @@ void EnumerationNode::writeInteger(int64_t value, bool verify) const {
 gcstring EnumerationNode::ToString(bool Verify, bool IgnoreCache) {
   return reading([&] {
     const EntryRecord* entry = currentEntry({.ignoreCache = IgnoreCache});
-    // The device may have changed in between: the refusal is about the value that it has by then, or there is none.
+    // The second read may find a valid value where the first did not: a port that calls back keeps nothing remembered.
     if (!entry) entry = &requireEntry(readValue({}));
     if (Verify) requireAvailable(*entry);
     return gcstring(entry->symbolic);
