@@ -34,40 +34,6 @@ TEST(GcString, TakesNullAsEmptyKeepsNulsAndOrdersByUnsignedBytes) {
   EXPECT_THROW(list.at(2), std::out_of_range);
 }
 
-TEST(GcString, SearchesEditsConcatenatesAndGoesThroughStreams) {
-  gcstring text("Gain");
-  text += 'R';
-  text += "aw";
-  EXPECT_EQ("GainRaw", text);
-  EXPECT_EQ(4u, text.find("Raw"));
-  EXPECT_EQ(gcstring::_npos(), text.find('x'));
-  EXPECT_EQ(1u, text.find_first_of("ian"));
-  EXPECT_EQ(4u, text.find_first_not_of("Gain"));
-  EXPECT_EQ("Raw", text.substr(4));
-  EXPECT_EQ("GainAbs", text.replace(4, 3, "Abs"));
-  EXPECT_EQ("Gain", text.erase(4));
-  EXPECT_EQ("<Gain>", "<" + text + ">");
-  EXPECT_THROW(text.substr(9), std::out_of_range);
-  std::istringstream input("two words\nnext");
-  gcstring line, word;
-  getline(input, line);
-  input >> word;
-  std::ostringstream output;
-  output << line << '|' << word;
-  EXPECT_EQ("two words|next", output.str());
-}
-
-TEST(Exceptions, CarryTheirTextUndecoratedAndShareItWhenCopied) {
-  const RuntimeException original("100% of 'X'", "file.cpp", 17);
-  const RuntimeException copy = original;
-  EXPECT_STREQ("100% of 'X'", copy.what());
-  EXPECT_EQ(original.GetDescription(), copy.GetDescription());
-  EXPECT_STREQ("file.cpp", copy.GetSourceFileName());
-  EXPECT_EQ(17u, copy.GetSourceLine());
-  static_assert(std::is_nothrow_copy_constructible_v<GenericException>);
-  EXPECT_STREQ("", AccessException(nullptr, nullptr, 1u, nullptr).what());
-}
-
 TEST(Exceptions, CutTextsThatAreTooLongBeforeABrokenCharacter) {
   EXPECT_THROW(throw GENERIC_EXCEPTION("x"), GenericException);
   EXPECT_THROW(throw BAD_ALLOC_EXCEPTION("x"), BadAllocException);
@@ -101,17 +67,4 @@ TEST(AccessModes, CombineToTheRightsThatBothLeave) {
   EXPECT_EQ(NoCache, Combine(WriteThrough, NoCache));
   EXPECT_EQ(WriteAround, Combine(WriteAround, WriteThrough));
   EXPECT_EQ(Guru, Combine(Guru, Expert));
-}
-
-TEST(EnumClasses, SpeakTheWordsOfDescriptions) {
-  EXPECT_EQ("_UndefinedAccesMode", EAccessModeClass::ToString(_UndefinedAccesMode));
-  EXPECT_EQ("_CycleDetectAccesMode", EAccessModeClass::ToString(_CycleDetectAccesMode));
-  EXPECT_EQ("Fixed", EDisplayNotationClass::ToString(fnFixed));
-  ERepresentation representation = Linear;
-  EXPECT_TRUE(ERepresentationClass::FromString("HexNumber", &representation));
-  EXPECT_EQ(HexNumber, representation);
-  EXPECT_FALSE(ERepresentationClass::FromString("hexnumber", &representation));
-  EXPECT_FALSE(ERepresentationClass::FromString("_UndefinedRepresentation", &representation));
-  EXPECT_EQ(HexNumber, representation);
-  EXPECT_FALSE(EYesNoClass::FromString("Yes", nullptr));
 }

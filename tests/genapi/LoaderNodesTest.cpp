@@ -23,16 +23,6 @@ TEST(LoaderNodes, GroupsVanishAndKeepTheOrder) {
   EXPECT_TRUE(notes(description).empty());
 }
 
-TEST(LoaderNodes, EveryNodeTypeIsKnown) {
-  for (size_t i = 0; i < kNodeTypes; ++i) {
-    const std::string type(nodeTypeName(static_cast<NodeType>(i)));
-    const Loaded description = load("<" + type + " Name='N'/>");
-    ASSERT_EQ(description->nodeCount(), 1u) << type;
-    EXPECT_EQ(description->node(0).type, static_cast<NodeType>(i));
-  }
-  EXPECT_EQ(load("<DcamLock Name='N'/>")->node(0).type, NodeType::AdvFeatureLock);
-}
-
 TEST(LoaderNodes, TextsAreTrimmedWhereBlanksMeanNothing) {
   const Loaded description = load(
       "<String Name='S'><DisplayName> The  name </DisplayName><ToolTip>\n a\r\n b </ToolTip><Value> padded </Value>"
@@ -123,30 +113,6 @@ TEST(LoaderNodes, KeysOfAConfigurationRomBecomeNodes) {
   EXPECT_EQ(property(description, "Rom", Element::IntKey).target, 3u);
   EXPECT_EQ(description->node(2).owner, 1u);
   EXPECT_EQ(property(description, "Free", Element::p1212Parser).target, 1u);
-}
-
-TEST(LoaderNodes, NamesAreFoundAndUnknownOnesAreNot) {
-  std::string nodes;
-  for (int i = 0; i < 1000; ++i) nodes += "<Node Name='N" + std::to_string(i) + "'/>";
-  const Loaded description = load(nodes);
-  for (NodeIndex i = 0; i < 1000; ++i) EXPECT_EQ(description->indexOf("N" + std::to_string(i)), i);
-  for (const char* unknown : {"", "N", "N1000", "n1", "N01"}) EXPECT_EQ(description->indexOf(unknown), kNoNode);
-  EXPECT_EQ(load("")->indexOf("N"), kNoNode);
-}
-
-TEST(LoaderNodes, EveryElementNameIsKnownByItsName) {
-  for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i) {
-    const Element element = static_cast<Element>(i);
-    std::string padded(elementName(element));
-    EXPECT_EQ(elementOf(padded), element) << padded;
-    padded += std::string(1 + kElementNamePadding, '\0');
-    EXPECT_EQ(elementAt(padded.c_str()), element) << padded;
-    padded[0] = 'X';
-    EXPECT_EQ(elementAt(padded.c_str()), Element::Unknown) << padded;
-  }
-  for (const char* other : {"", "Offset", "pOffset", "Index", "value", "Values", "Valu"}) {
-    EXPECT_EQ(elementOf(other), Element::Unknown) << other;
-  }
 }
 
 }  // namespace

@@ -57,64 +57,6 @@ TEST(NumberSyntax, ReadsFloats) {
   }
 }
 
-TEST(NumberSyntax, ReadsEachRepresentationOrAPlainNumber) {
-  EXPECT_EQ(0x56789ABC, parseInteger("86.120.154.188", IPV4Address));
-  EXPECT_EQ(12, parseInteger("12", IPV4Address));
-  EXPECT_EQ(0x123456789ABC, parseInteger("12:34:56:78:9A:bc", MACAddress));
-  EXPECT_EQ(1, parseInteger("true", Boolean));
-  EXPECT_EQ(0, parseInteger("false", Boolean));
-  EXPECT_EQ(255, parseInteger("0xff", Linear));
-  for (std::string_view text : {"1.2.3", "1.2.3.256", "1.2.3.4.5", "1..2.3", "1.2.3.-4", "1.2.3.0004", "a.b.c.d"}) {
-    EXPECT_FALSE(parseInteger(text, IPV4Address)) << text;
-  }
-  for (std::string_view text : {"12:34:56:78:9a", "12:34:56:78:9a:bg", "12-34-56-78-9a-bc", "1:34:56:78:9a:bc0"}) {
-    EXPECT_FALSE(parseInteger(text, MACAddress)) << text;
-  }
-  EXPECT_FALSE(parseInteger("true", Linear));
-  EXPECT_EQ(true, parseBoolean(" true "));
-  EXPECT_FALSE(parseBoolean("True"));
-  EXPECT_FALSE(parseBoolean("2"));
-}
-
-TEST(NumberSyntax, PrintsEachRepresentation) {
-  const std::tuple<int64_t, ERepresentation, const char*> cases[] = {
-      {-14, Linear, "-14"},
-      {0x123456789abcdef, HexNumber, "0x123456789abcdef"},
-      {-1, HexNumber, "0xffffffffffffffff"},
-      {0x1256789ABC, IPV4Address, "86.120.154.188"},
-      {0x7F00123456789ABC, MACAddress, "12:34:56:78:9a:bc"},
-      {2, Boolean, "true"},
-      {0, Boolean, "false"}};
-  for (const auto& [value, representation, text] : cases) EXPECT_EQ(text, printInteger(value, representation));
-  for (int64_t value : {int64_t{0}, int64_t{1}, int64_t{-1}, INT64_MAX, INT64_MIN, INT64_MAX - 1, int64_t{1} << 53}) {
-    for (ERepresentation representation : {Linear, Logarithmic, PureNumber, HexNumber}) {
-      EXPECT_EQ(value, parseInteger(printInteger(value, representation), representation)) << value;
-    }
-  }
-  EXPECT_EQ(0xFFFFFFFF, parseInteger(printInteger(-1, IPV4Address), IPV4Address));
-  EXPECT_EQ(0xFFFFFFFFFFFF, parseInteger(printInteger(-1, MACAddress), MACAddress));
-}
-
-TEST(NumberSyntax, PrintsFloatsByNotationAndPrecision) {
-  const std::tuple<double, EDisplayNotation, int64_t, std::string_view> cases[] = {
-      {12.3456789, fnAutomatic, 6, "12.3457"},
-      {12.3456789e99, fnAutomatic, 6, "1.23457e+100"},
-      {12.3456789, fnScientific, 4, "1.2346e+01"},
-      {12.3456789, fnFixed, 5, "12.34568"},
-      {12.3456789, fnAutomatic, 3, "12.3"},
-      {12.3456789, _UndefinedEDisplayNotation, 3, "12.3"},
-      {0.1, fnAutomatic, 0, "0.1"},
-      {0.1, fnAutomatic, -1, "0.1"},
-      {2.5, fnFixed, 0, "2"},
-      {20000, fnAutomatic, 6, "20000"},
-      {HUGE_VAL, fnFixed, 2, "inf"},
-      {-HUGE_VAL, fnFixed, 2, "-inf"},
-      {-std::nan(""), fnFixed, 2, "nan"}};
-  for (const auto& [value, notation, precision, text] : cases) EXPECT_EQ(text, printFloat(value, notation, precision));
-  EXPECT_EQ(309u + 1 + kMaxDisplayPrecision, printFloat(DBL_MAX, fnFixed, INT64_MAX).size());
-  EXPECT_EQ(DBL_MAX, parseFloat(printFloatExactly(DBL_MAX)));
-}
-
 TEST(NumberSyntax, StepsARoundedNumberBackInsideItsLimits) {
   const std::tuple<double, double, double, EDisplayNotation, int64_t, std::string_view> cases[] = {
       // value, Min, Max, and how it is printed
@@ -151,18 +93,6 @@ TEST(NumberSyntax, ALimitPrintedWithAnyPrecisionStaysInside) {
       }
     }
   }
-}
-
-TEST(NumberSyntax, RegisterTextIsExactlyAsLongAsItsRegister) {
-  uint8_t bytes[3] = {9, 9, 9};
-  for (std::string_view text : {"1", "0x", "0x1", "0x010203 04", "0x01020", "0x0102", "0x01020304", "0x01020g"}) {
-    EXPECT_FALSE(parseRegisterText(text, bytes)) << text;
-  }
-  EXPECT_EQ("0x090909", printRegisterText(bytes));
-  EXPECT_TRUE(parseRegisterText("0X01aBfF", bytes));
-  EXPECT_EQ("0x01abff", printRegisterText(bytes));
-  EXPECT_EQ("0x", printRegisterText({}));
-  EXPECT_TRUE(parseRegisterText("0x", std::span<uint8_t>()));
 }
 
 TEST(NumberSyntax, IdentifiersAreHexDigitsPaddedToBytes) {

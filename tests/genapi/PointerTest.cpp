@@ -97,40 +97,6 @@ TEST(Interfaces, OfTypesThatAreOnlyLoadedRefuseTheirValue) {
   }
 }
 
-TEST(Pointers, CastAndTellWhetherTheyHoldSomething) {
-  TestMap map(kEveryType);
-  CIntegerPtr integer = map.map->GetNode("Integer");
-  ASSERT_TRUE(integer.IsValid());
-  EXPECT_TRUE(integer);
-  integer->SetValue(5);
-  EXPECT_EQ((*integer).GetValue(), 5);
-  EXPECT_EQ(integer().GetValue(), 5);
-  IInteger* raw = integer;
-  EXPECT_TRUE(integer == raw);
-  EXPECT_TRUE(integer == CIntegerPtr(map.node("Integer")));
-  EXPECT_FALSE(integer == CIntegerPtr(map.node("IntReg")));
-  EXPECT_TRUE(integer != nullptr);
-
-  EXPECT_TRUE(CNodeMapPtr(map.map).IsValid());
-  EXPECT_STREQ(CDeviceInfoPtr(map.map)->GetModelName(), "Model");
-
-  integer = map.map->GetNode("Float");
-  EXPECT_FALSE(integer.IsValid()) << "another kind";
-  EXPECT_FALSE(integer);
-  EXPECT_TRUE(!integer && integer == nullptr && integer == NULL);
-  EXPECT_FALSE(integer != NULL);
-  EXPECT_EQ(static_cast<IInteger*>(integer), nullptr);
-  EXPECT_EQ(refusal<LogicalErrorException>([&] { integer->GetValue(); }), "NULL pointer dereferenced");
-  EXPECT_THROW((*integer).GetValue(), LogicalErrorException);
-  EXPECT_THROW(integer().GetValue(), LogicalErrorException);
-  EXPECT_THROW(CFloatPtr().GetIntAlias(), LogicalErrorException);
-  for (INode* none : {map.map->GetNode("Nobody"), static_cast<INode*>(NULL)}) {
-    integer = map.node("Integer");
-    integer = none;
-    EXPECT_FALSE(integer.IsValid());
-  }
-}
-
 TEST(Pointers, AnswerAccessQuestionsAlsoWhenNull) {
   TestMap map(R"(
     <Integer Name="Both"><Value>0</Value></Integer>
@@ -161,47 +127,6 @@ TEST(Pointers, AnswerAccessQuestionsAlsoWhenNull) {
   EXPECT_EQ(answers(static_cast<INode*>(nullptr)), "");
   EXPECT_EQ(answers(CIntegerPtr()), "");
   EXPECT_EQ(answers(CFloatPtr()), "");
-}
-
-TEST(Pointers, ToFloatsKnowTheirAliases) {
-  TestMap map(R"(
-    <Float Name="ByNumber"><pCastAlias>Steps</pCastAlias><Value>0</Value></Float>
-    <Float Name="ByWord"><pAlias>ByNumber</pAlias><pCastAlias>Mode</pCastAlias><Value>0</Value></Float>
-    <Float Name="Alone"><Value>0</Value></Float>
-    <Integer Name="Steps"><Value>0</Value></Integer>
-    <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry><Value>0</Value></Enumeration>)");
-  const auto nodeOf = [](auto* alias) { return alias ? alias->GetNode() : nullptr; };
-  INode *const steps = map.node("Steps"), *const mode = map.node("Mode"), *const byNumber = map.node("ByNumber");
-  const std::tuple<const char*, INode*, INode*, INode*, INode*> cases[] = {
-      // name, integer and enumeration alias of the pointer, both aliases of the node
-      {"ByNumber", steps, nullptr, nullptr, steps},
-      {"ByWord", nullptr, mode, byNumber, mode},
-      {"Alone", nullptr, nullptr, nullptr, nullptr}};
-  for (const auto& [name, number, word, alias, castAlias] : cases) {
-    CFloatPtr real(map.node(name));
-    EXPECT_EQ(nodeOf(real.GetIntAlias()), number) << name;
-    EXPECT_EQ(nodeOf(real.GetEnumAlias()), word) << name;
-    EXPECT_EQ(map.node(name)->GetAlias(), alias) << name;
-    EXPECT_EQ(map.node(name)->GetCastAlias(), castAlias) << name;
-  }
-}
-
-TEST(Values, CanBeUsedLikeVariables) {
-  TestMap map(kEveryType);
-  *map.integer("Integer") = 7;
-  EXPECT_EQ(**map.integer("Integer"), 7);
-  EXPECT_EQ((*map.integer("Integer"))(), 7);
-  *map.real("Float") = 2.5;
-  EXPECT_EQ(**map.real("Float"), 2.5);
-  EXPECT_EQ((*map.real("Float"))(), 2.5);
-  *map.boolean("Boolean") = false;
-  EXPECT_FALSE((*map.boolean("Boolean"))());
-  *map.text("String") = "new";
-  EXPECT_STREQ(**map.text("String"), "new");
-  EXPECT_STREQ((*map.text("String"))(), "new");
-  *map.enumeration("Enumeration") = "Off";
-  EXPECT_STREQ(**map.enumeration("Enumeration"), "Off");
-  (*map.command("Command"))();
 }
 
 }  // namespace

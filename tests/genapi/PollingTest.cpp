@@ -121,16 +121,6 @@ TEST(Polling, AsksAnExecutingCommandUntilItHasFinished) {
   EXPECT_EQ(map.firings({900, 100}), "0 1") << "each execution begins anew";
 }
 
-TEST(Polling, NeverAsksACommandThatCannotBeRead) {
-  Polled map(go("Go", "Raw", 10) + reg("IntReg", "Raw", 0, 4, "<AccessMode>WO</AccessMode>") +
-                 go("Hidden", "Other", 10, "<ImposedAccessMode>WO</ImposedAccessMode>") + reg("IntReg", "Other", 4, 4),
-             {"Go", "Hidden"});
-  map.run({"Go", "Hidden"});
-  map.port.counts();
-  EXPECT_EQ(map.firings({10, 10}), "0 0");
-  EXPECT_EQ(map.port.counts(), "0r0w");
-}
-
 std::string balance(const std::string& more) {
   return R"(
   <Enumeration Name="Balance">
@@ -155,19 +145,6 @@ TEST(Polling, FollowsAnEntryUntilItHasClearedItself) {
   EXPECT_EQ(map.firings({50, 50, 50}), "1 0 0") << "once more, then it rests";
   EXPECT_EQ(map.port.counts(), "1r0w");
   EXPECT_STREQ(map.value("Balance")->ToString(), "Off");
-}
-
-TEST(Polling, OfAnEntryEndsSilentlyWhenAReadSeesItClearedAndWithTheWriteOfAnother) {
-  Polled map(kBalance, {"Balance"});
-  map.pick("Once");
-  EXPECT_STREQ(map.value("Balance")->ToString(), "Once");
-  map.port.poke(0, {0});
-  EXPECT_STREQ(map.value("Balance")->ToString(), "Off") << "read past the cache while it is to clear itself";
-  EXPECT_THAT(map.log.take(), IsEmpty());
-  EXPECT_EQ(map.firings({50, 50}), "0 0");
-  map.pick("Once");
-  map.pick("Continuous");
-  EXPECT_EQ(map.firings({50, 50}), "0 0");
 }
 
 // Reads go past the cache until the device shows another value.
@@ -204,27 +181,6 @@ TEST(Polling, OfAnEntryBeginsWhenAReadFindsIt) {
   map.pick("Off");
   map.pick("Once");
   EXPECT_EQ(map.firings({40, 10}), "0 1");
-}
-
-TEST(Polling, AsksForStatesBeforeItLooksAtGuards) {
-  Polled map(kBalance + polled("Gain", 4, 50, "<pBlockPolling>Balance</pBlockPolling>"), {"Gain"});
-  map.pick("Once");
-  EXPECT_EQ(map.firings({50}), "1") << "a dependent of the polled enumeration";
-  map.port.poke(0, {0});
-  map.map->Poll(50);
-  EXPECT_THAT(map.log.take(), ElementsAre("Gain"));
-  EXPECT_EQ(map.firings({49, 1}), "0 1") << "its clock ran from the call that unblocked it";
-}
-
-TEST(Polling, CountsWhatItsOwnReadsNotice) {
-  // The enumeration has no polling time of its own, but reading it as a guard shows that the entry has cleared itself.
-  Polled map(balance("") + polled("Gain", 4, 1000, "<pBlockPolling>Balance</pBlockPolling>"), {"Balance"});
-  map.pick("Once");
-  map.port.poke(0, {0});
-  map.map->Poll(1);
-  EXPECT_THAT(map.log.take(), ElementsAre("Balance"));
-  map.map->Poll(1);
-  EXPECT_THAT(map.log.take(), IsEmpty());
 }
 
 TEST(Polling, GoesOnAfterAnErrorAndReportsTheFirst) {

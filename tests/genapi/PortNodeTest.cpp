@@ -138,20 +138,6 @@ TEST(PortNodes, PassBytesStraightThrough) {
   EXPECT_THAT(log.take(), IsEmpty());
 }
 
-TEST(PortNodes, NeverSplitWidenOrMergeAccesses) {
-  TestMap map(reg("Register", "Odd", 5, 7) + reg("IntReg", "Three", 13, 3));
-  uint8_t buffer[7] = {};
-  map.bytes("Odd")->Get(buffer, 7, false, true);
-  map.bytes("Odd")->Get(buffer, 3, false, true);
-  map.bytes("Odd")->Set(buffer, 2);
-  map.integer("Three")->GetValue();
-  map.bytes("Odd")->Get(nullptr, 0);
-  map.bytes("Odd")->Set(nullptr, 0);
-  using Counts = std::map<BytePort::Access, int>;
-  EXPECT_EQ(map.port.reads, (Counts{{{5, 7}, 1}, {{5, 3}, 1}, {{13, 3}, 1}}));
-  EXPECT_EQ(map.port.writes, (Counts{{{5, 2}, 1}}));
-}
-
 TEST(PortNodes, SwapGroupsOfFourBytesForRegisters) {
   TestMap map("<Port Name=\"Device\"><SwapEndianess>Yes</SwapEndianess></Port>" + reg("Register", "Raw", 8, 8) +
               reg("IntReg", "Number", 0, 4) + reg("IntReg", "Big", 0, 4, tag("Endianess", "BigEndian")) +
@@ -176,24 +162,6 @@ TEST(PortNodes, SwapGroupsOfFourBytesForRegisters) {
   Bytes straight(4);
   CPortPtr(map.node("Device"))->Read(straight.data(), 8, 4);
   EXPECT_EQ(straight, (Bytes{1, 2, 3, 4}));
-}
-
-TEST(PortNodes, ThatSwapAreNotedForGigEVision) {
-  const std::string nodes = "<Port Name=\"Device\"><SwapEndianess>Yes</SwapEndianess></Port>";
-  const auto findings = [&](const char* nameSpace, int minorVersion) {
-    std::string text = description(nodes, minorVersion);
-    text.replace(text.find("\"None\""), 6, std::string("\"") + nameSpace + "\"");
-    INodeMap* map = CNodeMapFactory(gcstring(text.c_str())).CreateNodeMap();
-    std::vector<Finding> found;
-    dynamic_cast<IFindings*>(map)->GetFindings(found);
-    dynamic_cast<IDestroy*>(map)->Destroy();
-    std::string nodesNoted;
-    for (const Finding& each : found) nodesNoted += std::string(each.Node.c_str()) + "." + each.Element.c_str() + " ";
-    return nodesNoted;
-  };
-  EXPECT_EQ(findings("GEV", 1), "Device.SwapEndianess ");
-  EXPECT_EQ(findings("GEV", 0), "");
-  EXPECT_EQ(findings("USB", 1), "");
 }
 
 TEST(PortNodes, LetExceptionsPassUnchanged) {

@@ -70,24 +70,6 @@ TEST(Properties, OfARegisterWithEveryKindOfLink) {
   for (const char* each : {"ToolTip", "pValue", "name", "", "Bit"}) EXPECT_EQ(property(map, "TheReg", each), "absent");
 }
 
-TEST(Properties, OfFormulaNodes) {
-  TestMap map(R"(
-    <IntSwissKnife Name="Knife"><pVariable Name="A">X</pVariable><pVariable Name="B">Y</pVariable>
-      <Formula> A + B </Formula></IntSwissKnife>
-    <Converter Name="Scaled"><pVariable Name="A">X</pVariable><Constant Name="K">2.5</Constant>
-      <Expression Name="T"> A * K </Expression><FormulaTo> FROM / T</FormulaTo><FormulaFrom>TO * T </FormulaFrom>
-      <pValue>Y</pValue></Converter>
-    <Integer Name="X"><Value>1</Value></Integer>
-    <Integer Name="Y"><Value>1</Value></Integer>)");
-  EXPECT_EQ(properties(map, "Knife", propertyNames(map, "Knife")),
-            "DeviceName=Device ExposeStatic=Yes Formula= A + B  ImposedAccessMode=RW InputDirection=None "
-            "IsDeprecated=No IsFeature=No Name=Knife NameSpace=Custom NodeType=IntSwissKnife "
-            "Representation=PureNumber Streamable=No Visibility=Beginner pVariable=X,Y @ A,B");
-  EXPECT_EQ(
-      properties(map, "Scaled", {"FormulaTo", "FormulaFrom", "Constant", "Expression", "pValue", "pTerminal"}),
-      "FormulaTo= FROM / T FormulaFrom=TO * T  Constant=2.5 @ K Expression= A * K  @ T pValue=Y pTerminal=absent");
-}
-
 TEST(Properties, TellWhatEachTypeCarries) {
   TestMap map(R"(
     <StructReg Comment="s"><Address>16</Address><Length>4</Length><pPort>Device</pPort><Endianess>BigEndian</Endianess>

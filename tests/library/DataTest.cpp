@@ -60,14 +60,6 @@ TEST_F(Chunks, EveryPortWithTheIdIsAttachedHoweverTheTextIsWritten) {
   }
 }
 
-TEST_F(Chunks, BadBuffersAreRefusedBeforeTheStateIsLookedAt) {
-  Device empty;
-  const TChunkData cases[] = {{1, bytes(), 0, 0}, {1, bytes(), -1, 4}, {1, nullptr, 0, 4}};
-  for (const TChunkData& data : cases) {
-    EXPECT_FAILS(NMAttachChunk(empty.map, &data), OXGENAPI_E_INVALID_ARGUMENT, "Chunk data buffer invalid");
-  }
-}
-
 TEST_F(Chunks, WhatWasReadGoesWithTheChunkAndWithTheDescription) {
   const std::string nodes =
       "<Port Name='Plain'><ChunkID>1A</ChunkID></Port><Port Name='Copied'><ChunkID>1B</ChunkID>"
@@ -155,19 +147,6 @@ TEST_F(Events, AMessageReachesTheNodesWithItsId) {
   const TEventData nobody{0x77, payload, 4}, cut{0x1234, payload, 0x100000004};
   EXPECT_OK(NMDeliverEvent(device.map, &nobody));
   EXPECT_OK(NMDeliverEvent(device.map, &cut)) << "with the low 32 bits of its size";
-}
-
-TEST_F(Events, BadMessagesAreRefused) {
-  Device empty;
-  const TEventData noPayload{0x1234, nullptr, 4}, noBytes{0x1234, payload, 0}, good{0x1234, payload, 4};
-  for (const TEventData* bad : {&noPayload, &noBytes}) {
-    EXPECT_FAILS(NMDeliverEvent(empty.map, bad), OXGENAPI_E_INVALID_ARGUMENT, "Event data buffer invalid");
-  }
-  EXPECT_FAILS(NMDeliverEvent(empty.map, &good), OXGENAPI_E_INVALID_STATE, "No NodeMap object available");
-  for (const char* id : {"0x1234", static_cast<const char*>(nullptr)}) {
-    const TEventDataEx named{id, payload, 4};
-    EXPECT_EQ(NMDeliverEventEx(device.map, &named), OXGENAPI_E_UNSPECIFIED);
-  }
 }
 
 TEST_F(Events, ACallbackMayLoadAnewWhileItsEventIsDelivered) {

@@ -141,56 +141,6 @@ TEST(FileTransfer, TheSizeQueryNamesWhatIsMissing) {
   }
 }
 
-// Transfers with memory: DeviceFailureTest.
-TEST(FileTransfer, AFailureOfAnyPortAccessFailsTheTransfer) {
-  const std::string content = pattern(3 * FileDevice::kBlock - 10);
-  const TemporaryFile host(content);
-  for (const bool uploads : {true, false}) {
-    int64_t failing = 1;
-    for (;; ++failing) {
-      FileDevice device;
-      device.file("Firmware") = content;
-      device.failingAccess = failing;
-      const uint32_t result = uploads ? NMUploadFile(device.map, "Firmware", host.path.c_str())
-                                      : NMDownloadFile(device.map, "Firmware", host.path.c_str());
-      if (device.accesses < failing) {  // it was never its turn
-        EXPECT_EQ(result, 0u);
-        break;
-      }
-      ASSERT_EQ(result, uploads ? 0x8000000Fu : 0x8000000Eu) << "access " << failing;
-      EXPECT_NE(lastErrorText().find("port broken"), std::string::npos) << lastErrorText();
-      EXPECT_FALSE(device.isOpen) << "access " << failing;
-    }
-    EXPECT_GT(failing, 20) << uploads;
-  }
-}
-
-// What the device answers to each operation: DeviceFileTest.
-TEST(FileTransfer, ARefusalOfTheDeviceFailsTheTransfer) {
-  const std::string content = pattern(3 * FileDevice::kBlock - 10);
-  for (const int operation : {1, 3, 5}) {  // open, a block, close
-    FileDevice device;
-    device.refusedOperation = operation;
-    EXPECT_EQ(NMUploadFileMemory(device.map, "Firmware", content.data(), content.size()), 0x8000000Fu) << operation;
-    EXPECT_NE(lastErrorText().find("Failure"), std::string::npos) << lastErrorText();
-  }
-  std::string memory(content.size(), '\0');
-  size_t size = memory.size();
-  for (const int operation : {3, 6}) {  // a block; the close, when every byte is there
-    FileDevice device;
-    device.file("Firmware") = content;
-    device.refusedOperation = operation;
-    EXPECT_EQ(NMDownloadFileMemory(device.map, "Firmware", memory.data(), &size), operation == 3 ? 0x8000000Eu : 0u);
-    EXPECT_EQ(size, content.size()) << "a failing call leaves its outputs alone";
-    EXPECT_FALSE(operation == 3 && device.isOpen);
-  }
-  EXPECT_EQ(memory, content);
-
-  FileDevice device;
-  device.after = [](int64_t, bool) { throw std::runtime_error("lost the link"); };
-  EXPECT_FAILS(NMUploadFileMemory(device.map, "Firmware", "x", 1), 0x8000000F, "lost the link");
-}
-
 TEST(FileTransfer, AFileThatTheDeviceDoesNotOpenLeavesTheLastErrorAlone) {
   const TemporaryFile host("");
   char memory[4];

@@ -118,40 +118,6 @@ TEST(FirmwareQueries, TellEveryTextOfEveryEntry) {
   EXPECT_EQ(std::wstring(wide), L"Faster \u00e9");
 }
 
-TEST(FirmwareQueries, ABadFileShowsWhenItIsRead) {
-  FWUPDATER handle{};
-  for (const char* path : {"/nowhere.guf", "", static_cast<const char*>(nullptr)}) {
-    ASSERT_EQ(CreateFirmwareUpdater(path, 0x100, &handle), 0u) << "only the low byte asks for verification";
-    size_t count = 5;
-    EXPECT_EQ(FWUpdateFileCount(handle, &count), 0x80000001u);
-    EXPECT_NE(lastErrorText(), "");
-    EXPECT_EQ(count, 5u);
-    release(handle);
-    EXPECT_FAILS(FWUpdateFileCount(handle, &count), 0x8000001D, "Invalid FWUPDATER handle");
-
-    handle = reinterpret_cast<FWUPDATER>(1);
-    EXPECT_EQ(CreateFirmwareUpdater(path, 1, &handle), 0x80000003u);
-    EXPECT_NE(lastErrorText(), "");
-    EXPECT_EQ(handle, FWUPDATER{});
-  }
-  {  // Creating fails without a record, asking with one.
-    const Records records;
-    EXPECT_EQ(CreateFirmwareUpdater("/nowhere.guf", 1, &handle), 0x80000003u);
-    EXPECT_EQ(records.texts(), std::vector<std::string>{});
-    const Updater updater("/nowhere.guf");
-    size_t count = 0;
-    EXPECT_EQ(FWUpdateFileCount(updater.handle, &count), 0x80000001u);
-    EXPECT_EQ(records.texts().size(), 1u);
-  }
-  const UpdateFile missing("ox_missing.guf", control(kUpload), {});
-  const std::wstring path(missing.path.begin(), missing.path.end());
-  EXPECT_EQ(CreateFirmwareUpdaterW(path.c_str(), 1, &handle), 0x80000003u) << "main.bin is not there";
-  EXPECT_NE(lastErrorText().find("main.bin"), std::string::npos) << lastErrorText();
-  missing.replace(control(kUpload), {{"main.bin", "image"}});
-  ASSERT_EQ(CreateFirmwareUpdaterW(path.c_str(), 1, &handle), 0u) << lastErrorText();
-  release(handle);
-}
-
 TEST(FirmwareUpdate, GoesOnWithTheNodeMapThatTheResetCallbackAnswers) {
   const std::string image(1000, 'i');
   const UpdateFile file("ox_reset.guf", control(kWrite + kUpload + kReset + kAssert + kWrite), {{"main.bin", image}});
@@ -217,23 +183,6 @@ TEST(FirmwareUpdate, NamesWhatFailed) {
   release(empty);
   EXPECT_FAILS(FWUpdate(updater.handle, empty, 0, nullptr, nullptr), 0x8000001D, "Invalid NODEMAP handle");
   EXPECT_FAILS(FWUpdate(FWUPDATER{}, empty, 0, nullptr, nullptr), 0x8000001D, "Invalid FWUPDATER handle");
-}
-
-TEST(FirmwareUpdate, ASecondUpdateReadsWhatTheFileSaysNow) {
-  UpdatableDevice device;
-  device.memory[0x204] = 1;
-  const UpdateFile file("ox_second.guf", control(kAssert + kWrite), {});
-  const Updater updater(file.path);
-  EXPECT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0x80000001u);
-  EXPECT_NE(lastErrorText().find("Running"), std::string::npos) << lastErrorText();
-  EXPECT_EQ(device.memory[0x200], 0);
-
-  file.replace(control(kWrite), {});
-  ASSERT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0u) << lastErrorText();
-  EXPECT_EQ(device.memory[0x200], 7);
-  file.replace(control("<FeatureWrite Feature='Mode' Value='9'/>"), {});
-  ASSERT_EQ(FWUpdate(updater.handle, device.map, 0, nullptr, nullptr), 0u) << lastErrorText();
-  EXPECT_EQ(device.memory[0x200], 9);
 }
 
 TEST(FirmwareUpdate, TheResetCallbackMayUpdateWithTheSameUpdater) {

@@ -106,24 +106,6 @@ TEST(NodeMap, TellsWhatTheDescriptionSaysAboutTheDevice) {
   EXPECT_EQ(std::wstring(wide), L"Vendor");
 }
 
-TEST(NodeMap, LoadsFilesByNarrowAndWideNames) {
-  const std::string start = std::filesystem::temp_directory_path().string() + "/oxgenapi_";
-  const std::string end = std::to_string(getpid()) + ".xml";
-  const std::string path = start + "\xC3\xA9" + end;
-  const std::wstring widePath =
-      std::wstring(start.begin(), start.end()) + L"\u00e9" + std::wstring(end.begin(), end.end());
-  std::ofstream(path) << description(integerRegister("Width", 0));
-  Device narrow;
-  EXPECT_OK(NMLoadXMLFile(narrow.map, path.c_str()));
-  narrow.node("Width");
-  Device wide;
-  EXPECT_OK(NMLoadXMLFileW(wide.map, widePath.c_str()));
-  wide.node("Width");
-  std::filesystem::remove(path);
-  EXPECT_EQ(NMLoadXMLFile(wide.map, path.c_str()), OXGENAPI_E_RUNTIME);
-  EXPECT_NE(lastErrorText().find("oxgenapi_"), std::string::npos);
-}
-
 TEST(NodeMap, AFailedLoadKeepsWhatWasLoaded) {
   Device device(integerRegister("Width", 0));
   const NODE width = device.node("Width");

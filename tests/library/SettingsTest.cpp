@@ -245,32 +245,3 @@ TEST(SettingsFile, ALineWithoutAnEndIsRefused) {
   EXPECT_FAILS(NMLoadSet(device.map, file.path.c_str(), nullptr, nullptr), 0x80000016, "line exceeds 268435456 bytes");
   EXPECT_EQ(device.memory[0], 1);
 }
-
-TEST(SettingsFile, OpensNamesAsGivenInBothForms) {
-  Device device(intReg("Width", "0") + intReg("Height", "4"));
-  const TemporaryFile file;
-  const std::wstring wide(file.path.begin(), file.path.end());
-  ASSERT_EQ(NMSaveSetEx(device.map, file.path.c_str(), "Height|Width", nullptr, nullptr), 0u);
-  EXPECT_EQ(fileText(file.path), "Height = \"0\"\nWidth = \"0\"\n");
-  ASSERT_EQ(device.set("Width", "5"), 0u);
-  ASSERT_EQ(NMSaveSetW(device.map, wide.c_str(), nullptr, nullptr), 0u);
-  EXPECT_EQ(fileText(file.path), "Width = \"5\"\nHeight = \"0\"\n");
-
-  ASSERT_EQ(device.set("Width", "6"), 0u);
-  ASSERT_EQ(NMLoadSet(device.map, file.path.c_str(), nullptr, nullptr), 0u);
-  EXPECT_EQ(device.get("Width"), "5");
-  ASSERT_EQ(device.set("Width", "6"), 0u);
-  ASSERT_EQ(NMLoadSetExW(device.map, wide.c_str(), true, nullptr, nullptr), 0u);
-  EXPECT_EQ(device.get("Width"), "5");
-
-  std::remove(file.path.c_str());
-  for (const char* names : {static_cast<const char*>(nullptr), "", "||"}) {
-    EXPECT_FAILS(NMSaveSetEx(device.map, file.path.c_str(), names, nullptr, nullptr), 0x80000002, "No feature names");
-  }
-  EXPECT_FALSE(std::filesystem::exists(file.path));
-  const std::string folder = testing::TempDir();
-  for (const char* path : {file.path.c_str(), folder.c_str(), "", static_cast<const char*>(nullptr)}) {
-    EXPECT_FAILS(NMLoadSet(device.map, path, nullptr, nullptr), 0x80000003, "Filename not readable");
-  }
-  EXPECT_FAILS(NMLoadSetString(device.map, nullptr, false, nullptr, nullptr), 0x80000003, "String not readable");
-}

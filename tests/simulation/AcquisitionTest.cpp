@@ -21,17 +21,6 @@ std::vector<std::string> fetchIds(CameraBench& bench) {
 
 }  // namespace
 
-TEST(Acquisition, LocksWhatDecidesAboutTheImage) {
-  CameraBench bench;
-  bench.set("AcquisitionStartReg", 1);
-  EXPECT_EQ(bench.get("TLParamsLockedReg"), 1u);
-  EXPECT_EQ(bench.trySet("WidthReg", 320), kAccessRefused);
-  EXPECT_NE(RegisterDevice::lastFailureText().find("Width is locked"), std::string::npos);
-  EXPECT_EQ(bench.trySet("GainRawReg", 300), 0) << "may change while running";
-  bench.set("AcquisitionStopReg", 1);
-  EXPECT_EQ(bench.trySet("WidthReg", 320), 0);
-}
-
 TEST(Acquisition, GivesAsManyPicturesAsTheModeSays) {
   using Case = std::tuple<uint64_t, uint64_t, int>;
   for (const auto& [mode, count, expected] : {Case{1, 10, 1}, Case{2, 3, 3}, Case{0, 1, 20}}) {
@@ -57,40 +46,6 @@ TEST(Acquisition, TakesPicturesAsTimePasses) {
   bench.wait(24 * 3600 * 1000LL);  // nobody made an access for a day
   const Frame late = bench->acquireFrame();
   EXPECT_EQ(late.frameId, 25u + 24 * 3600 * 25 - 15);
-}
-
-TEST(Acquisition, WaitsForTheTrigger) {
-  CameraBench bench;
-  bench.set("TriggerModeReg", kOn);
-  bench.set("EventNotificationReg", kOn, kNotifyTrigger);
-  bench.set("EventNotificationReg", kOn, kNotifyEnd);
-  bench.set("AcquisitionStartReg", 1);
-  bench.wait(1000);
-  EXPECT_TRUE(bench->acquireFrame().data.empty());
-  EXPECT_EQ(bench.get("AcquisitionStatusReg", 0), 1u);
-  bench.set("TriggerSoftwareReg", 1);
-  EXPECT_EQ(bench.get("AcquisitionStatusReg", 0), 0u);
-  bench.wait(10);  // the exposure time
-  EXPECT_EQ(bench->acquireFrame().frameId, 1u);
-  EXPECT_TRUE(bench->acquireFrame().data.empty());
-  EXPECT_EQ(fetchIds(bench), (std::vector<std::string>{"9003", "9002"}));
-}
-
-TEST(Acquisition, FollowsTheEdgesOfALine) {
-  // Rising, falling, any: of the edges after 1, 2 and 3 seconds.
-  for (const auto& [activation, expected] : {std::pair{0, 2}, {1, 1}, {2, 3}}) {
-    CameraBench bench;
-    bench.set("TriggerModeReg", kOn);
-    bench.set("TriggerSourceReg", 1);
-    bench.set("TriggerActivationReg", static_cast<uint64_t>(activation));
-    EXPECT_EQ(bench.trySetReal("TriggerDelayReg", 5000), 0);
-    bench.set("AcquisitionStartReg", 1);
-    bench.wait(3015);
-    int pictures = 0;
-    for (Frame frame; !(frame = bench->acquireFrame()).data.empty(); ++pictures)
-      EXPECT_EQ(frame.timestampNs % 1'000'000'000, 5'000'000u) << "exposure begins after the delay";
-    EXPECT_EQ(pictures, expected) << activation;
-  }
 }
 
 TEST(Pictures, FollowFormatAndPattern) {
@@ -195,18 +150,4 @@ TEST(Events, AreSentWhenSwitchedOnAndCarryTimeFrameAndLines) {
   bench.wait(2000);
   bench.set("TestEventGenerateReg", 1);
   EXPECT_EQ(fetchIds(bench), (std::vector<std::string>{"9011", "9010", "9040"}));
-}
-
-TEST(Events, WarnOfHeatAndCountWhatIsLost) {
-  CameraBench bench;
-  bench.set("EventNotificationReg", kOn, kNotifyAlarm);
-  bench.wait(600'000);
-  EXPECT_GE(bench.get("EventTemperatureAlarmReg"), 1u);
-  EXPECT_EQ(fetchIds(bench).at(0), "9030");
-  for (int i = 0; i < 1030; ++i) {
-    bench.set("EventNotificationReg", kOn, kNotifyTest);
-    bench.set("TestEventGenerateReg", 1);
-  }
-  EXPECT_EQ(bench.get("EventQueueLostReg"), 6u);
-  EXPECT_EQ(fetchIds(bench).size(), 1024u);
 }

@@ -31,19 +31,6 @@ TEST(MemoryDevice, HoldsBytesAnywhere) {
   EXPECT_EQ(memory.read(&byte, most, 2), kInvalidArgument);
 }
 
-TEST(MemoryDevice, FillsWithAPatternThatWritesDoNotDisturb) {
-  MemoryDevice memory(MemoryDevice::Fill::kPattern);
-  uint8_t before[3000], after[3000];
-  memory.read(before, 2000, 3000);
-  EXPECT_EQ(std::count(before, before + 3000, 0), 0);
-  EXPECT_EQ(before[5], MemoryDevice::patternByte(2005));
-  const uint8_t value = 0;
-  memory.write(&value, 3000, 1);
-  memory.read(after, 2000, 3000);
-  before[1000] = 0;
-  EXPECT_TRUE(std::equal(before, before + 3000, after));
-}
-
 TEST(MemoryDevice, KeepsItsImageInAFile) {
   const std::string path = testing::TempDir() + "memory_image_" + std::to_string(::getpid());
   {

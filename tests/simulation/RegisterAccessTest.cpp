@@ -62,20 +62,6 @@ TEST(RegisterAccess, RefusesWithTheNameOfTheRegister) {
   EXPECT_NE(RegisterDevice::lastFailureText().find("DeviceVendorName"), std::string::npos);
 }
 
-TEST(RegisterAccess, SpansNeighbouringRegistersOrNothing) {
-  CameraBench bench;
-  const int64_t width = bench.addressOf("WidthReg");
-  ASSERT_EQ(bench.addressOf("HeightReg"), width + 4);
-  std::vector<uint8_t> both = {0, 0, 1, 0x40, 0, 0, 0, 0xF0};  // 320 x 240
-  EXPECT_EQ(bench->write(both.data(), width, 8), 0);
-  EXPECT_EQ(bench.get("WidthReg"), 320u);
-  EXPECT_EQ(bench.get("HeightReg"), 240u);
-  both = {0, 0, 2, 0x80, 0, 0, 0xFF, 0xFF};  // the height leaves the sensor: the width must not change either
-  EXPECT_EQ(bench->write(both.data(), width, 8), kInvalidArgument);
-  EXPECT_EQ(bench.get("WidthReg"), 320u);
-  EXPECT_EQ(bench.get("HeightReg"), 240u);
-}
-
 TEST(RegisterAccess, WorksFromSeveralThreads) {
   SimulatedCamera camera;
   std::vector<std::thread> threads;
