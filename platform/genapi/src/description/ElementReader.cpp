@@ -135,7 +135,7 @@ bool NodeReader::readWord(NodeDraft& draft, Property& property, size_t offset) {
   const Element element = property.element;
   if (!parseWord(element, property.value(), property.word)) {
     std::string reason = "unknown word " + quoted(property.value());
-    if (!isDescriptiveWord(element)) {
+    if (!kDescriptiveWords.has(element)) {
       setDefective(draft, offset, elementName(element), std::move(reason));
       return true;
     }

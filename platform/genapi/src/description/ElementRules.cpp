@@ -82,72 +82,11 @@ constexpr ElementSet elementsOf(T type) {
 constexpr ElementSet kRepeatable(E::pError, E::pInvalidator, E::pValueCopy, E::ValueIndexed, E::pValueIndexed,
                                  E::pSelected, E::EnumEntry, E::pEnumEntry, E::Address, E::pAddress, E::IntSwissKnife,
                                  E::pVariable, E::Constant, E::Expression, E::pFeature, E::TextDesc, E::IntKey);
-constexpr Form plainForm(E element) {
-  switch (element) {
-    case E::EventID:
-    case E::ChunkID:
-      return Form::HexDigits;
-    case E::Visibility:
-    case E::IsDeprecated:
-    case E::ImposedAccessMode:
-    case E::Streamable:
-    case E::Representation:
-    case E::DisplayNotation:
-    case E::IsSelfClearing:
-    case E::AccessMode:
-    case E::Cachable:
-    case E::Sign:
-    case E::Endianess:
-    case E::SwapEndianess:
-    case E::CacheChunkData:
-    case E::Slope:
-    case E::IsLinear:
-      return Form::Word;
-    case E::PollingTime:
-    case E::Value:
-    case E::ValueIndexed:
-    case E::ValueDefault:
-    case E::Min:
-    case E::Max:
-    case E::Inc:
-    case E::DisplayPrecision:
-    case E::OnValue:
-    case E::OffValue:
-    case E::CommandValue:
-    case E::Address:
-    case E::Length:
-    case E::Bit:
-    case E::LSB:
-    case E::MSB:
-    case E::Constant:
-    case E::Key:
-    case E::Timeout:
-    case E::Offset:
-    case E::Index:
-      return Form::Integer;
-    case E::NumericValue:
-      return Form::Real;
-    case E::ValidValueSet:
-      return Form::IntegerSet;
-    case E::Expression:
-    case E::Formula:
-    case E::FormulaTo:
-    case E::FormulaFrom:
-      return Form::Verbatim;
-    case E::EnumEntry:
-    case E::TextDesc:
-    case E::IntKey:
-      return Form::Child;
-    case E::IntSwissKnife:
-      return Form::Child;
-    case E::Comment:
-    case E::Extension:
-    case E::StructEntry:
-      return Form::Ignored;
-    default:
-      return kNamingLinks.has(element) ? Form::Link : Form::Text;
-  }
-}
+constexpr Form kPlainForms[] = {Form::Text,
+#define GENAPI_FORM(name, form) Form::form,
+                                GENAPI_ELEMENTS(GENAPI_FORM)
+#undef GENAPI_FORM
+};
 
 constexpr Form formIn(E element, T type) {
   switch (element) {
@@ -166,7 +105,7 @@ constexpr Form formIn(E element, T type) {
     case E::Unit:
       return type == T::ConfRom ? Form::Integer : Form::Text;
     default:
-      return plainForm(element);
+      return kPlainForms[static_cast<size_t>(element)];
   }
 }
 
@@ -264,22 +203,6 @@ bool parseWord(Element element, std::string_view text, uint8_t& word) {
       return wordOf<EAccessModeClass, EAccessMode>(text, word) && word >= WO && word <= RW;
     default:
       return wordOf<EYesNoClass, EYesNo>(text, word);
-  }
-}
-
-bool isDescriptiveWord(Element element) {
-  switch (element) {
-    case E::Visibility:
-    case E::Representation:
-    case E::DisplayNotation:
-    case E::Streamable:
-    case E::IsDeprecated:
-    case E::IsSelfClearing:
-    case E::CacheChunkData:
-    case E::IsLinear:
-      return true;
-    default:
-      return false;
   }
 }
 

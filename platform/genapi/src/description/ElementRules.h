@@ -108,20 +108,22 @@ inline constexpr ElementSet kDescriptiveLinks(Element::pFeature, Element::pSelec
                                               Element::pAlias, Element::pCastAlias, Element::pError,
                                               Element::pBlockPolling);
 // Elements whose text names another node.
-inline constexpr ElementSet kNamingLinks(Element::pIsImplemented, Element::pIsAvailable, Element::pIsLocked,
-                                         Element::pBlockPolling, Element::pError, Element::pAlias, Element::pCastAlias,
-                                         Element::pInvalidator, Element::pSelected, Element::pPort, Element::pFeature,
-                                         Element::pEnumEntry, Element::p1212Parser, Element::pValue,
-                                         Element::pValueCopy, Element::pMin, Element::pMax, Element::pInc,
-                                         Element::pIndex, Element::pValueIndexed, Element::pValueDefault,
-                                         Element::pVariable, Element::pAddress, Element::pOffset, Element::pLength,
-                                         Element::pCommandValue, Element::pChunkID);
+inline constexpr ElementSet kNamingLinks = [] {
+  ElementSet links;
+#define GENAPI_ADD_LINK(name, form) \
+  if (Form::form == Form::Link) links.add(Element::name);
+  GENAPI_ELEMENTS(GENAPI_ADD_LINK)
+#undef GENAPI_ADD_LINK
+  return links;
+}();
 // Kinds of nodes that such a link of such a node may name.
 NodeTypeSet linkTargets(Element element, NodeType type);
 
 // Reads a word of the element's vocabulary into the value of its enumeration; false for any other word.
 bool parseWord(Element element, std::string_view text, uint8_t& word);
-// A wrong word is only noted and the default applies; other wrong words make a node unusable.
-bool isDescriptiveWord(Element element);
+// A wrong word of these is only noted, and the default applies; other wrong words make a node unusable.
+inline constexpr ElementSet kDescriptiveWords(Element::Visibility, Element::Representation, Element::DisplayNotation,
+                                              Element::Streamable, Element::IsDeprecated, Element::IsSelfClearing,
+                                              Element::CacheChunkData, Element::IsLinear);
 
 }  // namespace GENAPI_NAMESPACE
