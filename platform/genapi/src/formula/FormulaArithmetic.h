@@ -154,8 +154,15 @@ inline Problem checked(double value, double& result) noexcept {
   result = value;
   return std::isnan(value) ? kDomain : nullptr;
 }
-inline Problem logarithm(double argument, double value, double& result) noexcept {
-  return argument > 0 ? checked(value, result) : kDomain;
+// Functions that are no number outside their domain, where the C library's answer with an infinity.
+inline double naturalLogarithm(double x) noexcept {
+  return x > 0 ? std::log(x) : NAN;
+}
+inline double decimalLogarithm(double x) noexcept {
+  return x > 0 ? std::log10(x) : NAN;
+}
+inline double fraction(double x) noexcept {
+  return x - std::trunc(x);
 }
 
 // `value` rounded to `places` decimals, half away from zero; a negative count rounds to tens, hundreds and so on.

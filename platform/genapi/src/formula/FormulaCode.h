@@ -47,28 +47,15 @@ enum class Operation : uint8_t {
   Absolute,
 
   // Float formulas only.
-  Sine,
-  Cosine,
-  Tangent,
-  ArcSine,
-  ArcCosine,
-  ArcTangent,
-  Exponential,
-  NaturalLogarithm,
-  DecimalLogarithm,
-  SquareRoot,
-  Truncate,
-  Floor,
-  Ceiling,
-  Fraction,
-  Round,
+  Call,          // constant: the function
   RoundToPlaces  // takes value and number of decimals
 };
 
-// A number of the program's arithmetic.
+// A number of the program's arithmetic, or what an instruction calls.
 union Value {
   int64_t integer;
   double real;
+  double (*function)(double);
 };
 
 struct Instruction {

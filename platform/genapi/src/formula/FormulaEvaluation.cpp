@@ -67,11 +67,6 @@ Number FormulaProgram::run(VariableSource& source, Number argument) const {
     --top;
     as<Number>(top[0]) = operation(as<Number>(top[0]), as<Number>(top[1])) ? Number{1} : Number{0};
   };
-  // Functions that only float formulas have.
-  const auto real = [&](auto operation) {
-    if constexpr (std::is_same_v<Number, double>) check(operation(top->real, top->real));
-  };
-
   for (;; ++at) {
     switch (at->operation) {
       case Operation::PushConstant:
@@ -142,119 +137,54 @@ Number FormulaProgram::run(VariableSource& source, Number argument) const {
       case Operation::MakeBoolean:
         as<Number>(*top) = as<Number>(*top) != Number{0} ? Number{1} : Number{0};
         break;
-      case Operation::Add:
-        binary([](Number a, Number b, Number& result) { return math::add(a, b, result); });
+// clang-format off
+#define GENAPI_BINARY(operation, function)                                                               \
+      case Operation::operation:                                                                         \
+        binary([](Number a, Number b, Number& result) { return math::function(a, b, result); });         \
         break;
-      case Operation::Subtract:
-        binary([](Number a, Number b, Number& result) { return math::subtract(a, b, result); });
+#define GENAPI_UNARY(operation, function)                                                                \
+      case Operation::operation:                                                                         \
+        unary([](Number a, Number& result) { return math::function(a, result); });                       \
         break;
-      case Operation::Multiply:
-        binary([](Number a, Number b, Number& result) { return math::multiply(a, b, result); });
+#define GENAPI_COMPARISON(operation, sign)                                                               \
+      case Operation::operation:                                                                         \
+        compare([](Number a, Number b) { return a sign b; });                                            \
         break;
-      case Operation::Divide:
-        binary([](Number a, Number b, Number& result) { return math::divide(a, b, result); });
-        break;
-      case Operation::Remainder:
-        binary([](Number a, Number b, Number& result) { return math::remainder(a, b, result); });
-        break;
-      case Operation::Power:
-        binary([](Number a, Number b, Number& result) { return math::power(a, b, result); });
-        break;
-      case Operation::ShiftLeft:
-        binary([](Number a, Number b, Number& result) { return math::shiftLeft(a, b, result); });
-        break;
-      case Operation::ShiftRight:
-        binary([](Number a, Number b, Number& result) { return math::shiftRight(a, b, result); });
-        break;
-      case Operation::BitAnd:
-        binary([](Number a, Number b, Number& result) { return math::bitAnd(a, b, result); });
-        break;
-      case Operation::BitXor:
-        binary([](Number a, Number b, Number& result) { return math::bitXor(a, b, result); });
-        break;
-      case Operation::BitOr:
-        binary([](Number a, Number b, Number& result) { return math::bitOr(a, b, result); });
-        break;
-      case Operation::Less:
-        compare([](Number a, Number b) { return a < b; });
-        break;
-      case Operation::LessOrEqual:
-        compare([](Number a, Number b) { return a <= b; });
-        break;
-      case Operation::Greater:
-        compare([](Number a, Number b) { return a > b; });
-        break;
-      case Operation::GreaterOrEqual:
-        compare([](Number a, Number b) { return a >= b; });
-        break;
-      case Operation::Equal:
-        compare([](Number a, Number b) { return a == b; });
-        break;
-      case Operation::NotEqual:
-        compare([](Number a, Number b) { return a != b; });
-        break;
-      case Operation::Negate:
-        unary([](Number a, Number& result) { return math::negate(a, result); });
-        break;
-      case Operation::Complement:
-        unary([](Number a, Number& result) { return math::complement(a, result); });
-        break;
-      case Operation::Absolute:
-        unary([](Number a, Number& result) { return math::absolute(a, result); });
-        break;
+      GENAPI_BINARY(Add, add)
+      GENAPI_BINARY(Subtract, subtract)
+      GENAPI_BINARY(Multiply, multiply)
+      GENAPI_BINARY(Divide, divide)
+      GENAPI_BINARY(Remainder, remainder)
+      GENAPI_BINARY(Power, power)
+      GENAPI_BINARY(ShiftLeft, shiftLeft)
+      GENAPI_BINARY(ShiftRight, shiftRight)
+      GENAPI_BINARY(BitAnd, bitAnd)
+      GENAPI_BINARY(BitXor, bitXor)
+      GENAPI_BINARY(BitOr, bitOr)
+      GENAPI_UNARY(Negate, negate)
+      GENAPI_UNARY(Complement, complement)
+      GENAPI_UNARY(Absolute, absolute)
+      GENAPI_COMPARISON(Less, <)
+      GENAPI_COMPARISON(LessOrEqual, <=)
+      GENAPI_COMPARISON(Greater, >)
+      GENAPI_COMPARISON(GreaterOrEqual, >=)
+      GENAPI_COMPARISON(Equal, ==)
+      GENAPI_COMPARISON(NotEqual, !=)
+#undef GENAPI_BINARY
+#undef GENAPI_UNARY
+#undef GENAPI_COMPARISON
+        // clang-format on
       case Operation::Sign: {
         const Number value = as<Number>(*top);
         as<Number>(*top) = static_cast<Number>((value > Number{0}) - (value < Number{0}));
         break;
       }
-      case Operation::Sine:
-        real([](double x, double& result) { return math::checked(std::sin(x), result); });
-        break;
-      case Operation::Cosine:
-        real([](double x, double& result) { return math::checked(std::cos(x), result); });
-        break;
-      case Operation::Tangent:
-        real([](double x, double& result) { return math::checked(std::tan(x), result); });
-        break;
-      case Operation::ArcSine:
-        real([](double x, double& result) { return math::checked(std::asin(x), result); });
-        break;
-      case Operation::ArcCosine:
-        real([](double x, double& result) { return math::checked(std::acos(x), result); });
-        break;
-      case Operation::ArcTangent:
-        real([](double x, double& result) { return math::checked(std::atan(x), result); });
-        break;
-      case Operation::Exponential:
-        real([](double x, double& result) { return math::checked(std::exp(x), result); });
-        break;
-      case Operation::NaturalLogarithm:
-        real([](double x, double& result) { return math::logarithm(x, std::log(x), result); });
-        break;
-      case Operation::DecimalLogarithm:
-        real([](double x, double& result) { return math::logarithm(x, std::log10(x), result); });
-        break;
-      case Operation::SquareRoot:
-        real([](double x, double& result) { return math::checked(std::sqrt(x), result); });
-        break;
-      case Operation::Truncate:
-        real([](double x, double& result) { return math::checked(std::trunc(x), result); });
-        break;
-      case Operation::Floor:
-        real([](double x, double& result) { return math::checked(std::floor(x), result); });
-        break;
-      case Operation::Ceiling:
-        real([](double x, double& result) { return math::checked(std::ceil(x), result); });
-        break;
-      case Operation::Fraction:
-        real([](double x, double& result) { return math::checked(x - std::trunc(x), result); });
-        break;
-      case Operation::Round:
-        real([](double x, double& result) { return math::checked(std::round(x), result); });
+      case Operation::Call:
+        check(math::checked(at->constant.function(top->real), top->real));
         break;
       case Operation::RoundToPlaces:
         --top;
-        real([&](double x, double& result) { return math::roundToPlaces(x, top[1].real, result); });
+        check(math::roundToPlaces(top->real, top[1].real, top->real));
         break;
     }
   }

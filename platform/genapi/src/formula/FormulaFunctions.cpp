@@ -1,6 +1,9 @@
 #include "formula/FormulaFunctions.h"
 
+#include "formula/FormulaArithmetic.h"
+
 #include <algorithm>
+#include <cmath>
 #include <numbers>
 
 namespace GENAPI_NAMESPACE::formula {
@@ -10,24 +13,24 @@ char upper(char character) noexcept {
   return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
 }
 
-constexpr Function kFunctions[] = {{"SGN", Operation::Sign, 1, 1, true},
-                                   {"NEG", Operation::Negate, 1, 1, true},
-                                   {"ABS", Operation::Absolute, 1, 1, true},
-                                   {"SIN", Operation::Sine, 1, 1, false},
-                                   {"COS", Operation::Cosine, 1, 1, false},
-                                   {"TAN", Operation::Tangent, 1, 1, false},
-                                   {"ASIN", Operation::ArcSine, 1, 1, false},
-                                   {"ACOS", Operation::ArcCosine, 1, 1, false},
-                                   {"ATAN", Operation::ArcTangent, 1, 1, false},
-                                   {"EXP", Operation::Exponential, 1, 1, false},
-                                   {"LN", Operation::NaturalLogarithm, 1, 1, false},
-                                   {"LG", Operation::DecimalLogarithm, 1, 1, false},
-                                   {"SQRT", Operation::SquareRoot, 1, 1, false},
-                                   {"TRUNC", Operation::Truncate, 1, 1, false},
-                                   {"FLOOR", Operation::Floor, 1, 1, false},
-                                   {"CEIL", Operation::Ceiling, 1, 1, false},
-                                   {"FRAC", Operation::Fraction, 1, 1, false},
-                                   {"ROUND", Operation::Round, 1, 2, false}};
+constexpr Function kFunctions[] = {{"SGN", Operation::Sign, 1, 1},
+                                   {"NEG", Operation::Negate, 1, 1},
+                                   {"ABS", Operation::Absolute, 1, 1},
+                                   {"SIN", Operation::Call, 1, 1, std::sin},
+                                   {"COS", Operation::Call, 1, 1, std::cos},
+                                   {"TAN", Operation::Call, 1, 1, std::tan},
+                                   {"ASIN", Operation::Call, 1, 1, std::asin},
+                                   {"ACOS", Operation::Call, 1, 1, std::acos},
+                                   {"ATAN", Operation::Call, 1, 1, std::atan},
+                                   {"EXP", Operation::Call, 1, 1, std::exp},
+                                   {"LN", Operation::Call, 1, 1, arithmetic::naturalLogarithm},
+                                   {"LG", Operation::Call, 1, 1, arithmetic::decimalLogarithm},
+                                   {"SQRT", Operation::Call, 1, 1, std::sqrt},
+                                   {"TRUNC", Operation::Call, 1, 1, std::trunc},
+                                   {"FLOOR", Operation::Call, 1, 1, std::floor},
+                                   {"CEIL", Operation::Call, 1, 1, std::ceil},
+                                   {"FRAC", Operation::Call, 1, 1, arithmetic::fraction},
+                                   {"ROUND", Operation::Call, 1, 2, std::round}};
 
 }  // namespace
 

@@ -13,7 +13,7 @@ struct Function {
   Operation operation;
   uint8_t minArguments;
   uint8_t maxArguments;
-  bool inIntegerFormulas;
+  double (*real)(double) = nullptr;  // what Operation::Call calls: these are functions of float formulas alone
 };
 
 // Null for an unknown name.

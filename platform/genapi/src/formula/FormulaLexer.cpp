@@ -21,51 +21,48 @@ bool isWord(char character) noexcept {
   return isLetter(character) || isDigit(character);
 }
 
-// Two-character operators come before the one-character operators they begin with.
-constexpr struct {
-  std::string_view text;
-  TokenKind kind;
-} kOperators[] = {{"**", TokenKind::Power},
-                  {"<<", TokenKind::ShiftLeft},
-                  {"<=", TokenKind::LessOrEqual},
-                  {"<>", TokenKind::NotEqual},
-                  {"<", TokenKind::Less},
-                  {">>", TokenKind::ShiftRight},
-                  {">=", TokenKind::GreaterOrEqual},
-                  {">", TokenKind::Greater},
-                  {"&&", TokenKind::AndAnd},
-                  {"&", TokenKind::And},
-                  {"||", TokenKind::OrOr},
-                  {"|", TokenKind::Or},
-                  {"*", TokenKind::Times},
-                  {"+", TokenKind::Plus},
-                  {"-", TokenKind::Minus},
-                  {"/", TokenKind::Over},
-                  {"%", TokenKind::Percent},
-                  {"~", TokenKind::Tilde},
-                  {"=", TokenKind::Equal},
-                  {"^", TokenKind::Xor},
-                  {"?", TokenKind::Question},
-                  {":", TokenKind::Colon},
-                  {",", TokenKind::Comma},
-                  {"(", TokenKind::Open},
-                  {")", TokenKind::Close}};
+// Two-character symbols come before the one-character symbols that they begin with.
+constexpr Symbol kSymbols[] = {{"**", TokenKind::Operator, Operation::Power, kPower},
+                               {"<<", TokenKind::Operator, Operation::ShiftLeft, kShift},
+                               {"<=", TokenKind::Operator, Operation::LessOrEqual, kRelation},
+                               {"<>", TokenKind::Operator, Operation::NotEqual, kEquality},
+                               {"<", TokenKind::Operator, Operation::Less, kRelation},
+                               {">>", TokenKind::Operator, Operation::ShiftRight, kShift},
+                               {">=", TokenKind::Operator, Operation::GreaterOrEqual, kRelation},
+                               {">", TokenKind::Operator, Operation::Greater, kRelation},
+                               {"&&", TokenKind::Operator, Operation::JumpIfFalse, kLogicalAnd},
+                               {"&", TokenKind::Operator, Operation::BitAnd, kBitAnd},
+                               {"||", TokenKind::Operator, Operation::JumpIfTrue, kLogicalOr},
+                               {"|", TokenKind::Operator, Operation::BitOr, kBitOr},
+                               {"*", TokenKind::Operator, Operation::Multiply, kProduct},
+                               {"+", TokenKind::Operator, Operation::Add, kSum},
+                               {"-", TokenKind::Operator, Operation::Subtract, kSum},
+                               {"/", TokenKind::Operator, Operation::Divide, kProduct},
+                               {"%", TokenKind::Operator, Operation::Remainder, kProduct},
+                               {"=", TokenKind::Operator, Operation::Equal, kEquality},
+                               {"^", TokenKind::Operator, Operation::BitXor, kBitXor},
+                               {"~", TokenKind::Tilde},
+                               {"?", TokenKind::Question},
+                               {":", TokenKind::Colon},
+                               {",", TokenKind::Comma},
+                               {"(", TokenKind::Open},
+                               {")", TokenKind::Close}};
 
 }  // namespace
 
-Token FormulaLexer::take(TokenKind kind, size_t length) noexcept {
-  const Token token{kind, formula_.substr(at_, length), at_};
+Token FormulaLexer::take(TokenKind kind, size_t length, const Symbol* symbol) noexcept {
+  const Token token{kind, formula_.substr(at_, length), at_, symbol};
   at_ += token.text.size();
   return token;
 }
 
 Token FormulaLexer::next() noexcept {
   while (at_ < formula_.size() && std::string_view(" \t\r\n").find(formula_[at_]) != std::string_view::npos) ++at_;
-  if (at_ == formula_.size()) return {TokenKind::End, {}, at_};
+  if (at_ == formula_.size()) return {TokenKind::End, {}, at_, nullptr};
   if (isLetter(peek(0))) return name();
   if (isDigit(peek(0)) || (peek(0) == '.' && isDigit(peek(1)))) return number();
-  for (const auto& candidate : kOperators) {
-    if (startsWith(candidate.text)) return take(candidate.kind, candidate.text.size());
+  for (const Symbol& symbol : kSymbols) {
+    if (startsWith(symbol.text)) return take(symbol.kind, symbol.text.size(), &symbol);
   }
   return take(TokenKind::Unknown, text::firstCharacters(formula_.substr(at_), 1).size());
 }

@@ -1,7 +1,7 @@
 // Cuts a formula into tokens.
 #pragma once
 
-#include "Base/GCTypes.h"
+#include "formula/FormulaCode.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,29 +12,11 @@ namespace GENAPI_NAMESPACE::formula {
 enum class TokenKind : uint8_t {
   Number,     // decimal or hex integer, or a decimal with fraction or exponent
   Name,       // with any ".Word" parts
+  Operator,   // of two operands; some of them may also stand before one
   Malformed,  // a number run into letters
   Unknown,    // a character that no token starts with
   End,
-  Plus,
-  Minus,
-  Times,
-  Over,
-  Percent,
-  Power,
   Tilde,
-  ShiftLeft,
-  ShiftRight,
-  Less,
-  LessOrEqual,
-  Greater,
-  GreaterOrEqual,
-  Equal,
-  NotEqual,
-  And,
-  Or,
-  Xor,
-  AndAnd,
-  OrOr,
   Question,
   Colon,
   Comma,
@@ -42,10 +24,40 @@ enum class TokenKind : uint8_t {
   Close
 };
 
+// How tightly operators bind. What opens something (parenthesis, function, '?') binds not at all: only its own closing
+// token ends it.
+enum Precedence : uint8_t {
+  kOpening = 0,
+  kElse = 2,
+  kLogicalOr,
+  kLogicalAnd,
+  kBitOr,
+  kBitXor,
+  kBitAnd,
+  kEquality,
+  kRelation,
+  kShift,
+  kSum,
+  kProduct,
+  kUnary,
+  kPower
+};
+
+// What a token of punctuation is.
+struct Symbol {
+  std::string_view text;
+  TokenKind kind;
+  Operation operation{};  // of an Operator; of a short circuit: the jump between its sides
+  Precedence precedence = kOpening;
+};
+
 struct Token {
   TokenKind kind = TokenKind::End;
-  std::string_view text;  // empty at the end
-  size_t offset = 0;      // of its first byte in the formula
+  std::string_view text;           // empty at the end
+  size_t offset = 0;               // of its first byte in the formula
+  const Symbol* symbol = nullptr;  // of punctuation
+
+  bool isOperator(Operation operation) const { return kind == TokenKind::Operator && symbol->operation == operation; }
 };
 
 class FormulaLexer {
@@ -55,7 +67,7 @@ class FormulaLexer {
   Token next() noexcept;
 
  private:
-  Token take(TokenKind kind, size_t length) noexcept;
+  Token take(TokenKind kind, size_t length, const Symbol* symbol = nullptr) noexcept;
   Token number() noexcept;
   Token name() noexcept;
   bool startsWith(std::string_view text) const noexcept { return formula_.substr(at_).starts_with(text); }

@@ -10,51 +10,6 @@
 namespace GENAPI_NAMESPACE::formula {
 namespace {
 
-// How tightly operators bind. What opens something (parenthesis, function, '?') binds not at all: only its own closing
-// token ends it.
-enum Precedence : uint8_t {
-  kOpening = 0,
-  kElse = 2,
-  kLogicalOr,
-  kLogicalAnd,
-  kBitOr,
-  kBitXor,
-  kBitAnd,
-  kEquality,
-  kRelation,
-  kShift,
-  kSum,
-  kProduct,
-  kUnary,
-  kPower
-};
-
-struct BinaryOperator {
-  TokenKind token;
-  Operation operation;  // of a short circuit: the jump between its sides
-  Precedence precedence;
-};
-
-constexpr BinaryOperator kBinaryOperators[] = {{TokenKind::Plus, Operation::Add, kSum},
-                                               {TokenKind::Minus, Operation::Subtract, kSum},
-                                               {TokenKind::Times, Operation::Multiply, kProduct},
-                                               {TokenKind::Over, Operation::Divide, kProduct},
-                                               {TokenKind::Percent, Operation::Remainder, kProduct},
-                                               {TokenKind::Power, Operation::Power, kPower},
-                                               {TokenKind::ShiftLeft, Operation::ShiftLeft, kShift},
-                                               {TokenKind::ShiftRight, Operation::ShiftRight, kShift},
-                                               {TokenKind::Less, Operation::Less, kRelation},
-                                               {TokenKind::LessOrEqual, Operation::LessOrEqual, kRelation},
-                                               {TokenKind::Greater, Operation::Greater, kRelation},
-                                               {TokenKind::GreaterOrEqual, Operation::GreaterOrEqual, kRelation},
-                                               {TokenKind::Equal, Operation::Equal, kEquality},
-                                               {TokenKind::NotEqual, Operation::NotEqual, kEquality},
-                                               {TokenKind::And, Operation::BitAnd, kBitAnd},
-                                               {TokenKind::Xor, Operation::BitXor, kBitXor},
-                                               {TokenKind::Or, Operation::BitOr, kBitOr},
-                                               {TokenKind::AndAnd, Operation::JumpIfFalse, kLogicalAnd},
-                                               {TokenKind::OrOr, Operation::JumpIfTrue, kLogicalOr}};
-
 // An operator or bracket whose end has not been reached yet.
 struct Pending {
   enum class Kind : uint8_t { Parenthesis, Function, Unary, Binary, ShortCircuit, Then, Else };
@@ -139,10 +94,10 @@ class Parser {
         return name();
       case TokenKind::Open:
         return open({Pending::Kind::Parenthesis, kOpening, token_.offset});
-      case TokenKind::Plus:
-        return advance();
-      case TokenKind::Minus:
-        return unary(Operation::Negate);
+      case TokenKind::Operator:
+        if (token_.isOperator(Operation::Add)) return advance();
+        if (token_.isOperator(Operation::Subtract)) return unary(Operation::Negate);
+        return unexpected();
       case TokenKind::Tilde:
         return unary(Operation::Complement);
       case TokenKind::Close:
@@ -168,19 +123,21 @@ class Parser {
         return close();
       case TokenKind::End:
         return end();
+      case TokenKind::Operator:
+        return binary(*token_.symbol);
       default:
-        break;
+        return unexpected();
     }
-    const auto found = std::find_if(std::begin(kBinaryOperators), std::end(kBinaryOperators),
-                                    [&](const BinaryOperator& candidate) { return candidate.token == token_.kind; });
-    if (found == std::end(kBinaryOperators)) return unexpected();
+  }
+
+  void binary(const Symbol& symbol) {
     // All levels but power associate to the left.
-    reduce(found->precedence == kPower ? kPower + 1 : found->precedence);
-    if (found->precedence == kLogicalAnd || found->precedence == kLogicalOr) {
-      emit(found->operation, token_.offset, -1);
-      push({Pending::Kind::ShortCircuit, found->precedence, token_.offset, {}, lastInstruction()});
+    reduce(symbol.precedence == kPower ? kPower + 1 : symbol.precedence);
+    if (symbol.precedence == kLogicalAnd || symbol.precedence == kLogicalOr) {
+      emit(symbol.operation, token_.offset, -1);
+      push({Pending::Kind::ShortCircuit, symbol.precedence, token_.offset, {}, lastInstruction()});
     } else {
-      push({Pending::Kind::Binary, found->precedence, token_.offset, found->operation});
+      push({Pending::Kind::Binary, symbol.precedence, token_.offset, symbol.operation});
     }
     advance();
     expectsOperand_ = true;
@@ -218,7 +175,7 @@ class Parser {
 
   bool isLowestInteger() const {
     if (pending_.empty() || pending_.back().kind != Pending::Kind::Unary) return false;
-    if (pending_.back().operation != Operation::Negate || tokenAfter().kind == TokenKind::Power) return false;
+    if (pending_.back().operation != Operation::Negate || tokenAfter().isOperator(Operation::Power)) return false;
     return text::parseInteger("-" + std::string(token_.text)) == INT64_MIN;
   }
 
@@ -262,7 +219,7 @@ class Parser {
   }
 
   void call(const Function& function) {
-    if (arithmetic_ == Arithmetic::Integer && !function.inIntegerFormulas) return complainAboutFloatOnly("function ");
+    if (arithmetic_ == Arithmetic::Integer && function.real) return complainAboutFloatOnly("function ");
     const size_t offset = token_.offset;
     advance();
     open({Pending::Kind::Function, kOpening, offset, {}, 0, &function});
@@ -319,8 +276,10 @@ class Parser {
       if (bracket.arguments < function.minArguments || bracket.arguments > function.maxArguments) {
         return complainAboutArguments(bracket);
       }
-      const bool places = function.operation == Operation::Round && bracket.arguments == 2;
-      emit(places ? Operation::RoundToPlaces : function.operation, bracket.offset, places ? -1 : 0);
+      Value called{};
+      called.function = function.real;
+      const bool toPlaces = bracket.arguments == 2;  // only ROUND takes two
+      emit(toPlaces ? Operation::RoundToPlaces : function.operation, bracket.offset, toPlaces ? -1 : 0, 0, called);
     }
     pending_.pop_back();
     --pendingBrackets_;
