@@ -4,9 +4,7 @@
 
 namespace GENAPI_NAMESPACE {
 
-using GENICAM_NAMESPACE::gcstring;
-
-BooleanNode::BooleanNode(Device& device, NodeIndex index) : NodeBase(device, index) {
+BooleanNode::BooleanNode(Device& device, NodeIndex index) : ValueNode(device, index) {
   for (const Property& each : properties()) {
     switch (each.element) {
       case Element::Value:
@@ -64,18 +62,10 @@ void BooleanNode::SetValue(bool Value, bool Verify) {
   writing(Verify, [&] { writeTruth(Value, Verify); });
 }
 
-gcstring BooleanNode::ToString(bool, bool IgnoreCache) {
-  return reading([&] { return gcstring(readText({.ignoreCache = IgnoreCache})); });
-}
-
-void BooleanNode::FromString(const gcstring& ValueStr, bool Verify) {
-  writing(Verify, [&] {
-    const auto value = text::parseBoolean(ValueStr.view());
-    if (!value) {
-      refuse<InvalidArgumentException>("{}: '{}' is not true, false, 1 or 0", name(), shownText(ValueStr.view()));
-    }
-    writeTruth(*value, Verify);
-  });
+void BooleanNode::writeText(std::string_view value, bool verify) const {
+  const auto truth = text::parseBoolean(value);
+  if (!truth) refuse<InvalidArgumentException>("{}: '{}' is not true, false, 1 or 0", name(), shownText(value));
+  writeTruth(*truth, verify);
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -1,19 +1,15 @@
 // Boolean: an own value, or two values of an integer node.
 #pragma once
 #include "GenApi/IBoolean.h"
-#include "nodes/NodeBase.h"
+#include "nodes/ValueNode.h"
 
 namespace GENAPI_NAMESPACE {
 
-class BooleanNode final : public NodeBase, public IBoolean {
+class BooleanNode final : public ValueNode<IBoolean> {
  public:
   BooleanNode(Device& device, NodeIndex index);
 
-  // IValue, IBoolean
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
-  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
-  bool IsValueCacheValid() const override { return holdsOwnValue() || isValueValid(); }
+  // IBoolean
   void SetValue(bool Value, bool Verify) override;
   bool GetValue(bool Verify, bool IgnoreCache) const override;
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIBoolean; }
@@ -25,9 +21,12 @@ class BooleanNode final : public NodeBase, public IBoolean {
   void writeInteger(int64_t value, bool verify) const override { writeTruth(value != 0, verify); }
   void writeFloat(double value, bool verify) const override { writeTruth(value != 0, verify); }
   std::string readText(Reading how) const override { return read(how) ? "1" : "0"; }
+  void writeText(std::string_view value, bool verify) const override;
+
+ protected:
+  bool holdsOwnValue() const override { return link_ == kNoNode; }
 
  private:
-  bool holdsOwnValue() const { return link_ == kNoNode; }
   bool read(Reading how) const;
   bool compute(Reading how) const;
   void writeTruth(bool truth, bool verify) const;

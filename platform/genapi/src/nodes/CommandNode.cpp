@@ -2,9 +2,7 @@
 
 namespace GENAPI_NAMESPACE {
 
-using GENICAM_NAMESPACE::gcstring;
-
-CommandNode::CommandNode(Device& device, NodeIndex index) : NodeBase(device, index) {
+CommandNode::CommandNode(Device& device, NodeIndex index) : ValueNode(device, index) {
   for (const Property& each : properties()) {
     if (each.element == Element::pValue) link_ = each.target;
     if (each.element == Element::pCommandValue) commandLink_ = each.target;
@@ -63,19 +61,16 @@ bool CommandNode::IsDone(bool) {
   });
 }
 
-gcstring CommandNode::ToString(bool, bool) {
-  // Read only: IsDone and polling notice completion.
-  return reading([&] { return gcstring(canBeAsked() && isUnderWay() ? "1" : "0"); });
+std::string CommandNode::readText(Reading) const {
+  return canBeAsked() && isUnderWay() ? "1" : "0";
 }
 
-void CommandNode::FromString(const gcstring& ValueStr, bool Verify) {
-  writing(Verify, [&] {
-    if (!(ValueStr == "1") && !(ValueStr == "true")) {
-      refuse<InvalidArgumentException>("{}: '{}' does not execute a command, '1' or 'true' does", name(),
-                                       shownText(ValueStr.view()));
-    }
-    start(Verify);
-  });
+void CommandNode::writeText(std::string_view value, bool verify) const {
+  if (value != "1" && value != "true") {
+    refuse<InvalidArgumentException>("{}: '{}' does not execute a command, '1' or 'true' does", name(),
+                                     shownText(value));
+  }
+  start(verify);
 }
 
 }  // namespace GENAPI_NAMESPACE

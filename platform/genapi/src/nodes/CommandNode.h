@@ -1,18 +1,15 @@
 // Command: writes a value that the device takes as an order, and asks whether it has finished.
 #pragma once
 #include "GenApi/ICommand.h"
-#include "nodes/NodeBase.h"
+#include "nodes/ValueNode.h"
 
 namespace GENAPI_NAMESPACE {
 
-class CommandNode final : public NodeBase, public ICommand {
+class CommandNode final : public ValueNode<ICommand> {
  public:
   CommandNode(Device& device, NodeIndex index);
 
   // IValue, ICommand
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
-  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
   bool IsValueCacheValid() const override { return link_ == kNoNode; }
   void Execute(bool Verify) override;
   bool IsDone(bool Verify) override;
@@ -20,6 +17,9 @@ class CommandNode final : public NodeBase, public ICommand {
 
   // inner operations
   EAccessMode typeMode() const override;
+  // "1" while the command is under way. Only reads: IsDone and polling notice completion.
+  std::string readText(Reading how) const override;
+  void writeText(std::string_view value, bool verify) const override;
 
   // For polling: only a command that is executing and can be asked is polled. Each start from rest is counted.
   bool isExecuting() const { return evaluation().isActive(index()); }

@@ -30,8 +30,9 @@ gcstring EnumEntryNode::GetDisplayName() const {
   return given ? gcstring(given->value()) : GetSymbolic();
 }
 
-gcstring EnumEntryNode::ToString(bool, bool) {
-  return reading([&] { return gcstring(std::string_view(std::to_string(GetValue()))); });
+std::string EnumEntryNode::readText(Reading) const {
+  requireSound();
+  return std::to_string(find(Element::Value)->integer);
 }
 
 void EnumEntryNode::FromString(const gcstring&, bool) {

@@ -1,19 +1,17 @@
 // EnumEntry: one name and value of an enumeration.
 #pragma once
 #include "GenApi/IEnumEntry.h"
-#include "nodes/NodeBase.h"
+#include "nodes/ValueNode.h"
 
 namespace GENAPI_NAMESPACE {
 
-class EnumEntryNode final : public NodeBase, public IEnumEntry {
+class EnumEntryNode final : public ValueNode<IEnumEntry> {
  public:
-  using NodeBase::NodeBase;
+  using ValueNode::ValueNode;
 
   GENICAM_NAMESPACE::gcstring GetDisplayName() const override;
 
   // IValue, IEnumEntry
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
   void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
   bool IsValueCacheValid() const override { return true; }
   int64_t GetValue() override;
@@ -23,6 +21,7 @@ class EnumEntryNode final : public NodeBase, public IEnumEntry {
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIEnumEntry; }
 
   EAccessMode typeMode() const override { return RO; }
+  std::string readText(Reading how) const override;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -9,7 +9,7 @@ namespace GENAPI_NAMESPACE {
 using GENICAM_NAMESPACE::gcstring;
 
 EnumerationNode::EnumerationNode(Device& device, NodeIndex index)
-    : NodeBase(device, index), table_(EntryTable::of(device.description, index)) {
+    : ValueNode(device, index), table_(EntryTable::of(device.description, index)) {
   for (const Property& each : properties()) {
     if (each.element == Element::Value) constant_ = each.integer;
     if (each.element == Element::pValue) link_ = each.target;
@@ -155,24 +155,18 @@ void EnumerationNode::writeInteger(int64_t value, bool verify) const {
 
 // --- the public interface ---
 
-gcstring EnumerationNode::ToString(bool Verify, bool IgnoreCache) {
-  return reading([&] {
-    const EntryRecord* entry = currentEntry({.ignoreCache = IgnoreCache});
-    // The second read may find a valid value where the first did not: a port that calls back keeps nothing remembered.
-    if (!entry) entry = &requireEntry(readValue({}));
-    if (Verify) requireAvailable(*entry);
-    return gcstring(entry->symbolic);
-  });
+std::string EnumerationNode::readText(Reading how) const {
+  const EntryRecord* entry = currentEntry(how);
+  // The second read may find a valid value where the first did not: a port that calls back keeps nothing remembered.
+  if (!entry) entry = &requireEntry(readValue({}));
+  if (how.verify) requireAvailable(*entry);
+  return std::string(entry->symbolic);
 }
 
-void EnumerationNode::FromString(const gcstring& ValueStr, bool Verify) {
-  writing(Verify, [&] {
-    const int found = table_.findSymbolic(ValueStr.view());
-    if (found < 0) {
-      refuse<InvalidArgumentException>("{}: no entry named '{}'", name(), shownText(ValueStr.view()));
-    }
-    writeEntry(table_.entries()[static_cast<size_t>(found)], Verify);
-  });
+void EnumerationNode::writeText(std::string_view value, bool verify) const {
+  const int found = table_.findSymbolic(value);
+  if (found < 0) refuse<InvalidArgumentException>("{}: no entry named '{}'", name(), shownText(value));
+  writeEntry(table_.entries()[static_cast<size_t>(found)], verify);
 }
 
 void EnumerationNode::GetSymbolics(StringList_t& Symbolics) {

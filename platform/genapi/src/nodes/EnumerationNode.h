@@ -2,19 +2,15 @@
 #pragma once
 #include "GenApi/IEnumeration.h"
 #include "nodes/EntryTable.h"
-#include "nodes/NodeBase.h"
+#include "nodes/ValueNode.h"
 
 namespace GENAPI_NAMESPACE {
 
-class EnumerationNode final : public NodeBase, public IEnumeration {
+class EnumerationNode final : public ValueNode<IEnumeration> {
  public:
   EnumerationNode(Device& device, NodeIndex index);
 
-  // IValue, IEnumeration
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
-  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
-  bool IsValueCacheValid() const override { return holdsOwnValue() || isValueValid(); }
+  // IEnumeration
   void GetSymbolics(StringList_t& Symbolics) override;
   void GetEntries(NodeList_t& Entries) override;
   void SetIntValue(int64_t Value, bool Verify) override;
@@ -30,6 +26,8 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
   double readFloat(Reading how) const override;
   void writeInteger(int64_t value, bool verify) const override;
   void writeFloat(double value, bool verify) const override;
+  std::string readText(Reading how) const override;
+  void writeText(std::string_view value, bool verify) const override;
   std::string describeValue(int64_t value) const override;
 
   // For polling: from when a self-clearing entry became current until something else was seen.
@@ -40,8 +38,10 @@ class EnumerationNode final : public NodeBase, public IEnumeration {
   // The value of the entry with that symbolic name. Throws RuntimeException when there is none.
   int64_t entryValue(std::string_view symbolic) const;
 
+ protected:
+  bool holdsOwnValue() const override { return link_ == kNoNode; }
+
  private:
-  bool holdsOwnValue() const { return link_ == kNoNode; }
   EAccessMode modeOf(const EntryRecord& entry) const;
   bool isAvailable(const EntryRecord& entry) const { return IsAvailable(modeOf(entry)); }
   // The entry that stands for a value: the first available one, else the first; null when there is none.

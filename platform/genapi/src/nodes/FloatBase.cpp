@@ -10,45 +10,8 @@ namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
-double FloatBase::GetValue(bool Verify, bool IgnoreCache) {
-  return reading([&] { return readNumber({.verify = Verify, .ignoreCache = IgnoreCache}); });
-}
-
-void FloatBase::SetValue(double Value, bool Verify) {
-  writing(Verify, [&] { writeNumber(Value, Verify); });
-}
-
-gcstring FloatBase::ToString(bool Verify, bool IgnoreCache) {
-  return reading([&] { return gcstring(readText({.verify = Verify, .ignoreCache = IgnoreCache})); });
-}
-
-void FloatBase::FromString(const gcstring& ValueStr, bool Verify) {
-  writing(Verify, [&] { writeText(ValueStr.view(), Verify); });
-}
-
-double FloatBase::GetMin() {
-  return asking([&] { return floatMin(); });
-}
-double FloatBase::GetMax() {
-  return asking([&] { return floatMax(); });
-}
 bool FloatBase::HasInc() {
   return asking([&] { return hasFloatIncrement(); });
-}
-double FloatBase::GetInc() {
-  return asking([&] { return floatIncrement(); });
-}
-EIncMode FloatBase::GetIncMode() {
-  return asking([&] {
-    if (hasValueSet()) return listIncrement;
-    return hasFloatIncrement() ? fixedIncrement : noIncrement;
-  });
-}
-const double_autovector_t FloatBase::GetListOfValidValues(bool bounded) {
-  return asking([&] { return double_autovector_t(floatValueSet(bounded)); });
-}
-ERepresentation FloatBase::GetRepresentation() {
-  return asking([&] { return representation(); });
 }
 const gcstring FloatBase::GetUnit() const {
   return asking([&] { return gcstring(unit()); });

@@ -1,33 +1,18 @@
 // Everything that float nodes have in common: the float interface over what NumberBase computes.
 #pragma once
-#include "GenApi/IFloat.h"
 #include "nodes/NumberBase.h"
 
 namespace GENAPI_NAMESPACE {
 
-class FloatBase : public NumberBase<double>, public IFloat {
+class FloatBase : public NumberBase<double> {
  public:
   using NumberBase::NumberBase;
 
-  // IValue, IFloat
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
-  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
-  bool IsValueCacheValid() const override { return isCacheValid(); }
-  void SetValue(double Value, bool Verify) override;
-  double GetValue(bool Verify, bool IgnoreCache) override;
-  double GetMin() override;
-  double GetMax() override;
+  // IFloat
   bool HasInc() override;
-  EIncMode GetIncMode() override;
-  double GetInc() override;
-  const double_autovector_t GetListOfValidValues(bool bounded) override;
-  ERepresentation GetRepresentation() override;
   const GENICAM_NAMESPACE::gcstring GetUnit() const override;
   EDisplayNotation GetDisplayNotation() const override;
   int64_t GetDisplayPrecision() const override;
-  void ImposeMin(double Value) override { imposeMin(Value); }
-  void ImposeMax(double Value) override { imposeMax(Value); }
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIFloat; }
 
   // inner operations

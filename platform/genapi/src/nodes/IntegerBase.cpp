@@ -9,40 +9,6 @@ namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
-int64_t IntegerBase::GetValue(bool Verify, bool IgnoreCache) {
-  return reading([&] { return readNumber({.verify = Verify, .ignoreCache = IgnoreCache}); });
-}
-
-void IntegerBase::SetValue(int64_t Value, bool Verify) {
-  writing(Verify, [&] { writeNumber(Value, Verify); });
-}
-
-gcstring IntegerBase::ToString(bool Verify, bool IgnoreCache) {
-  return reading([&] { return gcstring(readText({.verify = Verify, .ignoreCache = IgnoreCache})); });
-}
-
-void IntegerBase::FromString(const gcstring& ValueStr, bool Verify) {
-  writing(Verify, [&] { writeText(ValueStr.view(), Verify); });
-}
-
-int64_t IntegerBase::GetMin() {
-  return asking([&] { return minimum(); });
-}
-int64_t IntegerBase::GetMax() {
-  return asking([&] { return maximum(); });
-}
-int64_t IntegerBase::GetInc() {
-  return asking([&] { return computeIncrement(); });
-}
-EIncMode IntegerBase::GetIncMode() {
-  return asking([&] { return hasValueSet() ? listIncrement : fixedIncrement; });
-}
-const int64_autovector_t IntegerBase::GetListOfValidValues(bool bounded) {
-  return asking([&] { return int64_autovector_t(integerValueSet(bounded)); });
-}
-ERepresentation IntegerBase::GetRepresentation() {
-  return asking([&] { return representation(); });
-}
 const gcstring IntegerBase::GetUnit() {
   return asking([&] { return gcstring(unit()); });
 }

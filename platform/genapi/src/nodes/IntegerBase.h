@@ -1,30 +1,14 @@
 // Everything that integer nodes have in common: the integer interface over what NumberBase computes.
 #pragma once
-#include "GenApi/IInteger.h"
 #include "nodes/NumberBase.h"
 
 namespace GENAPI_NAMESPACE {
 
-class IntegerBase : public NumberBase<int64_t>, public IInteger {
+class IntegerBase : public NumberBase<int64_t> {
  public:
   using NumberBase::NumberBase;
 
-  // IValue, IInteger
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
-  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override;
-  bool IsValueCacheValid() const override { return isCacheValid(); }
-  void SetValue(int64_t Value, bool Verify) override;
-  int64_t GetValue(bool Verify, bool IgnoreCache) override;
-  int64_t GetMin() override;
-  int64_t GetMax() override;
-  EIncMode GetIncMode() override;
-  int64_t GetInc() override;
-  const int64_autovector_t GetListOfValidValues(bool bounded) override;
-  ERepresentation GetRepresentation() override;
   const GENICAM_NAMESPACE::gcstring GetUnit() override;
-  void ImposeMin(int64_t Value) override { imposeMin(Value); }
-  void ImposeMax(int64_t Value) override { imposeMax(Value); }
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIInteger; }
 
   // inner operations

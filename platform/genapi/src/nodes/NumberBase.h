@@ -4,8 +4,10 @@
 #include <limits>
 #include <vector>
 
+#include "GenApi/IFloat.h"
+#include "GenApi/IInteger.h"
 #include "formula/FormulaProgram.h"
-#include "nodes/NodeBase.h"
+#include "nodes/ValueNode.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -15,6 +17,7 @@ struct NumberTraits;
 
 template <>
 struct NumberTraits<int64_t> {
+  using Interface = IInteger;
   static int64_t constant(const Property& from) { return from.integer; }
   static int64_t constant(const Slot& from) { return from.integer; }
   static int64_t& of(Slot& slot) { return slot.integer; }
@@ -31,6 +34,7 @@ struct NumberTraits<int64_t> {
 
 template <>
 struct NumberTraits<double> {
+  using Interface = IFloat;
   static double constant(const Property& from) { return from.real; }
   static double constant(const Slot& from) { return from.real; }
   static double& of(Slot& slot) { return slot.real; }
@@ -46,13 +50,54 @@ struct NumberTraits<double> {
 };
 
 template <class Number>
-class NumberBase : public NodeBase {
+class NumberBase : public ValueNode<typename NumberTraits<Number>::Interface> {
  public:
-  using NodeBase::NodeBase;
-  using NumberType = Number;
   using Traits = NumberTraits<Number>;
+  using ValueNode<typename Traits::Interface>::ValueNode;
+  using NumberType = Number;
   static constexpr Number kLowest = std::numeric_limits<Number>::lowest();
   static constexpr Number kHighest = std::numeric_limits<Number>::max();
+
+  // IInteger, IFloat
+  void SetValue(Number Value, bool Verify) override {
+    this->writing(Verify, [&] { writeNumber(Value, Verify); });
+  }
+  Number GetValue(bool Verify, bool IgnoreCache) override {
+    return this->reading([&] { return readNumber({.verify = Verify, .ignoreCache = IgnoreCache}); });
+  }
+  Number GetMin() override {
+    return this->asking([this] { return minimum(); });
+  }
+  Number GetMax() override {
+    return this->asking([this] { return maximum(); });
+  }
+  Number GetInc() override {
+    return this->asking([this] { return computeIncrement(); });
+  }
+  EIncMode GetIncMode() override {
+    return this->asking([this] {
+      if (this->hasValueSet()) return listIncrement;
+      return this->hasFloatIncrement() ? fixedIncrement : noIncrement;
+    });
+  }
+  const autovector<Number> GetListOfValidValues(bool bounded) override {
+    return this->asking([&] { return autovector<Number>(Traits::valueSet(*this, bounded)); });
+  }
+  ERepresentation GetRepresentation() override {
+    return this->asking([this] { return this->representation(); });
+  }
+  void ImposeMin(Number Value) override {
+    this->impose([&](Imposed& imposed) {
+      imposed.hasMin = true;
+      Traits::of(imposed.min) = Value;
+    });
+  }
+  void ImposeMax(Number Value) override {
+    this->impose([&](Imposed& imposed) {
+      imposed.hasMax = true;
+      Traits::of(imposed.max) = Value;
+    });
+  }
 
   bool hasLimits() const override { return true; }
 
@@ -67,40 +112,26 @@ class NumberBase : public NodeBase {
   virtual Number computeIncrement() const = 0;
   // Throws OutOfRangeException for a value that the limits do not allow.
   virtual void check(Number value) const = 0;
-  // A node without a source always knows its value.
-  virtual bool holdsOwnValue() const { return false; }
 
   Number readNumber(Reading how) const {
-    const Number number = evaluation().template answer<kValue, Number>(index(), how.ignoreCache, [this, how] {
-      requireSound();
-      return compute(how);
-    });
+    const Number number =
+        this->evaluation().template answer<kValue, Number>(this->index(), how.ignoreCache, [this, how] {
+          this->requireSound();
+          return compute(how);
+        });
     if (how.verify) check(number);
     return number;
   }
   void writeNumber(Number number, bool verify) const {
-    write(
+    this->write(
         verify, [&] { check(number); }, [&] { store(number, verify); });
   }
   Number minimum() const {
-    return evaluation().template answer<kMin, Number, Lowest>(index(), false, [this] { return ownMin(); });
+    return this->evaluation().template answer<kMin, Number, Lowest>(this->index(), false, [this] { return ownMin(); });
   }
   Number maximum() const {
-    return evaluation().template answer<kMax, Number, Highest>(index(), false, [this] { return ownMax(); });
+    return this->evaluation().template answer<kMax, Number, Highest>(this->index(), false, [this] { return ownMax(); });
   }
-  void imposeMin(Number limit) const {
-    impose([&](Imposed& imposed) {
-      imposed.hasMin = true;
-      Traits::of(imposed.min) = limit;
-    });
-  }
-  void imposeMax(Number limit) const {
-    impose([&](Imposed& imposed) {
-      imposed.hasMax = true;
-      Traits::of(imposed.max) = limit;
-    });
-  }
-  bool isCacheValid() const { return holdsOwnValue() || isValueValid(); }
   std::vector<Number> withinLimits(std::vector<Number> values) const {
     const Number min = minimum();
     const Number max = maximum();
@@ -117,15 +148,15 @@ class NumberBase : public NodeBase {
     static constexpr Number kAnswer = kHighest;
   };
   Number ownMin() const {
-    requireSound();
+    this->requireSound();
     const Number own = computeMin();
-    const Imposed* imposed = device().imposed(index());
+    const Imposed* imposed = this->device().imposed(this->index());
     return imposed && imposed->hasMin ? std::max(own, Traits::constant(imposed->min)) : own;
   }
   Number ownMax() const {
-    requireSound();
+    this->requireSound();
     const Number own = computeMax();
-    const Imposed* imposed = device().imposed(index());
+    const Imposed* imposed = this->device().imposed(this->index());
     return imposed && imposed->hasMax ? std::min(own, Traits::constant(imposed->max)) : own;
   }
 };

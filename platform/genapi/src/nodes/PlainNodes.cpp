@@ -6,10 +6,6 @@ namespace GENAPI_NAMESPACE {
 
 using GENICAM_NAMESPACE::gcstring;
 
-gcstring PlainNode::ToString(bool, bool) {
-  return reading([] { return gcstring(); });
-}
-
 void PlainNode::FromString(const gcstring&, bool) {
   refuse<AccessException>("{}: not writable: a plain node has no value", name());
 }

@@ -2,16 +2,6 @@
 
 namespace GENAPI_NAMESPACE {
 
-using GENICAM_NAMESPACE::gcstring;
-
-gcstring TextBase::GetValue(bool Verify, bool IgnoreCache) {
-  return reading([&] { return gcstring(readText({.verify = Verify, .ignoreCache = IgnoreCache})); });
-}
-
-void TextBase::SetValue(const gcstring& Value, bool Verify) {
-  writing(Verify, [&] { writeText(Value.view(), Verify); });
-}
-
 int64_t TextBase::GetMaxLength() {
   return asking([&] {
     if (!IsWritable(accessMode()) && IsReadable(accessMode())) return static_cast<int64_t>(readText({}).size());

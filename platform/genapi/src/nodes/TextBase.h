@@ -3,21 +3,17 @@
 #include <string>
 
 #include "GenApi/IString.h"
-#include "nodes/NodeBase.h"
+#include "nodes/ValueNode.h"
 
 namespace GENAPI_NAMESPACE {
 
-class TextBase : public NodeBase, public IString {
+class TextBase : public ValueNode<IString> {
  public:
-  using NodeBase::NodeBase;
+  using ValueNode::ValueNode;
 
-  // IValue, IString
-  INode* GetNode() override { return this; }
-  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override { return GetValue(Verify, IgnoreCache); }
-  void FromString(const GENICAM_NAMESPACE::gcstring& ValueStr, bool Verify) override { SetValue(ValueStr, Verify); }
-  bool IsValueCacheValid() const override { return holdsOwnValue() || isValueValid(); }
-  void SetValue(const GENICAM_NAMESPACE::gcstring& Value, bool Verify) override;
-  GENICAM_NAMESPACE::gcstring GetValue(bool Verify, bool IgnoreCache) override;
+  // IString
+  void SetValue(const GENICAM_NAMESPACE::gcstring& Value, bool Verify) override { FromString(Value, Verify); }
+  GENICAM_NAMESPACE::gcstring GetValue(bool Verify, bool IgnoreCache) override { return ToString(Verify, IgnoreCache); }
   int64_t GetMaxLength() override;
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIString; }
 
@@ -28,7 +24,6 @@ class TextBase : public NodeBase, public IString {
  protected:
   virtual std::string compute(Reading how) const = 0;
   virtual void store(std::string_view text, bool verify) const = 0;
-  virtual bool holdsOwnValue() const { return false; }
 };
 
 // String: its own text, or another string node's.
