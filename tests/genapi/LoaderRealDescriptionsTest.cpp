@@ -7,6 +7,7 @@
 
 #include "LoaderSnippets.h"
 #include "description/ElementRules.h"
+#include "description/NodeTraits.h"
 
 using namespace loading;
 
@@ -47,7 +48,7 @@ TEST(RealDescriptions, LoadWithoutDefects) {
         if (!kNamingLinks.has(property.element) && property.element != Element::EnumEntry) continue;
         ASSERT_EQ(description.node(property.target).name(), property.value());
       }
-      features += description.graph().isFeature(node);
+      features += description.graph().traits().isFeature(node);
       for (NodeIndex dependent : description.graph().directDependents(node)) {
         const auto all = description.graph().dependents(node, scratch);
         ASSERT_TRUE(std::binary_search(all.begin(), all.end(), dependent));

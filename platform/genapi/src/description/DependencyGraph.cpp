@@ -188,24 +188,8 @@ std::vector<NodeIndex> DependencyGraph::selecting(NodeIndex x) const {
   return result;
 }
 
-ECachingMode DependencyGraph::cachingMode(NodeIndex x) const {
-  return data_->traits.cachingMode(x);
-}
-
-bool DependencyGraph::accessModeCacheable(NodeIndex x) const {
-  return data_->traits.accessModeCacheable(x);
-}
-
-bool DependencyGraph::accessModeFollowsValues(NodeIndex x) const {
-  return data_->traits.accessModeFollowsValues(x);
-}
-
-bool DependencyGraph::limitsFollowValues(NodeIndex x) const {
-  return data_->traits.limitsFollowValues(x);
-}
-
-bool DependencyGraph::isFeature(NodeIndex x) const {
-  return data_->traits.isFeature(x);
+const NodeTraits& DependencyGraph::traits() const {
+  return data_->traits;
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -20,6 +20,7 @@
 namespace GENAPI_NAMESPACE {
 
 class Description;
+class NodeTraits;
 
 // Working memory for walks that are too large to be remembered; one per node map, under its lock.
 struct WalkScratch {
@@ -48,17 +49,8 @@ class DependencyGraph final : public Derived {
   // The pSelected targets of x in XML order, then their reading parents, transitively, without categories.
   std::vector<NodeIndex> selected(NodeIndex x) const;
 
-  // The node's own Cachable combined with the caching modes of everything it reads.
-  ECachingMode cachingMode(NodeIndex x) const;
-  // False when some value the access mode depends on may not be cached.
-  bool accessModeCacheable(NodeIndex x) const;
-  // Whether a change of another node's value can change the node's access mode (guards anywhere below it, tables), or
-  // its limits. What does not follow values changes only when a port is connected or invalidated, when something is
-  // imposed, or when the node is invalidated by name.
-  bool accessModeFollowsValues(NodeIndex x) const;
-  bool limitsFollowValues(NodeIndex x) const;
-  // Reachable from the category Root through pFeature.
-  bool isFeature(NodeIndex x) const;
+  // What follows for each node from the nodes that it is linked to.
+  const NodeTraits& traits() const;
 
  private:
   struct Data;

@@ -8,7 +8,7 @@
 #include "description/Limits.h"
 #include "description/NodeReader.h"
 #include "description/SourceText.h"
-#include "description/TrimmedText.h"
+#include "text/Characters.h"
 
 namespace GENAPI_NAMESPACE {
 namespace {
@@ -37,7 +37,7 @@ pugi::xml_node rootOf(const pugi::xml_document& document, const DescriptionParts
 // Memory dumps of devices are padded with zeros. Other trailing text is refused here: the parser would ignore it.
 size_t lengthWithoutFilling(std::string_view text, const BuildFindings& findings) {
   size_t size = text.size();
-  while (size != 0 && (text[size - 1] == '\0' || isXmlBlank(text[size - 1]))) --size;
+  while (size != 0 && (text[size - 1] == '\0' || text::isBlank(text[size - 1]))) --size;
   if (size == 0 || text[size - 1] != '>') findings.fatal(size, "not well-formed: the text does not end with a tag");
   return size;
 }

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "description/TrimmedText.h"
+#include "text/Characters.h"
 #include "text/NumberSyntax.h"
 
 namespace GENAPI_NAMESPACE {
@@ -18,7 +18,7 @@ class RootReader {
   std::string_view text(const char* name) {
     const pugi::xml_attribute attribute = root_.attribute(name);
     if (!attribute) note(name, "missing");
-    return trimmed(attribute.value());
+    return text::trimmed(attribute.value());
   }
 
   Version_t version(const char* major, const char* minor, const char* subMinor) {
@@ -69,7 +69,7 @@ DocumentKind readDocumentAttributes(pugi::xml_node root, DescriptionParts& parts
   DeviceTexts& device = parts.device;
   device.modelName = reader.text("ModelName");
   device.vendorName = reader.text("VendorName");
-  device.toolTip = trimmed(root.attribute("ToolTip").value());
+  device.toolTip = text::trimmed(root.attribute("ToolTip").value());
   device.standardNameSpace = reader.text("StandardNameSpace");
   device.productGuid = reader.text("ProductGuid");
   device.versionGuid = reader.text("VersionGuid");
@@ -79,7 +79,7 @@ DocumentKind readDocumentAttributes(pugi::xml_node root, DescriptionParts& parts
   const std::string_view prefix = rootName.substr(0, local);
   std::string attribute = "xmlns";
   if (local != 0) (attribute += ':') += prefix.substr(0, local - 1);
-  const std::string_view uri = trimmed(root.attribute(attribute.c_str()).value());
+  const std::string_view uri = text::trimmed(root.attribute(attribute.c_str()).value());
   const auto refuse = [&](std::string_view version) {
     reader.fatal("schema version " + std::string(version) + " is not supported (1.0, 1.1)");
   };

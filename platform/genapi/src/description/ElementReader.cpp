@@ -3,14 +3,15 @@
 
 #include "description/Limits.h"
 #include "description/NodeReader.h"
-#include "description/TrimmedText.h"
+#include "text/Characters.h"
 #include "text/NumberSyntax.h"
 
 namespace GENAPI_NAMESPACE {
 namespace {
 
 bool isHexText(std::string_view digits) {
-  return !digits.empty() && digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+  return !digits.empty() &&
+         std::all_of(digits.begin(), digits.end(), [](char each) { return text::hexDigit(each) >= 0; });
 }
 
 // Numbers separated by ';', with or without one at the end.
@@ -19,7 +20,7 @@ bool isIntegerSet(std::string_view set) {
     const size_t end = set.find(';');
     if (!text::parseInteger(set.substr(0, end))) return false;
     if (end == std::string_view::npos) break;
-    set = trimmed(set.substr(end + 1));
+    set = text::trimmed(set.substr(end + 1));
   }
   return true;
 }
@@ -73,7 +74,7 @@ void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element eleme
   }
   std::string_view value = form == Form::Verbatim ? verbatimTextOf(xml, offset) : textOf(xml);
   if (form != Form::Verbatim) {
-    value = trimmed(value);
+    value = text::trimmed(value);
     if (value.empty()) return;  // not given
   }
   if (isRefused(draft, element, rule, offset, pass)) return;
@@ -188,7 +189,7 @@ void NodeReader::readOwnAttributes(pugi::xml_node xml, NodeDraft& draft, Element
     case Element::Constant:
     case Element::Expression: {
       Property& property = parts_.properties.back();
-      const std::string_view name = trimmed(xml.attribute("Name").value());
+      const std::string_view name = text::trimmed(xml.attribute("Name").value());
       if (name.size() > kMaxNameBytes) parts_.fatal(offset, draft.record, elementName(element), "Name: too long");
       property.attributeData = name.data();
       property.attributeSize = static_cast<uint16_t>(name.size());
@@ -222,7 +223,7 @@ void NodeReader::readOwnAttributes(pugi::xml_node xml, NodeDraft& draft, Element
 void NodeReader::addAttribute(NodeDraft& draft, Element attribute, std::string_view value, size_t offset) {
   Property property{};
   property.element = attribute;
-  setText(property, trimmed(value));
+  setText(property, text::trimmed(value));
   if (attribute == Element::pOffset) {
     property.integer = static_cast<int64_t>(NameTable::hashOf(property.value()));
     countLink(draft, offset);

@@ -4,7 +4,7 @@
 
 #include "GenApi/EnumClasses.h"
 #include "description/Limits.h"
-#include "description/TrimmedText.h"
+#include "text/Characters.h"
 #include "text/NumberSyntax.h"
 
 namespace GENAPI_NAMESPACE {
@@ -107,7 +107,7 @@ NodeDraft NodeReader::startNode(pugi::xml_node xml, NodeType type) {
   record.sourceOffset = static_cast<uint32_t>(offsetOf(xml));
   for (pugi::xml_attribute attribute = xml.first_attribute(); attribute; attribute = attribute.next_attribute()) {
     const std::string_view name = attribute.name();
-    const std::string_view value = trimmed(attribute.value());
+    const std::string_view value = text::trimmed(attribute.value());
     if (name == "Name") {
       record.nameData = value.data();
       record.nameSize = static_cast<uint32_t>(value.size());

@@ -14,10 +14,16 @@ class NodeTraits {
   // `parents`: for each node, who reads it.
   NodeTraits(const Description& description, const AdjacencyLists& parents);
 
+  // The node's own Cachable combined with the caching modes of everything that it reads.
   ECachingMode cachingMode(NodeIndex node) const { return static_cast<ECachingMode>(traits_[node].cachingMode); }
+  // False when some value that the access mode depends on may not be cached.
   bool accessModeCacheable(NodeIndex node) const { return traits_[node].accessModeCacheable; }
+  // Whether a change of another node's value can change the node's access mode (guards anywhere below it, tables), or
+  // its limits. What does not follow values changes only when a port is connected or invalidated, when something is
+  // imposed, or when the node is invalidated by name.
   bool accessModeFollowsValues(NodeIndex node) const { return traits_[node].accessModeFollowsValues; }
   bool limitsFollowValues(NodeIndex node) const { return traits_[node].limitsFollowValues; }
+  // Reachable from the category Root through pFeature.
   bool isFeature(NodeIndex node) const { return traits_[node].feature; }
 
  private:

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "description/Limits.h"
+#include "text/Characters.h"
 #include "text/Utf8.h"
 
 namespace GENAPI_NAMESPACE {
@@ -57,14 +58,6 @@ std::string fromUtf16(std::string_view bytes, bool bigEndian) {
   return text;
 }
 
-std::string upperCase(std::string_view text) {
-  std::string result(text);
-  for (char& character : result) {
-    if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
-  }
-  return result;
-}
-
 // The encoding that the XML declaration names, in capitals; empty without one.
 std::string declaredEncoding(std::string_view text) {
   const size_t start = text.substr(0, kMaxLeadingText).find('<');
@@ -77,7 +70,7 @@ std::string declaredEncoding(std::string_view text) {
   if (open == std::string_view::npos) return {};
   const size_t close = declaration.find(declaration[open], open + 1);
   if (close == std::string_view::npos) return {};
-  return upperCase(declaration.substr(open + 1, close - open - 1));
+  return text::upperCase(declaration.substr(open + 1, close - open - 1));
 }
 
 bool isLatin1(std::string_view encoding) {
@@ -127,10 +120,6 @@ Counts countAll(std::string_view text) {
   return counts;
 }
 
-bool isBlank(char character) {
-  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
-}
-
 // The length of a reference at `at` that the parser resolves ("&amp;", "&#10;", "&#xA;"), or 0.
 size_t knownReference(std::string_view text, size_t at) {
   const auto begins = [&](std::string_view known) { return text.substr(at, known.size()) == known; };
@@ -175,7 +164,7 @@ SourceShape examineSource(std::string_view text, BuildFindings& findings) {
     findings.fatal(kNoOffset, "neither XML nor zip: the text begins with " + quoted(rest));
   }
   const std::string_view leading = text.substr(mark, start - mark);
-  if (!std::all_of(leading.begin(), leading.end(), isBlank)) {
+  if (!text::isBlank(leading)) {
     findings.note(mark, kNoNode, "", "text before the first tag is skipped: " + quoted(leading));
   }
   const Counts counts = countAll(text);

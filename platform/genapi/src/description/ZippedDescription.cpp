@@ -8,6 +8,7 @@
 
 #include "description/BuildFindings.h"
 #include "description/Limits.h"
+#include "text/Characters.h"
 
 namespace GENAPI_NAMESPACE {
 namespace {
@@ -54,9 +55,7 @@ Archive openArchive(std::string_view bytes) {
 
 bool endsInXml(std::string_view name) {
   constexpr std::string_view kEnding = ".xml";
-  if (name.size() < kEnding.size()) return false;
-  const auto same = [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b); };
-  return std::equal(kEnding.begin(), kEnding.end(), name.end() - kEnding.size(), same);
+  return name.size() >= kEnding.size() && text::equalsIgnoringCase(name.substr(name.size() - kEnding.size()), kEnding);
 }
 
 zip_stat_t findMember(zip_t* archive) {

@@ -100,8 +100,8 @@ void Evaluation::closeCircle(uint32_t openedAt) {
 }
 
 bool Evaluation::followsValues(NodeIndex node, Question question) const {
-  if (question == kAccessMode) return graph().accessModeFollowsValues(node);
-  if (question == kMin || question == kMax) return graph().limitsFollowValues(node);
+  if (question == kAccessMode) return graph().traits().accessModeFollowsValues(node);
+  if (question == kMin || question == kMax) return graph().traits().limitsFollowValues(node);
   return true;
 }
 

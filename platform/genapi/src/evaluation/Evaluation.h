@@ -20,6 +20,7 @@
 #include "description/DependencyGraph.h"
 #include "description/Description.h"
 #include "description/Limits.h"
+#include "description/NodeTraits.h"
 #include "evaluation/RepeatedDrops.h"
 #include "evaluation/State.h"
 
@@ -185,7 +186,7 @@ class Evaluation {
   const DependencyGraph& graph() const { return description_.graph(); }
   ECachingMode cachingMode(NodeIndex node) {
     NodeState& state = nodes_[node];
-    if (state.caching == 0) state.caching = static_cast<uint8_t>(graph().cachingMode(node) + 1);
+    if (state.caching == 0) state.caching = static_cast<uint8_t>(graph().traits().cachingMode(node) + 1);
     return static_cast<ECachingMode>(state.caching - 1);
   }
 

@@ -3,23 +3,15 @@
 #include <algorithm>
 
 #include "firmware/UpdateControlReader.h"
+#include "text/Characters.h"
 
 namespace GENAPI_NAMESPACE {
 
 namespace {
 
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameLanguage(std::string_view a, std::string_view b) {
-  return a.size() == b.size() &&
-         std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lower(x) == lower(y); });
-}
-
 const LocalizedText* inLanguage(const std::vector<LocalizedText>& texts, std::string_view language) {
-  for (const LocalizedText& text : texts)
-    if (sameLanguage(text.language, language)) return &text;
+  for (const LocalizedText& each : texts)
+    if (text::equalsIgnoringCase(each.language, language)) return &each;
   return nullptr;
 }
 

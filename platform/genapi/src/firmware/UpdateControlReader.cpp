@@ -10,6 +10,7 @@
 
 #include "FirmwareUpdate/FirmwareUpdateInfo.h"
 #include "firmware/GufLimits.h"
+#include "text/Characters.h"
 #include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
@@ -19,10 +20,6 @@ namespace {
 // Every element or other markup takes a '<', so an accepted file cannot hold more of them than this; tested before
 // a tree is built from it.
 constexpr size_t kMaxTagBrackets = 4 * kMaxControlNodes;
-
-bool isBlank(const char* text) {
-  return text[std::strspn(text, " \t\r\n")] == '\0';
-}
 
 // Which attribute an element has twice, which the parser does not mind; null for none.
 const char* repeatedAttribute(pugi::xml_node element) {
@@ -223,7 +220,7 @@ UpdateProcedure UpdateControlReader::readProcedure(pugi::xml_node element, const
   const std::string here = "Procedure '" + procedure.name + "'";
   for (const pugi::xml_node child : element.children()) {
     const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
-    if (isText && !isBlank(child.value())) refuseAt(here, "contains text between its steps");
+    if (isText && !text::isBlank(child.value())) refuseAt(here, "contains text between its steps");
     if (child.type() != pugi::node_element) continue;
     if (procedure.steps.size() == kMaxStepsPerProcedure)
       refuseAt(here, "has more than " + std::to_string(kMaxStepsPerProcedure) + " steps");
@@ -275,7 +272,7 @@ UpdateStep UpdateControlReader::readStep(pugi::xml_node element, const std::stri
   step.estimatedMs = milliseconds(element, "EstimatedDurationMs", place);
   for (const pugi::xml_node child : element.children()) {
     const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
-    if (isText && !isBlank(child.value())) refuseAt(place, "contains text");
+    if (isText && !text::isBlank(child.value())) refuseAt(place, "contains text");
     if (child.type() != pugi::node_element) continue;
     if (std::strcmp(child.name(), "Description") != 0)
       refuseAt(place, std::string("has an unknown element '") + child.name() + "'");
@@ -308,22 +305,17 @@ std::string UpdateControlReader::language(pugi::xml_node element, const std::str
   const pugi::xml_attribute attribute = element.attribute("Lang");
   if (!attribute) return {};
   std::string code = attribute.value();
-  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-  if (code.size() != 2 || !isLetter(code[0]) || !isLetter(code[1]))
+  if (code.size() != 2 || !text::isLetter(code[0]) || !text::isLetter(code[1]))
     refuseAt(place, "Lang '" + code + "' is not a language code of two letters");
   return code;
 }
 
-void UpdateControlReader::addLocalized(std::vector<LocalizedText>& texts, LocalizedText text,
+void UpdateControlReader::addLocalized(std::vector<LocalizedText>& texts, LocalizedText added,
                                        const std::string& place) const {
-  const auto folded = [](std::string code) {
-    for (char& c : code) c = static_cast<char>(c | 0x20);  // letters only
-    return code;
-  };
   for (const LocalizedText& other : texts)
-    if (folded(other.language) == folded(text.language))
-      refuseAt(place, "is there twice for language '" + text.language + "'");
-  texts.push_back(std::move(text));
+    if (text::equalsIgnoringCase(other.language, added.language))
+      refuseAt(place, "is there twice for language '" + added.language + "'");
+  texts.push_back(std::move(added));
 }
 
 std::string UpdateControlReader::required(pugi::xml_node element, const char* attribute,

@@ -27,7 +27,7 @@ class UpdateControlReader {
   std::string textOf(pugi::xml_node element, const std::string& place, Strange elements) const;
   WholePattern pattern(const std::string& text, const std::string& place);
   std::string language(pugi::xml_node element, const std::string& place) const;
-  void addLocalized(std::vector<LocalizedText>& texts, LocalizedText text, const std::string& place) const;
+  void addLocalized(std::vector<LocalizedText>& texts, LocalizedText added, const std::string& place) const;
   // A required attribute that is not empty.
   std::string required(pugi::xml_node element, const char* attribute, const std::string& place) const;
   uint32_t milliseconds(pugi::xml_node element, const char* attribute, const std::string& place) const;

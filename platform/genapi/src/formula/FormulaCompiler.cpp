@@ -3,6 +3,8 @@
 #include "formula/FormulaFunctions.h"
 #include "formula/FormulaParser.h"
 #include "formula/FormulaProgram.h"
+#include "formula/VariableName.h"
+#include "text/Characters.h"
 #include "text/Utf8.h"
 
 #include <algorithm>
@@ -13,29 +15,8 @@ namespace {
 
 constexpr uint32_t kUnnumbered = UINT32_MAX;
 
-std::string inUpperCase(std::string_view text) {
-  std::string upper(text);
-  for (char& character : upper) {
-    if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
-  }
-  return upper;
-}
-
 std::string quotable(std::string_view formula) {
   return text::excerpt(formula, kMaxQuotedFormula);
-}
-
-// Whether the part of a variable's name after its first dot names something that can be asked of a node.
-bool isKnownSuffix(std::string_view suffix, bool foldCase) noexcept {
-  const auto same = [&](std::string_view a, std::string_view b) {
-    return foldCase ? equalsIgnoringCase(a, b) : a == b;
-  };
-  constexpr std::string_view kEntry = "Entry.";
-  if (suffix.size() > kEntry.size() && same(suffix.substr(0, kEntry.size()), kEntry)) return true;
-  for (std::string_view known : {"Value", "Min", "Max", "Inc", "AccessMode", "Visibility", "CachingMode"}) {
-    if (same(suffix, known)) return true;
-  }
-  return false;
 }
 
 }  // namespace
@@ -59,7 +40,7 @@ class FormulaCompiler final : private NameScope {
     order_.reserve(names.size());
     for (uint32_t i = 0; i < names.size(); ++i) order_.push_back(i);
     if (foldCase_) {
-      for (const DeclaredName& declared : names) folded_.push_back(inUpperCase(declared.name));
+      for (const DeclaredName& declared : names) folded_.push_back(text::upperCase(declared.name));
     }
     // Stable: of names declared twice the first counts.
     std::stable_sort(order_.begin(), order_.end(), [&](uint32_t a, uint32_t b) { return key(a) < key(b); });
@@ -94,7 +75,7 @@ class FormulaCompiler final : private NameScope {
   }
 
   Meaning meaningOf(std::string_view name) override {
-    const std::string upper = foldCase_ ? inUpperCase(name) : std::string();
+    const std::string upper = foldCase_ ? text::upperCase(name) : std::string();
     const std::string_view wanted = foldCase_ ? std::string_view(upper) : name;
     const auto found =
         std::lower_bound(order_.begin(), order_.end(), wanted,
@@ -108,10 +89,7 @@ class FormulaCompiler final : private NameScope {
     const DeclaredName& name = names_[declared];
     switch (name.kind) {
       case DeclaredName::Kind::Variable: {
-        const size_t dot = name.name.find('.');
-        if (dot != std::string_view::npos && !isKnownSuffix(name.name.substr(dot + 1), foldCase_)) {
-          return refused("unknown suffix of variable", name.name);
-        }
+        if (!aspectOf(name.name, foldCase_)) return refused("unknown suffix of variable", name.name);
         if (numbers_[declared] == kUnnumbered) {
           numbers_[declared] = static_cast<uint32_t>(program_->variables_.size());
           program_->variables_.push_back(declared);

@@ -1,17 +1,13 @@
 #include "formula/FormulaFunctions.h"
 
 #include "formula/FormulaArithmetic.h"
+#include "text/Characters.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 
 namespace GENAPI_NAMESPACE::formula {
 namespace {
-
-char upper(char character) noexcept {
-  return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
-}
 
 constexpr Function kFunctions[] = {{"SGN", Operation::Sign, 1, 1},
                                    {"NEG", Operation::Negate, 1, 1},
@@ -36,19 +32,15 @@ constexpr Function kFunctions[] = {{"SGN", Operation::Sign, 1, 1},
 
 const Function* findFunction(std::string_view name) noexcept {
   for (const Function& function : kFunctions) {
-    if (equalsIgnoringCase(function.name, name)) return &function;
+    if (text::equalsIgnoringCase(function.name, name)) return &function;
   }
   return nullptr;
 }
 
 std::optional<double> findConstant(std::string_view name) noexcept {
-  if (equalsIgnoringCase(name, "PI")) return std::numbers::pi;
-  if (equalsIgnoringCase(name, "E")) return std::numbers::e;
+  if (text::equalsIgnoringCase(name, "PI")) return std::numbers::pi;
+  if (text::equalsIgnoringCase(name, "E")) return std::numbers::e;
   return std::nullopt;
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) noexcept {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return upper(x) == upper(y); });
 }
 
 }  // namespace GENAPI_NAMESPACE::formula

@@ -22,7 +22,4 @@ const Function* findFunction(std::string_view name) noexcept;
 // "PI" and "E".
 std::optional<double> findConstant(std::string_view name) noexcept;
 
-// Compares ASCII letters without regard to case.
-bool equalsIgnoringCase(std::string_view a, std::string_view b) noexcept;
-
 }  // namespace GENAPI_NAMESPACE::formula

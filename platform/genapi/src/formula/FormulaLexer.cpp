@@ -1,24 +1,17 @@
 #include "formula/FormulaLexer.h"
 
+#include "text/Characters.h"
 #include "text/Utf8.h"
 
 namespace GENAPI_NAMESPACE::formula {
 namespace {
 
-bool isDigit(char character) noexcept {
-  return character >= '0' && character <= '9';
-}
-
-bool isHexDigit(char character) noexcept {
-  return isDigit(character) || (character >= 'a' && character <= 'f') || (character >= 'A' && character <= 'F');
-}
-
-bool isLetter(char character) noexcept {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_';
+bool beginsWord(char character) noexcept {
+  return text::isLetter(character) || character == '_';
 }
 
 bool isWord(char character) noexcept {
-  return isLetter(character) || isDigit(character);
+  return beginsWord(character) || text::isDigit(character);
 }
 
 // Two-character symbols come before the one-character symbols that they begin with.
@@ -57,10 +50,10 @@ Token FormulaLexer::take(TokenKind kind, size_t length, const Symbol* symbol) no
 }
 
 Token FormulaLexer::next() noexcept {
-  while (at_ < formula_.size() && std::string_view(" \t\r\n").find(formula_[at_]) != std::string_view::npos) ++at_;
+  while (at_ < formula_.size() && text::isBlank(formula_[at_])) ++at_;
   if (at_ == formula_.size()) return {TokenKind::End, {}, at_, nullptr};
-  if (isLetter(peek(0))) return name();
-  if (isDigit(peek(0)) || (peek(0) == '.' && isDigit(peek(1)))) return number();
+  if (beginsWord(peek(0))) return name();
+  if (text::isDigit(peek(0)) || (peek(0) == '.' && text::isDigit(peek(1)))) return number();
   for (const Symbol& symbol : kSymbols) {
     if (startsWith(symbol.text)) return take(symbol.kind, symbol.text.size(), &symbol);
   }
@@ -70,12 +63,12 @@ Token FormulaLexer::next() noexcept {
 Token FormulaLexer::number() noexcept {
   size_t length = 0;
   const auto digits = [&] {
-    while (isDigit(peek(length))) ++length;
+    while (text::isDigit(peek(length))) ++length;
   };
   bool complete = true;
   if (peek(0) == '0' && (peek(1) == 'x' || peek(1) == 'X')) {
     length = 2;
-    while (isHexDigit(peek(length))) ++length;
+    while (text::hexDigit(peek(length)) >= 0) ++length;
     complete = length > 2;
   } else {
     digits();
@@ -86,7 +79,7 @@ Token FormulaLexer::number() noexcept {
     if (peek(length) == 'e' || peek(length) == 'E') {
       ++length;
       if (peek(length) == '+' || peek(length) == '-') ++length;
-      complete = isDigit(peek(length));
+      complete = text::isDigit(peek(length));
       digits();
     }
   }

@@ -1,33 +1,13 @@
 #include "nodes/FormulaSet.h"
 
-#include "formula/FormulaFunctions.h"
 #include "nodes/EnumerationNode.h"
 
 namespace GENAPI_NAMESPACE {
 
 using formula::Arithmetic;
+using formula::Aspect;
 using formula::DeclaredName;
 using formula::FormulaProgram;
-
-FormulaSet::Aspect FormulaSet::aspectOf(std::string_view declared, std::string_view& entry) const {
-  const auto same = [&](std::string_view a, std::string_view b) {
-    return foldCase_ ? formula::equalsIgnoringCase(a, b) : a == b;
-  };
-  const size_t dot = declared.find('.');
-  if (dot == std::string_view::npos) return Aspect::Value;
-  const std::string_view suffix = declared.substr(dot + 1);
-  if (same(suffix, "Value")) return Aspect::Value;
-  if (same(suffix, "Min")) return Aspect::Min;
-  if (same(suffix, "Max")) return Aspect::Max;
-  if (same(suffix, "Inc")) return Aspect::Increment;
-  if (same(suffix, "AccessMode")) return Aspect::AccessMode;
-  if (same(suffix, "Visibility")) return Aspect::Visibility;
-  if (same(suffix, "CachingMode")) return Aspect::CachingMode;
-  constexpr std::string_view kEntry = "Entry.";
-  if (!same(suffix.substr(0, kEntry.size()), kEntry)) return Aspect::Unknown;
-  entry = suffix.substr(kEntry.size());
-  return Aspect::Entry;
-}
 
 FormulaSet::FormulaSet(const Description& description, NodeIndex node) {
   const NodeRecord& record = description.node(node);
@@ -45,8 +25,9 @@ FormulaSet::FormulaSet(const Description& description, NodeIndex node) {
       case Element::pVariable:
         name.kind = DeclaredName::Kind::Variable;
         variable.node = each.target;
-        variable.aspect = aspectOf(name.name, variable.entry);
-        if (variable.aspect == Aspect::Unknown && badVariable_.empty()) {
+        if (const auto asked = formula::aspectOf(name.name, foldCase_)) {
+          variable.asked = *asked;
+        } else if (badVariable_.empty()) {
           badVariable_ = "variable '" + std::string(name.name) + "' has an unknown suffix";
         }
         break;
@@ -110,44 +91,42 @@ FormulaVariables::FormulaVariables(const NodeBase& node, const FormulaSet& formu
 int64_t FormulaVariables::integerVariable(size_t declaredIndex) {
   const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
   const NodeBase& node = node_.other(variable.node);
-  switch (variable.aspect) {
-    case FormulaSet::Aspect::Value:
+  switch (variable.asked.aspect) {
+    case Aspect::Value:
       return node.readInteger({});
-    case FormulaSet::Aspect::Min:
+    case Aspect::Min:
       return node.integerMin();
-    case FormulaSet::Aspect::Max:
+    case Aspect::Max:
       return node.integerMax();
-    case FormulaSet::Aspect::Increment:
+    case Aspect::Increment:
       return node.integerIncrement();
-    case FormulaSet::Aspect::AccessMode:
+    case Aspect::AccessMode:
       return node.accessMode();
-    case FormulaSet::Aspect::Visibility:
+    case Aspect::Visibility:
       return node.GetVisibility();
-    case FormulaSet::Aspect::CachingMode:
+    case Aspect::CachingMode:
       return node.GetCachingMode();
-    case FormulaSet::Aspect::Entry:
+    case Aspect::Entry:
       if (node.record().type == NodeType::Enumeration) {
-        return static_cast<const EnumerationNode&>(node).entryValue(variable.entry);
+        return static_cast<const EnumerationNode&>(node).entryValue(variable.asked.entry);
       }
       refuse<RuntimeException>("{}: '{}' is no enumeration and has no entry '{}'", node_.path(), node.name(),
-                               variable.entry);
-    case FormulaSet::Aspect::Unknown:
-      break;
+                               variable.asked.entry);
   }
-  refuse<LogicalErrorException>("{}", formulas_.defects_.front());
+  __builtin_unreachable();
 }
 
 double FormulaVariables::floatVariable(size_t declaredIndex) {
   const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
   const NodeBase& node = node_.other(variable.node);
-  switch (variable.aspect) {
-    case FormulaSet::Aspect::Value:
+  switch (variable.asked.aspect) {
+    case Aspect::Value:
       return node.readFloat({});
-    case FormulaSet::Aspect::Min:
+    case Aspect::Min:
       return node.floatMin();
-    case FormulaSet::Aspect::Max:
+    case Aspect::Max:
       return node.floatMax();
-    case FormulaSet::Aspect::Increment:
+    case Aspect::Increment:
       return node.floatIncrement();
     default:
       return static_cast<double>(integerVariable(declaredIndex));

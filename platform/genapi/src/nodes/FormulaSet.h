@@ -7,6 +7,7 @@
 
 #include "description/Element.h"
 #include "formula/FormulaProgram.h"
+#include "formula/VariableName.h"
 #include "nodes/NodeLayout.h"
 
 namespace GENAPI_NAMESPACE {
@@ -32,13 +33,10 @@ class FormulaSet final : public Derived {
 
  private:
   friend class FormulaVariables;
-  enum class Aspect : uint8_t { Value, Min, Max, Increment, Entry, AccessMode, Visibility, CachingMode, Unknown };
   struct Variable {
     NodeIndex node = kNoNode;
-    Aspect aspect = Aspect::Value;
-    std::string_view entry;  // of Aspect::Entry
+    formula::VariableAspect asked;
   };
-  Aspect aspectOf(std::string_view declared, std::string_view& entry) const;
   std::unique_ptr<const formula::FormulaProgram> compile(std::string_view text, std::string_view argument);
 
   std::vector<formula::DeclaredName> names_;  // only while compiling

@@ -39,10 +39,10 @@ bool NodeBase::IsCachable() const {
   return GetCachingMode() != NoCache;
 }
 ECachingMode NodeBase::GetCachingMode() const {
-  return evaluation().graph().cachingMode(index_);
+  return evaluation().graph().traits().cachingMode(index_);
 }
 EYesNo NodeBase::IsAccessModeCacheable() const {
-  return evaluation().graph().accessModeCacheable(index_) ? Yes : No;
+  return evaluation().graph().traits().accessModeCacheable(index_) ? Yes : No;
 }
 gcstring NodeBase::GetDeviceName() const {
   return device_.name;
@@ -57,7 +57,7 @@ bool NodeBase::IsDeprecated() const {
   return record().deprecated;
 }
 bool NodeBase::IsFeature() const {
-  return evaluation().graph().isFeature(index_);
+  return evaluation().graph().traits().isFeature(index_);
 }
 bool NodeBase::IsSelector() const {
   return isSelector_;

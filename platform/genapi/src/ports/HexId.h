@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Base/GCTypes.h"
+#include "text/Characters.h"
 
 namespace GENAPI_NAMESPACE {
 
@@ -19,7 +19,7 @@ class HexId {
     size_t digitsLeft = text.size();
     unsigned byte = 0;
     for (const char c : text) {
-      const int digit = digitOf(c);
+      const int digit = text::hexDigit(c);
       if (digit < 0) return false;
       byte = (byte << 4) | static_cast<unsigned>(digit);
       if (--digitsLeft % 2 == 0) {
@@ -62,13 +62,6 @@ class HexId {
   uint64_t number() const { return number_; }
 
  private:
-  static int digitOf(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-  }
-
   std::string significant_;
   uint64_t number_ = 0;  // the last 64 bits
   int byteLength_ = 0;

@@ -1,26 +1,13 @@
 #include "text/NumberSyntax.h"
 
+#include "text/Characters.h"
+
 #include <charconv>
 #include <cmath>
 #include <limits>
 
 namespace GENAPI_NAMESPACE::text {
 namespace {
-
-bool isBlank(char character) noexcept {
-  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
-}
-
-int hexDigit(char character) noexcept {
-  if (character >= '0' && character <= '9') return character - '0';
-  if (character >= 'a' && character <= 'f') return character - 'a' + 10;
-  if (character >= 'A' && character <= 'F') return character - 'A' + 10;
-  return -1;
-}
-
-bool isDigit(char character) noexcept {
-  return character >= '0' && character <= '9';
-}
 
 bool hasHexPrefix(std::string_view text) noexcept {
   return text.size() >= 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
@@ -81,12 +68,6 @@ DecimalShape shapeOf(std::string_view text) noexcept {
 }
 
 }  // namespace
-
-std::string_view trimmed(std::string_view text) noexcept {
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 std::optional<int64_t> parseInteger(std::string_view text) noexcept {
   text = trimmed(text);
@@ -186,21 +167,6 @@ std::optional<int64_t> parseInteger(std::string_view text, ERepresentation repre
     if (word == "false") value = 0;
   }
   return value ? value : parseInteger(text);
-}
-
-std::optional<std::vector<uint8_t>> parseHexId(std::string_view text) {
-  text = trimmed(text);
-  if (text.empty()) return std::nullopt;
-  std::vector<uint8_t> bytes((text.size() + 1) / 2);
-  size_t nibble = text.size() % 2;
-  for (char character : text) {
-    const int digit = hexDigit(character);
-    if (digit < 0) return std::nullopt;
-    uint8_t& byte = bytes[nibble / 2];
-    byte = static_cast<uint8_t>(byte * 16 + digit);
-    ++nibble;
-  }
-  return bytes;
 }
 
 bool parseRegisterText(std::string_view text, std::span<uint8_t> bytes) noexcept {

@@ -9,15 +9,11 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace GENAPI_NAMESPACE::text {
 
 // Most digits that a float is printed with; past it every double is written out completely.
 inline constexpr int64_t kMaxDisplayPrecision = 1100;
-
-// Without the blanks (space, tab, line feed, carriage return) at both ends.
-std::string_view trimmed(std::string_view text) noexcept;
 
 // Optional sign, then decimal digits ("0815" is 815) or "0x" and 1 to 16 hex digits, taken as a bit pattern:
 // "0xFFFFFFFFFFFFFFFF" is -1, "-0x10" is -16. Nothing for decimals beyond int64 and everything else.
@@ -42,9 +38,6 @@ std::optional<int64_t> parseMac(std::string_view text) noexcept;
 
 // The special form of the representation, or a plain integer.
 std::optional<int64_t> parseInteger(std::string_view text, ERepresentation representation) noexcept;
-
-// A chunk or event ID: hex digits without prefix, highest byte first; an odd count gets a leading zero.
-std::optional<std::vector<uint8_t>> parseHexId(std::string_view text);
 
 // "0x" and exactly two hex digits for each byte of `bytes`, in memory order. False, and `bytes` untouched, otherwise.
 bool parseRegisterText(std::string_view text, std::span<uint8_t> bytes) noexcept;

@@ -49,15 +49,6 @@ size_t findMalformedUtf8(std::string_view text) noexcept {
   return std::string_view::npos;
 }
 
-size_t countCharacters(std::string_view text) noexcept {
-  size_t count = 0;
-  for (size_t at = 0; at < text.size(); ++count) {
-    const size_t length = characterLength(text, at);
-    at += length == 0 ? 1 : length;
-  }
-  return count;
-}
-
 size_t wholeCharacters(std::string_view cut) noexcept {
   size_t start = cut.size();
   while (start > 0 && cut.size() - start < 4 && isContinuation(cut[start - 1])) --start;

@@ -17,9 +17,6 @@ inline bool isUtf8(std::string_view text) noexcept {
   return findMalformedUtf8(text) == std::string_view::npos;
 }
 
-// The characters of a text; a malformed byte counts as one.
-size_t countCharacters(std::string_view text) noexcept;
-
 // How many bytes remain of a text that was cut anywhere when a character that the cut broke goes as a whole.
 size_t wholeCharacters(std::string_view cut) noexcept;
 
