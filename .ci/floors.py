@@ -39,7 +39,7 @@ ROOMS = [
     ("simulated-public", "camera/transports/simulated/library/include", ["api"]),
     ("simulated", "camera/transports/simulated/library", ["simulated-public", "api", "base-public", "simulation-public"]),
     ("transports", "camera/transports", ["camera-public", "camera-transport", "api", "simulation-public"]),
-    ("camera", "camera/src", ["camera-public", "camera-transport", "api", "base-public"]),
+    ("camera", "camera/src", ["camera-public", "camera-transport", "api", "base-public", "pixels-public"]),
     ("library", "src", ["api", "base-public", "telemetry-public", "genapi-public"]),
     ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public",
                        "camera-public"]),

@@ -15,6 +15,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr Milliseconds kClosingTime{1500};     // of a device that does not answer any more
+constexpr Milliseconds kStoppingTime{1000};    // of a stream when the camera is closed
 constexpr Milliseconds kShortestInterval{10};  // between two heartbeats
 constexpr Milliseconds kLongestInterval{1000};
 
@@ -256,6 +257,7 @@ void Session::lose(uint64_t number, const std::string& reason) {
     changed_.notify_all();
   }
   connection->end(OXCAMERA_E_LOST, "The camera is lost: " + reason);
+  acquisition_.lose(reason);
   connection->release();
   Connection::close(std::move(connection), Milliseconds{0});
 }
@@ -309,6 +311,7 @@ void Session::reopen(Milliseconds retry) {
   }
   if (former) {
     former->end(OXCAMERA_E_LOST, "The camera is lost: it is being opened again");
+    acquisition_.lose("it is being opened again");
     Connection::close(std::move(former), kClosingTime);
   }
   OpenOptions options = options_;
@@ -329,6 +332,7 @@ void Session::reopen(Milliseconds retry) {
 }
 
 void Session::close() {
+  acquisition_.close(kStoppingTime);
   std::shared_ptr<Connection> connection;
   std::thread heartbeat;
   {
@@ -338,8 +342,9 @@ void Session::close() {
     heartbeat = std::move(heartbeat_);
     changed_.notify_all();
   }
+  if (connection) connection->end(OXCAMERA_E_CLOSED, "The camera is closed");
+  acquisition_.finish();
   if (connection) {
-    connection->end(OXCAMERA_E_CLOSED, "The camera is closed");
     Connection::close(std::move(connection), kClosingTime);
   }
   if (heartbeat.joinable()) heartbeat.join();

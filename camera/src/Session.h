@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 
+#include "Acquisition.h"
 #include "Connection.h"
 #include "FeatureMap.h"
 #include "Opening.h"
@@ -43,6 +44,12 @@ class Session final : public FeaturePort, public std::enable_shared_from_this<Se
   // Any other use of the device, in turn with reads and writes.
   void use(const std::function<void(Device&)>& use);
 
+  Acquisition& acquisition() { return acquisition_; }
+  // The connection in use, to be handed to giveBack(). Throws CameraError when lost or closed.
+  std::shared_ptr<Connection> connection() const;
+  // A share that may be the last one of a connection that has ended.
+  void giveBack(std::shared_ptr<Connection> connection);
+
   struct Failure {
     uint32_t code = 0;
     std::string text;
@@ -64,9 +71,6 @@ class Session final : public FeaturePort, public std::enable_shared_from_this<Se
   Caller begin(uint64_t& number);
   void install(uint64_t number, OpenedCamera opened);
   void keepAlive();
-  std::shared_ptr<Connection> connection() const;  // throws when lost or closed
-  // A share that may be the last one of a connection that has ended.
-  void giveBack(std::shared_ptr<Connection> connection);
   void lose(uint64_t number, const std::string& reason);
   void callBack();  // with the mutex held
   template <class Access>
@@ -76,6 +80,7 @@ class Session final : public FeaturePort, public std::enable_shared_from_this<Se
 
   const OpenOptions options_;
   FeatureMap features_;
+  Acquisition acquisition_{*this};
   std::atomic<bool> prepared_ = false;
   std::mutex reopening_;
 

@@ -138,6 +138,10 @@ bool Acquisition::nextPicture(PictureFacts& facts) {
     timeline().cancel(reg("AcquisitionStart"));
     expose(false);
   }
+  return duePicture(facts);
+}
+
+bool Acquisition::duePicture(PictureFacts& facts) {
   if (waiting_.empty()) return false;
   facts = std::move(waiting_.front());
   waiting_.pop_front();

@@ -19,6 +19,8 @@ class Acquisition final : public Behaviour {
   /// The oldest picture that nobody fetched; without one, a free running camera takes the next picture at once.
   /// False: no picture.
   bool nextPicture(PictureFacts& facts);
+  /// The oldest picture that nobody fetched, and none that is not due.
+  bool duePicture(PictureFacts& facts);
 
  private:
   void start();

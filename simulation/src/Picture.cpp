@@ -30,7 +30,7 @@ std::vector<uint8_t> big(uint64_t value, int count) {
 }
 
 // Deep formats get the pattern byte by byte: a ramp is a ramp in any of them.
-void draw(std::vector<uint8_t>& image, uint64_t rowLength, const PictureFacts& facts) {
+void draw(std::span<uint8_t> image, uint64_t rowLength, const PictureFacts& facts) {
   const auto fill = [&](auto value) {
     for (uint64_t y = 0; y < facts.height; ++y)
       for (uint64_t x = 0; x < rowLength; ++x) image[y * rowLength + x] = static_cast<uint8_t>(value(x, y));
@@ -100,26 +100,38 @@ PictureFacts pictureFacts(const RegisterBank& r, int64_t nowNs, int64_t exposure
 }
 
 Frame develop(const PictureFacts& facts) {
+  Frame frame;
+  frame.data.resize(developInto(facts, {}, frame));
+  developInto(facts, frame.data, frame);
+  return frame;
+}
+
+uint64_t developInto(const PictureFacts& facts, std::span<uint8_t> memory, Frame& frame) {
   const uint64_t rowLength = rowBytes(facts.width, facts.pixelFormat);
   if (rowLength != 0 && facts.height > kMaxImageBytes / rowLength) throw std::bad_alloc();
-  Frame frame;
   frame.imageBytes = rowLength * facts.height;
   frame.frameId = facts.frameId;
   frame.timestampNs = facts.timestampNs;
   frame.width = facts.width;
   frame.height = facts.height;
   frame.pixelFormat = facts.pixelFormat;
-  frame.data.resize(frame.imageBytes);
-  draw(frame.data, rowLength, facts);
-  if (!facts.chunkMode) return frame;
-
-  const std::vector<uint8_t> image = std::move(frame.data);
-  frame.data.clear();
-  appendChunk(frame.data, kChunkImage, image);
-  std::size_t place = 1;
-  for (const Chunk& chunk : chunksBehindImage(facts))
-    if (facts.chunks[place++]) appendChunk(frame.data, chunk.id, chunk.bytes);
-  return frame;
+  std::vector<uint8_t> tail;  // after the image
+  if (facts.chunkMode) {
+    const std::vector<uint8_t> padding((4 - frame.imageBytes % 4) % 4);
+    tail = padding;
+    for (const uint64_t number : {uint64_t{kChunkImage}, frame.imageBytes + padding.size()}) {
+      const std::vector<uint8_t> bytes = big(number, 4);
+      tail.insert(tail.end(), bytes.begin(), bytes.end());
+    }
+    std::size_t place = 1;
+    for (const Chunk& chunk : chunksBehindImage(facts))
+      if (facts.chunks[place++]) appendChunk(tail, chunk.id, chunk.bytes);
+  }
+  const uint64_t total = frame.imageBytes + tail.size();
+  if (memory.size() < total) return total;
+  draw(memory.first(frame.imageBytes), rowLength, facts);
+  std::ranges::copy(tail, memory.subspan(frame.imageBytes).begin());
+  return total;
 }
 
 uint64_t payloadBytes(const RegisterBank& r) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "OxSimulation/Frame.h"
@@ -31,6 +32,10 @@ PictureFacts pictureFacts(const RegisterBank& registers, int64_t nowNs, int64_t 
 
 /// Draws the picture and appends its chunks. A size that no memory holds throws std::bad_alloc.
 Frame develop(const PictureFacts& facts);
+
+/// The same into memory of the caller, with nothing drawn where it is too short. `frame.data` stays empty. Returns the
+/// bytes that the picture and its chunks take.
+uint64_t developInto(const PictureFacts& facts, std::span<uint8_t> memory, Frame& frame);
 
 /// Bytes that develop() gives with the current settings.
 uint64_t payloadBytes(const RegisterBank& registers);

@@ -144,6 +144,17 @@ Frame SimulatedCamera::acquireFrame() {
   return develop(facts);
 }
 
+bool SimulatedCamera::takeFrame(std::span<uint8_t> memory, Frame& frame, uint64_t& needed) {
+  PictureFacts facts;
+  {
+    const std::lock_guard lock(parts_->mutex);
+    parts_->core.timeline.advance();
+    if (!parts_->acquisition.duePicture(facts)) return false;
+  }
+  needed = developInto(facts, memory, frame);
+  return true;
+}
+
 std::vector<uint8_t> SimulatedCamera::fileContent(std::string_view file) const {
   const std::lock_guard lock(parts_->mutex);
   parts_->core.timeline.advance();

@@ -34,6 +34,9 @@
 #include "OxCamera/Camera.h"
 #include "OxCamera/CameraList.h"
 #include "OxCamera/CameraTypes.h"
+#include "OxCamera/ImageTypes.h"
+#include "OxCamera/Save.h"
+#include "OxCamera/Stream.h"
 #include "OxGenApi/OxGenApi.h"
 
 #endif

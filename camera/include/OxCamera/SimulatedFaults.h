@@ -20,4 +20,8 @@
 
 #define OX_FAULT_DELAY_MS (OX_FAULT_BASE + 28) /* the next of the faults above that is written begins so much later */
 
+/* Of streams. */
+#define OX_FAULT_CUT_FRAMES (OX_FAULT_BASE + 32)  /* so many frames come without their second half */
+#define OX_FAULT_LOSE_FRAMES (OX_FAULT_BASE + 36) /* so many frames never come */
+
 #endif

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "OxCamera/OxCamera.h"
+#include "OxCamera/cpp/Image.hpp"
 
 namespace oxgenapi {
 
@@ -109,6 +110,18 @@ struct CameraOptions {
   TByteOrder byteOrder = BO_Automatic;
   std::string description = {};  ///< file in place of the camera's own description
   std::string registers = {};    ///< file with a register image in place of a camera
+};
+
+/// How a stream starts; a zero stands for the default of TStreamOptions.
+struct StreamOptions {
+  size_t buffers = 0;
+  std::vector<TFrameMemory> memory = {};  ///< in place of buffers of the library; outlives the stream
+  bool latestOnly = false;                ///< only the newest image waits
+  TPacketSize packetSize = PS_Keep;
+  uint32_t packetBytes = 0;  ///< for PS_Number
+  TReceiveMethod receive = RM_Automatic;
+  uint64_t socketBytes = 0;
+  uint32_t resendPercent = 0;
 };
 
 /// An open camera.
@@ -210,6 +223,45 @@ class Camera {
   }
   void close() const { check(OxCameraClose(handle())); }
 
+  // ---- Images ----
+
+  void start(const StreamOptions& options = {}) const {
+    TStreamOptions flat{};
+    flat.StructSize = sizeof flat;
+    flat.BufferCount = options.memory.empty() ? options.buffers : options.memory.size();
+    flat.Buffers = options.memory.empty() ? nullptr : options.memory.data();
+    flat.LatestOnly = options.latestOnly ? 1 : 0;
+    flat.PacketSize = options.packetSize;
+    flat.PacketBytes = options.packetBytes;
+    flat.Receive = options.receive;
+    flat.SocketBytes = options.socketBytes;
+    flat.ResendPercent = options.resendPercent;
+    check(OxCameraStartEx(handle(), &flat));
+  }
+  void stop() const { check(OxCameraStop(handle())); }
+  /// The next image. A negative time: the default, which follows the exposure.
+  Image next(std::chrono::milliseconds time = std::chrono::milliseconds(-1)) const {
+    return image(OxCameraNextImage, time);
+  }
+  /// An image that came after this call; starts a stream if none runs and leaves it running.
+  Image grab(std::chrono::milliseconds time = std::chrono::milliseconds(-1)) const {
+    return image(OxCameraGrabImage, time);
+  }
+  /// Ends waits of other threads, or the next wait.
+  void cancelWait() const { check(OxCameraCancelWait(handle())); }
+  TStreamStatistics statistics() const {
+    TStreamStatistics statistics{};
+    statistics.StructSize = sizeof statistics;
+    check(OxCameraStreamStatistics(handle(), &statistics));
+    return statistics;
+  }
+  /// What hampers the stream, one sentence a line; empty when nothing is known.
+  std::string advice() const {
+    std::string text;
+    check(detail::readText(text, [&](char* to, size_t& size) { return OxCameraStreamAdvice(handle(), to, size); }));
+    return text;
+  }
+
   // ---- Network ----
 
   TNetworkConfiguration network() const {
@@ -221,6 +273,12 @@ class Camera {
 
  private:
   using LossCallback = std::function<void(Camera, const std::string&)>;
+
+  Image image(uint32_t (*wait)(OXCAMERA, uint32_t, TImage*), std::chrono::milliseconds time) const {
+    TImage record;
+    check(wait(handle(), time.count() < 0 ? OX_WAIT_DEFAULT : static_cast<uint32_t>(time.count()), &record));
+    return Image(handle_, record);
+  }
 
   explicit Camera(Handle<OXCAMERA> handle) noexcept : handle_(std::move(handle)) {}
 

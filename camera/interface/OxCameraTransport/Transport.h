@@ -13,9 +13,12 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "OxCameraTransport/Stream.h"
 
 namespace ox::camera {
 
@@ -147,6 +150,11 @@ class Device : public Port {
   // Throw TransportError. The stored address is written, switched on, and read back.
   virtual NetworkConfiguration network();
   virtual void storeAddress(const NetworkAddress& address);
+
+  // Makes the receiver ready: frames that the camera sends from now on go into the buffers that were queued. One stream
+  // at a time; it ends before its device. The sink and the memory outlive it. Throws TransportError.
+  virtual std::unique_ptr<Stream> openStream(const StreamRequest& request, std::span<const BufferMemory> buffers,
+                                             FrameSink& sink);
 };
 
 struct OpenRequest {
@@ -187,6 +195,9 @@ inline NetworkConfiguration Device::network() {
 inline void Device::storeAddress(const NetworkAddress&) {
   throw TransportError(Reason::notSupported, "This camera has no network address");
 }
+inline std::unique_ptr<Stream> Device::openStream(const StreamRequest&, std::span<const BufferMemory>, FrameSink&) {
+  throw TransportError(Reason::notSupported, "This camera sends no images on this way");
+}
 inline NetworkAddress Transport::proposeAddress(const CameraFacts&) {
   throw TransportError(Reason::notSupported, "This camera has no network address");
 }
@@ -196,7 +207,7 @@ inline void Transport::forceAddress(const CameraFacts&, const NetworkAddress&) {
 
 // The one symbol a module exports, under the name kTransportEntry. `version` is kTransportVersion of the library; a
 // module of another version answers null. A transport lives as long as the process.
-inline constexpr int kTransportVersion = 2;
+inline constexpr int kTransportVersion = 3;
 inline constexpr const char* kTransportEntry = "oxCameraTransport";
 using OpenTransport = Transport* (*)(int version);
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "AravisStream.h"
 #include "Discovery.h"
 #include "GigeAddress.h"
 #include "GigeDevices.h"
@@ -106,7 +107,9 @@ class AravisDevice : public Device {
 class AravisGige final : public AravisDevice, private gige::Registers {
  public:
   AravisGige(ArvDevice* device, const OpenRequest& request, Place place)
-      : AravisDevice(device, request.onLost), pings_(place.camera, place.own, kPingTime) {}
+      : AravisDevice(device, request.onLost),
+        pings_(place.camera, place.own, kPingTime),
+        loopback_(place.camera >> 24 == kLoopback) {}
 
   void read(void* buffer, uint64_t address, size_t length) override {
     if (address % kWord == 0 && length == kWord && registers_) {
@@ -156,9 +159,14 @@ class AravisGige final : public AravisDevice, private gige::Registers {
   void useRegisterAccess(bool use) override { registers_ = use; }
   NetworkConfiguration network() override { return gige::readConfiguration(*this); }
   void storeAddress(const NetworkAddress& address) override { gige::storeConfiguration(*this, address); }
+  std::unique_ptr<Stream> openStream(const StreamRequest& request, std::span<const BufferMemory> buffers,
+                                     FrameSink& sink) override {
+    return openAravisStream(device(), loopback_, request, buffers, sink);
+  }
 
  private:
   static constexpr Milliseconds kPingTime{450};
+  static constexpr uint32_t kLoopback = 127;  // first number of its addresses
 
   // A camera need not have memory writes; one without has changed nothing when it says so.
   void writeWord(const void* buffer, uint64_t address) {
@@ -187,6 +195,7 @@ class AravisGige final : public AravisDevice, private gige::Registers {
   }
 
   gige::GvcpChannel pings_;
+  const bool loopback_;
   bool registers_ = false;
 };
 
@@ -198,6 +207,10 @@ class AravisUsb final : public AravisDevice {
   void ping() override {
     uint32_t version = 0;
     readBytes(&version, 0, sizeof version);
+  }
+  std::unique_ptr<Stream> openStream(const StreamRequest& request, std::span<const BufferMemory> buffers,
+                                     FrameSink& sink) override {
+    return openAravisStream(device(), false, request, buffers, sink);
   }
 };
 

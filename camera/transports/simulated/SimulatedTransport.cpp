@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 
+#include "SimulatedStream.h"
 #include "SimulatedUnit.h"
 
 namespace ox::camera::simulated {
@@ -45,6 +46,10 @@ class SimulatedDevice final : public Device {
   void abandon() noexcept override { unit_->abandon(opening_); }
   bool hasRegisterAccess() const override { return true; }
   void useRegisterAccess(bool use) override { registers_ = use; }
+  std::unique_ptr<Stream> openStream(const StreamRequest&, std::span<const BufferMemory> buffers,
+                                     FrameSink& sink) override {
+    return std::make_unique<SimulatedStream>(unit_, opening_, buffers, sink);
+  }
 
  private:
   bool isSwapped(size_t length) const { return length == kWord && !registers_ && unit_->order() != Order::plain; }

@@ -141,6 +141,25 @@ std::string SimulatedUnit::description() const {
   return text;
 }
 
+SimulatedUnit::Sent SimulatedUnit::takeFrame(const Opening& opening, std::span<uint8_t> memory,
+                                             simulation::Frame& frame, uint64_t& needed) {
+  {
+    const std::lock_guard lock(mutex_);
+    settle();
+    if (!isThereLocked() || opening.number <= powerOnOpening_ || Clock::now() < silentUntil_) return Sent::nothing;
+  }
+  if (!camera_.takeFrame(memory, frame, needed)) return Sent::nothing;
+  const std::lock_guard lock(mutex_);
+  if (loseFrames_ > 0) {
+    --loseFrames_;
+    return Sent::nothing;
+  }
+  if (needed > memory.size()) return Sent::tooLarge;
+  if (cutFrames_ == 0) return Sent::whole;
+  --cutFrames_;
+  return Sent::cut;
+}
+
 bool SimulatedUnit::readFault(void* buffer, uint64_t address, size_t length) const {
   const uint32_t value = address == OX_FAULT_WRITES ? writes_ : pings_;
   if (length != kWord || (address != OX_FAULT_WRITES && address != OX_FAULT_PINGS)) return false;
@@ -151,7 +170,7 @@ bool SimulatedUnit::readFault(void* buffer, uint64_t address, size_t length) con
 }
 
 bool SimulatedUnit::writeFault(const void* buffer, uint64_t address, size_t length) {
-  if (length != kWord || address < OX_FAULT_LATE_MS || address > OX_FAULT_DELAY_MS) return false;
+  if (length != kWord || address < OX_FAULT_LATE_MS || address > OX_FAULT_LOSE_FRAMES) return false;
   const uint32_t value = number(buffer);
   if (address == OX_FAULT_DELAY_MS) {
     delay_ = Milliseconds{value};
@@ -194,6 +213,12 @@ void SimulatedUnit::begin(uint64_t address, uint32_t value) {
       break;
     case OX_FAULT_TAKE_OVER:
       controller_ = 0;
+      break;
+    case OX_FAULT_CUT_FRAMES:
+      cutFrames_ = value;
+      break;
+    case OX_FAULT_LOSE_FRAMES:
+      loseFrames_ = value;
       break;
     default:
       break;

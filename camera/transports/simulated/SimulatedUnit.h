@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "UnitConfig.h"
@@ -40,6 +41,12 @@ class SimulatedUnit {
   void ping(const Opening& opening);
   std::string description() const;
 
+  // What becomes of a frame that is due.
+  enum class Sent { nothing, whole, cut, tooLarge };
+  // Draws the next frame that is due into `memory`; into none it is gone. Also `nothing` while the camera is out of
+  // reach, and for frames that a fault loses.
+  Sent takeFrame(const Opening& opening, std::span<uint8_t> memory, simulation::Frame& frame, uint64_t& needed);
+
  private:
   using Clock = std::chrono::steady_clock;
 
@@ -71,6 +78,8 @@ class SimulatedUnit {
     uint32_t value;
   };
   std::optional<Due> due_;
+  uint32_t cutFrames_ = 0;
+  uint32_t loseFrames_ = 0;
   Milliseconds delay_{0};
   Milliseconds late_;
   uint32_t lateCount_ = 0;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,6 +53,11 @@ class SimulatedCamera final : public RegisterDevice {
   /// the next picture at once; one that waits for a trigger or does not run gives a frame without data. Throws
   /// std::bad_alloc.
   Frame acquireFrame();
+
+  /// Draws the oldest picture that is due and that nobody fetched into `memory`, with its chunks behind it; false if
+  /// there is none. `frame.data` stays as it is. `needed`: the bytes that it takes; more than `memory` has: the picture
+  /// is gone and nothing is drawn. Draws outside of the camera's lock. Throws std::bad_alloc.
+  bool takeFrame(std::span<uint8_t> memory, Frame& frame, uint64_t& needed);
 
   /// Content of a file of the camera, named as in FileSelector. Throws std::invalid_argument for an unknown name.
   std::vector<uint8_t> fileContent(std::string_view file) const;

@@ -1,0 +1,85 @@
+#include <OxCamera/Stream.h>
+
+#include "ExportFrame.h"
+
+using namespace ox::camera;
+
+namespace {
+
+template <class Record>
+Record& checked(Record* record, const char* name) {
+  if (record == nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, std::string("There is no ") + name);
+  return *record;
+}
+
+template <class Call>
+uint32_t onStream(OXCAMERA handle, Call&& call) noexcept {
+  return onCamera(handle, [&](Session& session) { call(session.acquisition()); });
+}
+
+}  // namespace
+
+uint32_t OxCameraStart(OXCAMERA Camera, size_t BufferCount) {
+  return onStream(Camera, [&](Acquisition& acquisition) {
+    TStreamOptions options{};
+    options.BufferCount = BufferCount;
+    acquisition.start(options);
+  });
+}
+
+uint32_t OxCameraStartEx(OXCAMERA Camera, const TStreamOptions* Options) {
+  return onStream(Camera, [&](Acquisition& acquisition) {
+    const TStreamOptions& options = checked(Options, "TStreamOptions");
+    if (options.StructSize != sizeof options || options.PacketSize > PS_Number || options.Receive > RM_Packet) {
+      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "These are no stream options: StructSize, PacketSize or Receive");
+    }
+    acquisition.start(options);
+  });
+}
+
+uint32_t OxCameraStop(OXCAMERA Camera) {
+  return onStream(Camera, [](Acquisition& acquisition) { acquisition.stop(); });
+}
+
+uint32_t OxCameraNextImage(OXCAMERA Camera, uint32_t TimeMs, TImage* Image) {
+  return onStream(Camera, [&](Acquisition& acquisition) { acquisition.next(TimeMs, checked(Image, "TImage")); });
+}
+
+uint32_t OxCameraGrabImage(OXCAMERA Camera, uint32_t TimeMs, TImage* Image) {
+  return onStream(Camera, [&](Acquisition& acquisition) { acquisition.grab(TimeMs, checked(Image, "TImage")); });
+}
+
+uint32_t OxCameraReturnImage(OXCAMERA Camera, const TImage* Image) {
+  return onStream(Camera, [&](Acquisition& acquisition) { acquisition.giveBack(checked(Image, "TImage")); });
+}
+
+uint32_t OxCameraImagePart(OXCAMERA Camera, const TImage* Image, size_t Index, TImagePart* Part) {
+  return onStream(Camera, [&](Acquisition& acquisition) {
+    acquisition.part(checked(Image, "TImage"), Index, checked(Part, "TImagePart"));
+  });
+}
+
+uint32_t OxCameraCancelWait(OXCAMERA Camera) {
+  return onStream(Camera, [](Acquisition& acquisition) { acquisition.cancel(); });
+}
+
+uint32_t OxCameraStreamStatistics(OXCAMERA Camera, TStreamStatistics* Statistics) {
+  return onStream(Camera, [&](Acquisition& acquisition) {
+    if (checked(Statistics, "TStreamStatistics").StructSize != sizeof *Statistics) {
+      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This is no TStreamStatistics: StructSize");
+    }
+    *Statistics = acquisition.statistics();
+    Statistics->StructSize = sizeof *Statistics;
+  });
+}
+
+uint32_t OxCameraStreamAdvice(OXCAMERA Camera, char* Text, size_t& TextSize) {
+  return onStream(Camera, [&](Acquisition& acquisition) { giveText(acquisition.advice(), Text, TextSize); });
+}
+
+uint32_t OxCameraAttachChunks(OXCAMERA Camera, const TImage* Image) {
+  return onCamera(Camera, [&](Session& session) {
+    const bool bigEndian = session.camera().text(CI_Protocol) != "USB3Vision";
+    session.acquisition().attachChunks(checked(Image, "TImage"), bigEndian);
+  });
+}
