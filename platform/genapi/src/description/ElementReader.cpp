@@ -296,23 +296,20 @@ void NodeReader::noteUnknown(pugi::xml_node xml) {
 }
 
 void NodeReader::skip(pugi::xml_node subtree, int depth) const {
-  const int start = depth;
-  pugi::xml_node at = subtree;
-  for (;;) {
-    checkDepth(depth, at);
-    checkAttributes(at);
-    if (const pugi::xml_node child = at.first_child()) {
-      at = child;
-      ++depth;
-      continue;
+  struct Check final : pugi::xml_tree_walker {
+    Check(const NodeReader& theReader, int itsDepth) : reader(theReader), root(itsDepth) {}
+    bool for_each(pugi::xml_node& node) override {
+      reader.checkDepth(root + 1 + this->depth(), node);
+      reader.checkAttributes(node);
+      return true;
     }
-    while (depth > start && !at.next_sibling()) {
-      at = at.parent();
-      --depth;
-    }
-    if (depth <= start) return;
-    at = at.next_sibling();
-  }
+    const NodeReader& reader;
+    const int root;
+  };
+  checkDepth(depth, subtree);
+  checkAttributes(subtree);
+  Check check(*this, depth);
+  subtree.traverse(check);
 }
 
 void NodeReader::checkDepth(int depth, pugi::xml_node xml) const {

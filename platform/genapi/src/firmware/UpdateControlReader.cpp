@@ -30,38 +30,20 @@ const char* repeatedAttribute(pugi::xml_node element) {
   return nullptr;
 }
 
-struct Oddities {
+// What the parser lets pass: visits all nodes, as long as none of the limits is exceeded.
+struct Oddities final : pugi::xml_tree_walker {
+  bool for_each(pugi::xml_node& node) override {
+    const bool isElement = node.type() == pugi::node_element;
+    isTooLarge = ++nodes > kMaxControlNodes || (isElement && depth() >= kMaxControlDepth);
+    if (node.type() == pugi::node_doctype) hasDoctype = true;
+    if (isElement && !repeated) repeated = repeatedAttribute(node);
+    return !isTooLarge;
+  }
+  size_t nodes = 0;
   bool isTooLarge = false;
   bool hasDoctype = false;
   const char* repeated = nullptr;  // an attribute
 };
-
-// Visits every node without recursion, as long as none of the limits is exceeded.
-Oddities odditiesOf(const pugi::xml_document& document) {
-  Oddities odd;
-  size_t nodes = 0;
-  int depth = 1;
-  pugi::xml_node node = document.first_child();
-  while (node) {
-    const bool isElement = node.type() == pugi::node_element;
-    odd.isTooLarge = ++nodes > kMaxControlNodes || (isElement && depth > kMaxControlDepth);
-    if (odd.isTooLarge) return odd;
-    if (node.type() == pugi::node_doctype) odd.hasDoctype = true;
-    if (isElement && !odd.repeated) odd.repeated = repeatedAttribute(node);
-    if (node.first_child()) {
-      node = node.first_child();
-      ++depth;
-      continue;
-    }
-    while (node && !node.next_sibling()) {
-      node = node.parent();
-      --depth;
-      if (depth < 1) return odd;
-    }
-    node = node.next_sibling();
-  }
-  return odd;
-}
 
 // A reference to the character 0 ("&#0;", "&#x00;"), which XML does not allow. The parser takes it for the end of a
 // text, so that what stands behind it would be lost without a word.
@@ -108,7 +90,8 @@ void UpdateControlReader::read(const std::string& text) {
   if (!result)
     refuse<NotWellFormedException>("{}: is not well-formed at byte {}: {}", where_, result.offset,
                                    result.description());
-  const Oddities odd = odditiesOf(document);
+  Oddities odd;
+  document.traverse(odd);
   if (odd.isTooLarge)
     refuseAt("document", "has more than " + std::to_string(kMaxControlNodes) + " nodes or is nested deeper than " +
                              std::to_string(kMaxControlDepth));

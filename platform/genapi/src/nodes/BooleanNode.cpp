@@ -4,26 +4,12 @@
 
 namespace GENAPI_NAMESPACE {
 
-BooleanNode::BooleanNode(Device& device, NodeIndex index) : ValueNode(device, index) {
-  for (const Property& each : properties()) {
-    switch (each.element) {
-      case Element::Value:
-        constant_ = each.integer != 0;
-        break;
-      case Element::pValue:
-        link_ = each.target;
-        break;
-      case Element::OnValue:
-        onValue_ = each.integer;
-        break;
-      case Element::OffValue:
-        offValue_ = each.integer;
-        break;
-      default:
-        break;
-    }
-  }
-}
+BooleanNode::BooleanNode(Device& device, NodeIndex index)
+    : ValueNode(device, index),
+      link_(target(Element::pValue)),
+      constant_(given(Element::Value, 0) != 0),
+      onValue_(given(Element::OnValue, 1)),
+      offValue_(given(Element::OffValue, 0)) {}
 
 EAccessMode BooleanNode::typeMode() const {
   return holdsOwnValue() ? RW : other(link_).accessMode();

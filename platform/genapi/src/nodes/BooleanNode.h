@@ -31,10 +31,9 @@ class BooleanNode final : public ValueNode<IBoolean> {
   bool compute(Reading how) const;
   void writeTruth(bool truth, bool verify) const;
 
-  NodeIndex link_ = kNoNode;
-  bool constant_ = false;  // what a held value begins with
-  int64_t onValue_ = 1;
-  int64_t offValue_ = 0;
+  const NodeIndex link_;
+  const bool constant_;  // what a held value begins with
+  const int64_t onValue_, offValue_;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -2,13 +2,11 @@
 
 namespace GENAPI_NAMESPACE {
 
-CommandNode::CommandNode(Device& device, NodeIndex index) : ValueNode(device, index) {
-  for (const Property& each : properties()) {
-    if (each.element == Element::pValue) link_ = each.target;
-    if (each.element == Element::pCommandValue) commandLink_ = each.target;
-    if (each.element == Element::CommandValue) command_ = each.integer;
-  }
-}
+CommandNode::CommandNode(Device& device, NodeIndex index)
+    : ValueNode(device, index),
+      link_(target(Element::pValue)),
+      commandLink_(target(Element::pCommandValue)),
+      command_(given(Element::CommandValue, 0)) {}
 
 EAccessMode CommandNode::typeMode() const {
   const EAccessMode mode = link_ == kNoNode ? RW : other(link_).accessMode();

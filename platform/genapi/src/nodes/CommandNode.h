@@ -35,9 +35,8 @@ class CommandNode final : public ValueNode<ICommand> {
   // Whether the device still shows the command value; asked past every cache.
   bool isUnderWay() const;
 
-  NodeIndex link_ = kNoNode;
-  NodeIndex commandLink_ = kNoNode;
-  int64_t command_ = 0;
+  const NodeIndex link_, commandLink_;
+  const int64_t command_;
 };
 
 }  // namespace GENAPI_NAMESPACE

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
+#include <cstdlib>
 
 namespace GENAPI_NAMESPACE {
 
 template <class Base>
 ConverterNode<Base>::ConverterNode(Device& device, NodeIndex index)
-    : Base(device, index), formulas_(FormulaSet::of(device.description, index)) {
-  if (const Property* link = this->find(Element::pValue)) link_ = link->target;
+    : Base(device, index), formulas_(FormulaSet::of(device.description, index)), link_(this->target(Element::pValue)) {
   if (const Property* given = this->find(Element::Slope)) slope_ = static_cast<ESlope>(given->word);
 }
 
@@ -49,17 +48,12 @@ auto ConverterNode<Base>::limit(bool upper) const -> Number {
 
 template <class Base>
 auto ConverterNode<Base>::computeIncrement() const -> Number {
-  if constexpr (std::is_same_v<Base, IntegerBase>) {
-    return 1;
-  } else {
-    if (!hasFloatIncrement()) return Base::computeIncrement();
-    return std::fabs(converted(this->ask(source(), Traits::increment)) - converted(0.0));
-  }
+  if (!hasIncrement()) return Base::computeIncrement();
+  return std::abs(converted(this->ask(source(), Traits::increment)) - converted(Number{}));
 }
 
 template <class Base>
-bool ConverterNode<Base>::hasFloatIncrement() const {
-  if constexpr (std::is_same_v<Base, IntegerBase>) return true;
+bool ConverterNode<Base>::hasIncrement() const {
   const Property* linear = this->find(Element::IsLinear);
   return linear && linear->word == Yes && slope_ != Varying &&
          this->ask(source(), [](const NodeBase& from) { return from.hasFloatIncrement(); });
@@ -71,24 +65,6 @@ auto ConverterNode<Base>::valueSet(bool bounded) const -> std::vector<Number> {
       this->ask(source(), [&](const NodeBase& from) { return Traits::valueSet(from, bounded); });
   for (Number& each : values) each = converted(each);
   return values;
-}
-
-template <class Base>
-std::vector<int64_t> ConverterNode<Base>::integerValueSet(bool bounded) const {
-  if constexpr (std::is_same_v<Base, IntegerBase>) {
-    return valueSet(bounded);
-  } else {
-    return Base::integerValueSet(bounded);
-  }
-}
-
-template <class Base>
-std::vector<double> ConverterNode<Base>::floatValueSet(bool bounded) const {
-  if constexpr (std::is_same_v<Base, IntegerBase>) {
-    return Base::floatValueSet(bounded);
-  } else {
-    return valueSet(bounded);
-  }
 }
 
 template class ConverterNode<IntegerBase>;

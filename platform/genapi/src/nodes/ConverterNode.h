@@ -17,12 +17,9 @@ class ConverterNode final : public Base {
   ConverterNode(Device& device, NodeIndex index);
   EAccessMode typeMode() const override { return restrictedByVariables(*this, source().accessMode()); }
   const NodeBase* valueSource() const override { return &source(); }
-  bool hasFloatIncrement() const override;
   bool hasValueSet() const override {
     return this->ask(source(), [](const NodeBase& from) { return from.hasValueSet(); });
   }
-  std::vector<int64_t> integerValueSet(bool bounded) const override;
-  std::vector<double> floatValueSet(bool bounded) const override;
 
  protected:
   Number compute(Reading how) const override;
@@ -30,16 +27,17 @@ class ConverterNode final : public Base {
   Number computeMin() const override { return limit(false); }
   Number computeMax() const override { return limit(true); }
   Number computeIncrement() const override;
+  bool hasIncrement() const override;
+  std::vector<Number> valueSet(bool bounded) const override;
 
  private:
   const NodeBase& source() const { return this->other(link_); }
   // FormulaFrom over a value of the source.
   Number converted(Number sourceValue) const;
   Number limit(bool upper) const;
-  std::vector<Number> valueSet(bool bounded) const;
 
   const FormulaSet& formulas_;
-  NodeIndex link_ = kNoNode;
+  const NodeIndex link_;
   ESlope slope_ = Automatic;
 };
 

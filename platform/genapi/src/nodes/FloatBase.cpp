@@ -73,7 +73,7 @@ int64_t FloatBase::integerMax() const {
 }
 
 int64_t FloatBase::integerIncrement() const {
-  if (!hasFloatIncrement()) return 1;
+  if (!hasIncrement()) return 1;
   const auto rounded = roundedToInteger(computeIncrement());
   return rounded ? std::max<int64_t>(*rounded, 1) : 1;
 }
@@ -95,7 +95,7 @@ void FloatBase::check(double value) const {
 
 std::vector<int64_t> FloatBase::integerValueSet(bool bounded) const {
   std::vector<int64_t> values;
-  for (const double each : floatValueSet(bounded)) {
+  for (const double each : valueSet(bounded)) {
     if (const auto rounded = roundedToInteger(each)) values.push_back(*rounded);
   }
   return values;

@@ -28,8 +28,10 @@ class FloatBase : public NumberBase<double> {
   int64_t integerIncrement() const override;
   double floatMin() const override { return minimum(); }
   double floatMax() const override { return maximum(); }
+  bool hasFloatIncrement() const final { return hasIncrement(); }
   double floatIncrement() const override { return computeIncrement(); }
-  std::vector<int64_t> integerValueSet(bool bounded) const override;
+  std::vector<int64_t> integerValueSet(bool bounded) const final;
+  std::vector<double> floatValueSet(bool bounded) const final { return valueSet(bounded); }
 
  protected:
   double computeIncrement() const override { return NodeBase::floatIncrement(); }

@@ -24,7 +24,7 @@ void IntegerBase::writeFloat(double value, bool verify) const {
                                 text::printFloatExactly(value), min, max);
   }
   if (hasValueSet()) {
-    const std::vector<int64_t> values = integerValueSet(true);
+    const std::vector<int64_t> values = valueSet(true);
     const auto nearest = std::min_element(values.begin(), values.end(), [&](int64_t a, int64_t b) {
       const auto distance = [&](int64_t each) {
         const long double difference = static_cast<long double>(value) - static_cast<long double>(each);
@@ -58,7 +58,7 @@ void IntegerBase::check(int64_t value) const {
   if (value > max) refuse<OutOfRangeException>("{}: value {} must be at most Max = {}", path(), value, max);
   if (value < min) refuse<OutOfRangeException>("{}: value {} must be at least Min = {}", path(), value, min);
   if (hasValueSet()) {
-    const std::vector<int64_t> values = integerValueSet(false);
+    const std::vector<int64_t> values = valueSet(false);
     if (std::find(values.begin(), values.end(), value) != values.end()) return;
     refuse<OutOfRangeException>("{}: value {} is not in the set of valid values", path(), value);
   }
@@ -72,7 +72,7 @@ void IntegerBase::check(int64_t value) const {
 }
 
 std::vector<double> IntegerBase::floatValueSet(bool bounded) const {
-  const std::vector<int64_t> values = integerValueSet(bounded);
+  const std::vector<int64_t> values = valueSet(bounded);
   return {values.begin(), values.end()};
 }
 

@@ -23,9 +23,10 @@ class IntegerBase : public NumberBase<int64_t> {
   int64_t integerIncrement() const override { return computeIncrement(); }
   double floatMin() const override { return static_cast<double>(minimum()); }
   double floatMax() const override { return static_cast<double>(maximum()); }
-  bool hasFloatIncrement() const override { return true; }
+  bool hasFloatIncrement() const final { return true; }
   double floatIncrement() const override { return static_cast<double>(computeIncrement()); }
-  std::vector<double> floatValueSet(bool bounded) const override;
+  std::vector<int64_t> integerValueSet(bool bounded) const final { return valueSet(bounded); }
+  std::vector<double> floatValueSet(bool bounded) const final;
 
  protected:
   int64_t computeIncrement() const override { return 1; }

@@ -82,6 +82,15 @@ class NodeBase : public INode, public ISelector {
   // "Addressed > ... > ThisNode": how the evaluation under way has come here.
   std::string path() const { return evaluation().path(index_); }
   NodeBase& other(NodeIndex index) const { return device_.nodes.node(index); }
+  // What the node's element says: a number, or which node it names; else `otherwise`, or kNoNode.
+  int64_t given(Element element, int64_t otherwise) const {
+    const Property* property = find(element);
+    return property ? property->integer : otherwise;
+  }
+  NodeIndex target(Element element) const {
+    const Property* property = find(element);
+    return property ? property->target : kNoNode;
+  }
   // The node that the first link of that kind names, or null.
   NodeBase* linked(Element element) const;
   ECachingMode cachingMode() const { return evaluation().cachingMode(index_); }

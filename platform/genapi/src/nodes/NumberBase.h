@@ -110,6 +110,10 @@ class NumberBase : public ValueNode<typename NumberTraits<Number>::Interface> {
   virtual Number computeMin() const { return kLowest; }
   virtual Number computeMax() const { return kHighest; }
   virtual Number computeIncrement() const = 0;
+  // Whether there is an increment; integers have one in any case.
+  virtual bool hasIncrement() const { return false; }
+  // The valid value set, empty without one; bounded: only members inside the limits.
+  virtual std::vector<Number> valueSet(bool) const { return {}; }
   // Throws OutOfRangeException for a value that the limits do not allow.
   virtual void check(Number value) const = 0;
 

@@ -174,8 +174,7 @@ auto NumberNode<Base>::computeIncrement() const -> Number {
 }
 
 template <class Base>
-bool NumberNode<Base>::hasFloatIncrement() const {
-  if constexpr (std::is_same_v<Base, IntegerBase>) return true;
+bool NumberNode<Base>::hasIncrement() const {
   if (this->find(Element::Inc) || this->find(Element::pInc)) return true;
   return this->askSource(false, [](const NodeBase& from) { return from.hasFloatIncrement(); });
 }
@@ -202,32 +201,13 @@ bool NumberNode<Base>::hasValueSet() const {
 template <class Base>
 auto NumberNode<Base>::valueSet(bool bounded) const -> std::vector<Number> {
   std::vector<Number> values;
-  const Property* own = this->find(Element::ValidValueSet);
-  if (own && std::is_same_v<Base, IntegerBase>) {
+  if (const Property* own = this->find(Element::ValidValueSet)) {
     const std::vector<int64_t> listed = listedNumbers(own->value());
     values.assign(listed.begin(), listed.end());
   } else {
     values = this->askSource(values, [&](const NodeBase& from) { return Traits::valueSet(from, bounded); });
   }
   return bounded && !values.empty() ? this->withinLimits(std::move(values)) : values;
-}
-
-template <class Base>
-std::vector<int64_t> NumberNode<Base>::integerValueSet(bool bounded) const {
-  if constexpr (std::is_same_v<Base, IntegerBase>) {
-    return valueSet(bounded);
-  } else {
-    return Base::integerValueSet(bounded);
-  }
-}
-
-template <class Base>
-std::vector<double> NumberNode<Base>::floatValueSet(bool bounded) const {
-  if constexpr (std::is_same_v<Base, IntegerBase>) {
-    return Base::floatValueSet(bounded);
-  } else {
-    return valueSet(bounded);
-  }
 }
 
 template class NumberNode<IntegerBase>;

@@ -16,10 +16,7 @@ class NumberNode final : public Base {
   NumberNode(Device& device, NodeIndex index);
   EAccessMode typeMode() const override;
   const NodeBase* valueSource() const override;
-  bool hasFloatIncrement() const override;
   bool hasValueSet() const override;
-  std::vector<int64_t> integerValueSet(bool bounded) const override;
-  std::vector<double> floatValueSet(bool bounded) const override;
 
  protected:
   Number compute(Reading how) const override;
@@ -27,6 +24,8 @@ class NumberNode final : public Base {
   Number computeMin() const override;
   Number computeMax() const override;
   Number computeIncrement() const override;
+  bool hasIncrement() const override;
+  std::vector<Number> valueSet(bool bounded) const override;
   bool holdsOwnValue() const override { return form_ == Form::Held; }
 
  private:
@@ -44,7 +43,6 @@ class NumberNode final : public Base {
   // A limit: the node's own, what its targets give together, or its source's.
   template <class Of, class Narrower>
   Number limit(Element constant, Element link, Number unlimited, Of&& of, Narrower&& narrower) const;
-  std::vector<Number> valueSet(bool bounded) const;
   // Calls visit for pValue and the copies, in XML order.
   template <class Visit>
   void forEachTarget(Visit&& visit) const;

@@ -21,27 +21,12 @@ bool isBigEndian(const NodeBase& node) {
 }  // namespace
 
 IntRegNode::IntRegNode(Device& device, NodeIndex index) : RegisterBase(device, index), bigEndian_(isBigEndian(*this)) {
-  for (const Property& each : properties()) {
-    switch (each.element) {
-      case Element::Sign:
-        signed_ = each.word == Signed;
-        break;
-      case Element::Bit:
-        masked_ = true;
-        firstBit_ = lastBit_ = static_cast<uint8_t>(each.integer);
-        break;
-      case Element::LSB:
-        masked_ = true;
-        firstBit_ = static_cast<uint8_t>(each.integer);
-        break;
-      case Element::MSB:
-        masked_ = true;
-        lastBit_ = static_cast<uint8_t>(each.integer);
-        break;
-      default:
-        break;
-    }
-  }
+  const Property* const sign = find(Element::Sign);
+  signed_ = sign && sign->word == Signed;
+  masked_ = record().type == NodeType::MaskedIntReg;
+  const int64_t bit = given(Element::Bit, 0);
+  firstBit_ = static_cast<uint8_t>(given(Element::LSB, bit));
+  lastBit_ = static_cast<uint8_t>(given(Element::MSB, bit));
 }
 
 IntRegNode::Field IntRegNode::field() const {

@@ -20,9 +20,7 @@ void TextBase::writeText(std::string_view text, bool verify) const {
   write(verify, [&] { store(text, verify); });
 }
 
-StringNode::StringNode(Device& device, NodeIndex index) : TextBase(device, index) {
-  if (const Property* link = find(Element::pValue)) link_ = link->target;
-}
+StringNode::StringNode(Device& device, NodeIndex index) : TextBase(device, index), link_(target(Element::pValue)) {}
 
 EAccessMode StringNode::typeMode() const {
   return holdsOwnValue() ? RW : other(link_).accessMode();

@@ -39,7 +39,7 @@ class StringNode final : public TextBase {
   bool holdsOwnValue() const override { return link_ == kNoNode; }
 
  private:
-  NodeIndex link_ = kNoNode;
+  const NodeIndex link_;
 };
 
 }  // namespace GENAPI_NAMESPACE
