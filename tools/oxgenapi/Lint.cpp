@@ -44,34 +44,9 @@ Severity severityOf(ESeverity severity) {
   return severity == svNote ? Severity::note : severity == svDefect ? Severity::defect : Severity::fatal;
 }
 
-bool isIdentifier(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char character) {
-    return character == '_' || (character >= '0' && character <= '9') ||
-           ((character | 0x20) >= 'a' && (character | 0x20) <= 'z');
-  });
-}
-
-// A failed load comes as one text: "path:12: Integer 'Width': pValue: reason", any part before the reason may lack.
-Problem fatalProblem(const std::string& path, std::string_view text) {
-  Problem problem{Severity::fatal, 0, {}, {}, {}};
-  if (text.starts_with(path + ":")) {
-    text.remove_prefix(path.size() + 1);
-    const auto number = std::from_chars(text.data(), text.data() + text.size(), problem.line);
-    text.remove_prefix(static_cast<size_t>(number.ptr - text.data()));
-    text.remove_prefix(std::min(text.find_first_not_of(": "), text.size()));
-  }
-  const size_t open = text.find(" '");
-  const size_t close = text.find("': ");
-  if (open < close && close != text.npos && isIdentifier(text.substr(0, open))) {
-    problem.node = text.substr(open + 2, close - open - 2);
-    text.remove_prefix(close + 3);
-    if (const size_t colon = text.find(": "); colon != text.npos && isIdentifier(text.substr(0, colon))) {
-      problem.element = text.substr(0, colon);
-      text.remove_prefix(colon + 2);
-    }
-  }
-  problem.reason = text;
-  return problem;
+Problem problemOf(const Finding& finding) {
+  return {severityOf(finding.Severity), finding.Line, textOf(finding.Node), textOf(finding.Element),
+          textOf(finding.Reason)};
 }
 
 class Linter {
@@ -102,8 +77,7 @@ class Linter {
       source->GetFindings(findings);
     }
     for (const Finding& each : findings) {
-      problems_.push_back(
-          {severityOf(each.Severity), each.Line, textOf(each.Node), textOf(each.Element), textOf(each.Reason)});
+      problems_.push_back(problemOf(each));
     }
   }
 
@@ -163,16 +137,17 @@ class Linter {
   std::vector<Problem> problems_;
 };
 
-// `source` stands at the front of the text of a load that fails.
 template <class Load>
-std::vector<Problem> problemsOf(const std::string& source, std::string_view text, Load load) {
+std::vector<Problem> problemsOf(std::string_view text, Load load) {
   std::vector<Problem> problems;
   try {
     const Description map = load();
     const SourceLines lines(text);
     problems = Linter(*map, lines).run();
+  } catch (const DescriptionException& error) {
+    problems.push_back(problemOf(error.GetFinding()));
   } catch (const std::exception& error) {
-    problems.push_back(fatalProblem(source, error.what()));
+    problems.push_back({Severity::fatal, 0, {}, {}, error.what()});
   }
   std::stable_sort(problems.begin(), problems.end(),
                    [](const Problem& left, const Problem& right) { return left.line < right.line; });
@@ -182,11 +157,11 @@ std::vector<Problem> problemsOf(const std::string& source, std::string_view text
 }  // namespace
 
 std::vector<Problem> lint(const std::string& path) {
-  return problemsOf(path, contents(path), [&] { return loadDescriptionFile(path); });
+  return problemsOf(contents(path), [&] { return loadDescriptionFile(path); });
 }
 
 std::vector<Problem> lintBytes(std::string_view description) {
-  return problemsOf("", description, [&] { return loadDescriptionBytes(description); });
+  return problemsOf(description, [&] { return loadDescriptionBytes(description); });
 }
 
 }  // namespace tool

@@ -49,8 +49,10 @@ void BuildFindings::defect(size_t offset, NodeIndex node, std::string_view eleme
   add(svDefect, offset, node, element, std::move(reason));
 }
 
-void BuildFindings::fatal(size_t offset, std::string text) const {
-  throw LoadFault{offset == kNoOffset ? 0 : lineAt(text_, offset), std::move(text)};
+void BuildFindings::fatal(size_t offset, std::string_view reason, std::string_view nodeType, std::string_view node,
+                          std::string_view element) const {
+  throw LoadFault{offset == kNoOffset ? 0 : lineAt(text_, offset), std::string(reason), std::string(nodeType),
+                  std::string(node), std::string(element)};
 }
 
 void BuildFindings::add(ESeverity severity, size_t offset, NodeIndex node, std::string_view element,

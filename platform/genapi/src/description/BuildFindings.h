@@ -10,10 +10,11 @@
 
 namespace GENAPI_NAMESPACE {
 
-// Ends a load. The text has everything but the file name and the line.
+// Ends a load.
 struct LoadFault {
   uint32_t line;  // 0 unknown
-  std::string text;
+  std::string reason;
+  std::string nodeType{}, node{}, element{};  // empty where there is none
 };
 
 // The value in quotes, cut to 40 characters, without anything that would break the line.
@@ -33,7 +34,8 @@ class BuildFindings {
 
   void note(size_t offset, NodeIndex node, std::string_view element, std::string reason);
   void defect(size_t offset, NodeIndex node, std::string_view element, std::string reason);
-  [[noreturn]] void fatal(size_t offset, std::string text) const;
+  [[noreturn]] void fatal(size_t offset, std::string_view reason, std::string_view nodeType = {},
+                          std::string_view node = {}, std::string_view element = {}) const;
 
   size_t count() const { return records_.size(); }
   // Findings from number `first` on belong to `node`, whose index was not known when they were made.

@@ -32,7 +32,7 @@ struct DescriptionParts {
   // A fault of one node, with what is known of it.
   [[noreturn]] void fatal(size_t offset, const NodeRecord& node, std::string_view element,
                           std::string_view reason) const {
-    findings.fatal(offset, placedText(nodeTypeName(node.type), node.name(), element, reason));
+    findings.fatal(offset, reason, nodeTypeName(node.type), node.name(), element);
   }
 };
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 
+#include "GenApi/Findings.h"
 #include "description/DescriptionBuilder.h"
 #include "description/DescriptionCache.h"
 #include "description/Limits.h"
@@ -113,8 +114,10 @@ LoadedDescription reportingFaults(std::string sourceName, Load&& run) {
   } catch (const LoadFault& fault) {
     std::string text = loaded.sourceName + ':';
     if (fault.line != 0) text += std::to_string(fault.line) + ':';
-    text += ' ' + fault.text;
-    throw GENICAM_NAMESPACE::RuntimeException(text.c_str(), __FILE__, __LINE__);
+    text += ' ' + placedText(fault.nodeType, fault.node, fault.element, fault.reason);
+    const auto part = [](const std::string& each) { return GENICAM_NAMESPACE::gcstring(std::string_view(each)); };
+    throw DescriptionException(text.c_str(),
+                               Finding{svFatal, fault.line, part(fault.node), part(fault.element), part(fault.reason)});
   } catch (const std::bad_alloc&) {
     refuse<BadAllocException>("out of memory while a description was loaded");
   } catch (const std::length_error&) {
