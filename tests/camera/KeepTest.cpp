@@ -31,8 +31,8 @@ class Keeping : public CameraBench {
 constexpr int kRounds = 200;
 constexpr size_t kGrowthKiB = 64 * 1024;
 #else
-constexpr int kRounds = 10'000;
-constexpr size_t kGrowthKiB = 1024;
+constexpr int kRounds = 3000;
+constexpr size_t kGrowthKiB = 384;
 #endif
 
 size_t residentKiB() {
@@ -242,7 +242,7 @@ TEST_F(Keeping, NothingGrows) {
       outcomeOf([&] { camera.write("abcd", 0, 4); });
     }
   };
-  round(500);
+  round(300);
   const size_t before = residentKiB();
   round(kRounds);
   EXPECT_LT(residentKiB(), before + kGrowthKiB);

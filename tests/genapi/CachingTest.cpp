@@ -207,6 +207,19 @@ TEST(Caching, EveryKindOfWriteUpdatesWhatItOverlapsAndCallsNobodyBack) {
   }
 }
 
+TEST(Caching, NodesWithOtherRulesTakeNothingFromEachOther) {
+  TestMap t(reg("Register", "Cached", 0, 4) + reg("Register", "Never", 0, 4, tag("Cachable", "NoCache")) +
+            reg("IntReg", "Command", 8, 4, tag("AccessMode", "WO")) + reg("IntReg", "Status", 8, 4));
+  uint8_t bytes[4];
+  t.bytes("Cached")->Get(bytes, 4);
+  t.port.poke(0, {7});
+  t.bytes("Never")->Get(bytes, 1);
+  EXPECT_EQ(bytes[0], 7) << "the first bytes alone";
+  t.integer("Command")->SetValue(5);
+  t.port.poke(8, {9});
+  EXPECT_EQ(t.integer("Status")->GetValue(), 9) << "what cannot be read is not what was written";
+}
+
 TEST(Caching, PlaceForgottenThroughOneNodeStillWarnsTheOthers) {
   TestMap t(reg("IntReg", "A", 0, 4) + reg("IntReg", "B", 0, 4) + over("OverB", "B") + reg("IntReg", "Half", 0, 2));
   EXPECT_EQ(t.integer("OverB")->GetValue(), 0);

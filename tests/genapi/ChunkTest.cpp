@@ -93,6 +93,7 @@ TEST(ChunkPort, RefusesImpossibleChunksAndKeepsTheFormerOne) {
   uint8_t byte = 0;
   port.Read(&byte, 0, 1);
   EXPECT_EQ(byte, 7);
+  port.AttachChunk(buffer.data(), 7, 1, false);
 }
 
 TEST(ChunkPort, IdsCompareWithoutLeadingZeros) {
@@ -109,6 +110,7 @@ TEST(ChunkPort, IdsCompareWithoutLeadingZeros) {
       {"01234", 3, {0x12, 0x34}, true},
       {"0000", 2, {}, true},
       {"0000", 2, {0, 0, 0}, true},
+      {"0102030405060708", 8, {1, 2, 3, 4, 5, 6, 7, 8}, true},
       {"0102030405060708090a", 10, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, true},
       {"0102030405060708090a", 10, {3, 4, 5, 6, 7, 8, 9, 10}, false},
   };
@@ -209,15 +211,21 @@ TEST(ChunkAdapter, CopiesOnlyWhereCallerDescriptionAndLimitAgree) {
     Adapter adapter(t.map, c.limit);
     std::array<uint8_t, 4> buffer{5, 0, 0, 0};
     adapter.port(c.port).AttachChunk(buffer.data(), 0, 4, c.cache);
+    std::array<uint8_t, 4> second{8, 0, 0, 0};
+    adapter.UpdateBuffer(second.data());
     adapter.DetachBuffer();
     EXPECT_EQ(adapter.port(c.port).GetAccessMode(), c.left) << c.port << c.cache << c.limit;
     if (c.left != RO) continue;
-    buffer[0] = 6;
-    EXPECT_EQ(t.integer("KeptValue")->GetValue(), 5) << "the copy outlives the buffer";
+    second[0] = 6;
+    EXPECT_EQ(t.integer("KeptValue")->GetValue(), 8) << "the copy outlives the buffer, the last one";
     EXPECT_EQ(t.mode("KeptValue"), RO);
     EXPECT_THROW(t.integer("KeptValue")->SetValue(1), AccessException);
     adapter.ClearCaches();
     EXPECT_EQ(t.mode("KeptValue"), NA);
+    adapter.port(c.port).AttachChunk(buffer.data(), 0, 4, c.cache);
+    t.integer("KeptValue")->SetValue(9);
+    adapter.DetachBuffer();
+    EXPECT_EQ(t.integer("KeptValue")->GetValue(), 9) << "what is written to the chunk is written to its copy";
   }
 }
 

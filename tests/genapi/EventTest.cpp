@@ -75,6 +75,8 @@ TEST(EventAdapter, RefusesWhatIsNoMessage) {
   EXPECT_THROW(t.adapter.DeliverMessage(&byte, 1), LogicalErrorException);
   EXPECT_THROW(CEventAdapterGeneric(nullptr).AttachNodeMap(nullptr), InvalidArgumentException);
   EXPECT_EQ(t.mode("Stamp"), NA);
+  const std::vector<uint8_t> longest(static_cast<size_t>(kMaxEventBytes));
+  t.adapter.DeliverMessage(longest.data(), static_cast<uint32_t>(longest.size()), uint64_t{0x9001});
 }
 
 TEST(EventPort, ServesOneNodeOnItsOwn) {

@@ -127,6 +127,9 @@ TEST(IntegerNode, CopyRightsCountExceptReading) {
               reg("IntReg", "C", 1, 1, tag("AccessMode", copy)));
     EXPECT_EQ(t.mode("A"), expected) << copy;
   }
+  TestMap steps(over("A", "V", tag("pValueCopy", "C") + tag("pValueCopy", "D")) + held("V") +
+                held("C", 0, tag("Inc", "2")) + held("D"));
+  EXPECT_EQ(steps.mode("A"), RO) << "no value is on every grid";
 }
 
 TEST(IntegerNode, TableFollowsItsIndex) {
@@ -163,6 +166,11 @@ TEST(IntegerNode, ValueSetAcceptsItsMembersInsideTheRange) {
   a->SetValue(5);
   EXPECT_THROW(a->SetValue(8), OutOfRangeException) << "on the grid of Inc, which a set overrules";
   EXPECT_THROW(a->SetValue(64), OutOfRangeException);
+  TestMap real(over("F", "A", "", "Float") + held("A", 1, tag("ValidValueSet", "1;3;5")));
+  real.real("F")->SetValue(4);
+  EXPECT_EQ(real.integer("A")->GetValue(), 3) << "the first of two that are as near";
+  TestMap above(over("A", "F") + "<Float Name='F'><Value>2</Value></Float>");
+  EXPECT_EQ(above.integer("A")->GetInc(), 1) << "a float without an increment";
 }
 
 TEST(IntegerNode, OverAFloatRoundsHalfAwayFromZero) {

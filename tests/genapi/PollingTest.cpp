@@ -183,6 +183,17 @@ TEST(Polling, OfAnEntryBeginsWhenAReadFindsIt) {
   EXPECT_EQ(map.firings({40, 10}), "0 1");
 }
 
+TEST(Polling, CountsWhatItsOwnReadsNotice) {
+  // The enumeration has no polling time of its own, but reading it as a guard shows that the entry has cleared itself.
+  Polled map(balance("") + polled("Gain", 4, 1000, "<pBlockPolling>Balance</pBlockPolling>"), {"Balance"});
+  map.pick("Once");
+  map.port.poke(0, {0});
+  map.map->Poll(1);
+  EXPECT_THAT(map.log.take(), ElementsAre("Balance"));
+  map.map->Poll(1);
+  EXPECT_THAT(map.log.take(), IsEmpty());
+}
+
 TEST(Polling, GoesOnAfterAnErrorAndReportsTheFirst) {
   Polled map(go("Go", "A", 10) + reg("IntReg", "A", 0, 4) + go("Run", "B", 10) + reg("IntReg", "B", 4, 4) +
                  polled("Raw", 8, 10),

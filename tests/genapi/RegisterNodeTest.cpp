@@ -212,6 +212,11 @@ TEST(RegisterNode, UnusableLengthsAreRefusedAtAccess) {
   EXPECT_THROW(number.integer("R")->GetMax(), OutOfRangeException);
   number.integer("L")->SetValue(3);
   EXPECT_EQ(number.integer("R")->GetMax(), 0xffffff);
+  TestMap real(node("FloatReg"));
+  for (const int64_t length : {2, 5, 16}) {
+    real.integer("L")->SetValue(length);
+    EXPECT_THROW(real.real("R")->GetValue(), OutOfRangeException) << length;
+  }
 }
 
 TEST(RegisterNode, PartialTransfers) {

@@ -149,6 +149,19 @@ TEST_F(Events, AMessageReachesTheNodesWithItsId) {
   EXPECT_OK(NMDeliverEvent(device.map, &cut)) << "with the low 32 bits of its size";
 }
 
+TEST_F(Events, BadMessagesAreRefused) {
+  Device empty;
+  const TEventData noPayload{0x1234, nullptr, 4}, noBytes{0x1234, payload, 0}, good{0x1234, payload, 4};
+  for (const TEventData* bad : {&noPayload, &noBytes}) {
+    EXPECT_FAILS(NMDeliverEvent(empty.map, bad), OXGENAPI_E_INVALID_ARGUMENT, "Event data buffer invalid");
+  }
+  EXPECT_FAILS(NMDeliverEvent(empty.map, &good), OXGENAPI_E_INVALID_STATE, "No NodeMap object available");
+  for (const char* id : {"0x1234", static_cast<const char*>(nullptr)}) {
+    const TEventDataEx named{id, payload, 4};
+    EXPECT_EQ(NMDeliverEventEx(device.map, &named), OXGENAPI_E_UNSPECIFIED);
+  }
+}
+
 TEST_F(Events, ACallbackMayLoadAnewWhileItsEventIsDelivered) {
   TCallbackHandle handle = 0;
   ASSERT_OK(NRegisterUpdate(

@@ -115,9 +115,11 @@ TEST_F(NodeValue, NumbersAreCutTowardsZeroOrRefused) {
     EXPECT_EQ(value, kept);
   }
   int64_t value = 77;
-  setFloat(1e300);
-  EXPECT_FAILS(NGetAsInteger(device.node("Float"), &value), OXGENAPI_E_UNSPECIFIED,
-               "Float: 1e+300 does not fit a 64-bit integer");
+  for (const auto& [written, shown] : {std::pair{1e300, "1e+300"}, {0x1p63, "9.22337e+18"}}) {
+    setFloat(written);
+    EXPECT_FAILS(NGetAsInteger(device.node("Float"), &value), OXGENAPI_E_UNSPECIFIED,
+                 (std::string("Float: ") + shown + " does not fit a 64-bit integer").c_str());
+  }
   EXPECT_EQ(value, 77);
   for (const double written : {1e300, -1e300, std::numeric_limits<double>::quiet_NaN(), 9223372036854775808.0}) {
     EXPECT_EQ(NSetAsFloat(device.node("Integer"), written), OXGENAPI_E_INVALID_ARGUMENT) << written;

@@ -148,6 +148,13 @@ TEST(SettingsLoad, ACallbackMayReloadOrThrow) {
   EXPECT_EQ(device.memory[0x40], 4);
 }
 
+TEST(SettingsLoad, WritesASelectorOnlyWhenItsValueChanges) {
+  Device device(intReg("Selector", "0") + intReg("Width", "4"));
+  EXPECT_EQ(NMLoadSetString(device.map, "Width[Selector(1)] = 2\nWidth[Selector(1)] = 3\n", false, nullptr, nullptr),
+            0u);
+  EXPECT_EQ(device.writes, 3);
+}
+
 TEST(SettingsReport, SendsAWarningWhenItGoesOnAndAnErrorWhenItStops) {
   Device device(intReg("Width", "0"));
   const std::string text = "NodeMapSerializer: Absent: Node not present in node map";

@@ -151,9 +151,6 @@ const Case kCases[] = {
        return freshIsThere(b) && NGetAsInteger(handle, &b.integer) == OXGENAPI_E_NOT_READABLE;
      }},
     {"NMLoadXMLStringW", {}, [](Bench& b) { return NMLoadXMLStringW(b.smallMap, kOtherWide.c_str()); }, freshIsThere},
-    {"NMLoadXMLFile", [](Bench& b) { EXPECT_EQ(CreateNodeMap(b.created), 0u); },
-     [](Bench& b) { return NMLoadXMLFile(b.created, path(kDescriptionFile)); },
-     [](Bench& b) { return isLoaded(b.created, "Width"); }},
     {"NMLoadXMLFileW zipped", [](Bench& b) { EXPECT_EQ(CreateNodeMap(b.created), 0u); },
      [](Bench& b) { return NMLoadXMLFileW(b.created, widePath(kZippedDescription)); },
      [](Bench& b) { return isLoaded(b.created, "Width"); }},
@@ -167,24 +164,10 @@ const Case kCases[] = {
        return result;
      },
      [](Bench&) { return IsNode(handle); }},
-    {"NMGetNodeW",
-     {},
-     [](Bench& b) {
-       NODE found{};
-       const uint32_t result = NMGetNodeW(b.cameraMap, L"ExposureTime", found);
-       const Plenty plenty;
-       handle = b.keep(found);
-       return result;
-     },
-     [](Bench&) { return IsNode(handle); }},
     {"NMListNode",
      {},
      [](Bench& b) { return NMListNode(b.smallMap, 3, b.text, b.size); },
      [](Bench& b) { return b.text[0] != '\0'; }},
-    {"NMListNodeW",
-     {},
-     [](Bench& b) { return NMListNodeW(b.smallMap, 3, b.wide, b.size); },
-     [](Bench& b) { return b.wide[0] != L'\0'; }},
     {"NMInfoAsStringW",
      {},
      [](Bench& b) { return NMInfoAsStringW(b.cameraMap, NMI_ModelName, b.wide, b.size); },
@@ -209,17 +192,8 @@ const Case kCases[] = {
        return NMAttachChunkListEx(b.smallMap, chunks, 2);
      },
      [](Bench& b) { return NGetAsRegisterData(handle, b.text, &(b.integer = 8)) == 0; }},
-    {"NMUpdateChunks",
-     [](Bench& b) {
-       const TChunkData chunk{0xa2, b.chunk, 12, 8};
-       EXPECT_EQ(NMAttachChunk(b.smallMap, &chunk), 0u);
-     },
-     [](Bench& b) { return NMUpdateChunks(b.smallMap, b.chunk); },
-     {}},
-    {"NMDetachAllChunks", {}, [](Bench& b) { return NMDetachAllChunks(b.smallMap); }, {}},
 
     onSmall("NGetAsInteger", "Level", [](Bench& b) { return NGetAsInteger(handle, &b.integer); }, {}),
-    onSmall("NGetAsFloat", "Gain", [](Bench& b) { return NGetAsFloat(handle, &b.real); }, {}),
     onSmall(
         "NGetAsString", "Mode", [](Bench& b) { return NGetAsString(handle, b.text, b.size); },
         [](Bench& b) { return std::string(b.text) == "Off"; }),
@@ -230,27 +204,17 @@ const Case kCases[] = {
         "NSetAsInteger", "Width", [](Bench&) { return NSetAsInteger(handle, 11); },
         [](Bench& b) { return b.memory[0] == 11; }),
     onSmall(
-        "NSetAsFloat", "Gain", [](Bench&) { return NSetAsFloat(handle, 0.5); },
-        [](Bench& b) { return b.memory[15] == 0x40; }),
-    onSmall(
         "NSetAsStringW", "Mode", [](Bench&) { return NSetAsStringW(handle, L"On"); },
         [](Bench& b) { return b.memory[48] == 1; }),
     onSmall(
         "NInfoAsString", "Width", [](Bench& b) { return NInfoAsString(handle, NI_Max, b.text, b.size); },
         [](Bench& b) { return std::string(b.text) == "1001"; }),
     onSmall(
-        "NInfoAsInteger", "Locked", [](Bench& b) { return NInfoAsInteger(handle, NI_AccessMode, &b.integer); },
-        [](Bench& b) { return b.integer == 1; }),
-    onSmall(
         "NInfoEnum", "Mode", [](Bench& b) { return NInfoEnum(handle, NI_Name, 1, &b.integer, b.text, &b.size); },
         [](Bench& b) { return std::string(b.text).ends_with("On"); }),
     onSmall(
         "NList", "Mode", [](Bench& b) { return NList(handle, NL_EnumEntries, 2, b.text, b.size); },
         [](Bench& b) { return std::string(b.text).ends_with("Odd"); }),
-    onSmall(
-        "NListCount", "Level", [](Bench& b) { return NListCount(handle, NL_SelectingFeatures, &b.integer); },
-        [](Bench& b) { return b.integer == 2; }),
-    onSmall("NGetAsMemory", "Device", [](Bench& b) { return NGetAsMemory(handle, 0, b.text, 8); }, {}),
     onSmall(
         "NSetAsMemory", "Device", [](Bench& b) { return NSetAsMemory(handle, 0, "abcdefgh", 8) + (b.size & 0); },
         [](Bench& b) { return b.memory[0] == 'a'; }),
@@ -294,24 +258,13 @@ const Case kCases[] = {
 
     saving("NMSaveSetStringEx",
            [](Bench& b) { return NMSaveSetStringEx(b.smallMap, b.text, &b.size, kSaved, &Bench::note, &b); }),
-    {"NMSaveSetString",
-     {},
-     [](Bench& b) { return NMSaveSetString(b.smallMap, b.text, &b.size, &Bench::note, &b); },
-     [](Bench& b) { return !b.problems.empty() || std::string(b.text).find("Level") != std::string::npos; },
-     Told::kProblem},
     {"NMSaveSetExW", [](Bench&) { files().restore(); },
      [](Bench& b) { return NMSaveSetExW(b.smallMap, widePath(kScratchFile), L"Width|Gain", &Bench::note, &b); },
      [](Bench& b) { return !b.problems.empty() || NMLoadSet(b.smallMap, path(kScratchFile), nullptr, nullptr) == 0; },
      Told::kProblem},
     loadingSet("NMLoadSetEx",
                [](Bench& b) { return NMLoadSetEx(b.smallMap, path(kSettingsFile), true, &Bench::note, &b); }),
-    loadingSet("NMLoadSetStringW",
-               [](Bench& b) { return NMLoadSetStringW(b.smallMap, kSettingsWide.c_str(), false, &Bench::note, &b); }),
 
-    {"NMUploadFileMemory",
-     {},
-     [](Bench& b) { return NMUploadFileMemory(b.cameraMap, "UserFile1", "content", 7); },
-     [](Bench& b) { return b.camera.fileContent("UserFile1").size() == 7; }},
     {"NMUploadFileW", [](Bench&) { files().restore(); },
      [](Bench& b) { return NMUploadFileW(b.cameraMap, L"UserFile1", widePath(kSettingsFile)); },
      [](Bench& b) { return b.camera.fileContent("UserFile1").size() == calls::settings()[0].size(); }},
@@ -322,10 +275,6 @@ const Case kCases[] = {
     {"NMDownloadFileMemory", [](Bench& b) { b.camera.setFileContent("UserFile1", std::vector<uint8_t>(200, 'u')); },
      [](Bench& b) { return NMDownloadFileMemory(b.cameraMap, "UserFile1", b.text, &b.size); },
      [](Bench& b) { return b.size == 200 && b.text[199] == 'u'; }},
-    {"NMDownloadFileMemory size",
-     [](Bench& b) { b.camera.setFileContent("UserFile1", std::vector<uint8_t>(200, 'u')); },
-     [](Bench& b) { return NMDownloadFileMemory(b.cameraMap, "UserFile1", nullptr, &b.size); },
-     [](Bench& b) { return b.size == 200; }},
 
     firmware(
         "CreateFirmwareUpdater",
@@ -335,9 +284,6 @@ const Case kCases[] = {
         "CreateFirmwareUpdaterW verified",
         [](Bench& b) { return CreateFirmwareUpdaterW(widePath(kUpdateFile), 1, &b.createdUpdater); },
         [](Bench& b) { return b.createdUpdater != nullptr; }, OXGENAPI_E_RUNTIME),
-    firmware(
-        "FWUpdateFileCount", [](Bench& b) { return FWUpdateFileCount(b.updater, &b.size); },
-        [](Bench& b) { return b.size == 2; }),
     firmware(
         "FWUpdateFileInfoW", [](Bench& b) { return FWUpdateFileInfoW(b.updater, 0, 1, FUI_Value, b.wide, &b.size); },
         [](Bench& b) { return std::wstring(b.wide) == L"2.1.0"; }),

@@ -48,7 +48,7 @@ TEST_F(FailingDevice, EveryCommandTellsOfAnyAccessThatFails) {
     EXPECT_EQ(healthy.status, 0) << command[0] << ": " << healthy.err;
     int64_t n = 1, runs = 1;
     // Each of the first ones; then fewer and fewer, or it would take minutes. By hand: each.
-    for (;; n += isEach ? 1 : 1 + n / 8, ++runs) {
+    for (;; n += isEach ? 1 : 1 + n / 3, ++runs) {
       std::vector<std::string> failing{"timeout", "30", std::string(build) + "/bin/oxgenapi", "--fail-access",
                                        std::to_string(n)};
       failing.insert(failing.end(), command.begin(), command.end());
