@@ -149,6 +149,10 @@ TEST(DeviceFile, BlocksFitBufferLimitAndIncrement) {
   FileBench<> stepped(fileDescription("<Max>12</Max><Inc>4</Inc>"));
   EXPECT_EQ(upload(stepped, pattern(14)), pattern(14) + std::string(2, '\0'));
   EXPECT_THAT(stepped.camera.lengths, ElementsAre(12, 4));
+  // What is shorter than the least length is filled with zeros, not with what the last block left.
+  FileBench<> least(fileDescription("<Min>4</Min><Max>12</Max><Inc>4</Inc>"));
+  EXPECT_EQ(upload(least, pattern(11) + pattern(2)), pattern(11) + pattern(2) + std::string(3, '\0'));
+  EXPECT_THAT(least.camera.lengths, ElementsAre(12, 4));
   FileBench<> plain;
   EXPECT_EQ(upload(plain, pattern(14)), pattern(14));
   EXPECT_THAT(plain.camera.lengths, ElementsAre(12, 2));
@@ -215,6 +219,14 @@ TEST(DeviceFile, AnUploadThatIsCutShortIsNeverASuccess) {
   in.close();
   EXPECT_TRUE(in.fail());
   bench.camera.refusesClose = false;
+  for (const uint32_t claimed : {13U, 0xffffffffU}) {  // more than was sent, less than nothing
+    bench.camera.claimed = claimed;
+    ODevFileStream out(bench.map, "UserSet");
+    EXPECT_THAT(refusal<RuntimeException>([&] { out.write(pattern(12).data(), 12); }), HasSubstr("stopped at byte 0"));
+    EXPECT_THAT(refusal<RuntimeException>([&] { out.rdbuf()->sputn(pattern(12).data(), 12); }),
+                HasSubstr("an earlier write has failed"));
+  }
+  bench.camera.claimed = 0;
   bench.camera.shortCount = 5;
   EXPECT_EQ(upload(bench, pattern(30)), pattern(30)) << "a short count only needs another block";
 }

@@ -32,6 +32,7 @@ class FileCamera : public BytePort {
   bool refusesClose = false;
   uint32_t capacity = 1 << 20;  // bytes that a file can hold
   uint32_t shortCount = 0;      // most bytes that one block takes; 0 for all
+  uint32_t claimed = 0;         // what a write says that it took; 0 for the truth
   int executions = 0;
   int opened = 0;                 // files open now
   std::vector<uint32_t> lengths;  // of the blocks asked for
@@ -76,7 +77,7 @@ class FileCamera : public BytePort {
         if (at + count > capacity) return false;
         file.resize(std::max<size_t>(file.size(), at + count));
         std::copy_n(memory.begin() + Buffer, count, file.begin() + at);
-        setWord(Result, count);
+        setWord(Result, claimed ? claimed : count);
         return true;
       default:
         return false;

@@ -116,6 +116,13 @@ TEST(FirmwareApply, CarriesOutEveryStepInOrder) {
   EXPECT_EQ(run.bench.camera.opened, 0);
 }
 
+TEST(FirmwareApply, AnAssertionAsksTheDevice) {
+  Attempt run(R"(<FeatureAssert Feature="Mode" Pattern="6"/>)");
+  run.bench.t.integer("Mode")->GetValue();
+  run.bench.camera.setWord(FileCamera::Mode, 6);
+  run.apply();
+}
+
 TEST(FirmwareApply, AFailedStepIsReportedCleanedUpAndRethrown) {
   const struct {
     const char* steps;
@@ -193,6 +200,11 @@ TEST(FirmwareApply, NothingIsWrittenWhenFileOrDeviceDoNotFit) {
   unprepared.device.failsToPrepare = true;
   EXPECT_EQ(refusal<std::runtime_error>([&] { unprepared.apply(); }), "not now");
   EXPECT_THAT(unprepared.story, ElementsAre("prepare"));
+
+  const std::string write = R"(<FeatureWrite Feature="Mode" Value="5"/>)";
+  Attempt incomplete(write + R"(<FileUpload FileSelector="Firmware" File="missing.bin"/>)");
+  EXPECT_THAT(incomplete.refused<FileNotFoundException>(), HasSubstr("missing.bin"));
+  EXPECT_EQ(incomplete.bench.camera.word(FileCamera::Mode), 0U);
 
   Attempt mapless(kUpload);
   mapless.device.map = nullptr;

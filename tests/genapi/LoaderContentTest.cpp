@@ -52,6 +52,7 @@ TEST(LoaderContent, TextIsUtf8Inside) {
   EXPECT_EQ(toolTip(loadText(utf16(tipped("f@r"), false, units))), "f\xC3\xBC\xF0\x9F\x98\x80r");
   EXPECT_EQ(toolTip(loadText(utf16(tipped("f@r"), true, units))), "f\xC3\xBC\xF0\x9F\x98\x80r");
   EXPECT_EQ(toolTip(loadText(utf16(tipped("f@r"), true, std::string_view("\xD8\x3D", 2)))), "f\xEF\xBF\xBDr");
+  EXPECT_EQ(toolTip(loadText(utf16(tipped("f@r"), true, std::string_view("\xDE\0", 2)))), "f\xEF\xBF\xBDr");
 }
 
 TEST(LoaderContent, OddBytesAndWordsAreNoted) {
@@ -259,6 +260,9 @@ TEST(LoaderContent, CountsHaveLimits) {
   EXPECT_EQ(
       fault("<Integer Name='I'><Value>1</Value>" + repeated("<pInvalidator>I</pInvalidator>", 65537) + "</Integer>"),
       "<description>:1: Integer 'I': more than 65536 links");
+  EXPECT_EQ(
+      fault("<Integer Name='I'><Value>1</Value>" + repeated("<pInvalidator>I</pInvalidator>", 65536) + "</Integer>"),
+      "");
   std::string entries;
   for (int i = 0; i < 65537; ++i)
     entries += "<EnumEntry Name='E" + std::to_string(i) + "'><Value>1</Value></EnumEntry>";

@@ -29,6 +29,8 @@ TEST(Messages, TellTheWayToTheNodeThatRefusedAndWhy) {
   }
   EXPECT_EQ(refusal<OutOfRangeException>([&] { map.real("Gain")->SetValue(0.2); }),
             "Gain: value 0.2 must be at most Max = 0.1");
+  EXPECT_EQ(refusal<OutOfRangeException>([&] { map.real("Gain")->SetValue(-HUGE_VAL); }),
+            "Gain: value -INF must be at least Min = -0.5");
   EXPECT_EQ(refusal<RuntimeException>([&] { map.integer("Ticks")->GetValue(); }),
             "Ticks > Frequency: 1e+200 does not fit a 64-bit integer");
 }

@@ -107,6 +107,12 @@ TEST(UpdateFile, InfosKeepTheirOrderAndOneLanguageEach) {
   EXPECT_STREQ(infos[1].GetInfo("Description"), "Rien") << "neither German nor English: the first";
   EXPECT_STREQ(infosOf(guf(kControl, kData))[0].GetInfo("Description"), "Faster readout") << "English is the default";
 
+  EXPECT_STREQ(infosOf(guf(kControl, kData), "de_AT")[0].GetInfo("Description"), "Schnellere Auslese");
+  const std::string italian = "<Info Key=\"Description\" Lang=\"it\">Presto</Info>",
+                    english = "<Info Key=\"Description\" Lang=\"en\">";
+  EXPECT_STREQ(infosOf(guf(replaced(kControl, english, italian + english), kData), "fr")[0].GetInfo("Description"),
+               "Faster readout")
+      << "before the first";
   const CFirmwareUpdateInfo& none = infos[2];
   EXPECT_FALSE(none.IsValid());
   EXPECT_STREQ(none.GetUpdateFilename(), "");
@@ -201,6 +207,10 @@ TEST(UpdateFile, VerifyTellsWhatIsWrong) {
       {control("<Condition ", "<Condition Not=\"1\" "), "format", "'Not'"},
       {control("Value=\"SingleFrame\"", "Value=\"1\" Value=\"2\""), "runtime", "two attributes"},
       {control("data/main.bin", "data/main.bin&#x00;.txt"), "runtime", "character 0"},
+      {control("<Condition Feature=\"DeviceModelName\">EX-300</Condition>", ""), "format", "has no Condition"},
+      {control("</Procedure>", "</Procedure><Procedure Name=\"Empty\"/>"), "format", "has no step"},
+      {control("</Procedure>", "</Procedure><Procedure Name=\"Main\"><FeatureExecute Feature=\"A\"/></Procedure>"),
+       "format", "two procedures named 'Main'"},
       {control("45000", "4294967296"), "format", "EstimatedDurationMs '4294967296'"},
   };
   for (const auto& c : cases) expectRefused(c.bytes, c.type, c.text);
