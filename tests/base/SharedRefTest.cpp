@@ -45,23 +45,6 @@ TEST(SharedRef, DerivedObjectIsFoundThroughItsInterfaceAndEndsAsAWhole) {
   EXPECT_EQ(ends, 1);
 }
 
-TEST(SharedRef, ListInterfacesFollowsTheCountProtocol) {
-  int ends = 0;
-  const auto shape = make_shared_t<Triangle>(ends);
-  size_t count = 77;
-  EXPECT_EQ(shape->ListInterfaces(nullptr, &count), OX_OK);
-  EXPECT_EQ(count, 1u);
-  ORX::InterfaceEntry entries[2] = {};
-  count = 0;
-  EXPECT_EQ(shape->ListInterfaces(entries, &count), OX_E_INVALID_ARGUMENT);
-  EXPECT_EQ(entries[0].Id, 0u);
-  count = 2;
-  EXPECT_EQ(shape->ListInterfaces(entries, &count), OX_OK);
-  EXPECT_EQ(entries[0].Id, 46u);
-  EXPECT_EQ(entries[0].Interface, static_cast<IShape*>(shape.get()));
-  EXPECT_EQ(entries[1].Id, 0u);
-}
-
 TEST(SharedRef, CopiesMovesAndReleaseKeepTheCountRight) {
   std::atomic<int> ends{0};
   ProbeRef first = makeProbe(ends);
@@ -140,25 +123,6 @@ TEST(MakeShared, RefusedPublicationDestroysTheObjectAndThrowsByStatus) {
   fails(OX_E_INVALID_ARGUMENT, typeid(orxBase::invalid_argument), "Interface in ptr present this container");
   fails(OX_E_OUT_OF_MEMORY, typeid(orxBase::bad_alloc), "");
   fails(orxBase::resultCode(0x80000013), typeid(orxBase::exception), "");
-}
-
-TEST(MakeShared, ThrowingConstructorPassesThroughAndFreesTheContainer) {
-  struct Thrower : Probe {
-    Thrower(std::atomic<int>& ends) : Probe(ends) { throw std::runtime_error("not today"); }
-  };
-  std::atomic<int> ends{0};
-  EXPECT_THROW(make_shared_t<Thrower>(ends), std::runtime_error);
-}
-
-TEST(Exceptions, FamilyCarriesMessageAndCodeAndIsNotAStandardException) {
-  const orxBase::exception generic;
-  EXPECT_EQ(generic.code(), orxBase::resultCode(0x80000001));
-  EXPECT_STREQ(generic.what(), "");
-  const orxBase::out_of_range own("past the end", -5);
-  EXPECT_EQ(own.code(), -5);
-  EXPECT_EQ(own.message(), "past the end");
-  EXPECT_EQ(orxBase::bad_alloc("text").code(), OX_E_OUT_OF_MEMORY);
-  EXPECT_FALSE((std::is_base_of_v<std::exception, orxBase::exception>));
 }
 
 }  // namespace

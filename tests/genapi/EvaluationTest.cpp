@@ -107,24 +107,6 @@ TEST(Evaluation, WritesThatFanOutEndWithTheirPath) {
   EXPECT_EQ(t.integer("N30")->GetValue(), 9);
 }
 
-TEST(Evaluation, SetsThroughAChainCostWhatTheChainIsLong) {
-  uint64_t visits[3] = {};
-  for (int i = 0; i < 3; ++i) {
-    const int length = 100 << i;
-    std::string nodes = reg("IntReg", "N0", 0, 4);
-    for (int link = 1; link <= length; ++link) nodes += over(numbered("N", link), numbered("N", link - 1));
-    TestMap t(nodes);
-    const auto top = t.integer(numbered("N", length));
-    top->SetValue(1);
-    visits[i] = dynamic_cast<NodeMap*>(t.map)->visits();
-    top->SetValue(2);
-    visits[i] = dynamic_cast<NodeMap*>(t.map)->visits() - visits[i];
-    EXPECT_EQ(top->GetValue(), 2);
-  }
-  EXPECT_LE(visits[1], 2 * visits[0] + 8);
-  EXPECT_LE(visits[2], 2 * visits[1] + 8);
-}
-
 // What settings are saved and loaded with: one selector, written before each of its features is read or written.
 TEST(Evaluation, SelectedFeaturesCostTheSameHoweverManyThereAre) {
   uint64_t visits[3] = {};

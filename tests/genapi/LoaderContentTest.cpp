@@ -149,19 +149,6 @@ TEST(LoaderContent, TheRootElementTellsTheSchema) {
   EXPECT_EQ(toolTip(prefixed), "x");
 }
 
-TEST(LoaderContent, DeviceTextsComeFromTheRoot) {
-  const Loaded description = loadText(
-      "<RegisterDescription xmlns='http://www.genicam.org/GenApi/Version_1_1' ModelName='Model &amp; 2' ToolTip='T'"
-      " SchemaMajorVersion='1' SchemaMinorVersion='1' SchemaSubMinorVersion='0' VendorName='V' VersionGuid='G'"
-      " MajorVersion='1' MinorVersion='007' SubMinorVersion='x' StandardNameSpace='GEV'/>");
-  EXPECT_EQ(description->device().modelName, "Model & 2");
-  EXPECT_EQ(description->device().toolTip, "T");
-  EXPECT_EQ(description->device().standardNameSpace, "GEV");
-  EXPECT_EQ(description->device().productGuid, "");
-  EXPECT_EQ(description->device().deviceVersion, (Version_t{1, 7, 0}));
-  EXPECT_EQ(notes(description), (Texts{"1: ProductGuid: missing", "1: SubMinorVersion: 'x' is no version number"}));
-}
-
 TEST(LoaderContent, ArchivesHoldOneXmlMember) {
   const std::string text = tipped(std::string(1000, 'x'));
   for (bool deflated : {false, true}) {
@@ -281,14 +268,6 @@ TEST(LoaderContent, CountsHaveLimits) {
   EXPECT_EQ(fault("<StructReg>" + common + structEntries + "</StructReg>"),
             "<description>:1: MaskedIntReg 'S132': more than 8000000 elements");
 #endif
-}
-
-TEST(LoaderContent, NotesAreCountedPastTheirLimit) {
-  std::string nodes;
-  for (size_t i = 0; i < kMaxNotes + 5; ++i) nodes += "<a/>";
-  const Loaded description = load(nodes);
-  EXPECT_EQ(description->findings().size(), kMaxNotes + 1);
-  EXPECT_EQ(description->findings().back().reason, "5 more notes left out");
 }
 
 }  // namespace

@@ -51,30 +51,6 @@ TEST(Locks, AreRecursiveAndExclusive) {
   EXPECT_TRUE(othersGet(lock));
 }
 
-TEST(Locks, LetOneThreadAfterTheOtherIn) {
-  CLock lock;
-  int64_t counter = 0;
-  inThreads([&](int) {
-    for (int i = 0; i < 2000; ++i) {
-      const AutoLock hold(lock);
-      ++counter;
-    }
-  });
-  EXPECT_EQ(counter, 2000 * kThreads);
-}
-
-TEST(Locks, MakeSeveralOperationsOne) {
-  TestMap map("<Integer Name=\"X\"><Value>0</Value></Integer>");
-  IInteger* x = map.integer("X");
-  inThreads([&](int) {
-    for (int i = 0; i < 500; ++i) {
-      const AutoLock hold(map.map->GetLock());
-      x->SetValue(x->GetValue() + 1);
-    }
-  });
-  EXPECT_EQ(x->GetValue(), 500 * kThreads);
-}
-
 // A bit of everything.
 const std::string kBusyMap = R"(
   <Category Name="Root"><pFeature>Width</pFeature><pFeature>Gain</pFeature><pFeature>Mode</pFeature></Category>

@@ -97,36 +97,4 @@ TEST(Interfaces, OfTypesThatAreOnlyLoadedRefuseTheirValue) {
   }
 }
 
-TEST(Pointers, AnswerAccessQuestionsAlsoWhenNull) {
-  TestMap map(R"(
-    <Integer Name="Both"><Value>0</Value></Integer>
-    <Integer Name="OnlyRead"><ImposedAccessMode>RO</ImposedAccessMode><Value>0</Value></Integer>
-    <Float Name="OnlyWrite"><ImposedAccessMode>WO</ImposedAccessMode><Value>0</Value></Float>
-    <Integer Name="Away"><pIsAvailable>Zero</pIsAvailable><Value>0</Value></Integer>
-    <Integer Name="Never"><pIsImplemented>Zero</pIsImplemented><Value>0</Value></Integer>
-    <Integer Name="Zero"><Value>0</Value></Integer>)");
-  const auto answers = [](auto&& asked) {
-    std::string all;
-    if (IsReadable(asked)) all += "r";
-    if (IsWritable(asked)) all += "w";
-    if (IsAvailable(asked)) all += "a";
-    if (IsImplemented(asked)) all += "i";
-    return all;
-  };
-  const std::pair<const char*, const char*> cases[] = {
-      {"Both", "rwai"}, {"OnlyRead", "rai"}, {"OnlyWrite", "wai"}, {"Away", "i"}, {"Never", ""}};
-  for (const auto& [name, expected] : cases) {
-    INode* node = map.node(name);
-    EXPECT_EQ(answers(node->GetAccessMode()), expected) << name;
-    EXPECT_EQ(answers(node), expected) << name;
-    EXPECT_EQ(answers(*node), expected) << name;
-    EXPECT_EQ(answers(CNodePtr(node)), expected) << name;
-    EXPECT_EQ(answers(CValuePtr(node)), expected) << name;
-  }
-  EXPECT_EQ(answers(CFloatPtr(map.node("OnlyWrite"))), "wai");
-  EXPECT_EQ(answers(static_cast<INode*>(nullptr)), "");
-  EXPECT_EQ(answers(CIntegerPtr()), "");
-  EXPECT_EQ(answers(CFloatPtr()), "");
-}
-
 }  // namespace

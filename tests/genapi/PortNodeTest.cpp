@@ -103,41 +103,6 @@ TEST(PortNodes, HaveTheRightsOfTheirImplementation) {
   EXPECT_EQ(map.port.GetSwapEndianess(), No);
 }
 
-TEST(PortNodes, PassBytesStraightThrough) {
-  TestMap map(reg("IntReg", "Raw", 0, 4));
-  CPortPtr port(map.node("Device"));
-  CallLog log;
-  log.watch(map, {"Device", "Raw"});
-  EXPECT_EQ(map.integer("Raw")->GetValue(), 0);
-
-  const uint8_t written[3] = {7, 8, 9};
-  port->Write(written, 0, 3);
-  uint8_t read[2] = {};
-  port->Read(read, 1, 2);
-  EXPECT_EQ(read[0], 8);
-  EXPECT_EQ(read[1], 9);
-  EXPECT_EQ(map.port.writes.count({0, 3}), 1U);
-  EXPECT_EQ(map.port.reads.count({1, 2}), 1U);
-  EXPECT_EQ(map.integer("Raw")->GetValue(), 0) << "caches do not hear of it";
-  map.node("Device")->InvalidateNode();
-  EXPECT_EQ(map.integer("Raw")->GetValue(), 0x090807);
-  EXPECT_THAT(log.take(), testing::UnorderedElementsAre("Device", "Raw")) << "of invalidating";
-
-  map.port.counts();
-  port->Read(read, 5000, 0);
-  port->Write(written, 5000, 0);
-  EXPECT_THROW(port->Read(read, 0, -1), InvalidArgumentException);
-  EXPECT_THROW(port->Write(written, 0, INT64_MIN), InvalidArgumentException);
-  EXPECT_EQ(map.port.counts(), "0r0w");
-
-  map.port.mode = NA;
-  EXPECT_NO_THROW(port->Read(read, 0, 2)) << "the access mode is no matter here";
-  map.map->Connect(nullptr);
-  EXPECT_EQ(refusal<AccessException>([&] { port->Read(read, 0, 1); }), "port 'Device' is not connected");
-  EXPECT_EQ(refusal<AccessException>([&] { port->Write(written, 0, 1); }), "port 'Device' is not connected");
-  EXPECT_THAT(log.take(), IsEmpty());
-}
-
 TEST(PortNodes, SwapGroupsOfFourBytesForRegisters) {
   TestMap map("<Port Name=\"Device\"><SwapEndianess>Yes</SwapEndianess></Port>" + reg("Register", "Raw", 8, 8) +
               reg("IntReg", "Number", 0, 4) + reg("IntReg", "Big", 0, 4, tag("Endianess", "BigEndian")) +
@@ -162,51 +127,6 @@ TEST(PortNodes, SwapGroupsOfFourBytesForRegisters) {
   Bytes straight(4);
   CPortPtr(map.node("Device"))->Read(straight.data(), 8, 4);
   EXPECT_EQ(straight, (Bytes{1, 2, 3, 4}));
-}
-
-TEST(PortNodes, LetExceptionsPassUnchanged) {
-  TestMap map(reg("IntReg", "Raw", 0, 4) + reg("StringReg", "Text", 4, 4) + R"(
-    <Integer Name="Top"><pValue>Raw</pValue></Integer>
-    <SwissKnife Name="Knife"><pVariable Name="X">Top</pVariable><Formula>X * 2</Formula></SwissKnife>
-    <Converter Name="Scaled"><pVariable Name="V">Raw</pVariable><FormulaTo>FROM</FormulaTo>
-      <FormulaFrom>TO + V</FormulaFrom><pValue>Top</pValue></Converter>
-    <Boolean Name="Flag"><pValue>Raw</pValue></Boolean>
-    <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>0</Value></EnumEntry><pValue>Raw</pValue></Enumeration>
-    <Integer Name="Limited"><Value>0</Value><pMax>Knife</pMax></Integer>
-    <Integer Name="Guarded"><pIsAvailable>Raw</pIsAvailable><Value>0</Value></Integer>)");
-  const auto outcomes = [&](auto&& check) {
-    for (const char* each : {"Raw", "Top", "Knife", "Scaled", "Flag", "Mode", "Text", "Guarded"}) {
-      SCOPED_TRACE(each);
-      check([&] { map.value(each)->ToString(); });
-    }
-    check([&] { map.integer("Raw")->GetValue(); });
-    check([&] { map.real("Scaled")->GetMax(); });
-    check([&] { map.node("Guarded")->GetAccessMode(); });
-    check([&] { map.integer("Limited")->SetValue(1); });
-    check([&] { map.integer("Top")->SetValue(1); });
-    check([&] { map.real("Scaled")->SetValue(1); });
-    check([&] { map.boolean("Flag")->SetValue(true); });
-    check([&] { map.enumeration("Mode")->SetIntValue(0); });
-    check([&] { map.value("Raw")->FromString("1"); });
-  };
-  const auto failWith = [&](auto failure) {
-    map.port.onRead = map.port.onWrite = [failure](int64_t, int64_t) { throw failure; };
-  };
-  failWith(GenericException("the cable is %s out", "port.cpp", 17));
-  outcomes([](auto&& action) { EXPECT_EQ(refusal<GenericException>(action), "the cable is %s out"); });
-  failWith(OutOfRangeException("the port's own words", "port.cpp", 18));
-  outcomes([](auto&& action) { EXPECT_EQ(refusal<OutOfRangeException>(action), "the port's own words"); });
-  failWith(std::out_of_range("not one of ours"));
-  outcomes([](auto&& action) { EXPECT_EQ(refusal<std::out_of_range>(action), "not one of ours"); });
-  failWith(42);
-  outcomes([](auto&& action) { EXPECT_THROW(action(), int); });
-  failWith(std::bad_alloc());
-  outcomes([](auto&& action) { EXPECT_THROW(action(), std::bad_alloc); });
-
-  map.port.onRead = map.port.onWrite = nullptr;
-  map.port.poke(0, {3});
-  EXPECT_EQ(map.real("Knife")->GetValue(), 6) << "nothing of the failures stays";
-  EXPECT_EQ(map.mode("Guarded"), RW);
 }
 
 }  // namespace

@@ -5,13 +5,6 @@
 
 namespace {
 
-Names propertyNames(const TestMap& map, const std::string& name) {
-  gcstring_vector names;
-  names.push_back("whatever was in it goes");
-  map.node(name)->GetPropertyNames(names);
-  return namesOf(names);
-}
-
 // "value", or "value @ attribute"; tabs between several of either are shown as commas.
 std::string property(const TestMap& map, const std::string& name, const std::string& property) {
   gcstring value = "before", attribute = "before";
@@ -28,46 +21,6 @@ std::string properties(const TestMap& map, const std::string& name, const Names&
   std::string all;
   for (const std::string& each : wanted) all += (all.empty() ? "" : " ") + each + "=" + property(map, name, each);
   return all;
-}
-
-TEST(Properties, OfARegisterWithEveryKindOfLink) {
-  TestMap map(R"(
-    <Integer Name="Selector"><Value>0</Value><pSelected>TheReg</pSelected></Integer>
-    <IntReg Name="TheReg">
-      <pIsImplemented>One</pIsImplemented>
-      <pInvalidator>First</pInvalidator>
-      <pInvalidator>Second</pInvalidator>
-      <Address>0x100</Address>
-      <Address>0xe00</Address>
-      <pAddress>First</pAddress>
-      <IntSwissKnife Name="Knife"><pVariable Name="X">First</pVariable><Formula>X</Formula></IntSwissKnife>
-      <pAddress>Second</pAddress>
-      <pIndex Offset="4">Index</pIndex>
-      <pIndex>Index</pIndex>
-      <pIndex pOffset="IndexOffset">Index</pIndex>
-      <Length>128</Length>
-      <AccessMode>RW</AccessMode>
-      <pPort>Device</pPort>
-      <Cachable>NoCache</Cachable>
-      <Endianess>BigEndian</Endianess>
-      <pSelected>Chosen</pSelected>
-    </IntReg>
-    <Integer Name="One"><Value>1</Value></Integer>
-    <Integer Name="First"><Value>1</Value></Integer>
-    <Integer Name="Second"><Value>1</Value></Integer>
-    <Integer Name="Index"><Value>1</Value></Integer>
-    <Integer Name="IndexOffset"><Value>1</Value></Integer>
-    <Integer Name="Chosen"><Value>1</Value></Integer>
-    <Integer Name="Above"><pValue>TheReg</pValue></Integer>
-    <Integer Name="Highest"><pValue>Above</pValue></Integer>)");
-  EXPECT_EQ(properties(map, "TheReg", propertyNames(map, "TheReg")),
-            "AccessMode=RW Address=256,3584 Cachable=NoCache DeviceName=Device Endianess=BigEndian ExposeStatic=Yes "
-            "ImposedAccessMode=RW IsDeprecated=No IsFeature=No Length=128 Name=TheReg NameSpace=Custom NodeType=IntReg "
-            "Representation=PureNumber Sign=Unsigned Streamable=No Visibility=Beginner "
-            "pAddress=First,_TheReg_Knife,Second pDependent=Highest,Above,Chosen "
-            "pIndex=Index,Index,Index @ 4,128,IndexOffset pInvalidator=First,Second pIsImplemented=One pPort=Device "
-            "pSelected=Chosen pSelecting=Selector pTerminal=TheReg");
-  for (const char* each : {"ToolTip", "pValue", "name", "", "Bit"}) EXPECT_EQ(property(map, "TheReg", each), "absent");
 }
 
 TEST(Properties, TellWhatEachTypeCarries) {

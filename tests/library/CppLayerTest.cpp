@@ -185,32 +185,6 @@ TEST_F(CppLayer, ARefusedAccessCarriesWhatItThrew) {
   EXPECT_THAT(failureOf([&] { map_["TestSigned64"].set(1); }).what(), HasSubstr("no power"));
 }
 
-TEST_F(CppLayer, EventsAndChunksFillFeatures) {
-  map_["EventSelector"].set("Test");
-  map_["EventNotification"].set("On");
-  map_["TestEventGenerate"].execute();
-  TEventData event;
-  ASSERT_TRUE(OxSimulatedCameraNextEvent(camera_, &event));
-  int updates = 0;
-  const auto registration = map_["EventTestTimestamp"].onUpdate([&](const Node&) { ++updates; });
-  map_.deliverEvent(event);
-  EXPECT_EQ(updates, 1);
-
-  map_["ChunkModeActive"].set(true);
-  map_["ChunkSelector"].set("ExposureTime");
-  map_["ChunkEnable"].set(true);
-  map_["ExposureTime"].set(1234);
-  OxSimulatedImage image;
-  EXPECT_FALSE(OxSimulatedCameraNextImage(camera_, &image));
-  map_["AcquisitionStart"].execute();
-  ASSERT_TRUE(OxSimulatedCameraNextImage(camera_, &image));
-  {
-    const oxgenapi::AttachedChunks attached(map_, image.Chunks, image.ChunkCount);
-    EXPECT_EQ(map_["ChunkExposureTime"].real(), 1234);
-  }
-  EXPECT_FALSE(map_["ChunkExposureTime"].tryReal());
-}
-
 TEST_F(CppLayer, SettingsAndFilesComeBack) {
   const std::string path = testing::TempDir() + "/CppLayer.settings";
   EXPECT_TRUE(map_.saveSettings(path, {"Width", "ReverseX"}).empty());

@@ -86,15 +86,6 @@ TEST_F(Chunks, WhatWasReadGoesWithTheChunkAndWithTheDescription) {
   for (const char* name : {"Head", "Kept"}) EXPECT_EQ(value(name), -1) << name;
 }
 
-TEST_F(Chunks, ANullIdFailsOnlyWhereThereArePorts) {
-  EXPECT_FAILS(attach(nullptr), OXGENAPI_E_UNSPECIFIED, "Unspecified error");
-  const TChunkDataExW wide{nullptr, bytes(), 0, 4};
-  EXPECT_FAILS(NMAttachChunkExW(device.map, &wide), OXGENAPI_E_UNSPECIFIED, "Unspecified error");
-  device.load(description(""));
-  EXPECT_OK(attach(nullptr));
-  EXPECT_OK(NMAttachChunkExW(device.map, &wide));
-}
-
 TEST_F(Chunks, AListStopsAtItsFirstFailureAndKeepsWhatWasAttached) {
   const TChunkDataEx list[] = {{"1a", bytes(), 0, 4}, {"34", bytes(), 4, 4}, {"1a", bytes(), 8, 0}};
   int updates = 0;

@@ -185,20 +185,6 @@ TEST(FirmwareUpdate, NamesWhatFailed) {
   EXPECT_FAILS(FWUpdate(FWUPDATER{}, empty, 0, nullptr, nullptr), 0x8000001D, "Invalid FWUPDATER handle");
 }
 
-TEST(FirmwareUpdate, TheResetCallbackMayUpdateWithTheSameUpdater) {
-  const UpdateFile file("ox_nested.guf", control(kReset + kWrite), {});
-  const Updater updater(file.path);
-  UpdatableDevice outer, inner;
-  Reset innerReset{.newNodeMap = inner.map, .action = {}};
-  Reset outerReset{.newNodeMap = outer.map, .action = [&] {
-                     EXPECT_EQ(FWUpdate(updater.handle, inner.map, 0, &Reset::callback, &innerReset), 0u)
-                         << lastErrorText();
-                   }};
-  ASSERT_EQ(FWUpdate(updater.handle, outer.map, 0, &Reset::callback, &outerReset), 0u) << lastErrorText();
-  EXPECT_EQ(inner.memory[0x200], 7);
-  EXPECT_EQ(outer.memory[0x200], 7);
-}
-
 // The engine's updater keeps the order; other users of the class are told where they broke it.
 TEST(FirmwareUpdatableNodeMap, KeepsTheOrderAndHoldsOneNodeMapAtATime) {
   using orxBase::detail::make_shared_t;

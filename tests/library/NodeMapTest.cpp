@@ -204,31 +204,6 @@ TEST(NodeMapProxy, ALongChainIsUsedAndEndsOnASmallStack) {
   EXPECT_EQ(notified, kProxies) << "each while what it stood for was there";
 }
 
-// What a notification releases has ended when that release returns, in the middle of a chain too.
-TEST(NodeMapProxy, ANotificationMayEndOtherProxies) {
-  static std::string order;
-  order.clear();
-  NODEMAP map = nullptr, inner = nullptr, outer = nullptr, other = nullptr;
-  ASSERT_OK(CreateNodeMap(map));
-  ASSERT_OK(CreateNodeMapProxy(
-      map, [](void*) { order += "other "; }, nullptr, &other));
-  ASSERT_OK(CreateNodeMapProxy(
-      map,
-      [](void* proxy) {
-        OxIfaceContainerReleaseUseCounter(proxy);
-        order += IsNodeMap(static_cast<NODEMAP>(proxy)) ? "alive " : "inner ";
-      },
-      other, &inner));
-  ASSERT_OK(CreateNodeMapProxy(
-      inner, [](void*) { order += "outer "; }, nullptr, &outer));
-  OxIfaceContainerReleaseUseCounter(inner);
-  OxIfaceContainerReleaseUseCounter(outer);
-  EXPECT_EQ(order, "outer other inner ");
-  EXPECT_TRUE(IsNodeMap(map));
-  OxIfaceContainerReleaseUseCounter(map);
-  EXPECT_FALSE(IsNodeMap(map));
-}
-
 // The call itself ends the proxy: a port callback inside it gives back the last handle, and the notification overwrites
 // the last error. What the call reports stays.
 TEST(NodeMapProxy, EndingInsideAFailingCallKeepsTheCallsLastError) {

@@ -137,19 +137,6 @@ TEST_F(NodeUpdate, ACallbackMayUseTheNodeAndTheRegistrations) {
   }
 }
 
-TEST_F(NodeUpdate, ACallbackMayReleaseTheLastHandleOfItsNode) {
-  Observer observer;
-  NODE reg = nullptr;
-  ASSERT_OK(NMGetNode(device.map, "Reg", reg));
-  observe(reg, observer);
-  observer.action = [](Observer& self) { OxIfaceContainerReleaseUseCounter(self.node); };
-  EXPECT_OK(NSetAsInteger(device.node("Width"), 5));
-  EXPECT_EQ(observer.calls, 1);
-  EXPECT_FALSE(IsNode(reg));
-  EXPECT_OK(NSetAsInteger(device.node("Width"), 6));
-  EXPECT_EQ(observer.calls, 1);
-}
-
 TEST_F(NodeUpdate, ACallbackMayReleaseTheLastHandlesOfNodesAndNodeMap) {
   static NODEMAP map;
   static NODE width, reg;

@@ -176,23 +176,6 @@ TEST(SettingsReport, SendsAWarningWhenItGoesOnAndAnErrorWhenItStops) {
   EXPECT_EQ(records.texts(3), std::vector<std::string>{text}) << "one record for one failure";
 }
 
-TEST(SettingsReport, SendsOneRecordForACallThatCannotBegin) {
-  NODEMAP empty{};
-  ASSERT_EQ(CreateNodeMap(empty), 0u);
-  size_t size = 0;
-  const Records records;
-  EXPECT_FAILS(NMSaveSetString(empty, nullptr, &size, nullptr, nullptr), 0x8000001E, "No nodemap loaded.");
-  EXPECT_FAILS(NMLoadSetString(empty, "", false, nullptr, nullptr), 0x8000001E, "No nodemap loaded");
-  EXPECT_EQ(NMLoadSet(empty, "/nowhere", nullptr, nullptr), 0x80000003u);
-  const std::vector<std::string> texts = records.texts();
-  ASSERT_EQ(texts.size(), 3u);
-  EXPECT_EQ(texts[0], "NodeMapSerializer::SaveSet: No nodemap loaded.");
-  EXPECT_EQ(texts[1], "NodeMapSerializer::LoadSet: No nodemap loaded");
-  EXPECT_NE(texts[2].find(" Filename=\"/nowhere\""), std::string::npos) << texts[2];
-  EXPECT_NE(texts[2].find("): Filename not readable"), std::string::npos) << texts[2];
-  release(empty);
-}
-
 // Gives every streamable feature that takes it another value; returns how many took one.
 int changeEverything(const oxgenapi::NodeMap& map) {
   int changed = 0;

@@ -41,38 +41,4 @@ TEST(SlowDevice, HoldsUpNobodyWhoNeedsNoDevice) {
   reader.join();
 }
 
-// An update callback runs inside the lock of its node map.
-TEST(SlowDevice, HoldsUpVerifyModesAndRegistrations) {
-  struct Context {
-    Device device{integerRegister("Width", 0)};
-    NODE width = device.node("Width");
-    TVerifyMode mode{};
-    TCallbackHandle first = 0, second = 0;
-    std::counting_semaphore<> ended{0};
-    std::vector<std::jthread> callers;
-  } context;
-  const auto update = [](NODE, void* self) {
-    Context& c = *static_cast<Context*>(self);
-    std::counting_semaphore<> began(0);
-    const std::function<uint32_t()> calls[] = {[&c] { return NGetVerifyMode(c.width, &c.mode); },
-                                               [&c] { return NSetVerifyMode(c.width, VM_ReadWrite); },
-                                               [&c] {
-                                                 return NRegisterUpdate(
-                                                     c.width, [](NODE, void*) {}, nullptr, &c.second);
-                                               }};
-    for (const auto& call : calls) {
-      c.callers.emplace_back([&c, &began, call] {
-        began.release();
-        EXPECT_OK(call());
-        c.ended.release();
-      });
-    }
-    for ([[maybe_unused]] const auto& call : calls) began.acquire();
-    EXPECT_FALSE(c.ended.try_acquire_for(std::chrono::milliseconds(100))) << "somebody came past the lock";
-  };
-  ASSERT_OK(NRegisterUpdate(context.width, update, &context, &context.first));
-  EXPECT_OK(NSetAsInteger(context.width, 1));
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(context.ended.try_acquire_for(std::chrono::seconds(30)));
-}
-
 }  // namespace

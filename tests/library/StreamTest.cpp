@@ -101,26 +101,6 @@ TEST(NodeMapStream, RefusesSizesItCannotUse) {
   }
 }
 
-TEST(NodeMapStream, RefusesOtherTypesAndKeepsItsNodeMap) {
-  Device device(kNodes);
-  NODEMAPSTREAM made{};
-  EXPECT_FAILS(NMCreateStream(device.map, static_cast<TStreamType>(1), &made), 0x8000001D,
-               "Invalid TStreamType handle");
-  EXPECT_EQ(made, NODEMAPSTREAM{});
-  const NODE node = device.node("Width");
-  NODEMAP map{};
-  ASSERT_EQ(CreateNodeMap(map), 0u);
-  {
-    const Stream stream(map);
-    EXPECT_FAILS(NMStreamPush(stream.handle, NODE{}), 0x8000001D, "Invalid NODE handle");
-    release(map);
-    EXPECT_TRUE(IsNodeMap(map));
-    EXPECT_EQ(NMStreamPush(stream.handle, node), 0u) << "a node of another node map is one like any other";
-    EXPECT_EQ(json::parse(stream.text())[0]["Name"], "Width");
-  }
-  EXPECT_FALSE(IsNodeMap(map));
-}
-
 TEST(NodeMapStream, TakesPushesAndDumpsFromSeveralThreads) {
   Device device(kNodes);
   const Stream stream(device.map);

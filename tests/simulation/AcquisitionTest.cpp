@@ -1,25 +1,8 @@
-// Pictures, their chunks, and the messages that go with them.
-#include <cstring>
-
+// Pictures, and the layout of their chunks.
 #include "CameraBench.h"
 #include "OxSimulation/ChunkLayout.h"
 
 using namespace ox::simulation;
-
-namespace {
-
-constexpr uint64_t kOn = 1;
-// Places of EventSelector and TriggerSelector.
-enum { kNotifyStart, kNotifyEnd, kNotifyTrigger, kNotifyRising, kNotifyFalling, kNotifyAlarm, kNotifyTest };
-
-std::vector<std::string> fetchIds(CameraBench& bench) {
-  std::vector<std::string> ids;
-  CameraEvent event;
-  while (bench->nextEvent(event)) ids.push_back(event.idText());
-  return ids;
-}
-
-}  // namespace
 
 TEST(Acquisition, GivesAsManyPicturesAsTheModeSays) {
   using Case = std::tuple<uint64_t, uint64_t, int>;
@@ -64,42 +47,6 @@ TEST(Pictures, FollowFormatAndPattern) {
   }
 }
 
-TEST(Chunks, HoldWhatIsEnabledAndTheRightValues) {
-  CameraBench bench;
-  bench.set("WidthReg", 17);  // the image needs padding
-  bench.set("HeightReg", 3);
-  bench.set("ChunkModeActiveReg", kOn);
-  for (int64_t chunk : {1, 2, 3, 4, 5, 6, 7, 8, 9}) bench.set("ChunkEnableReg", kOn, chunk);
-  bench.set("ChunkEnableReg", 0, 5);
-  bench.set("GainRawReg", 512);
-  bench.wait(1500);
-  bench.set("AcquisitionStartReg", 1);
-  const uint64_t promised = bench.get("PayloadSizeReg");
-  const Frame frame = bench->acquireFrame();
-  EXPECT_EQ(frame.data.size(), promised);
-  EXPECT_EQ(frame.imageBytes, 51u);
-
-  const ChunkLayout layout(frame.data);
-  EXPECT_TRUE(layout.complete());
-  std::vector<uint32_t> ids;
-  std::map<uint32_t, std::vector<uint8_t>> chunks;
-  for (const ChunkEntry& chunk : layout) {
-    ids.push_back(chunk.id);
-    chunks[chunk.id].assign(frame.data.begin() + chunk.offset, frame.data.begin() + chunk.offset + chunk.length);
-  }
-  EXPECT_EQ(ids,
-            (std::vector<uint32_t>{kChunkSize, kChunkStreamLabel, kChunkPixelFormat, kChunkCounterValue, kChunkGain,
-                                   kChunkExposureTime, kChunkFrameCounter, kChunkTimestamp, kChunkImage}));
-  EXPECT_EQ(chunks[kChunkImage].size(), 52u);
-  EXPECT_EQ(CameraBench::number(chunks[kChunkTimestamp]), 1'490'000'000u) << "begin of an exposure of 10 ms";
-  EXPECT_EQ(CameraBench::number(chunks[kChunkFrameCounter]), 1u);
-  EXPECT_EQ(std::bit_cast<double>(CameraBench::number(chunks[kChunkExposureTime])), 10000.0);
-  EXPECT_FLOAT_EQ(std::bit_cast<float>(static_cast<uint32_t>(CameraBench::number(chunks[kChunkGain], true))), 6.0206f);
-  EXPECT_EQ(CameraBench::number(chunks[kChunkPixelFormat]), 0x01080001u);
-  EXPECT_EQ(CameraBench::number(chunks[kChunkSize]), 17ull << 32 | 3);
-  EXPECT_STREQ(reinterpret_cast<const char*>(chunks[kChunkStreamLabel].data()), "simulated stream");
-}
-
 TEST(ChunkLayout, StopsAtALayoutThatDoesNotFit) {
   std::vector<uint8_t> good;
   const std::vector<uint8_t> data = {1, 2, 3, 4, 5};
@@ -122,32 +69,4 @@ TEST(ChunkLayout, StopsAtALayoutThatDoesNotFit) {
     EXPECT_EQ(std::distance(layout.begin(), layout.end()), chunks) << what;
   }
   EXPECT_EQ(*++ChunkLayout(good).begin(), (ChunkEntry{0x11, 0, 8}));
-}
-
-TEST(Events, AreSentWhenSwitchedOnAndCarryTimeFrameAndLines) {
-  CameraBench bench;
-  bench.set("TestEventGenerateReg", 1);
-  EXPECT_EQ(fetchIds(bench), std::vector<std::string>{});
-  bench.set("EventNotificationReg", kOn, kNotifyStart);
-  bench.set("EventNotificationReg", kOn, kNotifyEnd);
-  bench.wait(1200);
-  bench.set("AcquisitionStartReg", 1);
-  bench->acquireFrame();
-  CameraEvent event;
-  ASSERT_TRUE(bench->nextEvent(event));
-  EXPECT_EQ(event.id, kEventExposureStart);
-  EXPECT_EQ(event.timestampNs, 1'190'000'000u);
-  EXPECT_EQ(event.frameId, 1u);
-  ASSERT_EQ(event.payload.size(), 20u);
-  EXPECT_EQ(CameraBench::number({event.payload.begin(), event.payload.begin() + 8}), 1'190'000'000u);
-  EXPECT_EQ(CameraBench::number({event.payload.begin() + 8, event.payload.begin() + 16}), 1u);
-  EXPECT_EQ(CameraBench::number({event.payload.begin() + 16, event.payload.end()}), 1u);
-  ASSERT_TRUE(bench->nextEvent(event));
-  EXPECT_EQ(event.id, kEventExposureEnd);
-  EXPECT_EQ(event.timestampNs, 1'200'000'000u);
-  bench.set("AcquisitionStopReg", 1);
-  for (int64_t each : {kNotifyRising, kNotifyFalling, kNotifyTest}) bench.set("EventNotificationReg", kOn, each);
-  bench.wait(2000);
-  bench.set("TestEventGenerateReg", 1);
-  EXPECT_EQ(fetchIds(bench), (std::vector<std::string>{"9011", "9010", "9040"}));
 }

@@ -38,40 +38,6 @@ TEST(CameraThroughEngine, ReadsEveryFeatureAndTakesBackEverySetting) {
   EXPECT_GT(written, 60);
 }
 
-// Each row: write the first feature, then the second has that access mode.
-TEST(CameraThroughEngine, ChangesWhatIsAvailableAndLocked) {
-  const struct {
-    const char* written;
-    const char* text;
-    const char* watched;
-    EAccessMode mode;
-  } cases[] = {{"TriggerMode", "Off", "TriggerDelay", NA},
-               {"TriggerMode", "On", "TriggerDelay", RW},
-               {"AcquisitionMode", "MultiFrame", "AcquisitionFrameCount", RW},
-               {"AcquisitionMode", "SingleFrame", "AcquisitionFrameCount", NA},
-               {"AdcBitDepth", "Bpp12", "EnumEntry_PixelFormat_Mono12", RO},
-               {"AdcBitDepth", "Bpp8", "EnumEntry_PixelFormat_Mono12", NA},
-               {"AdcBitDepth", "Bpp8", "EnumEntry_PixelFormat_RGB8", NI},
-               {"AcquisitionStart", "1", "Width", RO},
-               {"AcquisitionStop", "1", "Width", RW},
-               {"GainAuto", "Continuous", "Gain", RO},
-               {"GainAuto", "Off", "Gain", RW},
-               {"TestAvailability", "0", "TestSwitchedFeature", NA},
-               {"TestLock", "1", "TestLockedFeature", RO},
-               {"UserSetSelector", "Default", "UserSetSave", RO},
-               {"UserSetSelector", "UserSet2", "UserSetSave", RW},
-               {"TestBeginner", "1", "WhiteClip", NI},
-               {"TestBeginner", "1", "TestWriteOnly", WO},
-               {"TestBeginner", "1", "TestUnconnected", NI},
-               {"TestBeginner", "1", "ChunkGain", NA}};
-  EngineBench bench;
-  for (const auto& c : cases) {
-    dynamic_cast<IValue&>(*bench.map->GetNode(c.written)).FromString(c.text);
-    EXPECT_EQ(GetAccess(bench.map->GetNode(c.watched)), c.mode)
-        << c.watched << " after " << c.written << " = " << c.text;
-  }
-}
-
 TEST(CameraThroughEngine, ConvertsBetweenUnitsAndRegistersAndReportsErrors) {
   EngineBench bench;
   CFloatPtr exposure = bench.map->GetNode("ExposureTime");
@@ -103,35 +69,4 @@ TEST(CameraThroughEngine, ConvertsBetweenUnitsAndRegistersAndReportsErrors) {
     EXPECT_NE(std::string(e.GetDescription()).find("The value is above 100"), std::string::npos) << e.GetDescription();
   }
   EXPECT_EQ(value->GetValue(), 1);
-}
-
-TEST(CameraThroughEngine, SeesUserSetsAndSlowCommands) {
-  EngineBench bench;
-  CIntegerPtr width = bench.map->GetNode("Width");
-  CEnumerationPtr set = bench.map->GetNode("UserSetSelector");
-  width->SetValue(320);
-  *set = "UserSet1";
-  CCommandPtr(bench.map->GetNode("UserSetSave"))->Execute();
-  width->SetValue(640);
-  CCommandPtr(bench.map->GetNode("UserSetLoad"))->Execute();
-  EXPECT_EQ(width->GetValue(), 320) << "the cached 640 is gone";
-
-  CCommandPtr test = bench.map->GetNode("DeviceSelfTest");
-  test->Execute();
-  EXPECT_FALSE(test->IsDone());
-  bench.wait(300);
-  EXPECT_TRUE(test->IsDone());
-  EXPECT_EQ(CValuePtr(bench.map->GetNode("DeviceSelfTestResult"))->ToString(), "Passed");
-
-  CValuePtr automatic = bench.map->GetNode("GainAuto");
-  automatic->FromString("Once");
-  bench.wait(500);
-  EXPECT_EQ(automatic->ToString(), "Off");
-
-  CFloatPtr temperature = bench.map->GetNode("DeviceTemperature");
-  const double before = temperature->GetValue();
-  bench.wait(100'000);
-  EXPECT_EQ(temperature->GetValue(), before) << "not polled yet";
-  bench.map->Poll(1000);
-  EXPECT_GT(temperature->GetValue(), before + 3);
 }

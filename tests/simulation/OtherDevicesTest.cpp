@@ -77,37 +77,3 @@ TEST(FaultPort, FailsTheAccessesItIsToldTo) {
   EXPECT_EQ(byte, 0) << "the refused write did not reach the device";
   EXPECT_THROW(port.failEvery(0, kNotSupported), std::invalid_argument);
 }
-
-TEST(FaultPort, CountsLiesAndCallsBack) {
-  MemoryDevice memory;
-  FaultPort port(memory);
-  uint8_t bytes[4] = {};
-  port.read(bytes, 0x10, 4);
-  port.read(bytes, 0x10, 2);
-  port.write(bytes, 0x30, 4);
-  EXPECT_EQ(port.reads(), 2);
-  EXPECT_EQ(port.writes(), 1);
-  EXPECT_EQ(port.count(FaultPort::Kind::kRead, 0x10), 2);
-  EXPECT_EQ(port.count(FaultPort::Kind::kWrite, 0x10), 0);
-  EXPECT_EQ(port.log().at(1).length, 2);
-  port.clearCounts();
-  EXPECT_EQ(port.reads(), 0);
-
-  port.reportAccessMode(kPortReadOnly);
-  EXPECT_EQ(port.accessMode(), kPortReadOnly);
-  port.garbleReads();
-  EXPECT_EQ(port.read(bytes, 0x10, 4), 0);
-  EXPECT_NE(std::count(bytes, bytes + 4, 0), 4);
-  port.heal();
-  EXPECT_EQ(port.accessMode(), kPortReadWrite);
-
-  int depth = 0;
-  port.onAccess([&](const FaultPort::Access&) {
-    if (++depth < 3) port.read(bytes, 0x50, 1);  // comes back in while it is being called
-  });
-  EXPECT_EQ(port.read(bytes, 0x40, 1), 0);
-  EXPECT_EQ(depth, 3);
-  EXPECT_EQ(port.count(FaultPort::Kind::kRead, 0x50), 2);
-  port.onAccess([](const FaultPort::Access&) { throw 42; });
-  EXPECT_THROW(port.read(bytes, 0, 1), int);
-}
