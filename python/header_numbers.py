@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Prints the module oxgenapi._numbers from the public headers:
 
-    python3 python/header_numbers.py include/OxGenApi/Types.h camera/include/OxCamera/CameraTypes.h >python/oxgenapi/_numbers.py
+    python3 python/header_numbers.py include/OxGenApi/Types.h camera/include/OxCamera/CameraTypes.h \\
+        camera/include/OxCamera/ImageTypes.h >python/oxgenapi/_numbers.py
 
 A test compares the two, so that no number is written twice by hand."""
 
@@ -14,7 +15,7 @@ ENUMERATION = re.compile(r"OX_ENUM\((\w+), \w+\)\{(.*?)\n\};", re.S)
 ITEM = re.compile(r"\b([A-Z]+)_(\w+) = (-?\d+),")
 SHOWN = {"TNodeType": "NodeType", "TNodeInfo": "NodeInfo", "TNodeList": "NodeList", "TNodeMapInfo": "NodeMapInfo",
          "TVerifyMode": "VerifyMode", "TFirmwareUpdateInfo": "FirmwareUpdateInfo", "TCameraState": "CameraState", "TCameraReach": "Reach",
-         "TCameraInfo": "CameraInfo", "TByteOrder": "ByteOrder"}
+         "TCameraInfo": "CameraInfo", "TImageState": "ImageState", "TPayloadKind": "PayloadKind", "TByteOrder": "ByteOrder"}
 ABOUT = {"Code": "Result codes; Error.code is one of them, or another number that a port gave.",
          "CameraCode": "Result codes of cameras, besides those of Code.",
          "Reach": "Whether a listed camera can be opened.",

@@ -386,7 +386,14 @@ TStreamStatistics Acquisition::statistics() {
   const std::shared_ptr<Running> running = this->running();
   if (!running) {
     const std::lock_guard lock(mutex_);
-    return last_;
+    TStreamStatistics statistics = last_;
+    statistics.Held = statistics.Waiting = 0;
+    for (const std::shared_ptr<ImageQueue>& queue : queues_) {
+      TStreamStatistics former{};
+      queue->count(former);
+      statistics.Held += former.Held;
+    }
+    return statistics;
   }
   TStreamStatistics statistics{};
   // In this order a frame in between is missing in both, not counted twice.

@@ -135,6 +135,7 @@ for _name, _arguments in _PROTOTYPES.items():
 _base.OxGetLastError.argtypes = (POINTER(c_uint32), c_char_p, _SIZE)
 _base.OxSetLastError.argtypes = (c_uint32, c_char_p)
 _base.OxIfaceContainerReleaseUseCounter.argtypes = (_H,)
+_base.OxIfaceContainerCheckedAddUseCounter.argtypes = (_H,)
 
 
 class Error(Exception):
@@ -222,6 +223,11 @@ class Handle:
     def __init__(self, raw: Optional[int], _release: Any = _base.OxIfaceContainerReleaseUseCounter) -> None:
         self.raw = raw
         self._release = _release  # still there when the interpreter ends
+
+    def share(self) -> Handle:
+        """Another reference to the same object; one to nothing when this one was given back."""
+        raw = self.raw
+        return Handle(raw if raw and _base.OxIfaceContainerCheckedAddUseCounter(raw) >= 0 else None)
 
     def close(self) -> None:
         raw, self.raw = self.raw, None

@@ -40,6 +40,10 @@ class CameraCode(enum.IntEnum):
     READ_ONLY = 0x80000049
     REFUSED = 0x8000004a
     FAILED = 0x8000004b
+    STOPPED = 0x8000004c
+    CANCELLED = 0x8000004d
+    ALL_HELD = 0x8000004e
+    BUFFER_TOO_SMALL = 0x8000004f
 
 
 class NodeType(enum.IntEnum):
@@ -158,3 +162,22 @@ class ByteOrder(enum.IntEnum):
     Automatic = 0
     Memory = 1
     Register = 2
+
+
+class ImageState(enum.IntEnum):
+    Complete = 0
+    Incomplete = 1
+    TooSmall = 2
+
+
+class PayloadKind(enum.IntEnum):
+    Unknown = 0
+    Image = 1
+    Chunks = 2
+    MultiPart = 3
+    Raw = 4
+    File = 5
+    Jpeg = 6
+    Jpeg2000 = 7
+    H264 = 8
+    Nothing = 9

@@ -6,10 +6,11 @@ import ctypes
 import os
 import threading
 from ctypes import POINTER, byref, c_char, c_char_p, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
-from typing import Any, Callable, NamedTuple, Optional
+from typing import Any, Callable, Iterator, NamedTuple, Optional
 
 from ._library import Error, Handle, check, encoded, load, read_text
 from ._numbers import ByteOrder, CameraCode, CameraInfo, CameraState, Reach
+from .images import Picture, Record
 from .node import Home
 from .nodemap import NodeMap, Path
 
@@ -53,6 +54,19 @@ class _Network(ctypes.Structure):
     _fields_ = [("current", _Address), ("stored", _Address), ("modes", c_uint32), ("supported", c_uint32)]
 
 
+class _StreamOptions(ctypes.Structure):
+    _fields_ = [("struct_size", c_size_t), ("buffer_count", c_size_t), ("buffers", c_void_p), ("latest_only", c_uint32),
+                ("packet_size", c_uint32), ("packet_bytes", c_uint32), ("receive", c_uint32), ("socket_bytes", c_uint64),
+                ("resend_percent", c_uint32)]
+
+
+class _Statistics(ctypes.Structure):
+    _fields_ = [("struct_size", c_size_t)] + [(name, c_uint64) for name in (
+        "complete", "incomplete", "lost", "no_buffer", "delivered", "skipped", "bytes", "payload_size", "buffers", "held",
+        "waiting", "packets", "missing", "resends_asked", "resent", "duplicates", "ignored", "packet_asked",
+        "packet_set", "socket_asked", "socket_granted")] + [("receive", c_uint32), ("running", c_uint32)]
+
+
 class NetworkAddress(NamedTuple):
     address: str
     mask: str
@@ -67,6 +81,8 @@ class Network(NamedTuple):
     modes: int
     supported: int
 
+
+_WAIT_DEFAULT = 0xffffffff
 
 _lib: Any = None
 _loading = threading.Lock()
@@ -87,6 +103,12 @@ def _camera_library() -> Any:
                 "Read": (_H, c_void_p, c_uint64, c_size_t), "Write": (_H, c_char_p, c_uint64, c_size_t),
                 "LastFailure": (_H, POINTER(c_uint32), c_char_p, _SIZE), "State": (_H, POINTER(c_uint32)),
                 "OnLoss": (_H, _Loss, c_void_p, c_void_p), "WaitForLoss": (_H, c_uint32), "Reopen": (_H, c_uint32),
+                "StartEx": (_H, POINTER(_StreamOptions)), "Stop": (_H,), "CancelWait": (_H,),
+                "NextImage": (_H, c_uint32, POINTER(Record)), "GrabImage": (_H, c_uint32, POINTER(Record)),
+                "ReturnImage": (_H, POINTER(Record)), "AttachChunks": (_H, POINTER(Record)),
+                "StreamStatistics": (_H, POINTER(_Statistics)), "StreamAdvice": (_H, c_char_p, _SIZE),
+                "SaveImage": (POINTER(Record), c_char_p, c_void_p, c_char_p, _SIZE),
+                "ConvertImage": (POINTER(Record), c_uint32, c_uint32, c_void_p, c_size_t),
                 "Network": (_H, POINTER(_Network)), "StoreAddress": (_H, POINTER(_Address)),
             }.items():
                 function = getattr(lib, "OxCamera" + name)
@@ -208,6 +230,65 @@ class Camera(NodeMap):
     def reopen(self, retry: float = 0) -> None:
         """Opens the same camera again, trying for so many seconds. Nodes stay; what they remembered is dropped."""
         check(self._cameras.OxCameraReopen(self._camera.raw, round(retry * 1000)))
+
+    # ---- images ----
+
+    def start(self, buffers: int = 0, *, latest_only: bool = False, packet_size: Optional[int] = None) -> None:
+        """Starts a stream into so many buffers (0: eight). latest_only: only the newest image waits. packet_size: of
+        network cameras, in bytes; 0 finds the largest, None leaves the camera's own."""
+        policy = 0 if packet_size is None else 2 if packet_size else 1
+        options = _StreamOptions(ctypes.sizeof(_StreamOptions), buffers, None, latest_only, policy, packet_size or 0)
+        check(self._cameras.OxCameraStartEx(self._camera.raw, byref(options)))
+
+    def stop(self) -> None:
+        """Ends the stream, and waits of other threads. Pictures stay as they are."""
+        check(self._cameras.OxCameraStop(self._camera.raw))
+
+    def next_image(self, seconds: Optional[float] = None) -> Picture:
+        """The next picture of a running stream. None: a time that follows the exposure."""
+        return self._picture(self._cameras.OxCameraNextImage, seconds)
+
+    def grab(self, seconds: Optional[float] = None) -> Picture:
+        """A picture that came after this call. Starts a stream if none runs and keeps it for the next call."""
+        return self._picture(self._cameras.OxCameraGrabImage, seconds)
+
+    def images(self, count: Optional[int] = None, *, seconds: Optional[float] = None, **options: Any) -> Iterator[Picture]:
+        """So many pictures, one after the other; None: without end. Starts a stream, with the options of start(), and
+        stops it at the end, unless one runs already."""
+        record = _Statistics(ctypes.sizeof(_Statistics))
+        check(self._cameras.OxCameraStreamStatistics(self._camera.raw, byref(record)))
+        if not record.running:
+            self.start(**options)
+        try:
+            done = 0
+            while count is None or done < count:
+                yield self.next_image(seconds)
+                done += 1
+        finally:
+            if not record.running:
+                self.stop()
+
+    def cancel_wait(self) -> None:
+        """Ends waits of other threads with an error, or the next wait."""
+        check(self._cameras.OxCameraCancelWait(self._camera.raw))
+
+    @property
+    def stream_statistics(self) -> dict[str, Optional[int]]:
+        """Counters of the stream that runs, or of the last; None for what the transport does not count."""
+        record = _Statistics(ctypes.sizeof(_Statistics))
+        check(self._cameras.OxCameraStreamStatistics(self._camera.raw, byref(record)))
+        numbers = {name: getattr(record, name) for name, _ in _Statistics._fields_[1:]}
+        return {name: None if number == 2**64 - 1 else number for name, number in numbers.items()}
+
+    @property
+    def stream_advice(self) -> str:
+        """What hampers the stream, one sentence a line; empty when nothing is known."""
+        return read_text(lambda to, size: self._cameras.OxCameraStreamAdvice(self._camera.raw, to, size))
+
+    def _picture(self, wait: Any, seconds: Optional[float]) -> Picture:
+        record = Record()
+        check(wait(self._camera.raw, _WAIT_DEFAULT if seconds is None else round(seconds * 1000), byref(record)))
+        return Picture(self._cameras, self._camera, record)
 
     # ---- network ----
 

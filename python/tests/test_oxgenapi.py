@@ -7,12 +7,22 @@ import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 import zipfile
 from pathlib import Path
 
 import oxgenapi
 from oxgenapi import Access, Code, Error, NodeMap, NodeType, SimulatedCamera, VerifyMode
+
+
+def outcome(call):
+    """The Error that a call raises."""
+    try:
+        call()
+    except Error as error:
+        return error
+    return None
 
 
 class CameraTest(unittest.TestCase):
@@ -359,6 +369,54 @@ class Cameras(unittest.TestCase):
         with self.assertRaisesRegex(Error, "fits several cameras"):
             oxgenapi.open("simulated")
 
+    def test_images_are_arrays_in_place_that_keep_their_buffer(self):
+        os.environ["OXGENAPI_SIMULATED"] = "Py3"
+        with tempfile.TemporaryDirectory() as folder, oxgenapi.open("Py3") as cam:
+            cam.Width.value, cam.Height.value = 64, 16
+            self.assertEqual([(i.count, i.complete, len(i.data)) for i in cam.images(3)],
+                             [(n, True, 64 * 16) for n in (1, 2, 3)])
+            self.assertEqual(cam.stream_statistics["held"], 0)
+            with self.assertRaisesRegex(Error, "No stream runs"):
+                cam.next_image(0)
+            image = cam.grab()
+            self.assertEqual(image.data[1], (image.data[0] + 1) % 256)
+            self.assertEqual(Path(image.save(folder + "/a.pgm")).read_bytes()[-64 * 16:], bytes(image.data))
+            view, before = image.data, bytes(image.data)
+            image.release()
+            with self.assertRaisesRegex(Error, "was given back"):
+                image.data
+            for _ in range(20):
+                cam.grab().release()
+            self.assertEqual((bytes(view), cam.stream_statistics["held"]), (before, 1))
+            try:
+                import numpy
+            except ImportError:
+                numpy = None
+            if numpy is not None:
+                image = cam.grab()
+                array = image.array
+                self.assertEqual((array.shape, str(array.dtype), bytes(array)), ((16, 64), "uint8", bytes(image.data)))
+                self.assertEqual(image.convert(colour=True, bits=16)[3, 5].tolist(), [int(array[3, 5]) * 257] * 3)
+                del array
+            image.release()
+            woken = []
+            cam.TriggerMode.value = "On"
+            for _ in range(20):  # what is on its way
+                try:
+                    cam.grab(0.1).release()
+                except Error:
+                    break
+            waiter = threading.Thread(target=lambda: woken.append(outcome(lambda: cam.next_image(20))))
+            waiter.start()
+            start = time.monotonic()
+            time.sleep(0.01)  # another thread runs while one waits
+            self.assertLess(time.monotonic() - start, 1)
+            cam.stop()
+            waiter.join(5)
+            self.assertEqual([error.code for error in woken], [oxgenapi.CameraCode.STOPPED])
+        self.assertEqual(bytes(view), before)  # the memory outlives the camera
+        del view
+
     def test_a_loss_is_told_and_the_camera_comes_back(self):
         reasons, told = [], threading.Event()
         with oxgenapi.open("Py2", heartbeat=0.2) as cam:
@@ -377,7 +435,7 @@ class Library(unittest.TestCase):
     def test_numbers_are_those_of_the_header(self):
         source = Path(os.environ["OX_SOURCE_DIR"])
         made = subprocess.run([sys.executable, "-B", source / "python/header_numbers.py", source / "include/OxGenApi/Types.h",
-                               source / "camera/include/OxCamera/CameraTypes.h"],
+                               source / "camera/include/OxCamera/CameraTypes.h", source / "camera/include/OxCamera/ImageTypes.h"],
                               capture_output=True, text=True, check=True).stdout
         self.assertEqual(made, (source / "python/oxgenapi/_numbers.py").read_text())
 

@@ -27,6 +27,7 @@ void addFirmware(const Command& program);
 void addGuf(const Command& program);
 void addEvents(const Command& program);
 void addChunks(const Command& program);
+void addGrab(const Command& program);
 void addLint(const Command& program);
 void addDoc(const Command& program);
 void addReport(const Command& program);

@@ -26,8 +26,9 @@ struct Faults {
 };
 
 // Exit statuses of the tool, besides 0 and that of wrong usage.
-inline constexpr int kFailed = 1;    // a feature or the device failed
-inline constexpr int kNoCamera = 3;  // there is no camera, or none of that name
+inline constexpr int kFailed = 1;      // a feature or the device failed
+inline constexpr int kNoCamera = 3;    // there is no camera, or none of that name
+inline constexpr int kNotWritten = 4;  // an image could not be written
 
 struct Options {
   std::string xml;     // description file; empty: the simulated camera and its own description
@@ -46,6 +47,8 @@ class Session {
   const Output& output() const { return output_; }
   // What --camera says; empty without.
   const std::string& cameraName() const { return options_.camera; }
+  // Whether files stand for the device.
+  bool hasFiles() const { return !options_.xml.empty() || !options_.state.empty(); }
   // Before the device is opened: this run writes nothing, and another program may control the camera meanwhile.
   void onlyRead() { onlyReads_ = true; }
   // Opens the device and loads its description on the first call. Throws Failure.

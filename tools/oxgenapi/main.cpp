@@ -92,6 +92,7 @@ void addCommands(CLI::App& app, tool::Action& chosen) {
   const std::pair<const char*, std::vector<Add>> groups[] = {
       {"Features",
        {tool::addInfo, tool::addTree, tool::addGet, tool::addSet, tool::addExec, tool::addDescribe, tool::addWatch}},
+      {"Images", {tool::addGrab}},
       {"Settings", {tool::addSave, tool::addLoad, tool::addDiff, tool::addSnapshot}},
       {"What the device holds and sends",
        {tool::addFiles, tool::addFirmware, tool::addGuf, tool::addEvents, tool::addChunks}},
