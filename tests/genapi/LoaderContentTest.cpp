@@ -270,4 +270,12 @@ TEST(LoaderContent, CountsHaveLimits) {
 #endif
 }
 
+TEST(LoaderContent, NotesAreCountedPastTheirLimit) {
+  std::string nodes;
+  for (size_t i = 0; i < kMaxNotes + 5; ++i) nodes += "<a/>";
+  const Loaded description = load(nodes);
+  EXPECT_EQ(description->findings().size(), kMaxNotes + 1);
+  EXPECT_EQ(description->findings().back().reason, "5 more notes left out");
+}
+
 }  // namespace
