@@ -98,17 +98,4 @@ template <class T, class B>
 bool IsImplemented(const CPointer<T, B>& p) {
   return p.IsValid() && IsImplemented(p->GetAccessMode());
 }
-inline bool IsReadable(const CFloatPtr& p) {
-  return p.IsValid() && IsReadable(p->GetAccessMode());
-}
-inline bool IsWritable(const CFloatPtr& p) {
-  return p.IsValid() && IsWritable(p->GetAccessMode());
-}
-inline bool IsAvailable(const CFloatPtr& p) {
-  return p.IsValid() && IsAvailable(p->GetAccessMode());
-}
-inline bool IsImplemented(const CFloatPtr& p) {
-  return p.IsValid() && IsImplemented(p->GetAccessMode());
-}
-
 }  // namespace GENAPI_NAMESPACE

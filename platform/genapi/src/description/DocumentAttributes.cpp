@@ -29,7 +29,9 @@ class RootReader {
     return version;
   }
 
-  [[noreturn]] void fatal(const std::string& reason) { parts_.findings.fatal(offset(), placedText(kRootName, "", "", reason)); }
+  [[noreturn]] void fatal(const std::string& reason) {
+    parts_.findings.fatal(offset(), placedText(kRootName, "", "", reason));
+  }
   void note(const char* attribute, std::string reason) {
     parts_.findings.note(offset(), kNoNode, attribute, std::move(reason));
   }

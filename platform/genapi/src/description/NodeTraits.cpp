@@ -13,6 +13,9 @@ constexpr ElementSet kAccessLinks(Element::pValue, Element::pValueCopy, Element:
 // Links whose target has a say in the node's own limits, when it has none of its own.
 constexpr ElementSet kLimitLinks(Element::pValue, Element::pValueCopy, Element::pValueIndexed, Element::pValueDefault);
 
+// Links whose target's value decides the node's own limits.
+constexpr ElementSet kLimitingLinks(Element::pMin, Element::pMax, Element::pLength, Element::pVariable);
+
 // Links whose target has a say in the node's own increment, when it has none of its own.
 constexpr ElementSet kIncrementLinks(Element::pValue, Element::pValueIndexed, Element::pValueDefault);
 
@@ -132,19 +135,8 @@ void NodeTraits::findValueFollowers(const Description& description) {
     const bool isTable = description.find(node, Element::pIndex) && !kRegisterKinds.has(description.node(node).type);
     traits.accessModeFollowsValues = traits.limitsFollowValues = isTable;
     for (const Property& property : description.properties(node)) {
-      if (kGuards.has(property.element) || property.element == Element::pValueCopy) {
-        traits.accessModeFollowsValues = true;
-      }
-      switch (property.element) {
-        case Element::pMin:
-        case Element::pMax:
-        case Element::pLength:
-        case Element::pVariable:
-          traits.limitsFollowValues = true;
-          break;
-        default:
-          break;
-      }
+      traits.accessModeFollowsValues |= kGuards.has(property.element) || property.element == Element::pValueCopy;
+      traits.limitsFollowValues |= kLimitingLinks.has(property.element);
     }
   }
   spread(

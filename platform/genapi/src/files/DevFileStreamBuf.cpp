@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "GenApi/Filestream.h"
+#include "files/Cleanup.h"
 #include "files/DeviceFile.h"
 
 namespace GENAPI_NAMESPACE {
@@ -12,10 +13,7 @@ ODevFileStreamBuf<CharType, Traits>::ODevFileStreamBuf() = default;
 
 template <typename CharType, typename Traits>
 ODevFileStreamBuf<CharType, Traits>::~ODevFileStreamBuf() {
-  try {
-    close();
-  } catch (...) {  // errors are ignored here; close() reports them
-  }
+  quietly([this] { close(); });  // close() reports failures to those who call it
 }
 
 template <typename CharType, typename Traits>
@@ -43,15 +41,7 @@ ODevFileStreamBuf<CharType, Traits>* ODevFileStreamBuf<CharType, Traits>::close(
   const std::streamsize rest = this->pptr() - this->pbase();
   this->setp(nullptr, nullptr);
   if (rest > 0 && !file->hasFailed()) {
-    try {
-      file->write(file->block().data(), rest);
-    } catch (...) {
-      try {
-        file->close();
-      } catch (...) {  // the first failure is the one to report
-      }
-      throw;
-    }
+    orCleanUp([&] { file->write(file->block().data(), rest); }, [&] { file->close(); });
   }
   file->closeOrThrow();
   return this;
@@ -124,10 +114,7 @@ IDevFileStreamBuf<CharType, Traits>::IDevFileStreamBuf() = default;
 
 template <typename CharType, typename Traits>
 IDevFileStreamBuf<CharType, Traits>::~IDevFileStreamBuf() {
-  try {
-    close();
-  } catch (...) {  // errors are ignored here; close() reports them
-  }
+  quietly([this] { close(); });  // close() reports failures to those who call it
 }
 
 template <typename CharType, typename Traits>

@@ -3,6 +3,7 @@
 #include "GenApi/IInteger.h"
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
+#include "files/Cleanup.h"
 #include "text/Refusal.h"
 
 namespace GENAPI_NAMESPACE {
@@ -19,15 +20,7 @@ bool DeviceFile::open(INodeMap* map, const char* name, std::ios_base::openmode m
     refusal_ = adapter_.lastOutcome();
     return false;
   }
-  try {
-    block_.resize(static_cast<size_t>(adapter_.getBufSize(name, mode)));
-  } catch (...) {
-    try {
-      close();
-    } catch (...) {  // the first failure is the one to report
-    }
-    throw;
-  }
+  orCleanUp([&] { block_.resize(static_cast<size_t>(adapter_.getBufSize(name, mode))); }, [this] { close(); });
   return true;
 }
 

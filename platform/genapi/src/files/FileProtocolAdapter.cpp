@@ -2,6 +2,7 @@
 
 #include "GenApi/IEnumEntry.h"
 #include "GenApi/INode.h"
+#include "files/Cleanup.h"
 #include "files/FileProtocolNodes.h"
 #include "text/Refusal.h"
 
@@ -59,16 +60,11 @@ bool FileProtocolAdapter::openFile(const char* pFileName, std::ios_base::openmod
   }
   nodes_->select(pFileName, "Open");
   nodes_->openMode->FromString(openMode);
-  try {
-    return nodes_->run();
-  } catch (...) {
-    // The device may have opened the file all the same; left open, it could refuse the next attempt.
-    try {
-      if (!nodes_->isStuck) closeFile(pFileName);
-    } catch (...) {  // the first failure is the one to report
-    }
-    throw;
-  }
+  // The device may have opened the file all the same; left open, it could refuse the next attempt.
+  return orCleanUp([this] { return nodes_->run(); },
+                   [&] {
+                     if (!nodes_->isStuck) closeFile(pFileName);
+                   });
 }
 
 bool FileProtocolAdapter::closeFile(const char* pFileName) {
@@ -77,16 +73,10 @@ bool FileProtocolAdapter::closeFile(const char* pFileName) {
     nodes_->select(pFileName, "Close");
     return nodes_->run();
   };
-  try {
-    return attempt();
-  } catch (...) {
-    // One failed access must not leave the file open: many devices open no other one then.
-    try {
-      if (!nodes_->isStuck) attempt();
-    } catch (...) {  // the first failure is the one to report
-    }
-    throw;
-  }
+  // One failed access must not leave the file open: many devices open no other one then.
+  return orCleanUp(attempt, [&] {
+    if (!nodes_->isStuck) attempt();
+  });
 }
 
 bool FileProtocolAdapter::deleteFile(const char* pFileName) {

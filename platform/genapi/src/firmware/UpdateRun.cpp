@@ -9,6 +9,7 @@
 #include "GenApi/INode.h"
 #include "GenApi/INodeMap.h"
 #include "GenApi/IValue.h"
+#include "files/Cleanup.h"
 #include "files/CommandWait.h"
 #include "files/DeviceFile.h"
 #include "text/Refusal.h"
@@ -40,17 +41,12 @@ UpdateRun::UpdateRun(IFirmwareUpdatableDevice& device, const CFirmwareUpdateInfo
 
 void UpdateRun::run() {
   device_.PrepareForFirmwareUpdate();
-  try {
-    carryOut();
-  } catch (...) {
-    file_.reset();
-    reportFailure();
-    try {
-      device_.CleanupAfterFirmwareUpdate();
-    } catch (...) {  // the first failure is the one to report
-    }
-    throw;
-  }
+  orCleanUp([this] { carryOut(); },
+            [this] {
+              file_.reset();
+              reportFailure();
+              device_.CleanupAfterFirmwareUpdate();
+            });
   file_.reset();
   device_.CleanupAfterFirmwareUpdate();
 }
@@ -144,7 +140,7 @@ void UpdateRun::upload(const UpdateStep& step) {
     refuse<RuntimeException>("step {} {} '{}': the device has no {}", stepNumber_, step.element, step.feature,
                              target.missingFeature());
   }
-  try {
+  const auto copy = [&] {
     uint64_t done = 0;
     for (;;) {
       const size_t count = source.read(target.block().data(), target.block().size());
@@ -154,13 +150,8 @@ void UpdateRun::upload(const UpdateStep& step) {
       const double percent = 100.0 * static_cast<double>(done) / static_cast<double>(source.size());
       tell([&] { observer_->OnFirmwareUpdateProgressStepPartialProgress(step.type, percent); });
     }
-  } catch (...) {
-    try {
-      target.close();
-    } catch (...) {  // the first failure is the one to report
-    }
-    throw;
-  }
+  };
+  orCleanUp(copy, [&] { target.close(); });
   target.closeOrThrow();
 }
 
@@ -196,11 +187,7 @@ void UpdateRun::wrapped(EFirmwareUpdateProgressStepType type, uint32_t estimated
 // A progress bar must not brick a device.
 template <typename Call>
 void UpdateRun::tell(Call call) const {
-  if (!observer_) return;
-  try {
-    call();
-  } catch (...) {
-  }
+  if (observer_) quietly(call);
 }
 
 // Called while the failure is being handled.

@@ -15,6 +15,9 @@ using GENICAM_NAMESPACE::gcstring_vector;
 
 namespace {
 
+constexpr NodeTypeSet kKnives(NodeType::SwissKnife, NodeType::IntSwissKnife);
+constexpr NodeTypeSet kConverters(NodeType::Converter, NodeType::IntConverter);
+
 struct PropertyText {
   std::string value, attribute;
   bool hasAttribute = false;
@@ -68,16 +71,11 @@ class PropertyCollector {
   }
 
   void addElement(const Property& each) {
+    // Told with the identity, or with the element that carries them.
+    constexpr ElementSet kToldElsewhere(Element::Visibility, Element::ImposedAccessMode, Element::IsDeprecated,
+                                        Element::Streamable, Element::Offset, Element::pOffset, Element::Index);
+    if (kToldElsewhere.has(each.element)) return;
     switch (each.element) {
-      case Element::Visibility:
-      case Element::ImposedAccessMode:
-      case Element::IsDeprecated:
-      case Element::Streamable:
-        return;  // told with the identity
-      case Element::Offset:
-      case Element::pOffset:
-      case Element::Index:
-        return;  // told with the element that carries them
       case Element::IntSwissKnife:
         return add("pAddress", nameOf(each.target));
       case Element::pIndex:
@@ -141,36 +139,14 @@ class PropertyCollector {
   }
 
   void addDefaults() {
-    switch (node_.record().type) {
-      case NodeType::IntReg:
-      case NodeType::MaskedIntReg:
-        addOnce("Sign", "Unsigned");
-        addOnce("Representation", "PureNumber");
-        break;
-      case NodeType::Integer:
-      case NodeType::Float:
-      case NodeType::FloatReg:
-      case NodeType::Converter:
-      case NodeType::IntConverter:
-      case NodeType::SwissKnife:
-      case NodeType::IntSwissKnife:
-        addOnce("Representation", "PureNumber");
-        break;
-      default:
-        break;
-    }
-    switch (node_.record().type) {
-      case NodeType::SwissKnife:
-      case NodeType::IntSwissKnife:
-        add("InputDirection", "None");
-        break;
-      case NodeType::Converter:
-      case NodeType::IntConverter:
-        add("InputDirection", "From");
-        break;
-      default:
-        break;
-    }
+    constexpr NodeTypeSet kSigned(NodeType::IntReg, NodeType::MaskedIntReg);
+    constexpr NodeTypeSet kShown =
+        kSigned | kKnives | kConverters | NodeTypeSet(NodeType::Integer, NodeType::Float, NodeType::FloatReg);
+    const NodeType type = node_.record().type;
+    if (kSigned.has(type)) addOnce("Sign", "Unsigned");
+    if (kShown.has(type)) addOnce("Representation", "PureNumber");
+    if (kKnives.has(type)) add("InputDirection", "None");
+    if (kConverters.has(type)) add("InputDirection", "From");
   }
 
   void addNames(std::string_view property, const std::vector<NodeIndex>& nodes) {
@@ -182,19 +158,9 @@ class PropertyCollector {
     std::reverse(dependents.begin(), dependents.end());
     addNames("pDependent", dependents);
     addNames("pSelecting", node_.description().graph().selecting(node_.index()));
-    switch (node_.record().type) {
-      case NodeType::Node:
-      case NodeType::Category:
-      case NodeType::Port:
-      case NodeType::EnumEntry:
-      case NodeType::SwissKnife:
-      case NodeType::IntSwissKnife:
-      case NodeType::Converter:
-      case NodeType::IntConverter:
-        return;
-      default:
-        addNames("pTerminal", node_.related(ctTerminalNodes));
-    }
+    constexpr NodeTypeSet kWithoutTerminals =
+        kKnives | kConverters | NodeTypeSet(NodeType::Node, NodeType::Category, NodeType::Port, NodeType::EnumEntry);
+    if (!kWithoutTerminals.has(node_.record().type)) addNames("pTerminal", node_.related(ctTerminalNodes));
   }
 
   const NodeBase& node_;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "description/ElementRules.h"
 #include "description/Limits.h"
 #include "nodes/NodeBase.h"
 #include "nodes/PortNode.h"
@@ -100,21 +101,13 @@ int64_t RegisterBlock::computeAddress() const {
 
 EAccessMode RegisterBlock::mode() const {
   EAccessMode mode = Combine(ownMode_, port().accessMode());
+  constexpr ElementSet kPlaceLinks(Element::pAddress, Element::IntSwissKnife, Element::pIndex, Element::pOffset,
+                                   Element::pLength);
   for (const Property& each : owner_.properties()) {
-    switch (each.element) {
-      case Element::pAddress:
-      case Element::IntSwissKnife:
-      case Element::pIndex:
-      case Element::pOffset:
-      case Element::pLength: {
-        const EAccessMode link = owner_.other(each.target).accessMode();
-        if (link == NI) return NI;
-        if (!IsReadable(link)) mode = Combine(mode, NA);
-        break;
-      }
-      default:
-        break;
-    }
+    if (!kPlaceLinks.has(each.element)) continue;
+    const EAccessMode link = owner_.other(each.target).accessMode();
+    if (link == NI) return NI;
+    if (!IsReadable(link)) mode = Combine(mode, NA);
   }
   return mode;
 }
