@@ -144,22 +144,10 @@ bool NodeReader::readWord(NodeDraft& draft, Property& property, size_t offset) {
     return false;
   }
   NodeRecord& record = draft.record;
-  switch (element) {
-    case Element::Visibility:
-      record.visibility = property.word;
-      break;
-    case Element::ImposedAccessMode:
-      record.imposedAccessMode = property.word;
-      break;
-    case Element::Streamable:
-      record.streamable = property.word == Yes;
-      break;
-    case Element::IsDeprecated:
-      record.deprecated = property.word == Yes;
-      break;
-    default:
-      break;
-  }
+  if (element == Element::Visibility) record.visibility = property.word;
+  if (element == Element::ImposedAccessMode) record.imposedAccessMode = property.word;
+  if (element == Element::Streamable) record.streamable = property.word == Yes;
+  if (element == Element::IsDeprecated) record.deprecated = property.word == Yes;
   return true;
 }
 

@@ -22,25 +22,12 @@ EntryTable::EntryTable(const Description& description, NodeIndex enumeration) {
     entry.node = link.target;
     entry.symbolic = entrySymbolic(description, link.target);
     entry.isPlain = record.imposedAccessMode == RW || record.imposedAccessMode == RO;
-    bool hasNumericValue = false;
-    for (const Property& each : description.properties(link.target)) {
-      switch (each.element) {
-        case Element::Value:
-          entry.value = each.integer;
-          break;
-        case Element::NumericValue:
-          entry.numericValue = each.real;
-          hasNumericValue = true;
-          break;
-        case Element::IsSelfClearing:
-          entry.isSelfClearing = each.word == Yes;
-          break;
-        default:
-          if (kGuards.has(each.element)) entry.isPlain = false;
-          break;
-      }
-    }
-    if (!hasNumericValue) entry.numericValue = static_cast<long double>(entry.value);
+    entry.value = description.find(link.target, Element::Value)->integer;
+    const Property* const numeric = description.find(link.target, Element::NumericValue);
+    entry.numericValue = numeric ? numeric->real : static_cast<long double>(entry.value);
+    const Property* const clearing = description.find(link.target, Element::IsSelfClearing);
+    entry.isSelfClearing = clearing && clearing->word == Yes;
+    for (const Property& each : description.properties(link.target)) entry.isPlain &= !kGuards.has(each.element);
     entries_.push_back(entry);
   }
   byValue_.resize(entries_.size());

@@ -1,6 +1,7 @@
 #include "nodes/IntegerBase.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "nodes/NumberGrid.h"
 #include "text/NumberSyntax.h"
@@ -27,8 +28,7 @@ void IntegerBase::writeFloat(double value, bool verify) const {
     const std::vector<int64_t> values = valueSet(true);
     const auto nearest = std::min_element(values.begin(), values.end(), [&](int64_t a, int64_t b) {
       const auto distance = [&](int64_t each) {
-        const long double difference = static_cast<long double>(value) - static_cast<long double>(each);
-        return difference < 0 ? -difference : difference;
+        return std::fabs(static_cast<long double>(value) - static_cast<long double>(each));
       };
       return distance(a) < distance(b);
     });

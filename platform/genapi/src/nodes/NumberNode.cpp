@@ -8,26 +8,15 @@
 namespace GENAPI_NAMESPACE {
 
 template <class Base>
-NumberNode<Base>::NumberNode(Device& device, NodeIndex index) : Base(device, index) {
-  for (const Property& each : this->properties()) {
-    switch (each.element) {
-      case Element::Value:
-        constant_ = &each;
-        break;
-      case Element::pValue:
-        form_ = Form::Forwarder;
-        link_ = each.target;
-        break;
-      case Element::pIndex:
-        form_ = Form::Table;
-        link_ = each.target;
-        break;
-      case Element::pValueCopy:
-        hasCopies_ = true;
-        break;
-      default:
-        break;
-    }
+NumberNode<Base>::NumberNode(Device& device, NodeIndex index)
+    : Base(device, index),
+      constant_(this->find(Element::Value)),
+      link_(this->target(Element::pValue)),
+      hasCopies_(this->find(Element::pValueCopy)) {
+  if (link_ != kNoNode) {
+    form_ = Form::Forwarder;
+  } else if (link_ = this->target(Element::pIndex); link_ != kNoNode) {
+    form_ = Form::Table;
   }
 }
 

@@ -48,10 +48,10 @@ class NumberNode final : public Base {
   void forEachTarget(Visit&& visit) const;
   bool copiesAgreeOnIncrement() const;
 
-  const Property* constant_ = nullptr;  // what a held value begins with
-  NodeIndex link_ = kNoNode;            // pValue, or pIndex of a table
+  const Property* const constant_;  // what a held value begins with
+  NodeIndex link_;                  // pValue, or pIndex of a table
   Form form_ = Form::Held;
-  bool hasCopies_ = false;
+  const bool hasCopies_;
 };
 
 using IntegerNode = NumberNode<IntegerBase>;

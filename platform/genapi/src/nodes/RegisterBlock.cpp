@@ -9,32 +9,17 @@
 
 namespace GENAPI_NAMESPACE {
 
-RegisterBlock::RegisterBlock(const NodeBase& owner) : owner_(owner) {
+RegisterBlock::RegisterBlock(const NodeBase& owner)
+    : owner_(owner),
+      length_(owner.given(Element::Length, 0)),
+      port_(owner.target(Element::pPort)),
+      lengthLink_(owner.target(Element::pLength)) {
+  constexpr ElementSet kMovingParts(Element::pAddress, Element::IntSwissKnife, Element::pIndex);
   for (const Property& each : owner.properties()) {
-    switch (each.element) {
-      case Element::Address:
-        if (__builtin_add_overflow(fixedAddress_, each.integer, &fixedAddress_)) addressIsFixed_ = false;
-        break;
-      case Element::pAddress:
-      case Element::IntSwissKnife:
-      case Element::pIndex:
-        addressIsFixed_ = false;
-        break;
-      case Element::Length:
-        length_ = each.integer;
-        break;
-      case Element::pLength:
-        lengthLink_ = each.target;
-        break;
-      case Element::pPort:
-        port_ = each.target;
-        break;
-      case Element::AccessMode:
-        ownMode_ = static_cast<EAccessMode>(each.word);
-        break;
-      default:
-        break;
-    }
+    if (each.element == Element::AccessMode) ownMode_ = static_cast<EAccessMode>(each.word);
+    const bool overflows =
+        each.element == Element::Address && __builtin_add_overflow(fixedAddress_, each.integer, &fixedAddress_);
+    if (overflows || kMovingParts.has(each.element)) addressIsFixed_ = false;
   }
 }
 

@@ -39,9 +39,8 @@ class RegisterBlock {
 
   const NodeBase& owner_;
   int64_t fixedAddress_ = 0;
-  int64_t length_ = 0;
-  NodeIndex port_ = kNoNode;
-  NodeIndex lengthLink_ = kNoNode;
+  const int64_t length_;
+  const NodeIndex port_, lengthLink_;
   EAccessMode ownMode_ = RO;
   bool addressIsFixed_ = true;
 };
