@@ -8,6 +8,7 @@
 #include "description/Description.h"
 #include "description/DescriptionLoader.h"
 #include "description/ElementRules.h"
+#include "description/NodeTraits.h"
 
 using namespace GENAPI_NAMESPACE;
 
@@ -35,7 +36,7 @@ void checkGraph(const Description& description, NodeIndex node, WalkScratch& scr
     for (NodeIndex selector : graph.selecting(selected)) back = back || selector == node;
     require(back);
   }
-  require(IsCacheable(graph.cachingMode(node)) || graph.cachingMode(node) == NoCache);
+  require(IsCacheable(graph.traits().cachingMode(node)) || graph.traits().cachingMode(node) == NoCache);
 }
 
 }  // namespace

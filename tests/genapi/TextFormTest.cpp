@@ -3,7 +3,6 @@
 
 namespace {
 
-// What each form looks like in detail is the number syntax's.
 TEST(TextForms, OfIntegersFollowTheirRepresentation) {
   const std::tuple<const char*, int64_t, const char*, const char*> cases[] = {
       // representation, value, its text, a text of another representation
