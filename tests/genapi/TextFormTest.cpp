@@ -23,7 +23,7 @@ TEST(TextForms, OfIntegersFollowTheirRepresentation) {
       map.value("X")->FromString(number);
       EXPECT_EQ(map.integer("X")->GetValue(), number == text ? value : number[0] == ' ' ? 12 : 31);
     }
-    for (const char* refused : {other, "", "1 2"}) {
+    for (const char* refused : {other, "", "1 2", "1.2.3.256"}) {
       EXPECT_THROW(map.value("X")->FromString(refused), InvalidArgumentException) << refused;
     }
   }
@@ -46,6 +46,7 @@ TEST(TextForms, OfFloatsFollowNotationAndPrecision) {
        "-3.1415"},
       {"0.24", "<Min>0.24</Min><Max>0.24</Max><DisplayPrecision>1</DisplayPrecision>", "0.2"},
       {"-1.79769313486232E+308", "<DisplayPrecision>15</DisplayPrecision>", "-1.79769313486231e+308"},
+      {"12.3456789", "<DisplayPrecision>-1</DisplayPrecision>", "12.3457"},
       {"NaN", "", "nan"},
   };
   for (const auto& each : cases) {
