@@ -378,6 +378,16 @@ void Acquisition::attachChunks(const TImage& image, bool bigEndian) {
   });
 }
 
+void Acquisition::enableChunks(const std::vector<std::string>& names) {
+  const std::lock_guard sequence(sequence_);
+  session_.requireControl();
+  const std::shared_ptr<Running> running = this->running();
+  if (running && running->receives()) {
+    throw CameraError(OXCAMERA_E_IN_USE, "Chunks are chosen before the stream starts; one runs");
+  }
+  StreamFeatures(session_.nodeMap()).enableChunks(names);
+}
+
 void Acquisition::cancel() {
   if (const auto running = this->running()) running->queue->cancel();
 }

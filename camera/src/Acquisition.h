@@ -33,6 +33,7 @@ class Acquisition {
   void giveBack(const TImage& image);
   void part(const TImage& image, size_t index, TImagePart& part);
   void attachChunks(const TImage& image, bool bigEndian);
+  void enableChunks(const std::vector<std::string>& names);
   void cancel();
   TStreamStatistics statistics();
   std::string advice();

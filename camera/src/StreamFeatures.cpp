@@ -95,6 +95,37 @@ void StreamFeatures::attachChunks(const TChunkData* chunks, size_t count) {
   });
 }
 
+void StreamFeatures::enableChunks(const std::vector<std::string>& names) {
+  const auto mode = find(map_, "ChunkModeActive"), selector = find(map_, "ChunkSelector");
+  const auto enable = find(map_, "ChunkEnable");
+  if (!mode || !selector || !enable) throw CameraError(OXGENAPI_E_NOT_SUPPORTED, "The camera has no chunks");
+  const std::vector<std::string> known =
+      named("ChunkSelector", [&] { return map_.enumeration("ChunkSelector").entries(); });
+  std::string lacking;
+  for (const std::string& name : names) {
+    if (std::find(known.begin(), known.end(), name) == known.end()) lacking += (lacking.empty() ? "" : ", ") + name;
+  }
+  if (!lacking.empty()) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "The camera has no chunk " + lacking);
+  named("ChunkModeActive", [&] { mode->set(true); });
+  const std::string before = named("ChunkSelector", [&] { return selector->text(); });
+  const auto restore = [&] { named("ChunkSelector", [&] { selector->set(before); }); };
+  try {
+    for (const std::string& name : names) {
+      named("ChunkSelector", [&] { selector->set(name); });
+      named("ChunkEnable", [&] {
+        if (!enable->boolean()) enable->set(true);  // some that are always on cannot be written
+      });
+    }
+  } catch (...) {
+    try {
+      restore();
+    } catch (...) {  // the first failure is the one to report
+    }
+    throw;
+  }
+  restore();
+}
+
 std::string StreamFeatures::obstacles() noexcept {
   try {
     std::string text;

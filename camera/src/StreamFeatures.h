@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace ox::camera {
 
@@ -23,6 +24,8 @@ class StreamFeatures {
   // After something else has written the packet size.
   void forgetPacketSize() noexcept;
   void detachChunks() noexcept;
+  // Throws before it writes anything if the camera lacks one of them.
+  void enableChunks(const std::vector<std::string>& names);
   void attachChunks(const TChunkData* chunks, size_t count);
 
   // Sentences about features that let a camera wait, each on a line; empty when there is nothing.

@@ -103,6 +103,7 @@ def _camera_library() -> Any:
                 "Read": (_H, c_void_p, c_uint64, c_size_t), "Write": (_H, c_char_p, c_uint64, c_size_t),
                 "LastFailure": (_H, POINTER(c_uint32), c_char_p, _SIZE), "State": (_H, POINTER(c_uint32)),
                 "OnLoss": (_H, _Loss, c_void_p, c_void_p), "WaitForLoss": (_H, c_uint32), "Reopen": (_H, c_uint32),
+                "EnableChunks": (_H, POINTER(c_char_p), c_size_t),
                 "StartEx": (_H, POINTER(_StreamOptions)), "Stop": (_H,), "CancelWait": (_H,),
                 "NextImage": (_H, c_uint32, POINTER(Record)), "GrabImage": (_H, c_uint32, POINTER(Record)),
                 "ReturnImage": (_H, POINTER(Record)), "AttachChunks": (_H, POINTER(Record)),
@@ -267,6 +268,12 @@ class Camera(NodeMap):
         finally:
             if not record.running:
                 self.stop()
+
+    def enable_chunks(self, *names: str) -> None:
+        """Lets the camera send these chunks with its images, by the entries of ChunkSelector; before start(). See
+        Picture.attach_chunks()."""
+        texts = (c_char_p * len(names))(*[encoded(name) for name in names])
+        check(self._cameras.OxCameraEnableChunks(self._camera.raw, texts, len(names)))
 
     def cancel_wait(self) -> None:
         """Ends waits of other threads with an error, or the next wait."""

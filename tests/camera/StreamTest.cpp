@@ -358,10 +358,15 @@ TEST_F(Streams, TheSimulatedCameraSendsWhatItsFeaturesSay) {
 
 TEST_F(Streams, ChunksBelongToTheirImageUntilItIsGivenBack) {
   const Camera camera = simulated();
-  camera["ChunkModeActive"].set(true);
-  camera["ChunkSelector"].set("FrameCounter");
-  camera["ChunkEnable"].set(true);
-  check(OxCameraStart(camera.handle(), 4));
+  const std::string selector = camera["ChunkSelector"].text();
+  expectFailure(OXGENAPI_E_INVALID_ARGUMENT, "The camera has no chunk Smell, Taste", [&] {
+    camera.enableChunks({"Smell", "FrameCounter", "Taste"});
+  });
+  EXPECT_FALSE(camera["ChunkModeActive"].boolean());
+  camera.enableChunks({"FrameCounter", "Image", "ExposureTime"});
+  EXPECT_EQ(camera["ChunkSelector"].text(), selector);
+  camera.start();
+  expectFailure(OXCAMERA_E_IN_USE, "one runs", [&] { camera.enableChunks({"Gain"}); });
   const TImage first = next(camera), second = next(camera);
   const Node counter = camera["ChunkFrameCounter"];
   EXPECT_FALSE(counter.readable());

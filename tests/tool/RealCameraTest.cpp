@@ -97,6 +97,17 @@ TEST_F(RealCamera, EveryMainCommandWorksOverTheNetwork) {
   EXPECT_EQ(run(on({"snapshot", "Width", "PixelFormat"})).status, 0);
   EXPECT_THAT(run(on({"report"})).out, HasSubstr("failing: 0"));
 
+  // Its pictures arrive, through the standard socket that the loopback needs.
+  for (const int width : {128, 64}) {
+    const nlohmann::json grabbed =
+        runJson(on({"grab", "-n", "5", "-o", path("{n}.pgm"), "--overwrite", "AcquisitionMode=Continuous", "Height=64",
+                    "Width=" + std::to_string(width)}));
+    EXPECT_EQ(grabbed.at("payloadSize"), width * 64);
+    EXPECT_GE(grabbed.at("packets"), 5);
+    EXPECT_EQ(this->read("0005.pgm").substr(0, 3 + std::to_string(width).size()), "P5\n" + std::to_string(width));
+  }
+  EXPECT_EQ(run(on({"set", "Width=256"})).status, 0);
+
   // While another program has control, the tool can read and says why it cannot write; watching takes no control.
   const std::string tool = std::string(std::getenv("OX_BUILD_DIR")) + "/bin/oxgenapi --camera " + id;
   const ToolResult busy =

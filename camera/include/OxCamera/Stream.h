@@ -78,6 +78,14 @@ OXGENAPI_EXPORT uint32_t OxCameraStreamAdvice(OXCAMERA Camera, char* Text, OX_OU
  * cannot be read, with the reason: the image itself is as usable as before. INVALID_ARGUMENT as OxCameraImagePart. */
 OXGENAPI_EXPORT uint32_t OxCameraAttachChunks(OXCAMERA Camera, const TImage* Image);
 
+/* Lets the camera send these chunks with its images: writes ChunkModeActive, then ChunkSelector and ChunkEnable for
+ * each, and puts the selector back. Chunks that are on stay on.
+ *   Names  Count entries of ChunkSelector, such as Timestamp
+ * Errors: INVALID_ARGUMENT with all names that the camera lacks, before anything is written; IN_USE while a stream
+ * runs;
+ *         NOT_SUPPORTED for a camera without chunks; those of the features. */
+OXGENAPI_EXPORT uint32_t OxCameraEnableChunks(OXCAMERA Camera, const char* const* Names, size_t Count);
+
 #ifdef __cplusplus
 }
 #endif

@@ -247,6 +247,12 @@ class Camera {
   Image grab(std::chrono::milliseconds time = std::chrono::milliseconds(-1)) const {
     return image(OxCameraGrabImage, time);
   }
+  /// Lets the camera send these chunks, by the entries of ChunkSelector; before start().
+  void enableChunks(const std::vector<std::string>& names) const {
+    std::vector<const char*> flat;
+    for (const std::string& name : names) flat.push_back(name.c_str());
+    check(OxCameraEnableChunks(handle(), flat.data(), flat.size()));
+  }
   /// Ends waits of other threads, or the next wait.
   void cancelWait() const { check(OxCameraCancelWait(handle())); }
   TStreamStatistics statistics() const {

@@ -1,5 +1,8 @@
 #include <OxCamera/Stream.h>
 
+#include <string>
+#include <vector>
+
 #include "ExportFrame.h"
 
 using namespace ox::camera;
@@ -75,6 +78,18 @@ uint32_t OxCameraStreamStatistics(OXCAMERA Camera, TStreamStatistics* Statistics
 
 uint32_t OxCameraStreamAdvice(OXCAMERA Camera, char* Text, size_t& TextSize) {
   return onStream(Camera, [&](Acquisition& acquisition) { giveText(acquisition.advice(), Text, TextSize); });
+}
+
+uint32_t OxCameraEnableChunks(OXCAMERA Camera, const char* const* Names, size_t Count) {
+  return onStream(Camera, [&](Acquisition& acquisition) {
+    std::vector<std::string> names;
+    for (size_t i = 0; i < Count; ++i) {
+      checked(Names, "list of names");
+      checked(Names[i], "name");
+      names.emplace_back(Names[i]);
+    }
+    acquisition.enableChunks(names);
+  });
 }
 
 uint32_t OxCameraAttachChunks(OXCAMERA Camera, const TImage* Image) {
