@@ -108,7 +108,7 @@ typedef struct TStreamOptions {
   TPacketSize PacketSize;      /* PS_Keep */
   uint32_t PacketBytes;        /* for PS_Number */
   TReceiveMethod Receive;      /* RM_Automatic */
-  uint64_t SocketBytes;        /* receive buffer asked of the system: one frame */
+  uint64_t SocketBytes;        /* receive buffer asked of the system: one frame, at least 1 MiB */
   uint32_t ResendPercent;      /* of a frame's packets, at most so many are asked for again: 25; above 100: none */
 } TStreamOptions;
 

@@ -13,6 +13,7 @@ namespace ox::camera::aravis {
 namespace {
 
 constexpr uint64_t kLargestSocketBuffer = INT32_MAX;
+constexpr uint64_t kUsualSocketBuffer = uint64_t{1} << 20;
 
 bool mayUsePacketSockets() {
   const int made = ::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0);
@@ -170,8 +171,10 @@ class AravisStream final : public Stream {
   }
 
   void configure(ArvStream* stream, const StreamRequest& request) {
-    facts_.socketAsked =
+    const uint64_t needed =
         std::min(request.socketBytes == 0 ? request.payload : request.socketBytes, kLargestSocketBuffer);
+    // Each packet takes more room in the kernel than its bytes: a buffer of one small frame does not hold that frame.
+    facts_.socketAsked = request.socketBytes == 0 ? std::max(needed, kUsualSocketBuffer) : needed;
     g_object_set(stream, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
                  static_cast<gint>(facts_.socketAsked), "packet-resend",
                  request.resendShare > 0 ? ARV_GV_STREAM_PACKET_RESEND_ALWAYS : ARV_GV_STREAM_PACKET_RESEND_NEVER,
@@ -179,7 +182,7 @@ class AravisStream final : public Stream {
     // The socket is the library's; what the system grants follows from its limit.
     const uint64_t limit = numberIn("/proc/sys/net/core/rmem_max");
     facts_.socketGranted = limit == 0 ? facts_.socketAsked : std::min(limit, facts_.socketAsked);
-    if (facts_.socketGranted < facts_.socketAsked) {
+    if (facts_.socketGranted < needed) {
       advise("The system cuts the receive buffer to " + std::to_string(facts_.socketGranted) + " bytes, " +
              std::to_string(facts_.socketAsked) +
              " are needed: sysctl -w net.core.rmem_max=" + std::to_string(facts_.socketAsked));
