@@ -16,9 +16,5 @@ inline std::atomic<long> allocatedBytes{0};
   if (void* memory = std::malloc(bytes)) return memory;
   throw std::bad_alloc();
 }
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept {
-  std::free(memory);
-}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept { std::free(memory); }

@@ -38,9 +38,8 @@ inline std::vector<NamedDescription> descriptions() {
   const char* const folder = std::getenv("OXGENAPI_DESCRIPTIONS");
   if (folder == nullptr) return found;
   std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
     if (entry.path().extension() == ".xml") files.push_back(entry.path());
-  }
   std::sort(files.begin(), files.end());
   for (const auto& file : files) {
     std::ifstream stream(file, std::ios::binary);

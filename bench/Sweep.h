@@ -29,9 +29,7 @@ inline int readEmptyDevice(void* to, int64_t address, int64_t length, void* user
   std::memset(to, 0, static_cast<size_t>(length));
   return 0;
 }
-inline int writeEmptyDevice(const void*, int64_t, int64_t, void*) {
-  return 0;
-}
+inline int writeEmptyDevice(const void*, int64_t, int64_t, void*) { return 0; }
 
 // The same device for the engine.
 class EmptyPort final : public GENAPI_NAMESPACE::CPortImpl {

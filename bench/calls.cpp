@@ -166,11 +166,9 @@ int main(int argc, char** argv) {
   benchmark::RegisterBenchmark("atomic pair", atomicPair);
   benchmark::RegisterBenchmark("atomic pair and callback", atomicPairAndCallback);
   // All calls alone first: once it has had a second thread, a process is never again taken for one of a single thread.
-  for (const int64_t others : {0, 1}) {
-    for (const auto& call : kCalls) {
+  for (const int64_t others : {0, 1})
+    for (const auto& call : kCalls)
       benchmark::RegisterBenchmark(call.name, call.measure)->Arg(others)->ArgName("others");
-    }
-  }
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();

@@ -25,9 +25,8 @@ void require(bool done) {
 double dirtyMegabytes() {
   std::ifstream smaps("/proc/self/smaps_rollup");
   double bytes = 0;
-  for (std::string line; std::getline(smaps, line);) {
+  for (std::string line; std::getline(smaps, line);)
     if (line.starts_with("Private_Dirty:")) bytes += std::strtod(line.c_str() + std::strlen("Private_Dirty:"), nullptr);
-  }
   return bytes * 1024 / 1e6;
 }
 
@@ -41,9 +40,7 @@ int readNothing(void* to, int64_t, int64_t length, void*) {
   std::memset(to, 0, static_cast<size_t>(length));
   return 0;
 }
-int writeNothing(const void*, int64_t, int64_t, void*) {
-  return 0;
-}
+int writeNothing(const void*, int64_t, int64_t, void*) { return 0; }
 
 NODEMAP load(const std::string& text) {
   NODEMAP map = nullptr;
@@ -72,9 +69,8 @@ std::vector<std::string> readableFeatures(NODEMAP map) {
     NODE node = nullptr;
     if (NMListNode(map, i, name, size) != OXGENAPI_OK || NMGetNode(map, name, node) != OXGENAPI_OK) continue;
     bool isFeature = false;
-    if (NInfoAsBoolean(node, NI_IsFeature, &isFeature) == OXGENAPI_OK && isFeature && isReadable(node)) {
+    if (NInfoAsBoolean(node, NI_IsFeature, &isFeature) == OXGENAPI_OK && isFeature && isReadable(node))
       found.push_back(name);
-    }
     OxIfaceContainerReleaseUseCounter(node);
   }
   return found;

@@ -110,12 +110,10 @@ ImageView scene(const char* name) {
     return made;
   }();
   static std::vector<uint8_t> eight;
-  if (std::string(name).ends_with("12")) {
+  if (std::string(name).ends_with("12"))
     return {samples.data(), 2 * kPixels, findFormat(name)->number, kWidth, kHeight};
-  }
-  if (eight.empty()) {
+  if (eight.empty())
     for (const uint16_t sample : samples) eight.push_back(static_cast<uint8_t>(sample >> 4));
-  }
   return {eight.data(), kPixels, findFormat(name)->number, kWidth, kHeight};
 }
 
@@ -149,16 +147,13 @@ void saveFile(benchmark::State& state, const char* format, const char* ending, i
   const auto add = [](const std::string& name, auto run) {
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
   };
-  for (const char* name : {"Mono10p", "Mono12p", "Mono12Packed", "Mono14p", "Mono12"}) {
+  for (const char* name : {"Mono10p", "Mono12p", "Mono12Packed", "Mono14p", "Mono12"})
     add(std::string("12 MP ") + name + " to samples", [name](auto& state) { unpackSamples(state, name); });
-  }
   for (const char* name : {"BayerRG8", "BayerRG10", "BayerRG12p", "BayerRG12Packed", "Mono8", "Mono12p", "BGR8",
-                           "YUV422_8", "YCbCr411_8", "RGB10p"}) {
+                           "YUV422_8", "YCbCr411_8", "RGB10p"})
     add(std::string("12 MP ") + name + " to RGB 8", [name](auto& state) { makePicture(state, name, 3, 8); });
-  }
-  for (const char* name : {"BayerRG12p", "RGB10p", "YCbCr422_10"}) {
+  for (const char* name : {"BayerRG12p", "RGB10p", "YCbCr422_10"})
     add(std::string("12 MP ") + name + " to RGB 16", [name](auto& state) { makePicture(state, name, 3, 16); });
-  }
   add("12 MP Mono12p to gray 8", [](auto& state) { makePicture(state, "Mono12p", 1, 8); });
   add("12 MP BayerRG8 to gray 8", [](auto& state) { makePicture(state, "BayerRG8", 1, 8); });
   add("12 MP BayerRG12p measured", [](auto& state) { measureSamples(state, "BayerRG12p"); });

@@ -87,9 +87,8 @@ class Saver {
     auto& saver = *static_cast<Saver*>(self);
     if (++saver.accesses_ > kMostAccesses) return -1;
     if (Traffic* traffic = saver.traffic_) {
-      if (!traffic->uncacheable.contains({address, length})) {
+      if (!traffic->uncacheable.contains({address, length}))
         traffic->most = std::max(traffic->most, ++traffic->reads[{address, length}]);
-      }
     }
     return saver.memory_.read(to, address, length);
   }

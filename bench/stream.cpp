@@ -99,13 +99,9 @@ void dump(benchmark::State& state, Dump&& fetch) {
   state.SetLabel("MB/s");
 }
 
-void dumpNarrow(benchmark::State& state) {
-  dump<char>(state, NMStreamDump);
-}
+void dumpNarrow(benchmark::State& state) { dump<char>(state, NMStreamDump); }
 
-void dumpWide(benchmark::State& state) {
-  dump<wchar_t>(state, NMStreamDumpW);
-}
+void dumpWide(benchmark::State& state) { dump<wchar_t>(state, NMStreamDumpW); }
 
 }  // namespace
 

@@ -94,9 +94,8 @@ void survey(const std::string& file, Reasons& reasons) {
       dynamic_cast<IDestroy*>(map)->Destroy();
     }
     std::printf("%-34.34s yes %6lu %8d", name.c_str(), static_cast<unsigned long>(nodeCount), outcomes[0].features);
-    for (const Outcome& each : outcomes) {
+    for (const Outcome& each : outcomes)
       std::printf("  |%6d %6d %5d %5d", each.readable, each.unavailable, each.writeOnly, each.failed);
-    }
     std::printf("\n");
   } catch (const GenericException& refused) {
     std::printf("%-34.34s no: %s\n", name.c_str(), refused.what());
@@ -126,8 +125,7 @@ int main(int argc, char** argv) {
   std::vector<std::pair<int, std::string>> sorted;
   for (const auto& [kind, seen] : reasons) sorted.emplace_back(seen.first, kind);
   std::sort(sorted.rbegin(), sorted.rend());
-  for (const auto& [count, kind] : sorted) {
+  for (const auto& [count, kind] : sorted)
     std::printf("%6d  %s\n        such as: %s\n", count, kind.c_str(), reasons[kind].second.c_str());
-  }
   return 0;
 }

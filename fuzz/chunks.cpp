@@ -83,11 +83,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   require(NMAttachChunkList(features.map, chunks.data(), chunks.size()) == expected);
   int64_t value = 0;
-  if (last != nullptr) {
+  if (last != nullptr)
     requireNumber(features.gain, buffer.data() + last->ChunkOffset, static_cast<uint64_t>(last->ChunkLength));
-  } else {
+  else
     require(NGetAsInteger(features.gain, &value) != OXGENAPI_OK);
-  }
   room = sizeof text;
   NGetAsString(features.text, text, room);
   int64_t bytes = 8;
@@ -96,9 +95,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Another buffer of the same layout, then none.
   std::vector<uint8_t> other(buffer.rbegin(), buffer.rend());
   require(NMUpdateChunks(features.map, other.empty() ? nullptr : other.data()) == OXGENAPI_OK);
-  if (last != nullptr) {
+  if (last != nullptr)
     requireNumber(features.gain, other.data() + last->ChunkOffset, static_cast<uint64_t>(last->ChunkLength));
-  }
   require(NMDetachAllChunks(features.map) == OXGENAPI_OK);
   require(NGetAsInteger(features.gain, &value) != OXGENAPI_OK);
   return 0;

@@ -55,9 +55,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       checkLinks(description, node);
       checkGraph(description, node, scratch);
     }
-    for (const FindingRecord& finding : description.findings()) {
+    for (const FindingRecord& finding : description.findings())
       require(finding.severity != svFatal && !description.findingText(finding).empty());
-    }
   } catch (const GENICAM_NAMESPACE::RuntimeException& error) {
     const std::string_view text = error.GetDescription();
     require(text.substr(0, 13) == "<description>" && text.find('\n') == text.npos);

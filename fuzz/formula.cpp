@@ -41,11 +41,10 @@ void evaluate(std::string_view formula, Arithmetic arithmetic, bool foldCase, co
   for (size_t i = 0; i < program->variableCount(); ++i) OnceEach::require(program->declaredIndex(i) < names.size());
   OnceEach source(names.size());
   try {
-    if (arithmetic == Arithmetic::Integer) {
+    if (arithmetic == Arithmetic::Integer)
       program->evaluateInteger(source, 7);
-    } else {
+    else
       OnceEach::require(std::isfinite(program->evaluateFloat(source, 7.5)));
-    }
     OnceEach::require(program->ok());
   } catch (const GENICAM_NAMESPACE::LogicalErrorException& error) {
     const std::string_view text = error.GetDescription();
@@ -68,9 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   names[0].name = "A";
   names[1].name = "B";
   names[2].name = "N.Max";
-  for (std::string_view name : {"P", "Q", "R", "S"}) {
+  for (std::string_view name : {"P", "Q", "R", "S"})
     names.push_back({name, DeclaredName::Kind::Expression, 0, 0, takeLine()});
-  }
   evaluate(formula, Arithmetic::Integer, false, names);
   evaluate(formula, Arithmetic::Float, true, names);
   return 0;

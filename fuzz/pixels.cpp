@@ -96,9 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   image.data = memory.get();
 
   size_t stride = 0;
-  if (well(findStride(image.format, image.width, image.height, image.stride % 64, image.size, stride))) {
+  if (well(findStride(image.format, image.width, image.height, image.stride % 64, image.size, stride)))
     require(well(imageBytes(image.format, image.width, image.height, stride, 0, bytes)) && bytes <= image.size);
-  }
   const uint8_t channels = (bits & 1) != 0 ? 3 : 1, sampleBits = (bits & 2) != 0 ? 16 : 8;
   makePicture(image, channels, sampleBits, (bits & 4) != 0 ? bits >> 3 & 31 : 0, cut);
   takeSamples(image, sampleBits, (bits & 8) != 0 ? Align::High : Align::Low);

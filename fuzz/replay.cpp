@@ -36,9 +36,8 @@ int main(int argc, char** argv) {
       files.emplace_back(argv[i]);
       continue;
     }
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i])) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i]))
       if (entry.is_regular_file()) files.push_back(entry.path());
-    }
   }
   std::sort(files.begin(), files.end());
   bool complete = !files.empty();

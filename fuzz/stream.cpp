@@ -82,8 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint32_t result = NMStreamDump(stream, part.data(), &given);
   require(result == (room == 0 ? OXGENAPI_E_INVALID_ARGUMENT : OXGENAPI_OK));
   if (room != 0) require(part.c_str() == text.substr(0, room - 1));
-  for (const OxHandle handle : {OxHandle{stream}, OxHandle{node}, OxHandle{map}}) {
+  for (const OxHandle handle : {OxHandle{stream}, OxHandle{node}, OxHandle{map}})
     OxIfaceContainerReleaseUseCounter(handle);
-  }
   return 0;
 }

@@ -92,18 +92,10 @@ void appendNumber(std::string& text, Value... value) {
 }
 }  // namespace
 
-void appendInteger(std::string& text, int64_t value) {
-  appendNumber(text, value);
-}
-void appendInteger(std::string& text, uint64_t value) {
-  appendNumber(text, value);
-}
-void appendHexadecimal(std::string& text, uint64_t value) {
-  appendNumber(text, value, 16);
-}
-void appendReal(std::string& text, double value) {
-  appendNumber(text, value);
-}
+void appendInteger(std::string& text, int64_t value) { appendNumber(text, value); }
+void appendInteger(std::string& text, uint64_t value) { appendNumber(text, value); }
+void appendHexadecimal(std::string& text, uint64_t value) { appendNumber(text, value, 16); }
+void appendReal(std::string& text, double value) { appendNumber(text, value); }
 
 void appendText(std::string& text, const char* value) {
   const size_t length = strnlen(value, kMaxShownBytes + 1);

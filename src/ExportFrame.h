@@ -65,17 +65,15 @@ class Held {
       return;
     }
     void* found = nullptr;
-    if (OxIfaceContainerQuery(handle, HandleKind<Object>::id(), &found) >= 0 && found != nullptr) {
+    if (OxIfaceContainerQuery(handle, HandleKind<Object>::id(), &found) >= 0 && found != nullptr)
       object_ = cast(static_cast<typename HandleKind<Object>::Interface*>(found));
-    }
   }
   ~Held() {
     if (handle_ == nullptr) return;
-    if (keepsLastError_) {
+    if (keepsLastError_)
       releaseKeepingLastError(handle_);
-    } else {
+    else
       OxIfaceContainerReleaseUseCounter(handle_);
-    }
   }
   Held(const Held&) = delete;
   Held& operator=(const Held&) = delete;
@@ -104,9 +102,8 @@ class Held {
 template <class Object, class Call, class... NamesAndValues>
 uint32_t onObject(OxHandle handle, const Arguments<NamesAndValues...>& arguments, Call&& call) noexcept {
   Held<Object> object(handle);
-  if (!object) [[unlikely]] {
+  if (!object) [[unlikely]]
     return object.finish(refuse(arguments, OXGENAPI_E_INVALID_HANDLE, HandleKind<Object>::kInvalid));
-  }
   return object.finish(guardedExport(arguments, kDelivering, [&] { return call(*object); }));
 }
 

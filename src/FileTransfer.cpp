@@ -64,9 +64,8 @@ void uploadFile(INodeMap& nodeMap, const gcstring& deviceFile, const char* path)
   onDevice(OXGENAPI_E_UPLOAD_FAILED, [&] {
     ODevFileStream device(&nodeMap, deviceFile.c_str(), std::ios_base::out | std::ios_base::trunc);
     std::vector<char> block(kCopyBlockBytes);
-    while (const std::streamsize count = host.sgetn(block.data(), static_cast<std::streamsize>(block.size()))) {
+    while (const std::streamsize count = host.sgetn(block.data(), static_cast<std::streamsize>(block.size())))
       writeWhole(device, deviceFile, block.data(), static_cast<size_t>(count));
-    }
     device.close();
   });
 }
@@ -88,9 +87,8 @@ void downloadFile(INodeMap& nodeMap, const gcstring& deviceFile, const char* pat
     requireOpen(device);
     std::vector<char> block(kCopyBlockBytes);
     const std::streamsize room = static_cast<std::streamsize>(block.size());
-    while (const std::streamsize count = device.rdbuf()->sgetn(block.data(), room)) {
+    while (const std::streamsize count = device.rdbuf()->sgetn(block.data(), room))
       if (host.sputn(block.data(), count) != count) throw orx_error(OXGENAPI_E_RUNTIME, host.failure());
-    }
     device.close();
   });
   if (!host.close()) throw orx_error(OXGENAPI_E_RUNTIME, host.failure());

@@ -28,9 +28,7 @@ const uint64_t kUpdatableInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpda
 
 }  // namespace
 
-uint64_t CFirmwareUpdateableNodeMap::interfaceId() noexcept {
-  return kUpdatableInterfaceId;
-}
+uint64_t CFirmwareUpdateableNodeMap::interfaceId() noexcept { return kUpdatableInterfaceId; }
 
 CFirmwareUpdateableNodeMap::CFirmwareUpdateableNodeMap(orxBase::shared_ref<NodeMapBase> nodeMap) {
   hold(std::move(nodeMap));
@@ -70,9 +68,7 @@ void CFirmwareUpdateableNodeMap::CleanupAfterFirmwareUpdate() {
   setReset(nullptr, nullptr);
 }
 
-INodeMap* CFirmwareUpdateableNodeMap::GetNodeMapOfDeviceToUpdate() {
-  return load_ ? load_->map() : nullptr;
-}
+INodeMap* CFirmwareUpdateableNodeMap::GetNodeMapOfDeviceToUpdate() { return load_ ? load_->map() : nullptr; }
 
 gcstring CFirmwareUpdateableNodeMap::GetDisplayName() {
   const CDeviceInfoPtr info(GetNodeMapOfDeviceToUpdate());

@@ -9,9 +9,7 @@ const uint64_t kUpdaterInterfaceId = OxRegisterInterface("OxGenApiFirmwareUpdate
 
 }  // namespace
 
-uint64_t CFirmwareUpdater::interfaceId() noexcept {
-  return kUpdaterInterfaceId;
-}
+uint64_t CFirmwareUpdater::interfaceId() noexcept { return kUpdaterInterfaceId; }
 
 CFirmwareUpdater::Infos CFirmwareUpdater::readInfos() const {
   Infos infos;

@@ -57,9 +57,7 @@ std::optional<uint32_t> parseChunkId(std::string_view text) noexcept {
   return value;
 }
 
-bool CGenericChunkAdapter::CheckBufferLayout(uint8_t*, int64_t) {
-  return false;
-}
+bool CGenericChunkAdapter::CheckBufferLayout(uint8_t*, int64_t) { return false; }
 
 void CGenericChunkAdapter::AttachBuffer(uint8_t*, int64_t, GENAPI_NAMESPACE::AttachStatistics_t* pAttachStatistics) {
   if (pAttachStatistics != nullptr) *pAttachStatistics = {0, 0, 0};

@@ -22,15 +22,12 @@ void GenericEventAdapter::AttachNodeMap(GENAPI_NAMESPACE::INodeMap* pNodeMap) {
   });
   std::vector<std::unique_ptr<GENAPI_NAMESPACE::CEventPort>> ports;
   ports.reserve(static_cast<size_t>(end - nodes.begin()));
-  for (auto node = nodes.begin(); node != end; ++node) {
+  for (auto node = nodes.begin(); node != end; ++node)
     ports.push_back(std::make_unique<GENAPI_NAMESPACE::CEventPort>(*node));
-  }
   ports_.swap(ports);
 }
 
-void GenericEventAdapter::DetachNodeMap() {
-  ports_.clear();
-}
+void GenericEventAdapter::DetachNodeMap() { ports_.clear(); }
 
 void GenericEventAdapter::DeliverMessage(const uint8_t[], uint32_t) {
   constexpr int kLine = 75;  // where callers of this class expect the failure to come from

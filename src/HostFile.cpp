@@ -26,9 +26,8 @@ class WriteSignalsHeldBack {
     sigemptyset(&signals_);
     sigset_t waiting;
     sigpending(&waiting);
-    for (const int signal : {SIGXFSZ, SIGPIPE}) {
+    for (const int signal : {SIGXFSZ, SIGPIPE})
       if (!sigismember(&waiting, signal)) sigaddset(&signals_, signal);
-    }
     sigset_t held;
     sigemptyset(&held);
     sigaddset(&held, SIGXFSZ);
@@ -60,9 +59,7 @@ HostFile::HostFile(const char* path, int flags) : path_(path == nullptr ? "" : p
   } while (descriptor_ < 0 && errno == EINTR);
 }
 
-HostFile::~HostFile() {
-  closeDescriptor();
-}
+HostFile::~HostFile() { closeDescriptor(); }
 
 bool HostFile::closeDescriptor() {
   if (descriptor_ < 0) return true;
@@ -123,9 +120,7 @@ HostFileWriter::int_type HostFileWriter::overflow(int_type c) {
   return traits_type::not_eof(c);
 }
 
-int HostFileWriter::sync() {
-  return flushBlock() ? 0 : -1;
-}
+int HostFileWriter::sync() { return flushBlock() ? 0 : -1; }
 
 bool HostFileWriter::flushBlock() {
   if (!failure_.empty() || descriptor_ < 0) return false;

@@ -16,9 +16,7 @@ LoadedMap::LoadedMap(EngineMap map) : map_(std::move(map)), adapters_(std::make_
   checkCacheIfAsked(*map_);
 }
 
-LoadedMap::~LoadedMap() {
-  retire();
-}
+LoadedMap::~LoadedMap() { retire(); }
 
 std::shared_ptr<Adapters> LoadedMap::adapters() {
   AutoLock lock(map_->GetLock());

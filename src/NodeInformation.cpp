@@ -81,40 +81,28 @@ Value integer(const Item&, const TypedNode& node, Form) {
 // Callers' numbers: read-only comes before write-only.
 int64_t accessMode(const INode& node) {
   switch (node.GetAccessMode()) {
-    case NA:
-      return 1;
-    case RO:
-      return 2;
-    case WO:
-      return 3;
-    case RW:
-      return 4;
-    default:
-      return 0;
+    case NA: return 1;
+    case RO: return 2;
+    case WO: return 3;
+    case RW: return 4;
+    default: return 0;
   }
 }
 
 int64_t cachingMode(const INode& node) {
   switch (node.GetCachingMode()) {
-    case WriteThrough:
-      return 1;
-    case WriteAround:
-      return 2;
-    default:
-      return 0;
+    case WriteThrough: return 1;
+    case WriteAround: return 2;
+    default: return 0;
   }
 }
 
 int64_t visibility(const INode& node) {
   switch (node.GetVisibility()) {
-    case Beginner:
-      return 0;
-    case Expert:
-      return 1;
-    case Guru:
-      return 2;
-    default:
-      return -1;
+    case Beginner: return 0;
+    case Expert: return 1;
+    case Guru: return 2;
+    default: return -1;
   }
 }
 
@@ -177,9 +165,8 @@ constexpr std::array kItems = {
 };
 
 constexpr bool inOrder() {
-  for (size_t i = 0; i < kItems.size(); ++i) {
+  for (size_t i = 0; i < kItems.size(); ++i)
     if (kItems[i].info != i) return false;
-  }
   return true;
 }
 static_assert(inOrder(), "an item stands at the place of its number");
@@ -191,9 +178,8 @@ const Item& itemOf(TNodeInfo info) {
 
 const Item& numberItem(TNodeInfo info, const char* form) {
   const Item& item = itemOf(info);
-  if (item.kind == Kind::Text) {
+  if (item.kind == Kind::Text)
     throw orx_error(OXGENAPI_E_NOT_SUPPORTED, std::string("Strings can not be converted to ") + form);
-  }
   return item;
 }
 
@@ -218,9 +204,7 @@ bool infoAsBoolean(const TypedNode& node, TNodeInfo info) {
   return integerForm(numberItem(info, "boolean"), node) != 0;
 }
 
-int64_t infoAsInteger(const TypedNode& node, TNodeInfo info) {
-  return integerForm(numberItem(info, "integer"), node);
-}
+int64_t infoAsInteger(const TypedNode& node, TNodeInfo info) { return integerForm(numberItem(info, "integer"), node); }
 
 double infoAsFloat(const TypedNode& node, TNodeInfo info) {
   const Item& item = numberItem(info, "float");
@@ -239,12 +223,8 @@ std::string infoAsText(const TypedNode& node, TNodeInfo info) {
   return item.word != nullptr ? std::string(item.word(number)) : integerText(number);
 }
 
-bool isTextInfo(TNodeInfo info) {
-  return itemOf(info).kind == Kind::Text;
-}
+bool isTextInfo(TNodeInfo info) { return itemOf(info).kind == Kind::Text; }
 
-bool hasTextForm(TNodeInfo info) {
-  return itemOf(info).hasText;
-}
+bool hasTextForm(TNodeInfo info) { return itemOf(info).hasText; }
 
 }  // namespace orxGenApi

@@ -7,9 +7,7 @@
 namespace orxGenApi {
 namespace {
 
-[[noreturn]] void refuseKind(const char* text) {
-  throw orx_error(OXGENAPI_E_INVALID_HANDLE, text);
-}
+[[noreturn]] void refuseKind(const char* text) { throw orx_error(OXGENAPI_E_INVALID_HANDLE, text); }
 
 }  // namespace
 
@@ -18,11 +16,10 @@ Node::Related Node::findRelated(TNodeList list, const char* unknown) const {
   GENAPI_NAMESPACE::FeatureList_t features;
   switch (list) {
     case NL_Children:
-      if (typed_.type == NT_Category) {
+      if (typed_.type == NT_Category)
         typed_.category->GetFeatures(features);
-      } else {
+      else
         typed_.node->GetChildren(nodes, GENAPI_NAMESPACE::ctReadingChildren);
-      }
       break;
     case NL_SelectedFeatures: {
       const auto* selector = dynamic_cast<GENAPI_NAMESPACE::ISelector*>(typed_.node);
@@ -40,8 +37,7 @@ Node::Related Node::findRelated(TNodeList list, const char* unknown) const {
       selector->GetSelectingFeatures(features);
       break;
     }
-    default:
-      throw orx_error(OXGENAPI_E_NOT_SUPPORTED, unknown);
+    default: throw orx_error(OXGENAPI_E_NOT_SUPPORTED, unknown);
   }
   Related related(nodes.begin(), nodes.end());
   related.reserve(nodes.size() + features.size());

@@ -45,9 +45,7 @@ std::shared_ptr<LoadedMap> NodeMap::current() const noexcept {
   return loaded_;
 }
 
-std::shared_ptr<LoadedMap> NodeMap::loaded() noexcept {
-  return current();
-}
+std::shared_ptr<LoadedMap> NodeMap::loaded() noexcept { return current(); }
 
 std::shared_ptr<LoadedMap> NodeMap::required(const char* otherwise) const {
   auto load = current();
@@ -80,11 +78,10 @@ orxBase::shared_ref<Node> NodeMap::nodeFor(const std::shared_ptr<LoadedMap>& loa
     return built;
   }
   other = known->second.lock();
-  if (other) {  // another thread was faster; its node is the one
+  if (other)  // another thread was faster; its node is the one
     std::swap(built, other);
-  } else {
+  else
     std::swap(known->second, entry.begin()->second);
-  }
   return built;
 }
 
@@ -103,11 +100,10 @@ void NodeMap::remember(const std::shared_ptr<LoadedMap>& load, const char* name,
   AutoLock lock(cacheLock_);
   if (loaded_ != load) return;
   const auto former = nameCache_.find(entry.begin()->first);
-  if (former == nameCache_.end()) {
+  if (former == nameCache_.end())
     nameCache_.merge(entry);
-  } else {
+  else
     std::swap(former->second, entry.begin()->second);
-  }
 }
 
 uint32_t NodeMap::GetNode(const char* name, NODE* node) noexcept {

@@ -58,9 +58,8 @@ uint32_t NodeMap::AttachChunk(uint64_t chunkId, void* base, int64_t offset, int6
 
 uint32_t NodeMap::AttachChunkEx(const char* chunkId, void* base, int64_t offset, int64_t length) noexcept {
   return guarded(operation("-NodeMap::AttachChunkEx", kDelivering), [&] {
-    if (length == 0 || offset < 0 || base == nullptr) {
+    if (length == 0 || offset < 0 || base == nullptr)
       throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Chunk data buffer invalid");
-    }
     const auto load = required();
     const auto adapters = requiredAdapters(*load, kNoChunkAdapter);
     adapters->chunks.AttachChunk(chunkId, static_cast<uint8_t*>(base), offset, length);

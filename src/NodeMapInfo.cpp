@@ -12,9 +12,7 @@ namespace {
 using GENAPI_NAMESPACE::IDeviceInfo;
 using GENICAM_NAMESPACE::Version_t;
 
-[[noreturn]] void refuseCommand() {
-  throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "Unknown info command");
-}
+[[noreturn]] void refuseCommand() { throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "Unknown info command"); }
 
 IDeviceInfo& deviceInfo(LoadedMap& load) {
   auto* info = dynamic_cast<IDeviceInfo*>(load.map());
@@ -22,18 +20,15 @@ IDeviceInfo& deviceInfo(LoadedMap& load) {
   return *info;
 }
 
-bool isVersion(TNodeMapInfo info) {
-  return info >= NMI_SchemaMajorVersion && info <= NMI_DeviceSubMinorVersion;
-}
+bool isVersion(TNodeMapInfo info) { return info >= NMI_SchemaMajorVersion && info <= NMI_DeviceSubMinorVersion; }
 
 int64_t versionPart(const IDeviceInfo& device, TNodeMapInfo info) {
   Version_t version;
   const bool ofSchema = info < NMI_DeviceMajorVersion;
-  if (ofSchema) {
+  if (ofSchema)
     device.GetSchemaVersion(version);
-  } else {
+  else
     device.GetDeviceVersion(version);
-  }
   const std::array<int64_t, 3> parts = {version.Major, version.Minor, version.SubMinor};
   return parts[info - (ofSchema ? NMI_SchemaMajorVersion : NMI_DeviceMajorVersion)];
 }
@@ -51,20 +46,13 @@ std::string NodeMap::infoText(TNodeMapInfo info) const {
   if (info > NMI_ToolTip) refuseCommand();
   const IDeviceInfo& device = deviceInfo(*load);
   switch (info) {
-    case NMI_VendorName:
-      return device.GetVendorName().c_str();
-    case NMI_ModelName:
-      return device.GetModelName().c_str();
-    case NMI_StandardNameSpace:
-      return device.GetStandardNameSpace().c_str();
-    case NMI_ProductGuid:
-      return device.GetProductGuid().c_str();
-    case NMI_VersionGuid:
-      return device.GetVersionGuid().c_str();
-    case NMI_ToolTip:
-      return device.GetToolTip().c_str();
-    default:
-      return integerText(versionPart(device, info));
+    case NMI_VendorName: return device.GetVendorName().c_str();
+    case NMI_ModelName: return device.GetModelName().c_str();
+    case NMI_StandardNameSpace: return device.GetStandardNameSpace().c_str();
+    case NMI_ProductGuid: return device.GetProductGuid().c_str();
+    case NMI_VersionGuid: return device.GetVersionGuid().c_str();
+    case NMI_ToolTip: return device.GetToolTip().c_str();
+    default: return integerText(versionPart(device, info));
   }
 }
 

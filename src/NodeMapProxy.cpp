@@ -45,21 +45,15 @@ void NodeMapProxy::notify() const noexcept {
   nextToEnd = outer;
 }
 
-std::shared_ptr<LoadedMap> NodeMapProxy::loaded() noexcept {
-  return target_->loaded();
-}
+std::shared_ptr<LoadedMap> NodeMapProxy::loaded() noexcept { return target_->loaded(); }
 
 orxBase::shared_ref<Node> NodeMapProxy::nodeFor(const std::shared_ptr<LoadedMap>& load,
                                                 GENAPI_NAMESPACE::INode* engineNode) {
   return target_->nodeFor(load, engineNode);
 }
 
-uint32_t NodeMapProxy::GetNode(const char* name, NODE* node) noexcept {
-  return target_->GetNode(name, node);
-}
-uint32_t NodeMapProxy::GetNodeCount(uint32_t* count) noexcept {
-  return target_->GetNodeCount(count);
-}
+uint32_t NodeMapProxy::GetNode(const char* name, NODE* node) noexcept { return target_->GetNode(name, node); }
+uint32_t NodeMapProxy::GetNodeCount(uint32_t* count) noexcept { return target_->GetNodeCount(count); }
 uint32_t NodeMapProxy::ListNode(uint32_t index, char* name, size_t& size) noexcept {
   return target_->ListNode(index, name, size);
 }
@@ -88,9 +82,7 @@ uint32_t NodeMapProxy::ConnectPort(TReadMem read, TWriteMem write, TPortAccessMo
                                    const char* portName) noexcept {
   return target_->ConnectPort(read, write, accessMode, userData, portName);
 }
-uint32_t NodeMapProxy::LoadXMLFile(const char* fileName) noexcept {
-  return target_->LoadXMLFile(fileName);
-}
+uint32_t NodeMapProxy::LoadXMLFile(const char* fileName) noexcept { return target_->LoadXMLFile(fileName); }
 uint32_t NodeMapProxy::LoadXMLString(const char* text, size_t length) noexcept {
   return target_->LoadXMLString(text, length);
 }
@@ -113,11 +105,7 @@ uint32_t NodeMapProxy::AttachChunk(uint64_t chunkId, void* base, int64_t offset,
 uint32_t NodeMapProxy::AttachChunkEx(const char* chunkId, void* base, int64_t offset, int64_t length) noexcept {
   return target_->AttachChunkEx(chunkId, base, offset, length);
 }
-uint32_t NodeMapProxy::UpdateChunks(void* base) noexcept {
-  return target_->UpdateChunks(base);
-}
-uint32_t NodeMapProxy::DetachAllChunks() noexcept {
-  return target_->DetachAllChunks();
-}
+uint32_t NodeMapProxy::UpdateChunks(void* base) noexcept { return target_->UpdateChunks(base); }
+uint32_t NodeMapProxy::DetachAllChunks() noexcept { return target_->DetachAllChunks(); }
 
 }  // namespace orxGenApi

@@ -12,22 +12,14 @@ namespace {
 
 const char* typeName(TNodeType type) {
   switch (type) {
-    case NT_Boolean:
-      return "Boolean";
-    case NT_Category:
-      return "Category";
-    case NT_Command:
-      return "Command";
-    case NT_Enumeration:
-      return "Enumeration";
-    case NT_Float:
-      return "Float";
-    case NT_Integer:
-      return "Integer";
-    case NT_String:
-      return "String";
-    default:
-      throw orx_error(OXGENAPI_E_UNSPECIFIED, "not a valid node type");
+    case NT_Boolean: return "Boolean";
+    case NT_Category: return "Category";
+    case NT_Command: return "Command";
+    case NT_Enumeration: return "Enumeration";
+    case NT_Float: return "Float";
+    case NT_Integer: return "Integer";
+    case NT_String: return "String";
+    default: throw orx_error(OXGENAPI_E_UNSPECIFIED, "not a valid node type");
   }
 }
 
@@ -69,11 +61,10 @@ void NodeMapStream::push(Node& node) {
   // Room first: what follows must not stop half way. Grown by half at a time, whatever the library would choose.
   const size_t needed = text_.size() + text.size() + 1;
   if (text_.capacity() < needed) text_.reserve(needed + needed / 2);
-  if (text_ == "[]") {
+  if (text_ == "[]")
     text_.pop_back();
-  } else {
+  else
     text_.back() = ',';
-  }
   text_ += text;
   text_ += ']';
 }

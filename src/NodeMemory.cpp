@@ -28,14 +28,12 @@ uint32_t Node::SetAsMemory(int64_t address, const void* buffer, int64_t size) no
 
 uint32_t Node::GetAsRegisterData(void* buffer, int64_t* size) noexcept {
   return guarded(operation("::GetAsRegisterData", kReading), [&] {
-    if (typed_.type != NT_Register) {
+    if (typed_.type != NT_Register)
       throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "The node does not implement the IRegister interface");
-    }
-    if (buffer == nullptr) {
+    if (buffer == nullptr)
       *size = typed_.reg->GetLength();
-    } else {
+    else
       typed_.reg->Get(static_cast<uint8_t*>(buffer), *size, false, false);
-    }
   });
 }
 

@@ -63,9 +63,7 @@ uint32_t Node::RegisterUpdate(int32_t callbackType, TNodeUpdate callback, void* 
                               TCallbackHandle* handle) noexcept {
   return guarded(operation("::RegisterCallback", kReading), [&] {
     if (callbackType != 0) throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "Unknown callback type");
-    if (callback == nullptr) {
-      throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Callback function pointer must be set");
-    }
+    if (callback == nullptr) throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Callback function pointer must be set");
     orxBase::weak_ref<Node> self = weak_from_this();
     if (self.expired()) throw orx_error(OXGENAPI_E_EXPIRED, "shared object expired");
 
@@ -119,9 +117,8 @@ uint32_t Node::GetVerifyMode(TVerifyMode* mode) noexcept {
 
 uint32_t Node::SetVerifyMode(TVerifyMode mode) noexcept {
   return guarded(operation("::SetVerifyMode", kWriting), [&] {
-    if (static_cast<uint32_t>(mode) >= kVerifyModeNames.size()) {
+    if (static_cast<uint32_t>(mode) >= kVerifyModeNames.size())
       throw orx_error(OXGENAPI_E_INVALID_ARGUMENT, "Unknown validation mode");
-    }
     {
       const AutoLock lock(typed_.node->GetNodeMap()->GetLock());
       verifyMode_.store(mode, std::memory_order_relaxed);

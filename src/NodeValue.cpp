@@ -13,9 +13,7 @@ namespace {
 // Every read goes through the caches.
 constexpr bool kUseCache = false;
 
-[[noreturn]] void refuseConversion(const char* text) {
-  throw orx_error(OXGENAPI_E_NOT_SUPPORTED, text);
-}
+[[noreturn]] void refuseConversion(const char* text) { throw orx_error(OXGENAPI_E_NOT_SUPPORTED, text); }
 
 // Cuts towards zero. A number that no 64-bit integer holds is refused, never bent into one.
 int64_t truncated(const TypedNode& node, double value, uint32_t code) {
@@ -28,61 +26,44 @@ int64_t truncated(const TypedNode& node, double value, uint32_t code) {
 
 bool Node::readBoolean(bool verify) {
   switch (typed_.type) {
-    case NT_Boolean:
-      return typed_.boolean->GetValue(verify, kUseCache);
-    case NT_Command:
-      return typed_.command->IsDone(true);
+    case NT_Boolean: return typed_.boolean->GetValue(verify, kUseCache);
+    case NT_Command: return typed_.command->IsDone(true);
     case NT_Float:
-    case NT_Integer:
-      return readInteger(verify) != 0;
-    default:
-      refuseConversion("Value of this feature can not be returned as boolean");
+    case NT_Integer: return readInteger(verify) != 0;
+    default: refuseConversion("Value of this feature can not be returned as boolean");
   }
 }
 
 int64_t Node::readInteger(bool verify) {
   switch (typed_.type) {
-    case NT_Integer:
-      return typed_.integer->GetValue(verify, kUseCache);
+    case NT_Integer: return typed_.integer->GetValue(verify, kUseCache);
     case NT_Boolean:
-    case NT_Command:
-      return readBoolean(verify) ? 1 : 0;
-    case NT_Enumeration:
-      return typed_.enumeration->GetIntValue(verify, kUseCache);
-    case NT_EnumEntry:
-      return typed_.entry->GetValue();
-    case NT_Float:
-      return truncated(typed_, readFloat(verify), OXGENAPI_E_UNSPECIFIED);
-    default:
-      refuseConversion("Value of this feature can not be returned as integer");
+    case NT_Command: return readBoolean(verify) ? 1 : 0;
+    case NT_Enumeration: return typed_.enumeration->GetIntValue(verify, kUseCache);
+    case NT_EnumEntry: return typed_.entry->GetValue();
+    case NT_Float: return truncated(typed_, readFloat(verify), OXGENAPI_E_UNSPECIFIED);
+    default: refuseConversion("Value of this feature can not be returned as integer");
   }
 }
 
 double Node::readFloat(bool verify) {
   switch (typed_.type) {
-    case NT_Float:
-      return typed_.real->GetValue(verify, kUseCache);
+    case NT_Float: return typed_.real->GetValue(verify, kUseCache);
     case NT_Boolean:
     case NT_Command:
     case NT_Enumeration:
     case NT_EnumEntry:
-    case NT_Integer:
-      return static_cast<double>(readInteger(verify));
-    default:
-      refuseConversion("Value of this feature can not be returned as float");
+    case NT_Integer: return static_cast<double>(readInteger(verify));
+    default: refuseConversion("Value of this feature can not be returned as float");
   }
 }
 
 gcstring Node::readText(bool verify) {
   switch (typed_.type) {
-    case NT_EnumEntry:
-      return typed_.entry->GetSymbolic();
-    case NT_Float:
-      return gcstring(realText(readFloat(verify)));
-    case NT_Integer:
-      return gcstring(integerText(readInteger(verify)));
-    case NT_Register:
-      break;  // refused although it has a value
+    case NT_EnumEntry: return typed_.entry->GetSymbolic();
+    case NT_Float: return gcstring(realText(readFloat(verify)));
+    case NT_Integer: return gcstring(integerText(readInteger(verify)));
+    case NT_Register: break;  // refused although it has a value
     default:
       if (typed_.value != nullptr) return typed_.value->ToString(verify, kUseCache);
   }
@@ -91,46 +72,35 @@ gcstring Node::readText(bool verify) {
 
 void Node::writeBoolean(bool verify, bool value) {
   switch (typed_.type) {
-    case NT_Boolean:
-      return typed_.boolean->SetValue(value, verify);
+    case NT_Boolean: return typed_.boolean->SetValue(value, verify);
     case NT_Command:
       if (value) typed_.command->Execute(true);
       return;
     case NT_Float:
-    case NT_Integer:
-      return writeInteger(verify, value ? 1 : 0);
-    default:
-      refuseConversion("Value of this feature can not be set as boolean");
+    case NT_Integer: return writeInteger(verify, value ? 1 : 0);
+    default: refuseConversion("Value of this feature can not be set as boolean");
   }
 }
 
 void Node::writeInteger(bool verify, int64_t value) {
   switch (typed_.type) {
-    case NT_Integer:
-      return typed_.integer->SetValue(value, verify);
+    case NT_Integer: return typed_.integer->SetValue(value, verify);
     case NT_Boolean:
-    case NT_Command:
-      return writeBoolean(verify, value != 0);
-    case NT_Enumeration:
-      return typed_.enumeration->SetIntValue(value, verify);
-    case NT_Float:
-      return writeFloat(verify, static_cast<double>(value));
-    default:
-      refuseConversion("Value of this feature can not be set as integer");
+    case NT_Command: return writeBoolean(verify, value != 0);
+    case NT_Enumeration: return typed_.enumeration->SetIntValue(value, verify);
+    case NT_Float: return writeFloat(verify, static_cast<double>(value));
+    default: refuseConversion("Value of this feature can not be set as integer");
   }
 }
 
 void Node::writeFloat(bool verify, double value) {
   switch (typed_.type) {
-    case NT_Float:
-      return typed_.real->SetValue(value, verify);
+    case NT_Float: return typed_.real->SetValue(value, verify);
     case NT_Boolean:
     case NT_Command:
     case NT_Enumeration:
-    case NT_Integer:
-      return writeInteger(verify, truncated(typed_, value, OXGENAPI_E_INVALID_ARGUMENT));
-    default:
-      refuseConversion("Value of this feature can not be set as float");
+    case NT_Integer: return writeInteger(verify, truncated(typed_, value, OXGENAPI_E_INVALID_ARGUMENT));
+    default: refuseConversion("Value of this feature can not be set as float");
   }
 }
 

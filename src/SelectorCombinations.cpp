@@ -39,11 +39,10 @@ uint64_t SelectorValues::size() const {
 }
 
 void SelectorValues::takeTurn() {
-  if (counted_) {
+  if (counted_)
     value_ = gcstring(std::to_string(current_));
-  } else {
+  else
     value_ = symbols_[index_];
-  }
 }
 
 bool SelectorValues::advance() {

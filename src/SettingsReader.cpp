@@ -27,9 +27,8 @@ bool readLine(std::streambuf& source, std::string& line) {
     const int byte = source.sbumpc();
     if (byte == Traits::eof()) return !line.empty();
     if (byte == '\n') return true;
-    if (line.size() == kMaxSettingsLineBytes) {
+    if (line.size() == kMaxSettingsLineBytes)
       throw orx_error(kMalformedLine, "line exceeds " + std::to_string(kMaxSettingsLineBytes) + " bytes");
-    }
     line += Traits::to_char_type(byte);
   }
 }

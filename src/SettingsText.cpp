@@ -11,9 +11,7 @@ namespace {
 using GENICAM_NAMESPACE::gcstring;
 
 // Classification of the "C" locale, whatever locale the process has set.
-constexpr bool isSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
+constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr bool isPrinting(char c) {
   return c > ' ' && c < 0x7f;  // letters, digits, punctuation
 }
@@ -31,9 +29,7 @@ std::string_view trimmed(std::string_view text) {
   return text;
 }
 
-[[noreturn]] void refuse(const char* fault) {
-  throw orx_error(kMalformedLine, fault);
-}
+[[noreturn]] void refuse(const char* fault) { throw orx_error(kMalformedLine, fault); }
 
 void appendByteInHex(std::string& text, char byte) {
   const uint32_t widened = static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(byte)));
@@ -52,24 +48,15 @@ char resolvedEscape(std::string_view& escape) {
   switch (identifier) {
     case '"':
     case '\'':
-    case '\\':
-      return identifier;
-    case '0':
-      return '\0';
-    case 'a':
-      return '\a';
-    case 'b':
-      return '\b';
-    case 'f':
-      return '\f';
-    case 'n':
-      return '\n';
-    case 'r':
-      return '\r';
-    case 't':
-      return '\t';
-    case 'v':
-      return '\v';
+    case '\\': return identifier;
+    case '0': return '\0';
+    case 'a': return '\a';
+    case 'b': return '\b';
+    case 'f': return '\f';
+    case 'n': return '\n';
+    case 'r': return '\r';
+    case 't': return '\t';
+    case 'v': return '\v';
     case 'x':
     case 'X': {
       // Two characters that are not digits are missing digits too.
@@ -80,8 +67,7 @@ char resolvedEscape(std::string_view& escape) {
       escape.remove_prefix(2);
       return static_cast<char>(high * 16 + low);
     }
-    default:
-      throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "Unknown escape identifier");
+    default: throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "Unknown escape identifier");
   }
 }
 

@@ -12,12 +12,8 @@ std::string toNarrow(const wchar_t* text);
 std::string toNarrow(const wchar_t* text, size_t length);
 
 // A text parameter of either form as UTF-8, null as the empty text.
-inline std::string parameterText(const char* text) {
-  return text == nullptr ? std::string() : std::string(text);
-}
-inline std::string parameterText(const wchar_t* text) {
-  return toNarrow(text);
-}
+inline std::string parameterText(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+inline std::string parameterText(const wchar_t* text) { return toNarrow(text); }
 
 // Numbers as text, independent of the locale: decimal, and six significant digits as streams print them.
 std::string integerText(int64_t value);

@@ -105,9 +105,7 @@ struct Acquisition::Running {
   }
 };
 
-Acquisition::~Acquisition() {
-  finish();
-}
+Acquisition::~Acquisition() { finish(); }
 
 std::shared_ptr<Acquisition::Running> Acquisition::running() const {
   const std::lock_guard lock(mutex_);
@@ -256,14 +254,11 @@ void Acquisition::finish() noexcept {
 
 void Acquisition::forget() {
   std::erase_if(queues_, [](const std::shared_ptr<ImageQueue>& queue) { return queue->allReturned(); });
-  if (running_ && running_->queue && std::find(queues_.begin(), queues_.end(), running_->queue) == queues_.end()) {
+  if (running_ && running_->queue && std::find(queues_.begin(), queues_.end(), running_->queue) == queues_.end())
     queues_.push_back(running_->queue);
-  }
 }
 
-void Acquisition::next(uint32_t timeMs, TImage& image) {
-  wait(timeMs, {}, image);
-}
+void Acquisition::next(uint32_t timeMs, TImage& image) { wait(timeMs, {}, image); }
 
 void Acquisition::grab(uint32_t timeMs, TImage& image) {
   const auto now = Clock::now();
@@ -310,9 +305,8 @@ std::string Acquisition::explain(Running& running) {
                               : "; " + std::to_string(*link.packets) + " packets have come, but no frame";
   }
   std::string obstacles = running.features.obstacles();
-  for (size_t end; (end = obstacles.find('\n')) != std::string::npos; obstacles.erase(0, end + 1)) {
+  for (size_t end; (end = obstacles.find('\n')) != std::string::npos; obstacles.erase(0, end + 1))
     text += "; " + obstacles.substr(0, end);
-  }
   return text;
 }
 
@@ -322,9 +316,8 @@ std::shared_ptr<ImageQueue> Acquisition::holderOf(const TImage& image) const {
     const std::lock_guard lock(mutex_);
     queues = queues_;
   }
-  for (const std::shared_ptr<ImageQueue>& queue : queues) {
+  for (const std::shared_ptr<ImageQueue>& queue : queues)
     if (queue->withHeld(image, [](const Frame&, const BufferMemory&) {})) return queue;
-  }
   throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This image was given back, or is not of this camera");
 }
 
@@ -343,19 +336,17 @@ void Acquisition::giveBack(const TImage& image) {
   const std::shared_ptr<Running> running = this->running();
   detach(image);
   if (running && running->queue->giveBack(image)) return;
-  if (!holderOf(image)->giveBack(image)) {
+  if (!holderOf(image)->giveBack(image))
     throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This image was given back, or is not of this camera");
-  }
   const std::lock_guard lock(mutex_);
   forget();
 }
 
 void Acquisition::part(const TImage& image, size_t index, TImagePart& part) {
   holderOf(image)->withHeld(image, [&](const Frame& frame, const BufferMemory& memory) {
-    if (index >= frame.parts.size()) {
+    if (index >= frame.parts.size())
       throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Index out of range: " + std::to_string(index) + " of " +
                                                          std::to_string(frame.parts.size()) + " parts");
-    }
     part = recordOf(frame.parts[index], memory);
   });
 }
@@ -363,9 +354,8 @@ void Acquisition::part(const TImage& image, size_t index, TImagePart& part) {
 void Acquisition::attachChunks(const TImage& image, bool bigEndian) {
   holderOf(image)->withHeld(image, [&](const Frame& frame, const BufferMemory& memory) {
     if (!frame.hasChunks) throw CameraError(OXGENAPI_E_NOT_SUPPORTED, "The image has no chunks");
-    if (frame.state != FrameState::complete) {
+    if (frame.state != FrameState::complete)
       throw CameraError(OXGENAPI_E_NOT_SUPPORTED, "Data of the image is missing, so its chunks are not attached");
-    }
     auto* const bytes = static_cast<uint8_t*>(memory.data);
     std::vector<TChunkData> chunks = walkChunks({bytes, static_cast<size_t>(frame.received)}, bigEndian);
     const auto features = std::make_shared<StreamFeatures>(session_.nodeMap());
@@ -382,9 +372,8 @@ void Acquisition::enableChunks(const std::vector<std::string>& names) {
   const std::lock_guard sequence(sequence_);
   session_.requireControl();
   const std::shared_ptr<Running> running = this->running();
-  if (running && running->receives()) {
+  if (running && running->receives())
     throw CameraError(OXCAMERA_E_IN_USE, "Chunks are chosen before the stream starts; one runs");
-  }
   StreamFeatures(session_.nodeMap()).enableChunks(names);
 }
 
@@ -421,13 +410,12 @@ std::string Acquisition::advice() {
   const auto add = [&](const std::string& sentence) { text += (text.empty() ? "" : "\n") + sentence; };
   TStreamStatistics counters{};
   running->queue->count(counters);
-  if (counters.Held == counters.Buffers) {
+  if (counters.Held == counters.Buffers)
     add("All " + std::to_string(counters.Buffers) + " buffers are held by this program");
-  } else if (session_.state() == CS_Lost) {
+  else if (session_.state() == CS_Lost)
     add("The camera is lost");
-  } else if (running->queue->silence() >= kSilence) {
+  else if (running->queue->silence() >= kSilence)
     add("No frame for 3 s" + explain(*running));
-  }
   return text;
 }
 

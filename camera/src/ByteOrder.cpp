@@ -14,11 +14,10 @@ namespace {
 std::vector<std::string> lists() {
   if (const char* chosen = std::getenv("OXGENAPI_BYTE_ORDER")) return {chosen};
   std::vector<std::string> paths;
-  if (const char* folder = std::getenv("XDG_CONFIG_HOME")) {
+  if (const char* folder = std::getenv("XDG_CONFIG_HOME"))
     paths.push_back(folder);
-  } else if (const char* home = std::getenv("HOME")) {
+  else if (const char* home = std::getenv("HOME"))
     paths.push_back(std::string(home) + "/.config");
-  }
   paths.push_back("/etc");
   for (std::string& path : paths) path += "/oxgenapi/byte-order.conf";
   return paths;
@@ -39,9 +38,8 @@ std::optional<bool> known(const DescribedCamera& camera) {
       const std::string vendor = field(line), model = field(line), order = field(line);
       if (order != "register" && order != "memory") continue;
       if (fnmatch(vendor.c_str(), camera.vendor.c_str(), 0) == 0 &&
-          fnmatch(model.c_str(), camera.model.c_str(), 0) == 0) {
+          fnmatch(model.c_str(), camera.model.c_str(), 0) == 0)
         return order == "register";
-      }
     }
   }
   return std::nullopt;

@@ -9,9 +9,7 @@
 namespace ox::camera {
 namespace {
 
-bool sameText(const std::string& a, const std::string& b) {
-  return !a.empty() && sameIgnoringCase(a, b);
-}
+bool sameText(const std::string& a, const std::string& b) { return !a.empty() && sameIgnoringCase(a, b); }
 
 // Devices lie about what should be unique, so within one transport an address has to agree, too.
 bool isSameCamera(const Way& a, const Way& b) {
@@ -27,9 +25,7 @@ bool isSameCamera(const Way& a, const Way& b) {
   return placed && (sameText(left.identity, right.identity) || numbered);
 }
 
-bool opens(const Way& way) {
-  return way.facts.reach == Reach::free || way.facts.reach == Reach::unknown;
-}
+bool opens(const Way& way) { return way.facts.reach == Reach::free || way.facts.reach == Reach::unknown; }
 
 }  // namespace
 
@@ -47,28 +43,17 @@ bool isNamed(const CameraFacts& facts, std::string_view name) {
 std::string ListedCamera::text(TCameraInfo info) const {
   const CameraFacts& best = facts();
   switch (info) {
-    case CI_Id:
-      return id;
-    case CI_Vendor:
-      return shown(best.vendor);
-    case CI_Model:
-      return shown(best.model);
-    case CI_Serial:
-      return serialOf(best);
-    case CI_UserName:
-      return shown(best.userName);
-    case CI_Version:
-      return shown(best.version);
-    case CI_Address:
-      return shown(best.address);
-    case CI_Interface:
-      return best.interface;
-    case CI_InterfaceAddress:
-      return best.interfaceAddress;
-    case CI_Protocol:
-      return best.protocol;
-    case CI_Transport:
-      return ways.front().transport->name();
+    case CI_Id: return id;
+    case CI_Vendor: return shown(best.vendor);
+    case CI_Model: return shown(best.model);
+    case CI_Serial: return serialOf(best);
+    case CI_UserName: return shown(best.userName);
+    case CI_Version: return shown(best.version);
+    case CI_Address: return shown(best.address);
+    case CI_Interface: return best.interface;
+    case CI_InterfaceAddress: return best.interfaceAddress;
+    case CI_Protocol: return best.protocol;
+    case CI_Transport: return ways.front().transport->name();
     case CI_Ways: {
       std::string all;
       for (const Way& way : ways) {
@@ -79,10 +64,8 @@ std::string ListedCamera::text(TCameraInfo info) const {
       }
       return all;
     }
-    case CI_Identity:
-      return shown(best.identity);
-    case CI_Obstacle:
-      return shown(best.obstacle);
+    case CI_Identity: return shown(best.identity);
+    case CI_Obstacle: return shown(best.obstacle);
     default:
       throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "There is no text " + std::to_string(info) + " about a camera");
   }
@@ -91,16 +74,11 @@ std::string ListedCamera::text(TCameraInfo info) const {
 int64_t ListedCamera::number(TCameraInfo info) const {
   if (info == CI_Reach) {
     switch (facts().reach) {
-      case Reach::free:
-        return CR_Free;
-      case Reach::busy:
-        return CR_Busy;
-      case Reach::wrongSubnet:
-        return CR_WrongSubnet;
-      case Reach::noPermission:
-        return CR_NoPermission;
-      case Reach::unknown:
-        return CR_Unknown;
+      case Reach::free: return CR_Free;
+      case Reach::busy: return CR_Busy;
+      case Reach::wrongSubnet: return CR_WrongSubnet;
+      case Reach::noPermission: return CR_NoPermission;
+      case Reach::unknown: return CR_Unknown;
     }
   }
   if (info == CI_LinkSpeed) return static_cast<int64_t>(facts().linkSpeed);
@@ -109,9 +87,7 @@ int64_t ListedCamera::number(TCameraInfo info) const {
 
 CameraList::CameraList(Discovery discovery) : notes_(std::move(discovery.notes)) {
   for (Way& way : discovery.ways) add(std::move(way));
-  for (ListedCamera& camera : cameras_) {
-    std::stable_partition(camera.ways.begin(), camera.ways.end(), opens);
-  }
+  for (ListedCamera& camera : cameras_) std::stable_partition(camera.ways.begin(), camera.ways.end(), opens);
   nameAll();
 }
 
@@ -120,11 +96,10 @@ void CameraList::add(Way way) {
     return std::any_of(camera.ways.begin(), camera.ways.end(),
                        [&](const Way& known) { return isSameCamera(known, way); });
   });
-  if (same == cameras_.end()) {
+  if (same == cameras_.end())
     cameras_.push_back({{}, {std::move(way)}});
-  } else {
+  else
     same->ways.push_back(std::move(way));
-  }
 }
 
 // Vendor, model and serial number; cameras that agree in them are told apart by address, then by place.
@@ -132,9 +107,8 @@ void CameraList::nameAll() {
   const auto clashing = [this](const auto& extend) {
     std::map<std::string, std::vector<ListedCamera*>> named;
     for (ListedCamera& camera : cameras_) named[camera.id].push_back(&camera);
-    for (auto& [id, cameras] : named) {
+    for (auto& [id, cameras] : named)
       if (cameras.size() > 1) extend(cameras);
-    }
   };
   for (ListedCamera& camera : cameras_) {
     const CameraFacts& facts = camera.facts();

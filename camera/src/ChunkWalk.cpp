@@ -21,9 +21,8 @@ std::vector<TChunkData> walkChunks(std::span<uint8_t> payload, bool bigEndian) {
   std::vector<TChunkData> chunks;
   size_t end = payload.size();
   while (end > 0) {
-    if (end < kTag) {
+    if (end < kTag)
       throw CameraError(OXGENAPI_E_RUNTIME, "Chunk layout: " + std::to_string(end) + " bytes before the first chunk");
-    }
     const uint32_t id = number(payload.data() + end - kTag, bigEndian);
     const uint32_t length = number(payload.data() + end - kTag / 2, bigEndian);
     if (length > end - kTag) {

@@ -22,9 +22,8 @@ constexpr size_t kPiece = 32 * 1024;  // between two chances for other accesses
 std::string fromFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string bytes{std::istreambuf_iterator<char>(file), {}};
-  if (!file || bytes.empty()) {
+  if (!file || bytes.empty())
     throw CameraError(OXGENAPI_E_RUNTIME, "The description " + shown(path) + " cannot be read");
-  }
   return bytes;
 }
 
@@ -75,12 +74,9 @@ std::string fetchDescription(const DescriptionSource& source, const ReadRegister
     throw CameraError(OXGENAPI_E_RUNTIME, error.what());
   }
   switch (url.scheme) {
-    case DescriptionUrl::Scheme::registers:
-      return fromRegisters(url, read);
-    case DescriptionUrl::Scheme::file:
-      return fromFile(url.name);
-    case DescriptionUrl::Scheme::web:
-      break;
+    case DescriptionUrl::Scheme::registers: return fromRegisters(url, read);
+    case DescriptionUrl::Scheme::file: return fromFile(url.name);
+    case DescriptionUrl::Scheme::web: break;
   }
   throw CameraError(OXGENAPI_E_RUNTIME, "The description is on the web, fetch it by hand: " + shown(url.name));
 }

@@ -10,9 +10,8 @@ namespace {
 
 std::string_view trimmed(std::string_view text) {
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r' || text.back() == '\n')) {
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r' || text.back() == '\n'))
     text.remove_suffix(1);
-  }
   return text;
 }
 
@@ -21,9 +20,8 @@ uint64_t hexadecimal(std::string_view text, std::string_view url) {
   if (text.starts_with("0x") || text.starts_with("0X")) text.remove_prefix(2);
   uint64_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-  if (error != std::errc{} || end != text.data() + text.size() || text.empty()) {
+  if (error != std::errc{} || end != text.data() + text.size() || text.empty())
     throw std::invalid_argument("'" + shown(text) + "' in the URL '" + shown(url) + "' is no hexadecimal number");
-  }
   return value;
 }
 
@@ -52,14 +50,12 @@ std::string percentDecoded(std::string_view text) {
 DescriptionUrl parseDescriptionUrl(std::string_view url) {
   url = trimmed(url.substr(0, url.find('\0')));
   const size_t colon = url.find(':');
-  if (url.empty() || colon == std::string_view::npos) {
+  if (url.empty() || colon == std::string_view::npos)
     throw std::invalid_argument("'" + shown(url) + "' is no URL of a description");
-  }
   const std::string_view scheme = url.substr(0, colon);
   std::string_view rest = url.substr(colon + 1);
-  if (sameIgnoringCase(scheme, "http") || sameIgnoringCase(scheme, "https")) {
+  if (sameIgnoringCase(scheme, "http") || sameIgnoringCase(scheme, "https"))
     return {DescriptionUrl::Scheme::web, std::string(url)};
-  }
   rest = rest.substr(0, rest.find('?'));
   if (sameIgnoringCase(scheme, "file")) {
     if (rest.starts_with("//")) rest.remove_prefix(2);
@@ -68,15 +64,13 @@ DescriptionUrl parseDescriptionUrl(std::string_view url) {
     if (path.empty()) throw std::invalid_argument("The URL '" + shown(url) + "' names no file");
     return {DescriptionUrl::Scheme::file, path};
   }
-  if (!sameIgnoringCase(scheme, "local")) {
+  if (!sameIgnoringCase(scheme, "local"))
     throw std::invalid_argument("The URL '" + shown(url) + "' has an unknown scheme");
-  }
   while (rest.starts_with('/')) rest.remove_prefix(1);
   const size_t first = rest.find(';');
   const size_t second = first == std::string_view::npos ? first : rest.find(';', first + 1);
-  if (second == std::string_view::npos) {
+  if (second == std::string_view::npos)
     throw std::invalid_argument("The URL '" + shown(url) + "' lacks an address or a length");
-  }
   std::string_view length = rest.substr(second + 1);
   length = length.substr(0, length.find(';'));
   return {DescriptionUrl::Scheme::registers, std::string(trimmed(rest.substr(0, first))),

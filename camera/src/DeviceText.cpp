@@ -52,11 +52,10 @@ std::string idPart(std::string_view text) {
   for (const char c : shown(text)) {
     const bool plain =
         (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '-';
-    if (plain) {
+    if (plain)
       part += c;
-    } else if (!part.empty() && part.back() != '_') {
+    else if (!part.empty() && part.back() != '_')
       part += '_';
-    }
   }
   return part;
 }

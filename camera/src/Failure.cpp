@@ -16,28 +16,17 @@ uint32_t fail(uint32_t code, const char* text) noexcept {
 
 uint32_t codeOf(Reason reason) noexcept {
   switch (reason) {
-    case Reason::notFound:
-      return OXCAMERA_E_NOT_FOUND;
-    case Reason::busy:
-      return OXCAMERA_E_IN_USE;
-    case Reason::noPermission:
-      return OXCAMERA_E_NO_PERMISSION;
-    case Reason::unreachable:
-      return OXCAMERA_E_UNREACHABLE;
-    case Reason::timedOut:
-      return OXCAMERA_E_TIMEOUT;
-    case Reason::outcomeUnknown:
-      return OXCAMERA_E_OUTCOME_UNKNOWN;
-    case Reason::lost:
-      return OXCAMERA_E_LOST;
-    case Reason::refused:
-      return OXCAMERA_E_REFUSED;
-    case Reason::readOnly:
-      return OXCAMERA_E_READ_ONLY;
-    case Reason::notSupported:
-      return OXGENAPI_E_NOT_SUPPORTED;
-    case Reason::failed:
-      break;
+    case Reason::notFound: return OXCAMERA_E_NOT_FOUND;
+    case Reason::busy: return OXCAMERA_E_IN_USE;
+    case Reason::noPermission: return OXCAMERA_E_NO_PERMISSION;
+    case Reason::unreachable: return OXCAMERA_E_UNREACHABLE;
+    case Reason::timedOut: return OXCAMERA_E_TIMEOUT;
+    case Reason::outcomeUnknown: return OXCAMERA_E_OUTCOME_UNKNOWN;
+    case Reason::lost: return OXCAMERA_E_LOST;
+    case Reason::refused: return OXCAMERA_E_REFUSED;
+    case Reason::readOnly: return OXCAMERA_E_READ_ONLY;
+    case Reason::notSupported: return OXGENAPI_E_NOT_SUPPORTED;
+    case Reason::failed: break;
   }
   return OXCAMERA_E_FAILED;
 }

@@ -52,9 +52,7 @@ TAccessMode portAccess(void* key) {
   }
 }
 
-bool ended(uint32_t code) {
-  return code == OXCAMERA_E_LOST || code == OXCAMERA_E_CLOSED;
-}
+bool ended(uint32_t code) { return code == OXCAMERA_E_LOST || code == OXCAMERA_E_CLOSED; }
 
 int64_t info(NODEMAP map, TNodeMapInfo item) {
   int64_t value = 0;
@@ -181,11 +179,10 @@ std::string FeatureMap::description(Connection& connection) {
 
 void FeatureMap::fromSources(Connection& connection, const Use& use) const {
   std::vector<DescriptionSource> sources;
-  if (file_.empty()) {
+  if (file_.empty())
     connection.use([&](Device& device) { sources = device.descriptions(); });
-  } else {
+  else
     sources.push_back({"file:" + file_});
-  }
   const auto read = [&](void* buffer, uint64_t address, size_t length) {
     connection.use([&](Device& device) { device.read(buffer, address, length); });
   };
@@ -227,9 +224,8 @@ void FeatureMap::connect(NODEMAP map) const {
     return NMConnectPortEx(map, readPort, writePort, portAccess, reinterpret_cast<void*>(uintptr_t{key_}), name);
   };
   uint32_t result = port("Device");
-  if (result == OXGENAPI_E_NOT_PRESENT) {
+  if (result == OXGENAPI_E_NOT_PRESENT)
     for (const std::string& name : vacantPorts(map)) result = port(name.c_str());
-  }
   if (result != OXGENAPI_OK) throw lastFailure(result);
 }
 

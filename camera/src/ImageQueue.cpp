@@ -37,11 +37,10 @@ void confine(Frame& frame, const BufferMemory& memory) {
 uint64_t FrameCount::next(uint64_t id) {
   uint64_t steps = 1;
   if (count_ != 0) {
-    if (id > last_) {
+    if (id > last_)
       steps = id - last_;
-    } else if (last_ <= kShortIds && last_ - id > kShortIds / 2) {
+    else if (last_ <= kShortIds && last_ - id > kShortIds / 2)
       steps = id == 0 ? 1 : kShortIds - last_ + id;  // one that does not skip 0 has counted to 65535, too
-    }
   }
   if (steps == 0) steps = 1;
   missing_ += steps - 1;
@@ -49,9 +48,7 @@ uint64_t FrameCount::next(uint64_t id) {
   return count_ += steps;
 }
 
-void ImageQueue::Free::operator()(uint8_t* memory) const noexcept {
-  std::free(memory);
-}
+void ImageQueue::Free::operator()(uint8_t* memory) const noexcept { std::free(memory); }
 
 ImageQueue::ImageQueue(size_t count, const TFrameMemory* memory, uint64_t payload, bool latestOnly)
     : payload_(payload), latestOnly_(latestOnly), slots_(count), filled_(count) {

@@ -31,9 +31,8 @@ TImagePart recordOf(const Part& part, const BufferMemory& memory) noexcept {
   uint64_t whole = 0;
   if (pixels::imageBytes(part.format, part.width, part.height, 0, 0, whole) &&
       pixels::findStride(part.format, part.width, part.height, part.xPadding, std::max<uint64_t>(part.size, whole),
-                         stride)) {
+                         stride))
     record.Stride = stride;
-  }
   return record;
 }
 

@@ -121,17 +121,14 @@ LoadedTransports loadTransports() {
     auto entries = error ? fs::directory_iterator{} : fs::directory_iterator(real, error);
     if (error)
       result.notes.push_back({Note::Kind::moduleFailed, folder.string() + " cannot be read: " + error.message()});
-    for (const auto& entry : entries) {
+    for (const auto& entry : entries)
       if (entry.path().extension() == ".so") files.push_back(entry.path());
-    }
   }
   std::sort(files.begin(), files.end());
   files.erase(std::unique(files.begin(), files.end()), files.end());
   for (const fs::path& path : files) {
     auto known = modules.find(path);
-    if (known == modules.end()) {
-      known = modules.emplace(path, loadModule(path, path.parent_path() != trusted)).first;
-    }
+    if (known == modules.end()) known = modules.emplace(path, loadModule(path, path.parent_path() != trusted)).first;
     const Module& module = known->second;
     if (module.transport) result.transports.push_back(module.transport.get());
     result.notes.push_back({module.transport ? Note::Kind::module : Note::Kind::moduleFailed, module.text});

@@ -21,17 +21,14 @@ void store(char (&to)[N], const std::string& text) {
   to[length] = '\0';
 }
 
-[[noreturn]] void refuse(const std::string& text) {
-  throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, text);
-}
+[[noreturn]] void refuse(const std::string& text) { throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, text); }
 
 template <size_t N>
 uint32_t number(const char (&text)[N], const char* what) {
   const std::string copy(text, strnlen(text, N));
   in_addr address{};
-  if (inet_pton(AF_INET, copy.c_str(), &address) != 1) {
+  if (inet_pton(AF_INET, copy.c_str(), &address) != 1)
     refuse(std::string("The ") + what + " '" + shown(copy) + "' is no IPv4 address");
-  }
   return ntohl(address.s_addr);
 }
 

@@ -33,16 +33,13 @@ Target targetOf(const std::string& text, const LoadedTransports& loaded) {
   return {loaded.transports, {}, text};
 }
 
-std::string quoted(const std::string& text) {
-  return "'" + shown(text) + "'";
-}
+std::string quoted(const std::string& text) { return "'" + shown(text) + "'"; }
 
 // What was tried, on one line.
 std::string tried(const std::vector<Note>& notes) {
   std::string text;
-  for (const Note& note : notes) {
+  for (const Note& note : notes)
     if (note.kind != Note::Kind::module) text += (text.empty() ? "" : "; ") + note.text;
-  }
   return text.empty() ? "no transport is installed" : text;
 }
 
@@ -187,12 +184,10 @@ std::set<std::string>& reservations() {
 OpenOptions readOptions(const TCameraOptions* options) {
   OpenOptions result;
   if (options == nullptr) return result;
-  if (options->StructSize != sizeof(TCameraOptions)) {
+  if (options->StructSize != sizeof(TCameraOptions))
     throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "StructSize must be sizeof(TCameraOptions)");
-  }
-  if (options->Access > OX_READ_ONLY || options->ByteOrder > BO_Register) {
+  if (options->Access > OX_READ_ONLY || options->ByteOrder > BO_Register)
     throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Access or ByteOrder is none of the known values");
-  }
   const auto set = [](Milliseconds& to, uint32_t value) {
     if (value != 0) to = Milliseconds{value};
   };
@@ -209,9 +204,8 @@ OpenOptions readOptions(const TCameraOptions* options) {
 
 Reservation::Reservation(std::string key) : key_(std::move(key)) {
   const std::lock_guard lock(reservationMutex());
-  if (!reservations().insert(key_).second) {
+  if (!reservations().insert(key_).second)
     throw CameraError(OXCAMERA_E_IN_USE, "The camera is open in this program already");
-  }
 }
 
 Reservation::~Reservation() {

@@ -40,18 +40,15 @@ class OpenSessions {
         const std::lock_guard lock(all().mutex_);
         left.swap(all().sessions_);
       }
-      for (const std::weak_ptr<Session>& weak : left) {
+      for (const std::weak_ptr<Session>& weak : left)
         if (const std::shared_ptr<Session> session = weak.lock()) session->close();
-      }
     });
   }
   std::mutex mutex_;
   std::vector<std::weak_ptr<Session>> sessions_;
 };
 
-[[noreturn]] void throwClosed() {
-  throw CameraError(OXCAMERA_E_CLOSED, "The camera is closed");
-}
+[[noreturn]] void throwClosed() { throw CameraError(OXCAMERA_E_CLOSED, "The camera is closed"); }
 
 }  // namespace
 
@@ -68,9 +65,7 @@ std::shared_ptr<Session> Session::open(const std::string& name, const OpenOption
   return session;
 }
 
-Session::~Session() {
-  close();
-}
+Session::~Session() { close(); }
 
 Caller Session::begin(uint64_t& number) {
   const std::lock_guard lock(mutex_);
@@ -156,9 +151,7 @@ void Session::access(Access access) {
   giveBack(std::move(connection));
 }
 
-void Session::use(const std::function<void(Device&)>& use) {
-  access(use);
-}
+void Session::use(const std::function<void(Device&)>& use) { access(use); }
 
 void Session::read(void* buffer, uint64_t address, size_t length) {
   access([&](Device& device) { device.read(buffer, address, length); });
@@ -176,13 +169,9 @@ void Session::requireControl() {
   throw CameraError(lastFailure_.code, lastFailure_.text);
 }
 
-void Session::readFeature(void* buffer, uint64_t address, size_t length) {
-  read(buffer, address, length);
-}
+void Session::readFeature(void* buffer, uint64_t address, size_t length) { read(buffer, address, length); }
 
-void Session::writeFeature(const void* buffer, uint64_t address, size_t length) {
-  write(buffer, address, length);
-}
+void Session::writeFeature(const void* buffer, uint64_t address, size_t length) { write(buffer, address, length); }
 
 TAccessMode Session::featureAccess() const {
   return AM_ReadWrite;  // of a camera opened read only, too: the refusal of a write names the reason
@@ -291,9 +280,8 @@ void Session::onLoss(std::function<void(const std::string& reason)> callback) {
 
 void Session::waitForLoss(Milliseconds time) {
   std::unique_lock lock(mutex_);
-  if (!changed_.wait_for(lock, time, [this] { return state_ != CS_Open; })) {
+  if (!changed_.wait_for(lock, time, [this] { return state_ != CS_Open; }))
     throw CameraError(OXCAMERA_E_TIMEOUT, "The camera was not lost within " + std::to_string(time.count()) + " ms");
-  }
   if (state_ == CS_Closed) throwClosed();
 }
 
@@ -344,9 +332,7 @@ void Session::close() {
   }
   if (connection) connection->end(OXCAMERA_E_CLOSED, "The camera is closed");
   acquisition_.finish();
-  if (connection) {
-    Connection::close(std::move(connection), kClosingTime);
-  }
+  if (connection) Connection::close(std::move(connection), kClosingTime);
   if (heartbeat.joinable()) heartbeat.join();
 }
 

@@ -10,9 +10,7 @@ namespace {
 using oxgenapi::Node;
 
 // The feature if the camera has it and it can be used now.
-oxgenapi::Result<Node> find(const oxgenapi::NodeMap& map, const char* name) {
-  return map.tryNode(name);
-}
+oxgenapi::Result<Node> find(const oxgenapi::NodeMap& map, const char* name) { return map.tryNode(name); }
 
 Node require(const oxgenapi::NodeMap& map, const char* name) {
   auto node = map.tryNode(name);
@@ -84,9 +82,7 @@ void StreamFeatures::forgetPacketSize() noexcept {
   }
 }
 
-void StreamFeatures::detachChunks() noexcept {
-  NMDetachAllChunks(map_.handle());
-}
+void StreamFeatures::detachChunks() noexcept { NMDetachAllChunks(map_.handle()); }
 
 void StreamFeatures::attachChunks(const TChunkData* chunks, size_t count) {
   named("Chunks", [&] {
@@ -102,9 +98,8 @@ void StreamFeatures::enableChunks(const std::vector<std::string>& names) {
   const std::vector<std::string> known =
       named("ChunkSelector", [&] { return map_.enumeration("ChunkSelector").entries(); });
   std::string lacking;
-  for (const std::string& name : names) {
+  for (const std::string& name : names)
     if (std::find(known.begin(), known.end(), name) == known.end()) lacking += (lacking.empty() ? "" : ", ") + name;
-  }
   if (!lacking.empty()) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "The camera has no chunk " + lacking);
   named("ChunkModeActive", [&] { mode->set(true); });
   const std::string before = named("ChunkSelector", [&] { return selector->text(); });
@@ -156,9 +151,8 @@ double StreamFeatures::exposureMs() noexcept {
 }
 
 double StreamFeatures::periodMs() noexcept {
-  for (const char* name : {"AcquisitionResultingFrameRate", "ResultingFrameRate", "AcquisitionFrameRate"}) {
+  for (const char* name : {"AcquisitionResultingFrameRate", "ResultingFrameRate", "AcquisitionFrameRate"})
     if (const double rate = real(map_, name); rate > 0) return 1000 / rate;
-  }
   return 0;
 }
 

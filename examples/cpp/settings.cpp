@@ -11,8 +11,6 @@ int main() {
 
   camera.map["Width"].set(640);
   const oxgenapi::Problems problems = camera.map.loadSettingsText(settings, true);
-  for (const oxgenapi::Error& problem : problems) {
-    std::cout << "problem: " << problem.what() << '\n';
-  }
+  for (const oxgenapi::Error& problem : problems) std::cout << "problem: " << problem.what() << '\n';
   std::cout << problems.size() << " problems, Width = " << camera.map["Width"].integer() << '\n';
 }

@@ -17,7 +17,6 @@ int main() {
     std::cout << "refused: " << error.what() << '\n';
   }
   // Where a failure is ordinary, ask for a result instead.
-  if (const auto temperature = camera.map["DeviceTemperature"].tryReal()) {
+  if (const auto temperature = camera.map["DeviceTemperature"].tryReal())
     std::cout << "DeviceTemperature = " << *temperature << '\n';
-  }
 }

@@ -62,13 +62,9 @@ void Acquisition::load(const StateBlocks&) {
   if (running()) scheduleNext();
 }
 
-bool Acquisition::running() const {
-  return registers().integer(reg("AcquisitionRunning")) != 0;
-}
+bool Acquisition::running() const { return registers().integer(reg("AcquisitionRunning")) != 0; }
 
-bool Acquisition::triggered() const {
-  return registers().integer(reg("TriggerMode"), kFrameStart) != 0;
-}
+bool Acquisition::triggered() const { return registers().integer(reg("TriggerMode"), kFrameStart) != 0; }
 
 void Acquisition::start() {
   if (running()) return;

@@ -46,8 +46,6 @@ class Automatics final : public Behaviour {
 
 }  // namespace
 
-std::unique_ptr<Behaviour> makeAutomatics(CameraCore& core) {
-  return std::make_unique<Automatics>(core);
-}
+std::unique_ptr<Behaviour> makeAutomatics(CameraCore& core) { return std::make_unique<Automatics>(core); }
 
 }  // namespace ox::simulation

@@ -16,9 +16,7 @@ void appendBig(std::vector<uint8_t>& buffer, uint32_t value) {
 
 }  // namespace
 
-ChunkLayout::Iterator::Iterator(const uint8_t* base, int64_t end) : base_(base), end_(end), atEnd_(false) {
-  find();
-}
+ChunkLayout::Iterator::Iterator(const uint8_t* base, int64_t end) : base_(base), end_(end), atEnd_(false) { find(); }
 
 void ChunkLayout::Iterator::find() {
   const int64_t room = end_ - kTagBytes;
@@ -43,9 +41,7 @@ ChunkLayout::Iterator ChunkLayout::Iterator::operator++(int) {
   return before;
 }
 
-ChunkLayout::Iterator ChunkLayout::begin() const {
-  return {buffer_.data(), static_cast<int64_t>(buffer_.size())};
-}
+ChunkLayout::Iterator ChunkLayout::begin() const { return {buffer_.data(), static_cast<int64_t>(buffer_.size())}; }
 
 bool ChunkLayout::complete() const {
   Iterator at = begin();

@@ -100,17 +100,14 @@ void Files::execute() {
 void Files::perform(std::size_t selected, FileOperation operation, int64_t maxBytes) {
   File& file = files_[selected];
   switch (operation) {
-    case FileOperation::kOpen:
-      return finish(open(file));
+    case FileOperation::kOpen: return finish(open(file));
     case FileOperation::kClose: {
       const bool wasOpen = file.openForRead || file.openForWrite;
       file.openForRead = file.openForWrite = false;
       return finish(wasOpen ? FileStatus::kSuccess : FileStatus::kFailure);
     }
-    case FileOperation::kRead:
-      return finish(read(file, maxBytes));
-    case FileOperation::kWrite:
-      return finish(write(file, maxBytes));
+    case FileOperation::kRead: return finish(read(file, maxBytes));
+    case FileOperation::kWrite: return finish(write(file, maxBytes));
     case FileOperation::kDelete:
       if (!file.writable || file.openForRead || file.openForWrite) return finish(FileStatus::kFailure);
       file.bytes.clear();

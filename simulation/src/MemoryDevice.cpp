@@ -18,9 +18,7 @@ namespace {
 constexpr int64_t kPageBytes = 4096;
 constexpr std::size_t kMaxPages = 1 << 18;  // 1 GiB: a runaway client must not take all memory
 
-int64_t pageOf(int64_t address) noexcept {
-  return address >> 12;
-}  // rounds down for negative addresses, too
+int64_t pageOf(int64_t address) noexcept { return address >> 12; }  // rounds down for negative addresses, too
 
 // Calls visit(page number, offset in page, bytes, bytes done before) for each page the range touches.
 template <typename Visit>
@@ -48,9 +46,7 @@ uint8_t MemoryDevice::patternByte(int64_t address) noexcept {
 
 MemoryDevice::MemoryDevice(Fill fill) : fill_(fill) {}
 
-MemoryDevice::MemoryDevice(std::string path, Fill fill) : fill_(fill), path_(std::move(path)) {
-  load();
-}
+MemoryDevice::MemoryDevice(std::string path, Fill fill) : fill_(fill), path_(std::move(path)) { load(); }
 
 MemoryDevice::Page& MemoryDevice::page(int64_t number) {
   const auto found = pages_.find(number);
@@ -95,9 +91,7 @@ int MemoryDevice::write(const void* buffer, int64_t address, int64_t length) {
   }
 }
 
-int MemoryDevice::accessMode() {
-  return kPortReadWrite;
-}
+int MemoryDevice::accessMode() { return kPortReadWrite; }
 
 void MemoryDevice::load() {
   std::ifstream in(path_, std::ios::binary);

@@ -36,18 +36,11 @@ void draw(std::span<uint8_t> image, uint64_t rowLength, const PictureFacts& fact
       for (uint64_t x = 0; x < rowLength; ++x) image[y * rowLength + x] = static_cast<uint8_t>(value(x, y));
   };
   switch (facts.testPattern) {
-    case kHorizontalRamp:
-      return fill([](uint64_t x, uint64_t) { return x; });
-    case kVerticalRamp:
-      return fill([](uint64_t, uint64_t y) { return y; });
-    case kMovingRamp:
-      return fill([&](uint64_t x, uint64_t y) { return x + y + facts.frameId; });
-    case kFrameNumber:
-      std::ranges::fill(image, static_cast<uint8_t>(facts.frameId));
-      return;
-    default:
-      std::ranges::fill(image, uint8_t{0x80});
-      return;
+    case kHorizontalRamp: return fill([](uint64_t x, uint64_t) { return x; });
+    case kVerticalRamp: return fill([](uint64_t, uint64_t y) { return y; });
+    case kMovingRamp: return fill([&](uint64_t x, uint64_t y) { return x + y + facts.frameId; });
+    case kFrameNumber: std::ranges::fill(image, static_cast<uint8_t>(facts.frameId)); return;
+    default: std::ranges::fill(image, uint8_t{0x80}); return;
   }
 }
 

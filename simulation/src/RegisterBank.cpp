@@ -153,13 +153,9 @@ void RegisterBank::write(const void* buffer, int64_t address, int64_t length) {
   }
 }
 
-void RegisterBank::onRead(RegisterId id, Hook hook) {
-  cells_[index(id)].onRead = std::move(hook);
-}
+void RegisterBank::onRead(RegisterId id, Hook hook) { cells_[index(id)].onRead = std::move(hook); }
 
-void RegisterBank::onWrite(RegisterId id, Hook hook) {
-  cells_[index(id)].onWrite = std::move(hook);
-}
+void RegisterBank::onWrite(RegisterId id, Hook hook) { cells_[index(id)].onWrite = std::move(hook); }
 
 const uint8_t* RegisterBank::element(RegisterId id, int32_t element) const {
   const Cell& cell = cells_[index(id)];

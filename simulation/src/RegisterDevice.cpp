@@ -13,9 +13,7 @@ std::string& failureText() noexcept {
 
 RegisterDevice::~RegisterDevice() = default;
 
-const std::string& RegisterDevice::lastFailureText() noexcept {
-  return failureText();
-}
+const std::string& RegisterDevice::lastFailureText() noexcept { return failureText(); }
 
 int RegisterDevice::fail(int code, std::string text) noexcept {
   failureText() = std::move(text);

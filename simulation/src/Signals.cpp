@@ -109,17 +109,10 @@ uint64_t lineLevels(const RegisterBank& registers, int64_t nowNs) {
     uint64_t level = 0;
     if (registers.integer(reg("LineMode"), line) == kOutput) {
       switch (registers.integer(reg("LineSource"), line)) {
-        case kSourceExposure:
-          level = registers.integer(reg("AcquisitionRunning")) != 0;
-          break;
-        case kSourceUserOutput0:
-          level = registers.integer(reg("UserOutputValue"), 0) & 1;
-          break;
-        case kSourceUserOutput1:
-          level = registers.integer(reg("UserOutputValue"), 1) & 1;
-          break;
-        default:
-          break;  // off, and the timer, which gives a pulse too short to be seen
+        case kSourceExposure: level = registers.integer(reg("AcquisitionRunning")) != 0; break;
+        case kSourceUserOutput0: level = registers.integer(reg("UserOutputValue"), 0) & 1; break;
+        case kSourceUserOutput1: level = registers.integer(reg("UserOutputValue"), 1) & 1; break;
+        default: break;  // off, and the timer, which gives a pulse too short to be seen
       }
     } else if (line == 0) {
       level = nowNs / kLine0HalfPeriodNs % 2 == 1;
@@ -130,8 +123,6 @@ uint64_t lineLevels(const RegisterBank& registers, int64_t nowNs) {
   return levels;
 }
 
-std::unique_ptr<Behaviour> makeSignals(CameraCore& core) {
-  return std::make_unique<Signals>(core);
-}
+std::unique_ptr<Behaviour> makeSignals(CameraCore& core) { return std::make_unique<Signals>(core); }
 
 }  // namespace ox::simulation

@@ -76,8 +76,6 @@ class TestRegisters final : public Behaviour {
 
 }  // namespace
 
-std::unique_ptr<Behaviour> makeTestRegisters(CameraCore& core) {
-  return std::make_unique<TestRegisters>(core);
-}
+std::unique_ptr<Behaviour> makeTestRegisters(CameraCore& core) { return std::make_unique<TestRegisters>(core); }
 
 }  // namespace ox::simulation

@@ -83,8 +83,6 @@ class UserSets final : public Behaviour {
 
 }  // namespace
 
-std::unique_ptr<Behaviour> makeUserSets(CameraCore& core) {
-  return std::make_unique<UserSets>(core);
-}
+std::unique_ptr<Behaviour> makeUserSets(CameraCore& core) { return std::make_unique<UserSets>(core); }
 
 }  // namespace ox::simulation

@@ -31,9 +31,8 @@ uint32_t attach(NodeMapBase& nodeMap, const TChunkDataEx& data) {
   return nodeMap.AttachChunkEx(data.ChunkID, data.pBase, data.ChunkOffset, data.ChunkLength);
 }
 uint32_t attach(NodeMapBase& nodeMap, const TChunkDataExW& data) {
-  if (data.ChunkID == nullptr) {  // a missing ID stays one: an empty text is another thing
+  if (data.ChunkID == nullptr)  // a missing ID stays one: an empty text is another thing
     return nodeMap.AttachChunkEx(nullptr, data.pBase, data.ChunkOffset, data.ChunkLength);
-  }
   return nodeMap.AttachChunkEx(toNarrow(data.ChunkID).c_str(), data.pBase, data.ChunkOffset, data.ChunkLength);
 }
 
@@ -56,9 +55,8 @@ uint32_t attachChunkList(NODEMAP handle, const Data* list, size_t length) {
   if (list == nullptr && length != 0) return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList");
   return onObject<NodeMapBase>(handle, arguments, [&](NodeMapBase& nodeMap) {
     if (length == 0) return OXGENAPI_OK;
-    for (size_t i = 0; i < length; ++i) {
+    for (size_t i = 0; i < length; ++i)
       if (const uint32_t result = attach(nodeMap, list[i])) return result;
-    }
     return nodeMap.UpdateChunks(nullptr);
   });
 }
@@ -67,29 +65,17 @@ uint32_t attachChunkList(NODEMAP handle, const Data* list, size_t length) {
 
 extern "C" {
 
-uint32_t NMDeliverEvent(NODEMAP NodeMap, const TEventData* pData) {
-  return deliverEvent(NodeMap, pData);
-}
+uint32_t NMDeliverEvent(NODEMAP NodeMap, const TEventData* pData) { return deliverEvent(NodeMap, pData); }
 
-uint32_t NMDeliverEventEx(NODEMAP NodeMap, const TEventDataEx* pData) {
-  return deliverEvent(NodeMap, pData);
-}
+uint32_t NMDeliverEventEx(NODEMAP NodeMap, const TEventDataEx* pData) { return deliverEvent(NodeMap, pData); }
 
-uint32_t NMDeliverEventExW(NODEMAP NodeMap, const TEventDataExW* pData) {
-  return deliverEvent(NodeMap, pData);
-}
+uint32_t NMDeliverEventExW(NODEMAP NodeMap, const TEventDataExW* pData) { return deliverEvent(NodeMap, pData); }
 
-uint32_t NMAttachChunk(NODEMAP NodeMap, const TChunkData* pData) {
-  return attachChunk(NodeMap, pData);
-}
+uint32_t NMAttachChunk(NODEMAP NodeMap, const TChunkData* pData) { return attachChunk(NodeMap, pData); }
 
-uint32_t NMAttachChunkEx(NODEMAP NodeMap, const TChunkDataEx* pData) {
-  return attachChunk(NodeMap, pData);
-}
+uint32_t NMAttachChunkEx(NODEMAP NodeMap, const TChunkDataEx* pData) { return attachChunk(NodeMap, pData); }
 
-uint32_t NMAttachChunkExW(NODEMAP NodeMap, const TChunkDataExW* pData) {
-  return attachChunk(NodeMap, pData);
-}
+uint32_t NMAttachChunkExW(NODEMAP NodeMap, const TChunkDataExW* pData) { return attachChunk(NodeMap, pData); }
 
 uint32_t NMAttachChunkList(NODEMAP NodeMap, const TChunkData* DataList, size_t Length) {
   return attachChunkList(NodeMap, DataList, Length);

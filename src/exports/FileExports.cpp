@@ -59,16 +59,14 @@ template <class Character>
 uint32_t downloadToMemory(NODEMAP NodeMap, const Character* FileSelectorEntryName, void* pBuffer, size_t* BufferSize) {
   const auto arguments = args("NodeMap", NodeMap, "FileSelectorEntryName", FileSelectorEntryName, "pBuffer", pBuffer,
                               "BufferSize", BufferSize);
-  if (BufferSize == nullptr || (pBuffer != nullptr && *BufferSize == 0)) {
+  if (BufferSize == nullptr || (pBuffer != nullptr && *BufferSize == 0))
     return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, kEmptyBuffer);
-  }
   return onDeviceFiles(NodeMap, arguments, [&](INodeMap& map) {
     const gcstring deviceFile(parameterText(FileSelectorEntryName));
-    if (pBuffer == nullptr) {
+    if (pBuffer == nullptr)
       *BufferSize = deviceFileSize(map, deviceFile);
-    } else {
+    else
       downloadMemory(map, deviceFile, pBuffer, *BufferSize);
-    }
   });
 }
 

@@ -51,19 +51,14 @@ const char* infoText(const Infos& infos, size_t fileIndex, size_t infoIndex, TFi
   // An index equal to the count passes here; it names an entry without informations, which is refused just below.
   if (fileIndex > infos.size()) throw orx_error(OXGENAPI_E_FIRMWARE_INDEX, "FileIndex not present in guf file.");
   const auto& entry = infos[fileIndex];
-  if (infoIndex >= entry.GetCountOfInfos()) {
+  if (infoIndex >= entry.GetCountOfInfos())
     throw orx_error(OXGENAPI_E_FIRMWARE_INDEX, "InfoIndex not present in guf file.");
-  }
-  if (infos.empty() || !entry.IsValid()) {
+  if (infos.empty() || !entry.IsValid())
     throw orx_error(OXGENAPI_E_UNSPECIFIED, "guf file information is empty or not valid.");
-  }
   switch (info) {
-    case FUI_Key:
-      return entry.GetInfoKey(infoIndex);
-    case FUI_Value:
-      return entry.GetInfo(infoIndex);
-    case FUI_LanguageCode:
-      return entry.GetInfoLanguageCode(entry.GetInfoKey(infoIndex));
+    case FUI_Key: return entry.GetInfoKey(infoIndex);
+    case FUI_Value: return entry.GetInfo(infoIndex);
+    case FUI_LanguageCode: return entry.GetInfoLanguageCode(entry.GetInfoKey(infoIndex));
   }
   throw orx_error(OXGENAPI_E_NOT_SUPPORTED, "FirmwareUpdateInfo command not supported.");
 }

@@ -25,9 +25,7 @@ TVerifyMode verifyMode(ORX::INode& node) {
   return mode;
 }
 
-bool verifiesReads(ORX::INode& node) {
-  return verifyMode(node) >= VM_ReadOnly;
-}
+bool verifiesReads(ORX::INode& node) { return verifyMode(node) >= VM_ReadOnly; }
 
 bool verifiesWrites(ORX::INode& node) {
   const TVerifyMode mode = verifyMode(node);
@@ -38,9 +36,7 @@ bool verifiesWrites(ORX::INode& node) {
 
 extern "C" {
 
-bool IsNode(NODE Object) {
-  return isHandleOf<ORX::INode>(Object);
-}
+bool IsNode(NODE Object) { return isHandleOf<ORX::INode>(Object); }
 
 uint32_t NType(NODE Node, TNodeType* Type) {
   TNodeType type = NT_Invalid;

@@ -61,9 +61,7 @@ uint32_t CreateNodeMapProxy(NODEMAP InternalNodeMap, TReleaseNotify ReleaseNotif
   });
 }
 
-bool IsNodeMap(NODEMAP Object) {
-  return orxGenApi::isHandleOf<ORX::INodeMap>(Object);
-}
+bool IsNodeMap(NODEMAP Object) { return orxGenApi::isHandleOf<ORX::INodeMap>(Object); }
 
 uint32_t NMLoadXMLFile(NODEMAP NodeMap, const char* FileName) {
   return onOwnNodeMap(NodeMap, args("NodeMap", NodeMap, "FileName", FileName),
@@ -88,17 +86,11 @@ uint32_t NMLoadXMLStringW(NODEMAP NodeMap, const wchar_t* XMLData) {
   });
 }
 
-uint32_t NMLoadXML(NODEMAP NodeMap, ...) {
-  return refuseOldEntryPoint(NodeMap);
-}
+uint32_t NMLoadXML(NODEMAP NodeMap, ...) { return refuseOldEntryPoint(NodeMap); }
 
-uint32_t NMConnectRegisterPort(NODEMAP NodeMap, ...) {
-  return refuseOldEntryPoint(NodeMap);
-}
+uint32_t NMConnectRegisterPort(NODEMAP NodeMap, ...) { return refuseOldEntryPoint(NodeMap); }
 
-uint32_t NMConnectMultiRegisterPort(NODEMAP NodeMap, ...) {
-  return refuseOldEntryPoint(NodeMap);
-}
+uint32_t NMConnectMultiRegisterPort(NODEMAP NodeMap, ...) { return refuseOldEntryPoint(NodeMap); }
 
 uint32_t NMNodeCount(NODEMAP NodeMap, uint32_t& NodeCount) {
   return onNodeMap(NodeMap, args("NodeMap", NodeMap, "NodeCount", &NodeCount),

@@ -21,9 +21,8 @@ uint32_t dump(NODEMAPSTREAM NodeMapStream, Character* Settings, size_t* Settings
   return onObject<orxGenApi::NodeMapStream>(NodeMapStream, arguments, [&](orxGenApi::NodeMapStream& stream) {
     // No room even for the zero, or more than any object can be long.
     constexpr size_t kLargest = static_cast<size_t>(std::numeric_limits<ptrdiff_t>::max()) / sizeof(Character);
-    if (SettingsSize == nullptr || (Settings != nullptr && (*SettingsSize == 0 || *SettingsSize > kLargest))) {
+    if (SettingsSize == nullptr || (Settings != nullptr && (*SettingsSize == 0 || *SettingsSize > kLargest)))
       return refuse(arguments, OXGENAPI_E_INVALID_ARGUMENT, "invalid buffer size to read string through c-interface");
-    }
     stream.withText([&](std::string_view text) { copyText(text, Settings, *SettingsSize); });
     return OXGENAPI_OK;
   });

@@ -15,8 +15,6 @@ void Resource_GetFileVersion(uint32_t* Major, uint32_t* Minor, uint32_t* Build) 
   *Build = 0;
 }
 
-const char* Resource_GetOriginalFileName(void) {
-  return "libOxGenApi.so";
-}
+const char* Resource_GetOriginalFileName(void) { return "libOxGenApi.so"; }
 
 }  // extern "C"

@@ -42,9 +42,8 @@ const Operation kOperations[] = {
 };
 
 void expectRefusedByAll(OxHandle handle) {
-  for (const auto& [name, operation] : kOperations) {
+  for (const auto& [name, operation] : kOperations)
     ASSERT_EQ(operation(handle), OX_E_INVALID_HANDLE) << name << " of " << handle;
-  }
 }
 
 TEST(Handle, ValuesThatAreNoHandlesFindNothingAndHarmNothing) {
@@ -55,9 +54,8 @@ TEST(Handle, ValuesThatAreNoHandlesFindNothingAndHarmNothing) {
   for (const uint64_t value :
        {uint64_t{0}, uint64_t{1}, uint64_t{64}, address + 1, address + 8, address + 63, address + kFar, address - kFar,
         uint64_t{1} << 47, uint64_t{0xffff800000000000}, ~uint64_t{0}, ~uint64_t{63}, reinterpret_cast<uint64_t>(&live),
-        reinterpret_cast<uint64_t>(live.get())}) {
+        reinterpret_cast<uint64_t>(live.get())})
     expectRefusedByAll(reinterpret_cast<OxHandle>(value));
-  }
   std::mt19937_64 random(20240501);
   for (int i = 0; i < 1000000; ++i) {
     // Half of them anywhere, half close to a living handle but beyond the blocks handed out so far, or misaligned.
@@ -244,11 +242,9 @@ size_t mappedBytes() {
   if (!useUp) std::exit(0);
   while (OxHandle handle = OxCreatePlacementIfaceContainer(1, &storage)) handles.push_back(handle);
   if (handles.size() < 5 * room / 64 / 10) std::exit(4);  // not half of the space went into blocks
-  for (OxHandle handle : handles) {
-    if (OxIfaceContainerAddUseCounter(handle) != OX_OK || OxIfaceContainerReleaseUseCounter(handle) != OX_OK) {
+  for (OxHandle handle : handles)
+    if (OxIfaceContainerAddUseCounter(handle) != OX_OK || OxIfaceContainerReleaseUseCounter(handle) != OX_OK)
       std::exit(5);
-    }
-  }
   for (int i = 0; i < 2 * kQuarantine; ++i) {
     OxIfaceContainerReleaseUseCounter(handles.back());
     handles.pop_back();
@@ -259,9 +255,8 @@ size_t mappedBytes() {
 TEST(HandleDeathTest, TakesLittleOfAnAddressSpaceAtOnceAndNearlyAllInTheEnd) {
   if (OX_UNDER_SANITIZER) GTEST_SKIP() << "a sanitizer needs the address space itself";
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // in a process of its own, where no range is reserved yet
-  for (const size_t mebibytes : {0, 130, 1030, 4100}) {
+  for (const size_t mebibytes : {0, 130, 1030, 4100})
     EXPECT_EXIT(createInAddressSpace(mebibytes << 20, mebibytes == 130), testing::ExitedWithCode(0), "") << mebibytes;
-  }
 }
 
 }  // namespace

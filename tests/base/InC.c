@@ -3,6 +3,4 @@
 
 int32_t setLastErrorFromC(uint32_t code, const char* text);
 
-int32_t setLastErrorFromC(uint32_t code, const char* text) {
-  return OxSetLastError(code, text);
-}
+int32_t setLastErrorFromC(uint32_t code, const char* text) { return OxSetLastError(code, text); }

@@ -50,14 +50,12 @@ OxHandle Caller::oddHandle() {
   const auto some =
       live_.empty() ? uint64_t{0x7f0012345640} : std::bit_cast<uint64_t>(live_[choice % live_.size()].value);
   switch (choice % 6) {
-    case 0:
-      return nullptr;
+    case 0: return nullptr;
     case 1:  // misaligned
       return std::bit_cast<OxHandle>(some + 1 + bytes_.next() % 63);
     case 2:  // the kernel's half
       return std::bit_cast<OxHandle>(some | (uint64_t{1} << 63));
-    case 3:
-      return std::bit_cast<OxHandle>(~uint64_t{0} - bytes_.next());
+    case 3: return std::bit_cast<OxHandle>(~uint64_t{0} - bytes_.next());
     case 4:  // an address of something else
       return this;
     default: {
@@ -118,9 +116,8 @@ OxHandle Caller::pick(Frame& frame, Kind kind) {
 
 std::string Caller::rawText() {
   std::string text;
-  for (uint8_t length = bytes_.next() % 64; length > 0 && !bytes_.empty(); --length) {
+  for (uint8_t length = bytes_.next() % 64; length > 0 && !bytes_.empty(); --length)
     text += static_cast<char>(bytes_.next());
-  }
   return text.substr(0, text.find('\0'));
 }
 
@@ -173,9 +170,7 @@ wchar_t* Caller::argument(Frame& frame, Wanted<wchar_t*>) {
   return buffer.empty() ? &none : reinterpret_cast<wchar_t*>(buffer.data());
 }
 
-size_t& Caller::argument(Frame& frame, Wanted<size_t&>) {
-  return frame.sizes.emplace_back(frame.room);
-}
+size_t& Caller::argument(Frame& frame, Wanted<size_t&>) { return frame.sizes.emplace_back(frame.room); }
 
 size_t Caller::argument(Frame&, Wanted<size_t>) {
   const uint8_t choice = bytes_.next();
@@ -293,11 +288,10 @@ void Caller::onUpdate(NODE node, void*) {
 
 bool Caller::onSettings(NODE node, uint32_t code, void* user) {
   if (code == 0) broken("a problem has a code", node);
-  if (node != nullptr) {
+  if (node != nullptr)
     onUpdate(node, user);
-  } else if (current != nullptr) {
+  else if (current != nullptr)
     current->enter(true);
-  }
   return current == nullptr || current->bytes_.next() < 0xe0;
 }
 

@@ -400,11 +400,10 @@ uint32_t Caller::call(size_t number) {
   std::unique_lock<std::shared_mutex> alone;
   std::shared_lock<std::shared_mutex> together;
   if (shared_ != nullptr && depth_ <= 1) {
-    if ((entry.flags & kAlone) != 0) {
+    if ((entry.flags & kAlone) != 0)
       alone = std::unique_lock(shared_->rule);
-    } else {
+    else
       together = std::shared_lock(shared_->rule);
-    }
   }
   ++calls_;
   Frame frame;

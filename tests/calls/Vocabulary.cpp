@@ -21,9 +21,8 @@ std::string reg(const std::string& kind, const std::string& name, int address, i
 std::string choice(const std::string& name, int address, const std::vector<std::string>& entries,
                    const std::string& more = "") {
   std::string text = "<Enumeration Name='" + name + "'><Streamable>Yes</Streamable>";
-  for (size_t i = 0; i < entries.size(); ++i) {
+  for (size_t i = 0; i < entries.size(); ++i)
     text += "<EnumEntry Name='" + entries[i] + "'><Value>" + std::to_string(i) + "</Value></EnumEntry>";
-  }
   return text + "<pValue>" + name + "Reg</pValue>" + more + "</Enumeration>" +
          reg("IntReg", name + "Reg", address, 4, "<Cachable>NoCache</Cachable>");
 }
@@ -159,9 +158,8 @@ void HostFiles::restore() const {
 
 void HostFiles::replace(size_t index, const std::string& content) const {
   if (ftruncate(descriptors_[index], 0) != 0 ||
-      pwrite(descriptors_[index], content.data(), content.size(), 0) != static_cast<ssize_t>(content.size())) {
+      pwrite(descriptors_[index], content.data(), content.size(), 0) != static_cast<ssize_t>(content.size()))
     std::abort();
-  }
 }
 
 }  // namespace calls

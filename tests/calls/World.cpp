@@ -10,9 +10,7 @@
 
 namespace calls {
 
-World::World() {
-  files().restore();
-}
+World::World() { files().restore(); }
 
 const HostFiles& World::files() {
   static const HostFiles made;
@@ -50,9 +48,7 @@ bool asksInVain(int64_t address) {
 
 }  // namespace
 
-void World::beginCall() {
-  accessesOfCall = timesInARow = 0;
-}
+void World::beginCall() { accessesOfCall = timesInARow = 0; }
 
 int World::fault(bool& garbage) {
   if (const auto told = onAccess.load()) told();
@@ -60,22 +56,13 @@ int World::fault(bool& garbage) {
   const uint8_t rate = rate_;
   if (rate == 0 || ++accesses_ % rate != 0) return 0;
   switch (mood_.load()) {
-    case Mood::kFailWithText:
-      OxSetLastError(0x8000000e, "port broken");
-      return static_cast<int>(0x8000000e);
-    case Mood::kFailWithoutText:
-      return static_cast<int>(0x80000013);
-    case Mood::kGarbage:
-      garbage = true;
-      return 0;
-    case Mood::kThrow:
-      throw std::runtime_error("thrown by a port");
-    case Mood::kThrowForeign:
-      throw 42;
-    case Mood::kNoMemory:
-      throw std::bad_alloc();
-    default:
-      return 0;
+    case Mood::kFailWithText: OxSetLastError(0x8000000e, "port broken"); return static_cast<int>(0x8000000e);
+    case Mood::kFailWithoutText: return static_cast<int>(0x80000013);
+    case Mood::kGarbage: garbage = true; return 0;
+    case Mood::kThrow: throw std::runtime_error("thrown by a port");
+    case Mood::kThrowForeign: throw 42;
+    case Mood::kNoMemory: throw std::bad_alloc();
+    default: return 0;
   }
 }
 
@@ -88,9 +75,8 @@ int64_t checked(const World::Place& place, const void* buffer, int64_t address, 
 }
 
 int finish(int result) {
-  if (result < 0) {
+  if (result < 0)
     OxSetLastError(static_cast<uint32_t>(result), ox::simulation::RegisterDevice::lastFailureText().c_str());
-  }
   return result;
 }
 

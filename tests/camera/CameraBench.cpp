@@ -35,13 +35,9 @@ CameraBench::CameraBench() : folder_(fs::temp_directory_path() / ("ox-camera-" +
   odd() = {};
 }
 
-CameraBench::~CameraBench() {
-  fs::remove_all(folder_);
-}
+CameraBench::~CameraBench() { fs::remove_all(folder_); }
 
-void CameraBench::simulate(const std::string& cameras) {
-  setenv("OXGENAPI_SIMULATED", cameras.c_str(), 1);
-}
+void CameraBench::simulate(const std::string& cameras) { setenv("OXGENAPI_SIMULATED", cameras.c_str(), 1); }
 
 OddScript& CameraBench::odd() {
   static OddScript* const script = [] {
@@ -54,9 +50,8 @@ OddScript& CameraBench::odd() {
 fs::path CameraBench::modules(const std::vector<std::string>& names) const {
   fs::path path = folder_ / "modules";
   fs::create_directories(path);
-  for (const std::string& name : names) {
+  for (const std::string& name : names)
     fs::create_symlink(built() / "test_modules" / (name + ".so"), path / (name + ".so"));
-  }
   return path;
 }
 
@@ -94,8 +89,7 @@ std::chrono::milliseconds timeOf(const std::function<void()>& work) {
 }
 
 bool becomes(std::chrono::milliseconds time, const std::function<bool()>& condition) {
-  for (const auto end = Clock::now() + time; !condition(); std::this_thread::sleep_for(1ms)) {
+  for (const auto end = Clock::now() + time; !condition(); std::this_thread::sleep_for(1ms))
     if (Clock::now() > end) return false;
-  }
   return true;
 }

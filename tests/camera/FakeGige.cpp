@@ -121,9 +121,8 @@ void FakeGige::answer(const std::vector<uint8_t>& packet, const sockaddr_in& fro
     if (command == 0x02) {
       payload.assign(memory_.begin(), memory_.begin() + 248);
     } else if (command == 0x04) {
-      for (const auto& [field, place] : {std::pair{0x24, 28}, {0x34, 44}, {0x44, 60}}) {
+      for (const auto& [field, place] : {std::pair{0x24, 28}, {0x34, 44}, {0x44, 60}})
         std::copy_n(packet.begin() + place, 4, memory_.begin() + field);
-      }
     } else if (address + 1024 > memory_.size()) {
       status = 0x8003;
     } else if (writes_something && (held ? !holder : !control)) {

@@ -190,9 +190,8 @@ TEST_F(Keeping, ClosingEndsAccessesAndLeavesHandlesHarmless) {
   expectFailure(OXGENAPI_E_UNSPECIFIED, "The camera is closed", [&] { width.set(320); });
   for (const auto& call : std::vector<std::function<void()>>{[&] { camera.map(); }, [&] { camera.description(); },
                                                              [&] { camera.reopen(); }, [&] { camera.network(); },
-                                                             [&] { camera.waitForLoss(1ms); }}) {
+                                                             [&] { camera.waitForLoss(1ms); }})
     expectFailure(OXCAMERA_E_CLOSED, "The camera is closed", call);
-  }
   EXPECT_EQ(camera.text(CI_Serial), "Closing");
   const Node other = Camera::open("Closing")["Height"];  // its camera goes at once
   expectFailure(OXGENAPI_E_UNSPECIFIED, "The camera is closed", [&] { other.integer(); });

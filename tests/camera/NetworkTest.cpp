@@ -56,9 +56,8 @@ class Network : public OtherProgram {
   }
   FakeGige& fake() { return *camera_; }
   static FoundCamera found() {
-    for (const FoundCamera& camera : findCameras(kSearch)) {
+    for (const FoundCamera& camera : findCameras(kSearch))
       if (camera.address == "127.0.0.2") return camera;
-    }
     return {};
   }
 
@@ -212,9 +211,8 @@ TEST_F(Network, AddressesAreReadStoredAndForced) {
       {"is the broadcast address", {"10.1.255.255", "255.255.0.0", ""}},
       {"is not in the network", {"10.1.2.3", "255.255.0.0", "10.2.0.1"}},
       {"is no address for a camera", {"224.0.0.1", "255.0.0.0", ""}}};
-  for (const auto& [text, address] : refused) {
+  for (const auto& [text, address] : refused)
     expectFailure(OXGENAPI_E_INVALID_ARGUMENT, text, [&] { camera.storeAddress(address); });
-  }
   camera.close();
   const CameraList list(kSearch);
   const auto cameras = list.cameras();
@@ -280,9 +278,8 @@ TEST_F(CameraBench, UsbCamerasThatMayNotBeOpenedAreListedWithTheRule) {
                                                                        {"serial", "S\x1b" + device},
                                                                        {"speed", "5000"},
                                                                        {"busnum", device.substr(0, 1)},
-                                                                       {"devnum", "5"}}) {
+                                                                       {"devnum", "5"}})
       put(device + "/" + file, text);
-    }
     put(device + ":1.0/bInterfaceClass", "ef");
     put(device + ":1.0/bInterfaceSubClass", "05");
     put(device + ":1.0/bInterfaceProtocol", "00");

@@ -36,9 +36,7 @@ TImage next(const Camera& camera, uint32_t timeMs = 5000) {
   return image;
 }
 
-void giveBack(const Camera& camera, const TImage& image) {
-  check(OxCameraReturnImage(camera.handle(), &image));
-}
+void giveBack(const Camera& camera, const TImage& image) { check(OxCameraReturnImage(camera.handle(), &image)); }
 
 // ---- A camera that a test drives ----
 

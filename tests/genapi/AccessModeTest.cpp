@@ -194,12 +194,10 @@ TEST(AccessMode, IsComputedOnceUnlessAnythingUncachedDecides) {
             reg("IntReg", "Self", 3, 1, "<Cachable>NoCache</Cachable><pIsLocked>G</pIsLocked>") +
             "<Port Name='Guarded'><pIsAvailable>N</pIsAvailable></Port>"
             "<IntReg Name='Behind'><Address>0</Address><Length>1</Length><pPort>Guarded</pPort></IntReg>");
-  for (const char* name : {"Plain", "N", "G", "Self", "OverNever", "Limited"}) {
+  for (const char* name : {"Plain", "N", "G", "Self", "OverNever", "Limited"})
     EXPECT_EQ(t.node(name)->IsAccessModeCacheable(), Yes) << name;
-  }
-  for (const char* name : {"Fresh", "OverFresh", "KnifeOfFresh", "EnumEntry_E_X", "E", "Table", "Behind"}) {
+  for (const char* name : {"Fresh", "OverFresh", "KnifeOfFresh", "EnumEntry_E_X", "E", "Table", "Behind"})
     EXPECT_EQ(t.node(name)->IsAccessModeCacheable(), No) << name;
-  }
   EXPECT_EQ(t.mode("Plain"), RW);
   EXPECT_EQ(t.mode("Plain"), RW);
   EXPECT_EQ(t.port.counts(), "1r0w");

@@ -61,9 +61,8 @@ TEST(AccessModes, CombineToTheRightsThatBothLeave) {
   const EAccessMode modes[] = {NI, NA, WO, RO, RW};
   const EAccessMode expected[5][5] = {
       {NI, NI, NI, NI, NI}, {NI, NA, NA, NA, NA}, {NI, NA, WO, NA, WO}, {NI, NA, NA, RO, RO}, {NI, NA, WO, RO, RW}};
-  for (int a = 0; a < 5; ++a) {
+  for (int a = 0; a < 5; ++a)
     for (int b = 0; b < 5; ++b) EXPECT_EQ(expected[a][b], Combine(modes[a], modes[b])) << a << ' ' << b;
-  }
   EXPECT_EQ(NoCache, Combine(WriteThrough, NoCache));
   EXPECT_EQ(WriteAround, Combine(WriteAround, WriteThrough));
   EXPECT_EQ(Guru, Combine(Guru, Expert));

@@ -3,9 +3,7 @@
 
 namespace {
 
-std::string cachable(const std::string& mode) {
-  return tag("Cachable", mode);
-}
+std::string cachable(const std::string& mode) { return tag("Cachable", mode); }
 
 // A register of four bytes whose address moves with I.
 std::string moving(const std::string& type, const std::string& step, const std::string& length) {
@@ -180,9 +178,8 @@ TEST(Caching, EveryKindOfWriteUpdatesWhatItOverlapsAndCallsNobodyBack) {
                 reg("Register", "Writer", address, length, cachable(mode)));
       const std::string where = mode + " at " + std::to_string(address) + ", " + std::to_string(length);
       const auto expectAgreement = [&](const char* when) {
-        for (const char* name : {"K", "Over", "Reader"}) {
+        for (const char* name : {"K", "Over", "Reader"})
           EXPECT_EQ(t.integer(name)->GetValue(), t.port.word(0)) << where << when;
-        }
       };
       int fired = 0;
       Register(t.node("Over"), [&](INode*) { ++fired; });
@@ -244,9 +241,8 @@ TEST(Caching, ForgottenThroughOneNodeIsNotTakenFromAnother) {
     t.node("B")->InvalidateNode();
     const uint8_t nine = 9;
     if (partialWrite) t.bytes("B")->Set(&nine, 1);
-    for (const char* name : {"B", "A"}) {
+    for (const char* name : {"B", "A"})
       EXPECT_EQ(content(t.bytes(name)), (std::vector<uint8_t>{uint8_t(partialWrite ? 9 : 5), 6, 7, 8})) << name;
-    }
   }
 }
 

@@ -82,9 +82,7 @@ TEST(Callbacks, FireForEveryKindOfChangeAndForNothingElse) {
 }
 
 int functionCalls = 0;
-void countCall(INode*) {
-  ++functionCalls;
-}
+void countCall(INode*) { ++functionCalls; }
 
 TEST(Callbacks, OfOneNodeRunInTheOrderOfTheirRegistration) {
   TestMap map(held("X"));
@@ -160,9 +158,8 @@ TEST(Callbacks, BelongToTheNodeUntilTheyAreDestroyedOnce) {
   EXPECT_FALSE(y->DeregisterCallback(first)) << "a callback of another node";
   EXPECT_TRUE(x->DeregisterCallback(first));
   EXPECT_EQ(std::exchange(story, ""), "destroyed:X ");
-  for (const CallbackHandleType dead : {first, CallbackHandleType{0}, static_cast<CallbackHandleType>(-1)}) {
+  for (const CallbackHandleType dead : {first, CallbackHandleType{0}, static_cast<CallbackHandleType>(-1)})
     EXPECT_FALSE(x->DeregisterCallback(dead));
-  }
   x->InvalidateNode();
   EXPECT_EQ(std::exchange(story, ""), "inside outside ");
 

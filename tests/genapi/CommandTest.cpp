@@ -157,9 +157,8 @@ TEST(Commands, ExecuteByTheirText) {
     EXPECT_EQ(map.integer("Source")->GetValue(), 3) << each;
     map.integer("Source")->SetValue(0);
   }
-  for (const char* each : {"0", "false", "", "2", "TRUE"}) {
+  for (const char* each : {"0", "false", "", "2", "TRUE"})
     EXPECT_THROW(map.value("Go")->FromString(each), InvalidArgumentException) << each;
-  }
   EXPECT_EQ(map.integer("Source")->GetValue(), 0);
 }
 

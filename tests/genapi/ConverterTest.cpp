@@ -12,9 +12,7 @@ std::string converter(const std::string& type, const std::string& to, const std:
   return over("C", "S", more + tag("FormulaTo", to) + tag("FormulaFrom", from), type);
 }
 
-std::string slope(const std::string& word) {
-  return tag("Slope", word);
-}
+std::string slope(const std::string& word) { return tag("Slope", word); }
 
 const std::string kPlain = "<Float Name='S'><Value>2</Value></Float>";
 

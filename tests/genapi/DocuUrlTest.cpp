@@ -6,9 +6,7 @@
 
 namespace {
 
-std::string urlOf(const TestMap& map, const char* node) {
-  return map.node(node)->GetDocuURL().c_str();
-}
+std::string urlOf(const TestMap& map, const char* node) { return map.node(node)->GetDocuURL().c_str(); }
 
 TEST(DocuUrls, ReplaceWhatStandsInBrackets) {
   const std::string application = std::filesystem::read_symlink("/proc/self/exe").filename();

@@ -7,9 +7,7 @@
 
 namespace {
 
-std::string numbered(const char* name, int number) {
-  return name + std::to_string(number);
-}
+std::string numbered(const char* name, int number) { return name + std::to_string(number); }
 
 constexpr const char* kNoCache = "<Cachable>NoCache</Cachable>";
 
@@ -95,9 +93,8 @@ TEST(Evaluation, OneCallComputesEveryQuestionOnceAndReadsEveryPlaceOnce) {
 
 TEST(Evaluation, WritesThatFanOutEndWithTheirPath) {
   std::string nodes = reg("IntReg", "N0", 0, 1);
-  for (int i = 1; i <= 30; ++i) {
+  for (int i = 1; i <= 30; ++i)
     nodes += over(numbered("N", i), numbered("N", i - 1), tag("pValueCopy", numbered("N", i - 1)));
-  }
   TestMap t(nodes);
   EXPECT_THAT(refusal<RuntimeException>([&] { t.integer("N30")->SetValue(7); }),
               testing::AllOf(testing::StartsWith("N30 > N29 > "),

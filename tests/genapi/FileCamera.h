@@ -58,12 +58,8 @@ class FileCamera : public BytePort {
         ++opened;
         if (word(OpenMode) == 1) file.clear();
         return true;
-      case Close:
-        opened = 0;
-        return !refusesClose;
-      case Delete:
-        file.clear();
-        return true;
+      case Close: opened = 0; return !refusesClose;
+      case Delete: file.clear(); return true;
       case Read:
         lengths.push_back(word(Length));
         count = at >= file.size() ? 0 : std::min<uint32_t>(count, static_cast<uint32_t>(file.size()) - at);
@@ -79,8 +75,7 @@ class FileCamera : public BytePort {
         std::copy_n(memory.begin() + Buffer, count, file.begin() + at);
         setWord(Result, claimed ? claimed : count);
         return true;
-      default:
-        return false;
+      default: return false;
     }
   }
 };
@@ -117,9 +112,8 @@ inline std::string fileDescription(const std::string& lengthExtra = "", const st
            {"FileAccessLength",
             over("FileAccessLength", "LengthReg", lengthExtra) + word("LengthReg", FileCamera::Length)},
            {"FileSize", word("FileSize", FileCamera::Size, answer)},
-           {"FileAccessBuffer", reg("Register", "FileAccessBuffer", FileCamera::Buffer, 12, uncached)}}) {
+           {"FileAccessBuffer", reg("Register", "FileAccessBuffer", FileCamera::Buffer, 12, uncached)}})
     if (name != without) nodes += text;
-  }
   return nodes;
 }
 

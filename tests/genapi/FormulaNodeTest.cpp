@@ -144,9 +144,8 @@ TEST(FormulaNodes, WithDefectsAreUsableOtherwise) {
   EXPECT_EQ(map.mode("Bad"), RO);
   EXPECT_STREQ(map.node("Bad")->GetToolTip(), "still here");
   EXPECT_STREQ(map.real("Bad")->GetUnit(), "mm");
-  for (const char* each : {"Bad", "Empty", "BothBad", "Suffix", "Raw", "Bad", "Raw"}) {
+  for (const char* each : {"Bad", "Empty", "BothBad", "Suffix", "Raw", "Bad", "Raw"})
     EXPECT_THROW(map.value(each)->ToString(), LogicalErrorException) << each << ", each time";
-  }
   EXPECT_EQ(map.real("HalfBad")->GetValue(), 4);
   EXPECT_THROW(map.real("HalfBad")->SetValue(1), LogicalErrorException) << "TO means nothing on the way to the device";
   EXPECT_EQ(map.integer("Base")->GetValue(), 4);

@@ -43,9 +43,8 @@ class Graph {
 // N0, N1 that reads it, and so on.
 std::string chain(int length) {
   std::string nodes = integer("N0", "");
-  for (int i = 1; i < length; ++i) {
+  for (int i = 1; i < length; ++i)
     nodes += integer("N" + std::to_string(i), link("pValue", "N" + std::to_string(i - 1)));
-  }
   return nodes;
 }
 
@@ -73,9 +72,8 @@ TEST(GraphLimits, ThreadsShareClosures) {
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       WalkScratch scratch;
-      for (NodeIndex node = 0; node < 200; ++node) {
+      for (NodeIndex node = 0; node < 200; ++node)
         EXPECT_EQ(graph.graph().dependents(node, scratch).size(), 199u - node);
-      }
     });
   }
   for (std::thread& thread : threads) thread.join();

@@ -30,9 +30,8 @@ std::string forgottenBy(TestMap& t, const std::string& names, Operation&& operat
   for (const char name : names) t.value({name})->ToString();
   operation();
   std::string text;
-  for (const char name : names) {
+  for (const char name : names)
     if (!t.value({name})->IsValueCacheValid()) text += name;
-  }
   return text;
 }
 
@@ -63,9 +62,7 @@ TEST(Invalidation, FollowsInvalidatorsInCirclesAndSelectors) {
             reg("IntReg", "E", 4, 4, tag("pInvalidator", "D")) + reg("IntReg", "F", 8, 4) +
             reg("IntReg", "G", 12, 4, tag("pInvalidator", "E")));
   Fired fired(t, "ABDEFG");
-  for (const char* name : {"A", "D", "E"}) {
-    EXPECT_EQ(fired.by([&] { t.integer(name)->SetValue(1); }), "ABDEFG") << name;
-  }
+  for (const char* name : {"A", "D", "E"}) EXPECT_EQ(fired.by([&] { t.integer(name)->SetValue(1); }), "ABDEFG") << name;
   for (const char* name : {"B", "F"}) EXPECT_EQ(fired.by([&] { t.integer(name)->SetValue(1); }), "BF") << name;
   EXPECT_EQ(fired.by([&] { t.integer("G")->SetValue(1); }), "G");
   // D is among its own dependents: what was written is not trusted.

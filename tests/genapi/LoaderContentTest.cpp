@@ -115,9 +115,7 @@ TEST(LoaderContent, FaultsInTheXmlNameTheLine) {
   }
   EXPECT_EQ(textFault(tipped("x") + "\nrubbish"), "<description>:2: not well-formed: the text does not end with a tag");
   const std::string whole = described("\n<Node Name='A'><ToolTip>x</ToolTip><!-- c --></Node>\n");
-  for (size_t length = 0; length < whole.size(); ++length) {
-    EXPECT_NE(textFault(whole.substr(0, length)), "") << length;
-  }
+  for (size_t length = 0; length < whole.size(); ++length) EXPECT_NE(textFault(whole.substr(0, length)), "") << length;
 }
 
 TEST(LoaderContent, TheRootElementTellsTheSchema) {
@@ -169,9 +167,8 @@ TEST(LoaderContent, ArchivesHoldOneXmlMember) {
 
 TEST(LoaderContent, DamagedArchivesAreRefused) {
   const std::string archive = zipped({{"cam.xml", tipped(std::string(1000, 'x')), true}});
-  for (size_t length : {size_t{4}, size_t{30}, archive.size() / 2, archive.size() - 1}) {
+  for (size_t length : {size_t{4}, size_t{30}, archive.size() / 2, archive.size() - 1})
     EXPECT_EQ(textFault(archive.substr(0, length)).substr(0, 28), "<description>: the zip archi") << length;
-  }
   std::string damaged = archive;
   damaged[60] = static_cast<char>(damaged[60] ^ 0x55);
   EXPECT_EQ(textFault(damaged).substr(0, 34), "<description>: the zip archive is ");

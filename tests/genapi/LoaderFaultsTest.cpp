@@ -54,9 +54,8 @@ TEST(LoaderFaults, FatalFaultsNameLineNodeElementAndReason) {
        "<Integer Name='E'><pValue>C</pValue><pValueCopy>D</pValueCopy></Integer>",
        ": nodes 'D' -> 'E' -> 'D' form a value cycle"},
   };
-  for (const Case& c : cases) {
+  for (const Case& c : cases)
     for (const char* version : {"1_0", "1_1"}) EXPECT_EQ(fault(c.nodes, version), "<description>" + c.expected);
-  }
   for (const char* link : {"pIsLocked", "pInvalidator"}) {
     EXPECT_EQ(fault(filled(integer, "<Value>1</Value>" + filled("<$1>I</$1>", link)), "1_0"), "")
         << "no cycle: " << link;

@@ -16,9 +16,8 @@ namespace {
 std::vector<std::filesystem::path> realDescriptions() {
   std::vector<std::filesystem::path> files;
   if (const char* folder = std::getenv("OXGENAPI_DESCRIPTIONS")) {
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
       if (entry.path().extension() == ".xml" || entry.path().extension() == ".zip") files.push_back(entry.path());
-    }
   }
   std::sort(files.begin(), files.end());
   return files;
@@ -34,9 +33,7 @@ TEST(RealDescriptions, LoadWithoutDefects) {
     const Description& description = *loaded.description;
     EXPECT_EQ(loaded.sourceName, file);
     EXPECT_EQ(defects(loaded.description), std::vector<std::string>{});
-    for (const std::string& note : notes(loaded.description)) {
-      EXPECT_NE(note.find("unusual name"), note.npos) << note;
-    }
+    for (const std::string& note : notes(loaded.description)) EXPECT_NE(note.find("unusual name"), note.npos) << note;
     EXPECT_NE(description.indexOf("Root"), kNoNode);
     EXPECT_GT(description.nodeCount(), 30u);
     EXPECT_FALSE(description.device().modelName.empty());

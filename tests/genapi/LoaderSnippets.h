@@ -48,17 +48,12 @@ inline std::string fault(std::string_view nodes, std::string_view version = "1_1
 
 inline std::vector<std::string> findings(const Loaded& description, ESeverity severity) {
   std::vector<std::string> texts;
-  for (const FindingRecord& finding : description->findings()) {
+  for (const FindingRecord& finding : description->findings())
     if (finding.severity == severity) texts.push_back(description->findingText(finding));
-  }
   return texts;
 }
-inline std::vector<std::string> notes(const Loaded& description) {
-  return findings(description, svNote);
-}
-inline std::vector<std::string> defects(const Loaded& description) {
-  return findings(description, svDefect);
-}
+inline std::vector<std::string> notes(const Loaded& description) { return findings(description, svNote); }
+inline std::vector<std::string> defects(const Loaded& description) { return findings(description, svDefect); }
 
 inline std::vector<std::string> nodeNames(const Loaded& description) {
   std::vector<std::string> names;
@@ -80,9 +75,8 @@ inline std::string elements(const Loaded& description, std::string_view node) {
 
 // Replaces every "$1" in a pattern.
 inline std::string filled(std::string pattern, const std::string& text) {
-  for (size_t at = pattern.find("$1"); at != std::string::npos; at = pattern.find("$1", at + text.size())) {
+  for (size_t at = pattern.find("$1"); at != std::string::npos; at = pattern.find("$1", at + text.size()))
     pattern.replace(at, 2, text);
-  }
   return pattern;
 }
 

@@ -24,9 +24,8 @@ TEST(Messages, TellTheWayToTheNodeThatRefusedAndWhy) {
       {"Width", 3, "Width > WidthReg: value 3 must be at least Min = 16"},
       {"WidthReg", 5000, "WidthReg: value 5000 must be at most Max = 1920"},
       {"Stepped", 21, "Stepped: value 21 must be Min 10 plus a multiple of Inc 2"}};
-  for (const auto& [name, value, text] : refused) {
+  for (const auto& [name, value, text] : refused)
     EXPECT_EQ(refusal<OutOfRangeException>([&, n = name, v = value] { map.integer(n)->SetValue(v); }), text);
-  }
   EXPECT_EQ(refusal<OutOfRangeException>([&] { map.real("Gain")->SetValue(0.2); }),
             "Gain: value 0.2 must be at most Max = 0.1");
   EXPECT_EQ(refusal<OutOfRangeException>([&] { map.real("Gain")->SetValue(-HUGE_VAL); }),

@@ -13,9 +13,8 @@ TEST(NodeNames, AreFoundPlainOrWithTheirNameSpace) {
   for (const char* each : {"Magic", "Cust::Magic"}) EXPECT_EQ(nodes->GetNode(each), map.node("Magic")) << each;
   EXPECT_EQ(nodes->GetNode("Cust::Plain"), map.node("Plain"));
   for (const char* each : {"Cust::Width", "Std::Magic", "Std::", "::Width", "Foo::Width", "std::Width",
-                           "Std::Std::Width", "width", " Width", "Widt", "Width2", "Std:Width", ""}) {
+                           "Std::Std::Width", "width", " Width", "Widt", "Width2", "Std:Width", ""})
     EXPECT_EQ(nodes->GetNode(each), nullptr) << each;
-  }
   EXPECT_EQ(map.node("Width")->GetNameSpace(), Standard);
   EXPECT_EQ(map.node("Plain")->GetNameSpace(), Custom);
   EXPECT_STREQ(map.node("Width")->GetName(), "Width");

@@ -8,9 +8,8 @@ namespace {
 // "value", or "value @ attribute"; tabs between several of either are shown as commas.
 std::string property(const TestMap& map, const std::string& name, const std::string& property) {
   gcstring value = "before", attribute = "before";
-  if (!map.node(name)->GetProperty(property.c_str(), value, attribute)) {
+  if (!map.node(name)->GetProperty(property.c_str(), value, attribute))
     return value.empty() && attribute.empty() ? "absent" : "absent, but a text";
-  }
   std::string text = std::string(value.c_str()) + (attribute.empty() ? "" : " @ ") + attribute.c_str();
   std::replace(text.begin(), text.end(), '\t', ',');
   return text;

@@ -48,9 +48,8 @@ class Maker {
   }
   std::string guards() {
     std::string text;
-    for (const char* guard : {"pIsImplemented", "pIsAvailable", "pIsLocked"}) {
+    for (const char* guard : {"pIsImplemented", "pIsAvailable", "pIsLocked"})
       if (chance(6) && !steady_.empty()) text += link(guard, pick(steady_));
-    }
     return text;
   }
   void end(const std::string& text, const std::string& type, bool isNumber = true, bool isSmall = false) {
@@ -108,9 +107,8 @@ class Maker {
       text += tag("ImposedAccessMode", "RO") + tag("Value", number(below(9)));
     } else if (form < 3) {
       text += link("pIndex", pickOr(small_));
-      for (int index = 0; index < 3; ++index) {
+      for (int index = 0; index < 3; ++index)
         text += "<pValueIndexed Index=\"" + number(index) + "\">" + pick(numbers_) + "</pValueIndexed>";
-      }
       text += tag("pValueDefault", pick(numbers_));
       isSteady_ = false;
     } else {
@@ -152,11 +150,10 @@ class Maker {
       made.replace(made.find('X'), 1, x);
       return made;
     };
-    if (converts) {
+    if (converts)
       text += tag("FormulaTo", of("FROM")) + tag("FormulaFrom", of("TO")) + link("pValue", pick(numbers_));
-    } else {
+    else
       text += tag("Formula", of("B"));
-    }
     end(text, type);
   }
 

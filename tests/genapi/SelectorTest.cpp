@@ -13,9 +13,7 @@ Names selected(const TestMap& map, const std::string& name, bool selecting = fal
   return namesOf(list);
 }
 
-Names selecting(const TestMap& map, const std::string& name) {
-  return selected(map, name, true);
-}
+Names selecting(const TestMap& map, const std::string& name) { return selected(map, name, true); }
 
 TEST(Selectors, SelectTheirTargetsAndWhatReadsThem) {
   TestMap map(R"(

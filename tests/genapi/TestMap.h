@@ -76,9 +76,8 @@ class BytePort : public CPortImpl {
     if (hook) hook(address, length);
   }
   uint8_t* at(int64_t address, int64_t length) {
-    if (address < 0 || address > static_cast<int64_t>(memory.size()) - length) {
+    if (address < 0 || address > static_cast<int64_t>(memory.size()) - length)
       throw ACCESS_EXCEPTION("the device has no bytes at %ld", static_cast<long>(address));
-    }
     return memory.data() + address;
   }
 };

@@ -23,9 +23,8 @@ TEST(TextForms, OfIntegersFollowTheirRepresentation) {
       map.value("X")->FromString(number);
       EXPECT_EQ(map.integer("X")->GetValue(), number == text ? value : number[0] == ' ' ? 12 : 31);
     }
-    for (const char* refused : {other, "", "1 2", "1.2.3.256"}) {
+    for (const char* refused : {other, "", "1 2", "1.2.3.256"})
       EXPECT_THROW(map.value("X")->FromString(refused), InvalidArgumentException) << refused;
-    }
   }
 }
 
@@ -72,9 +71,8 @@ TEST(TextForms, OfFloatsAreReadLikeNumbersInDescriptions) {
     map.value("X")->FromString(text);
     EXPECT_EQ(map.real("X")->GetValue(), value) << text;
   }
-  for (const char* each : {"abc", "", "1,5", "NaN", "1e400"}) {
+  for (const char* each : {"abc", "", "1,5", "NaN", "1e400"})
     EXPECT_THROW(map.value("X")->FromString(each), InvalidArgumentException) << each;
-  }
   for (const char* each : {"1000.5", "INF"}) EXPECT_THROW(map.value("X")->FromString(each), OutOfRangeException);
   EXPECT_EQ(map.real("X")->GetValue(), 16);
 }
@@ -89,9 +87,8 @@ TEST(TextForms, OfBooleansAreOneAndZero) {
     EXPECT_EQ(map.integer("Raw")->GetValue(), value ? 7 : 3) << text;
     EXPECT_STREQ(map.value("X")->ToString(), value ? "1" : "0") << text;
   }
-  for (const char* each : {"X", "", "7", "True", "2"}) {
+  for (const char* each : {"X", "", "7", "True", "2"})
     EXPECT_THROW(map.value("X")->FromString(each), InvalidArgumentException) << each;
-  }
 }
 
 TEST(TextForms, OfEnumerationsAreSymbolicNames) {
@@ -108,9 +105,8 @@ TEST(TextForms, OfEnumerationsAreSymbolicNames) {
   mode->FromString("ByTime");
   EXPECT_EQ(map.integer("Raw")->GetValue(), 1);
   EXPECT_STREQ(mode->ToString(), "ByTime");
-  for (const char* each : {"Timed", "off", "", " Off", "1", "EnumEntry_Mode_Off"}) {
+  for (const char* each : {"Timed", "off", "", " Off", "1", "EnumEntry_Mode_Off"})
     EXPECT_THROW(mode->FromString(each), InvalidArgumentException) << each;
-  }
   EXPECT_EQ(refusal<InvalidArgumentException>([&] { mode->FromString("Mono9"); }), "Mode: no entry named 'Mono9'");
   EXPECT_EQ(refusal<AccessException>([&] { mode->FromString("Away"); }), "Mode: entry 'Away' is not available");
 
@@ -127,9 +123,8 @@ TEST(TextForms, OfRegistersAreAllTheirBytes) {
   map.port.poke(4, {0x00, 0x1f, 0xab});
   EXPECT_STREQ(lut->ToString(), "0x001fab");
   lut->FromString("0XDEADbe");
-  for (const char* each : {"", "deadbe", "0xdead", "0xdeadbeef", "0xdeadbg"}) {
+  for (const char* each : {"", "deadbe", "0xdead", "0xdeadbeef", "0xdeadbg"})
     EXPECT_THROW(lut->FromString(each), InvalidArgumentException) << each;
-  }
   EXPECT_EQ(map.port.peek(4, 3), (std::vector<uint8_t>{0xde, 0xad, 0xbe}));
 }
 

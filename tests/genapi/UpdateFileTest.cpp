@@ -215,9 +215,8 @@ TEST(UpdateFile, VerifyTellsWhatIsWrong) {
   };
   for (const auto& c : cases) expectRefused(c.bytes, c.type, c.text);
   std::string type;
-  for (const char* path : {"data/../main.bin", "/main.bin", "C:main.bin", "data\\main.bin"}) {
+  for (const char* path : {"data/../main.bin", "/main.bin", "C:main.bin", "data\\main.bin"})
     expectRefused(control("data/main.bin", path), "format", "not a relative path");
-  }
   failureOf([] { CFirmwareUpdater().VerifyGufFile("/nowhere/at/all.guf"); }, type);
   EXPECT_EQ(type, "notfound");
   failureOf([] { CFirmwareUpdater().VerifyGufFile("/tmp"); }, type);
@@ -281,10 +280,9 @@ std::string claiming(uint32_t bytes, std::vector<ZipEntry> members) {
   members.insert(members.begin(), {"control.xml", kControl, true});
   std::string package = zipped(members);
   for (const auto& [mark, sizeAt, nameAt] : {std::tuple{"PK\3\4", 22, 30}, std::tuple{"PK\1\2", 24, 46}}) {
-    for (size_t at = package.find(mark); at != std::string::npos; at = package.find(mark, at + 4)) {
+    for (size_t at = package.find(mark); at != std::string::npos; at = package.find(mark, at + 4))
       if (package.compare(at + nameAt, 5, "data/") == 0)
         package.replace(at + sizeAt, 4, reinterpret_cast<char*>(&bytes), 4);
-    }
   }
   return zipped({{"package.zip", package}});
 }
@@ -309,9 +307,8 @@ TEST(UpdateFile, CountsAndSizesHaveLimits) {
       {"<Condition ", "<Condition Feature='A'>\\pL{1000}</Condition>", "pattern too large"},
       {"<Condition ", repeated("<Condition Feature='A'>(abcdefghij){1000}#</Condition>", 120), "too large together"},
   };
-  for (const auto& c : cases) {
+  for (const auto& c : cases)
     expectRefused(guf(replaced(kControl, c.before, c.more + c.before), kData), "format", c.text);
-  }
   std::string type;
   const TemporaryFile file("PK");
   std::filesystem::resize_file(file.path(), (uint64_t{4} << 30) + 1);

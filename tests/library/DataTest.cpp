@@ -143,9 +143,8 @@ TEST_F(Events, AMessageReachesTheNodesWithItsId) {
 TEST_F(Events, BadMessagesAreRefused) {
   Device empty;
   const TEventData noPayload{0x1234, nullptr, 4}, noBytes{0x1234, payload, 0}, good{0x1234, payload, 4};
-  for (const TEventData* bad : {&noPayload, &noBytes}) {
+  for (const TEventData* bad : {&noPayload, &noBytes})
     EXPECT_FAILS(NMDeliverEvent(empty.map, bad), OXGENAPI_E_INVALID_ARGUMENT, "Event data buffer invalid");
-  }
   EXPECT_FAILS(NMDeliverEvent(empty.map, &good), OXGENAPI_E_INVALID_STATE, "No NodeMap object available");
   for (const char* id : {"0x1234", static_cast<const char*>(nullptr)}) {
     const TEventDataEx named{id, payload, 4};
@@ -169,9 +168,8 @@ TEST_F(Events, ACallbackMayLoadAnewWhileItsEventIsDelivered) {
 TEST(NumericId, KeepsItsLeadingZeroRule) {
   std::string texts;
   for (const uint64_t id :
-       {0x0, 0x1, 0x2, 0x3, 0x4, 0x8, 0xf, 0x10, 0x11, 0x20, 0xff, 0x1000, 0x1001, 0x1234, 0x9000, 0x9001, 0xffff}) {
+       {0x0, 0x1, 0x2, 0x3, 0x4, 0x8, 0xf, 0x10, 0x11, 0x20, 0xff, 0x1000, 0x1001, 0x1234, 0x9000, 0x9001, 0xffff})
     (texts += orxGenApi::numericIdText(id).data()) += ' ';
-  }
   EXPECT_EQ(texts, "00 01 02 3 4 08 f 10 011 020 ff 1000 01001 01234 9000 9001 ffff ");
   EXPECT_STREQ(orxGenApi::numericIdText(1ull << 63).data(), "08000000000000000");
   EXPECT_STREQ(orxGenApi::numericIdText(~0ull).data(), "0ffffffffffffffff");

@@ -41,12 +41,8 @@ inline Outcome outcome(uint32_t result) {
   EXPECT_EQ(code, result);
   return {result, lastErrorText()};
 }
-inline Outcome succeeds() {
-  return {0, ""};
-}
-inline Outcome fails(uint32_t code, const char* text) {
-  return {code, text};
-}
+inline Outcome succeeds() { return {0, ""}; }
+inline Outcome fails(uint32_t code, const char* text) { return {code, text}; }
 
 #define EXPECT_OK(call) EXPECT_EQ(outcome(call), succeeds())
 #define ASSERT_OK(call) ASSERT_EQ(outcome(call), succeeds())
@@ -160,9 +156,8 @@ class Device {
       OxSetLastError(OXGENAPI_E_ACCESS_DENIED, "port broken");
       return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
     }
-    if (address < 0 || length < 0 || address + length > static_cast<int64_t>(memory.size())) {
+    if (address < 0 || length < 0 || address + length > static_cast<int64_t>(memory.size()))
       return static_cast<int>(OXGENAPI_E_ACCESS_DENIED);
-    }
     ++(isWrite ? writes : reads);
     copy(memory.data() + address, static_cast<size_t>(length));
     if (after) after(address, isWrite);

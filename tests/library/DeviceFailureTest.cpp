@@ -69,9 +69,8 @@ class Mapped {
         "DeviceUserID "
         "TestCommandCount UserSetSelector FileSelector FileOperationSelector FileOpenMode FileOperationStatus FileSize "
         "AcquisitionMode TriggerSelector TriggerMode");
-    for (std::string name; names >> name;) {
+    for (std::string name; names >> name;)
       if (get(name.c_str(), values[name]) != OXGENAPI_OK) values[name] = "refused";
-    }
     return values;
   }
 

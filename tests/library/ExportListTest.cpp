@@ -26,9 +26,8 @@ std::set<std::string> dynamicSymbols(const std::string& library) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(
       popen(("nm -D --defined-only --format=posix " + library).c_str(), "r"), &pclose);
   char line[512];
-  while (pipe && std::fgets(line, sizeof line, pipe.get()) != nullptr) {
+  while (pipe && std::fgets(line, sizeof line, pipe.get()) != nullptr)
     names.insert(std::string(line).substr(0, std::string(line).find(' ')));
-  }
   return names;
 }
 
@@ -70,9 +69,7 @@ TEST(ExportList, TheLibraryExportsWhatTheHeadersDeclareAndNothingElse) {
   EXPECT_EQ(listedSymbols(source + "/src/exports.map"), declared);
 }
 
-TEST(ExportList, TheHeadersServeC) {
-  EXPECT_EQ(oxCallFromC(), 0u);
-}
+TEST(ExportList, TheHeadersServeC) { EXPECT_EQ(oxCallFromC(), 0u); }
 
 TEST(ExportList, VersionsAreFixed) {
   uint32_t parts[3] = {};

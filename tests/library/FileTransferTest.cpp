@@ -16,9 +16,7 @@ std::string pattern(size_t size) {
   return text;
 }
 
-std::wstring widened(const std::string& text) {
-  return {text.begin(), text.end()};
-}
+std::wstring widened(const std::string& text) { return {text.begin(), text.end()}; }
 
 }  // namespace
 

@@ -27,12 +27,8 @@ bool isLibrary(const void* caller) {
 
 namespace interposed {
 
-calls::Reports reports() {
-  return counted;
-}
-void throwWhenSending(bool wanted) {
-  throws = wanted;
-}
+calls::Reports reports() { return counted; }
+void throwWhenSending(bool wanted) { throws = wanted; }
 
 }  // namespace interposed
 

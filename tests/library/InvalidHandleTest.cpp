@@ -55,17 +55,15 @@ TEST(InvalidHandle, TestsOfHandlesAnswerWithoutAnError) {
 
 TEST(InvalidHandle, OldEntryPointsFailWhateverTheyAreGiven) {
   for (const Outcome& each : {outcome(NMLoadXML(nullptr)), outcome(NMConnectRegisterPort(nullptr, 1, 2)),
-                              outcome(NMConnectMultiRegisterPort(nullptr, "x"))}) {
+                              outcome(NMConnectMultiRegisterPort(nullptr, "x"))})
     EXPECT_EQ(each, fails(OXGENAPI_E_NOT_SUPPORTED, "Unspecified error"));
-  }
 }
 
 TEST(InvalidHandle, BuffersThatAreCheckedFirstAreRefusedFirst) {
   for (const Outcome& each :
        {outcome(NMAttachChunkList(nullptr, nullptr, 1)), outcome(NMAttachChunkListEx(nullptr, nullptr, 1)),
-        outcome(NMAttachChunkListExW(nullptr, nullptr, 1))}) {
+        outcome(NMAttachChunkListExW(nullptr, nullptr, 1))})
     EXPECT_EQ(each, fails(OXGENAPI_E_INVALID_ARGUMENT, "Invalid DataList"));
-  }
   EXPECT_FAILS(NMAttachChunkList(nullptr, nullptr, 0), OXGENAPI_E_INVALID_HANDLE, "Invalid NODEMAP handle");
 }
 

@@ -95,11 +95,10 @@ Forms formsOf(const Row& row, const std::string& cell) {
     if (cell == "-") forms[3] = "!Type does not support NI_Unit";
   } else if (cell == "-" || cell == kNoIncrement) {
     forms.fill(std::string("!Type does not support ") + row.name);
-    if (cell == kNoIncrement) {
+    if (cell == kNoIncrement)
       forms[2] = "!Node does not support NI_INcrement";
-    } else if (isIncrement) {
+    else if (isIncrement)
       forms[2] = "!Type does not support NI_INcrement";
-    }
   } else {
     const size_t blank = cell.find(' ');
     const std::string number = cell.substr(0, blank);
@@ -133,16 +132,16 @@ class NodeInfo : public testing::Test {
     size_t needed = 0;
     EXPECT_EQ(failure(NInfoAsString(node, info, nullptr, needed)), forms[3]);
     EXPECT_EQ(needed, std::strlen(text) + 1);
-    if (forms[3].empty()) {
+    if (forms[3].empty())
       forms[3] = text;
-    } else {
+    else {
       EXPECT_STREQ(text, "") << "a refused text is empty";
     }
     if (forms[0].empty()) forms[0] = boolean ? "yes" : "no";
     if (forms[1].empty()) forms[1] = std::to_string(integer);
-    if (forms[2].empty()) {
+    if (forms[2].empty())
       forms[2] = numberIn(expected[2]) == real ? expected[2] : std::to_string(real);
-    } else {
+    else {
       EXPECT_EQ(real, kNoReal);
     }
     return forms;
@@ -180,11 +179,9 @@ TEST_F(NodeInfo, ItemsThatDependOnTheStateOfTheNode) {
 TEST_F(NodeInfo, CommandsThatAreNoneAreRefusedByEveryKindInEveryForm) {
   Forms refused;
   refused.fill("!Unknown info command");
-  for (const char* name : kColumns) {
-    for (const uint32_t command : {21u, 22u, 0x7fffffffu, 0x80000000u, 0xffffffffu}) {
+  for (const char* name : kColumns)
+    for (const uint32_t command : {21u, 22u, 0x7fffffffu, 0x80000000u, 0xffffffffu})
       EXPECT_EQ(ask(device.node(name), command, refused), refused) << name << " " << command;
-    }
-  }
 }
 
 TEST_F(NodeInfo, EntriesAnswerInBothFormsAtOnce) {

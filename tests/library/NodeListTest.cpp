@@ -18,9 +18,8 @@ class NodeList : public testing::Test {
     int64_t count = -1;
     EXPECT_OK(NListCount(node, list, &count)) << name;
     std::vector<std::string> result;
-    for (int64_t i = 0; i < count; ++i) {
+    for (int64_t i = 0; i < count; ++i)
       result.push_back(textOf([&](char* buffer, size_t& size) { return NList(node, list, i, buffer, size); }));
-    }
     return result;
   }
   // Both calls refuse; their texts may differ.

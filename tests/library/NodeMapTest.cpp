@@ -20,9 +20,8 @@ TEST(NodeMap, RefusesUntilSomethingIsLoaded) {
        {outcome(NMGetNode(empty.map, "Width", node)), outcome(NMNodeCount(empty.map, count)),
         outcome(NMListNode(empty.map, 0, nullptr, size)), outcome(NMInfoAsInteger(empty.map, NMI_VendorName, &number)),
         outcome(NMPollNodes(empty.map, 1)), outcome(NMUpdateChunks(empty.map, nullptr)),
-        outcome(NMDetachAllChunks(empty.map))}) {
+        outcome(NMDetachAllChunks(empty.map))})
     EXPECT_EQ(each, fails(OXGENAPI_E_INVALID_STATE, "No NodeMap object available"));
-  }
   EXPECT_EQ(count, 7u);
   EXPECT_FAILS(NMConnectPort(empty.map, nullptr, nullptr, nullptr, nullptr), OXGENAPI_E_INVALID_STATE,
                "No NodeMap available to connect to");
@@ -52,9 +51,8 @@ TEST(NodeMap, ListsItsNodesInDescriptionOrder) {
   ASSERT_OK(NMNodeCount(device.map, count));
   ASSERT_EQ(count, 3u);
   std::vector<std::string> names;
-  for (uint32_t i = 0; i < count; ++i) {
+  for (uint32_t i = 0; i < count; ++i)
     names.push_back(textOf([&](char* buffer, size_t& size) { return NMListNode(device.map, i, buffer, size); }));
-  }
   EXPECT_EQ(names, (std::vector<std::string>{"Root", "Width", "Device"}));
   size_t size = 0;
   EXPECT_FAILS(NMListNode(device.map, 3, nullptr, size), OXGENAPI_E_INVALID_ARGUMENT, "Index out of range: 0 <= 3 < 3");
@@ -111,9 +109,8 @@ TEST(NodeMap, AFailedLoadKeepsWhatWasLoaded) {
   const NODE width = device.node("Width");
   for (const uint32_t result : {NMLoadXMLString(device.map, "<RegisterDescription"), NMLoadXMLString(device.map, ""),
                                 NMLoadXMLString(device.map, nullptr), NMLoadXMLStringW(device.map, nullptr),
-                                NMLoadXMLFile(device.map, nullptr)}) {
+                                NMLoadXMLFile(device.map, nullptr)})
     EXPECT_EQ(result, OXGENAPI_E_RUNTIME);
-  }
   EXPECT_EQ(device.node("Width"), width);
   EXPECT_OK(NSetAsInteger(width, 3));
   EXPECT_EQ(device.integerAt(0), 3);

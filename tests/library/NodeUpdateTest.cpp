@@ -71,9 +71,8 @@ TEST_F(NodeUpdate, BadRegistrationsAreRefused) {
   observe(node, observer);
   EXPECT_FAILS(NDeregisterUpdate(device.node("Reg"), observer.handle), OXGENAPI_E_NOT_PRESENT,
                "Given callback handle not present");  // another node's
-  for (const TCallbackHandle unknown : {TCallbackHandle{0}, TCallbackHandle{-1}, observer.handle + 1000}) {
+  for (const TCallbackHandle unknown : {TCallbackHandle{0}, TCallbackHandle{-1}, observer.handle + 1000})
     EXPECT_FAILS(NDeregisterUpdate(node, unknown), OXGENAPI_E_NOT_PRESENT, "Given callback handle not present");
-  }
   EXPECT_OK(NDeregisterUpdate(node, observer.handle));
   EXPECT_FAILS(NDeregisterUpdate(node, observer.handle), OXGENAPI_E_NOT_PRESENT, "Given callback handle not present");
 }
@@ -154,9 +153,8 @@ TEST_F(NodeUpdate, ACallbackMayReleaseTheLastHandlesOfNodesAndNodeMap) {
   observe(width, ofWidth);
   observe(reg, ofReg);
   ofWidth.action = [](Observer&) {
-    for (void* handle : {static_cast<void*>(map), static_cast<void*>(reg), static_cast<void*>(width)}) {
+    for (void* handle : {static_cast<void*>(map), static_cast<void*>(reg), static_cast<void*>(width)})
       EXPECT_GE(OxIfaceContainerReleaseUseCounter(handle), 0);
-    }
   };
   EXPECT_OK(NSetAsInteger(width, 5));
   EXPECT_EQ(memory[0], 5);

@@ -121,9 +121,8 @@ TEST_F(NodeValue, NumbersAreCutTowardsZeroOrRefused) {
                  (std::string("Float: ") + shown + " does not fit a 64-bit integer").c_str());
   }
   EXPECT_EQ(value, 77);
-  for (const double written : {1e300, -1e300, std::numeric_limits<double>::quiet_NaN(), 9223372036854775808.0}) {
+  for (const double written : {1e300, -1e300, std::numeric_limits<double>::quiet_NaN(), 9223372036854775808.0})
     EXPECT_EQ(NSetAsFloat(device.node("Integer"), written), OXGENAPI_E_INVALID_ARGUMENT) << written;
-  }
 }
 
 TEST_F(NodeValue, WritesConvertBetweenKindsThatAllowIt) {

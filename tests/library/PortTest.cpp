@@ -121,9 +121,8 @@ TEST_F(PortBridge, AnUnknownPortNameChangesNothing) {
   for (const auto& [name, text] :
        std::initializer_list<std::pair<const char*, const char*>>{{"Nowhere", "Node 'Nowhere' not present in NodeMap"},
                                                                   {"Reg", "Node 'Reg' is not a port"},
-                                                                  {nullptr, "Node '' not present in NodeMap"}}) {
+                                                                  {nullptr, "Node '' not present in NodeMap"}})
     EXPECT_FAILS(NMConnectPortEx(device.map, nullptr, nullptr, nullptr, nullptr, name), OXGENAPI_E_NOT_PRESENT, text);
-  }
   EXPECT_EQ(read(), succeeds());
   EXPECT_OK(NMConnectPortExW(device.map, &Script::read, nullptr, nullptr, &script, L"Other"));
   EXPECT_OK(NMConnectPortEx(device.map, &Script::read, nullptr, nullptr, &script, "Other"));
@@ -140,9 +139,8 @@ TEST_F(PortBridge, ACallbackMayReplaceItsPortOrLoadAnew) {
       auto& context = *static_cast<Context*>(self);
       std::memset(buffer, 0, static_cast<size_t>(length));
       ++context.calls;
-      if (context.loads) {
+      if (context.loads)
         return static_cast<int>(NMLoadXMLString(context.map, description(integerRegister("Reg", 0)).c_str()));
-      }
       return static_cast<int>(NMConnectPort(context.map, &Script::read, nullptr, nullptr, context.next));
     }
   };

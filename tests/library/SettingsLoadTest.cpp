@@ -185,11 +185,10 @@ int changeEverything(const oxgenapi::NodeMap& map) {
       if (!node.infoBoolean(NI_IsStreamable)) continue;
       const std::string before = node.text();
       std::vector<std::string> others{"changed", "1", "0"};
-      if (node.type() == NT_Enumeration) {
+      if (node.type() == NT_Enumeration)
         for (const auto& entry : map.related(node, NL_EnumEntries)) others.push_back(entry.text());
-      } else if (node.type() == NT_Integer || node.type() == NT_Float) {
+      else if (node.type() == NT_Integer || node.type() == NT_Float)
         others = {node.infoText(NI_Min), node.infoText(NI_Max)};
-      }
       changed += std::any_of(others.begin(), others.end(),
                              [&](const std::string& other) { return other != before && node.trySet(other); });
     } catch (const oxgenapi::Error&) {  // not to be read now

@@ -32,9 +32,8 @@ TEST(SlowDevice, HoldsUpNobodyWhoNeedsNoDevice) {
   EXPECT_OK(NType(width, &type));
   EXPECT_OK(NMNodeCount(device.map, count));
   const NODE other = device.node("Other");
-  for (const TNodeInfo item : {NI_Name, NI_DisplayName, NI_ToolTip}) {
+  for (const TNodeInfo item : {NI_Name, NI_DisplayName, NI_ToolTip})
     EXPECT_NE(textOf([&](char* text, size_t& size) { return NInfoAsString(other, item, text, size); }), "") << item;
-  }
   EXPECT_NE(textOf([&](char* text, size_t& size) { return NMInfoAsString(device.map, NMI_ModelName, text, size); }),
             "");
   answered.release();

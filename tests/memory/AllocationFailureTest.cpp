@@ -26,14 +26,10 @@ const calls::HostFiles& files() {
   static const calls::HostFiles found;
   return found;
 }
-const char* path(size_t index) {
-  return files().paths()[index].c_str();
-}
+const char* path(size_t index) { return files().paths()[index].c_str(); }
 enum Path : size_t { kDescriptionFile, kZippedDescription, kSettingsFile, kScratchFile, kUpdateFile };
 
-std::wstring widened(const std::string& text) {
-  return {text.begin(), text.end()};
-}
+std::wstring widened(const std::string& text) { return {text.begin(), text.end()}; }
 const wchar_t* widePath(size_t index) {
   static const std::vector<std::wstring> paths = [] {
     std::vector<std::wstring> made;
@@ -61,9 +57,7 @@ struct Case {
   uint32_t code = OXGENAPI_E_UNSPECIFIED;  // with kText
 };
 
-std::ostream& operator<<(std::ostream& stream, const Case& tried) {
-  return stream << tried.name;
-}
+std::ostream& operator<<(std::ostream& stream, const Case& tried) { return stream << tried.name; }
 
 std::string lastErrorText(uint32_t& code) {
   char text[512];
@@ -125,12 +119,8 @@ const std::wstring kOtherWide = widened(kOther);
 const std::wstring kSettingsWide = widened(calls::settings()[0]);
 constexpr const char* kSaved = "Width|Gain|Mode|Level|Text";
 
-bool freshIsThere(Bench& b) {
-  return isLoaded(b.smallMap, "Fresh") && !isLoaded(b.smallMap, "Width");
-}
-bool isCreated(Bench& b) {
-  return IsNodeMap(b.created);
-}
+bool freshIsThere(Bench& b) { return isLoaded(b.smallMap, "Fresh") && !isLoaded(b.smallMap, "Width"); }
+bool isCreated(Bench& b) { return IsNodeMap(b.created); }
 
 const Case kCases[] = {
     {"CreateNodeMap", {}, [](Bench& b) { return CreateNodeMap(b.created); }, isCreated},
@@ -318,9 +308,8 @@ bool fails(const Case& tried, int64_t n) {
     }
   }
   const bool saves = std::string_view(tried.name).starts_with("NMSave");
-  for (const uint32_t problem : bench.problems) {
+  for (const uint32_t problem : bench.problems)
     EXPECT_EQ(problem, saves ? OXGENAPI_E_OUT_OF_MEMORY : OXGENAPI_E_UNSPECIFIED) << says();
-  }
   EXPECT_TRUE(bench.problems.empty() || failed) << says();
   EXPECT_EQ(bench.notified, 0) << says() << ": nobody was given the proxy that ended";
   // What was there is there.

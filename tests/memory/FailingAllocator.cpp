@@ -40,33 +40,23 @@ Shortage::Shortage(int64_t which) {
   failed = false;
   armed = true;
 }
-Shortage::~Shortage() {
-  armed = false;
-}
+Shortage::~Shortage() { armed = false; }
 bool Shortage::end() {
   armed = false;
   return failed;
 }
 
-Plenty::Plenty() : wasArmed_(armed) {
-  armed = false;
-}
-Plenty::~Plenty() {
-  armed = wasArmed_;
-}
+Plenty::Plenty() : wasArmed_(armed) { armed = false; }
+Plenty::~Plenty() { armed = wasArmed_; }
 
-int64_t outstandingBlocks() {
-  return outstanding;
-}
+int64_t outstandingBlocks() { return outstanding; }
 
 }  // namespace memory
 
 #ifdef OX_SANITIZED
 
 // The library for patterns keeps some blocks when memory runs out in its midst.
-extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
-  return "leak:libre2\n";
-}
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() { return "leak:libre2\n"; }
 
 void* operator new(std::size_t size) {
   void* const block = memory::isDue() ? nullptr : std::malloc(size == 0 ? 1 : size);
@@ -79,23 +69,14 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 void* operator new(std::size_t size, std::align_val_t alignment) {
   void* block = nullptr;
   const auto at = static_cast<std::size_t>(alignment);
-  if (memory::isDue() || posix_memalign(&block, at < sizeof(void*) ? sizeof(void*) : at, size) != 0) {
+  if (memory::isDue() || posix_memalign(&block, at < sizeof(void*) ? sizeof(void*) : at, size) != 0)
     throw std::bad_alloc();
-  }
   return block;
 }
-void operator delete(void* block) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-  std::free(block);
-}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete(void* block, std::align_val_t) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept { std::free(block); }
 
 #else
 
@@ -117,12 +98,8 @@ static void* refused() noexcept {
   return nullptr;
 }
 
-void* malloc(size_t size) {
-  return memory::isDue() ? refused() : taken(__libc_malloc(size));
-}
-void* calloc(size_t count, size_t size) {
-  return memory::isDue() ? refused() : taken(__libc_calloc(count, size));
-}
+void* malloc(size_t size) { return memory::isDue() ? refused() : taken(__libc_malloc(size)); }
+void* calloc(size_t count, size_t size) { return memory::isDue() ? refused() : taken(__libc_calloc(count, size)); }
 void* realloc(void* block, size_t size) {
   if (memory::isDue()) return refused();
   return block == nullptr ? taken(__libc_realloc(block, size)) : __libc_realloc(block, size);
@@ -130,9 +107,7 @@ void* realloc(void* block, size_t size) {
 void* memalign(size_t alignment, size_t size) {
   return memory::isDue() ? refused() : taken(__libc_memalign(alignment, size));
 }
-void* aligned_alloc(size_t alignment, size_t size) {
-  return memalign(alignment, size);
-}
+void* aligned_alloc(size_t alignment, size_t size) { return memalign(alignment, size); }
 int posix_memalign(void** block, size_t alignment, size_t size) {
   *block = memalign(alignment, size);
   return *block == nullptr ? ENOMEM : 0;

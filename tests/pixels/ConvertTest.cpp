@@ -108,14 +108,12 @@ TEST(Convert, BayerOfEveryPhaseAndDepthKeepsColoursAndSymmetry) {
                each.significantBits == format.significantBits;
       });
       SampleWriter turned(*turnedFormat, width, height, 0);
-      for (std::size_t i = 0; i < random.size(); ++i) {
+      for (std::size_t i = 0; i < random.size(); ++i)
         turned.put((random.size() - 1 - i) / width, (random.size() - 1 - i) % width, random[i]);
-      }
       const Values before = picture(view(straight.memory(), format.number, width, height), 3);
       const Values after = picture(view(turned.memory(), turnedFormat->number, width, height), 3);
-      for (std::size_t i = 0; i < before.size(); ++i) {
+      for (std::size_t i = 0; i < before.size(); ++i)
         ASSERT_EQ(before[i], after[after.size() - 3 - i / 3 * 3 + i % 3]) << i << " of " << width;
-      }
     }
   }
 }
@@ -130,9 +128,8 @@ TEST(Convert, BayerFromAnOddOffset) {
       memory.data.get() + 2 * 12 + 3, memory.size - 2 * 12 - 3, findFormat("BayerBG8")->number, 7, 5, 12};
   const Bytes inner = picture8(part, 3);
   for (std::size_t y = 1; y < 4; ++y) {
-    for (std::size_t x = 1; x < 6; ++x) {
+    for (std::size_t x = 1; x < 6; ++x)
       for (std::size_t c = 0; c < 3; ++c) EXPECT_EQ(inner[(y * 7 + x) * 3 + c], whole[((y + 2) * 12 + x + 3) * 3 + c]);
-    }
   }
 }
 
@@ -188,11 +185,9 @@ TEST(Convert, YuvComesInEveryOrder) {
     const Memory memory(bytes);
     // R = Y + 1.402 * 42, G = Y + 0.344136 * 38 - 0.714136 * 42, B = Y - 1.772 * 38
     Bytes expected;
-    for (int pixel = 1; pixel <= static_cast<int>(each.width * each.height); ++pixel) {
-      for (const double part : {58.884, -16.917, -67.336}) {
+    for (int pixel = 1; pixel <= static_cast<int>(each.width * each.height); ++pixel)
+      for (const double part : {58.884, -16.917, -67.336})
         expected.push_back(static_cast<uint8_t>(std::clamp(std::round(40 * pixel + part), 0.0, 255.0)));
-      }
-    }
     EXPECT_EQ(picture8(view(memory, each.format, each.width, each.height), 3), expected) << each.format;
   }
 }
@@ -223,13 +218,11 @@ TEST(Convert, YuvOfEveryDepthAndMatrixIsRoundedToTheNearest) {
       for (std::size_t i = 0; i < format.order.size(); ++i) {
         const unsigned value = randomValue(bits);
         writer.put(0, group * format.order.size() + i, value);
-        if (format.order[i] == 'Y') {
+        if (format.order[i] == 'Y')
           y[pixel++] = value;
-        } else {
-          for (uint32_t shared = 0; shared < format.pixelsPerGroup; ++shared) {
+        else
+          for (uint32_t shared = 0; shared < format.pixelsPerGroup; ++shared)
             (format.order[i] == 'U' ? u : v)[group * format.pixelsPerGroup + shared] = value;
-          }
-        }
       }
     }
     const ImageView image = view(writer.memory(), format.number, kWidth, 1);
@@ -257,9 +250,8 @@ TEST(Convert, RowsMadeOnSeveralThreadsAreTheWholePicture) {
     const uint32_t height = kHeight + (std::string_view(name).starts_with("YCbCr420") ? 1 : 0);
     const Format format = *findFormat(name);
     SampleWriter writer(format, kWidth, height, 0);
-    for (uint64_t y = 0; y < format.sampleRows(height); ++y) {
+    for (uint64_t y = 0; y < format.sampleRows(height); ++y)
       for (uint64_t x = 0; x < format.samplesPerRow(kWidth); ++x) writer.put(y, x, randomValue(format.significantBits));
-    }
     const ImageView image = view(writer.memory(), format.number, kWidth, height);
     const std::size_t stride = 3 * kWidth + 5;
     Bytes parts(stride * height, 0xee);

@@ -40,15 +40,13 @@ class SampleWriter {
 
   void put(uint64_t row, uint64_t sample, unsigned value) {
     uint64_t index = sample, start = 0;
-    if (stride_ != 0) {
+    if (stride_ != 0)
       start = row * stride_;
-    } else {
+    else
       index += row * samples_;
-    }
-    for (unsigned bit = 0; bit < format_.significantBits; ++bit) {
+    for (unsigned bit = 0; bit < format_.significantBits; ++bit)
       if (value >> bit & 1)
         memory_.data[start + place(index, bit) / 8] |= static_cast<uint8_t>(1 << place(index, bit) % 8);
-    }
   }
   const Memory& memory() const { return memory_; }
 

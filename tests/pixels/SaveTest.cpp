@@ -48,9 +48,8 @@ Content readPng(const std::string& path) {
   if (png_get_sBIT(png, info, &significant) != 0) content.significant = significant->gray;
   for (uint32_t y = 0; y < content.height; ++y) {
     const png_bytep row = png_get_rows(png, info)[y];
-    for (uint32_t i = 0; i < content.width * content.channels; ++i) {
+    for (uint32_t i = 0; i < content.width * content.channels; ++i)
       content.values.push_back(content.bits == 8 ? row[i] : static_cast<uint16_t>(row[2 * i] | row[2 * i + 1] << 8));
-    }
   }
   std::fclose(file);
   png_destroy_read_struct(&png, &info, nullptr);
@@ -72,9 +71,8 @@ Content readTiff(const std::string& path) {
   Bytes row(static_cast<std::size_t>(TIFFScanlineSize(tiff)));
   for (uint32_t y = 0; y < content.height; ++y) {
     TIFFReadScanline(tiff, row.data(), y);
-    for (std::size_t i = 0; i < row.size(); i += bits / 8u) {
+    for (std::size_t i = 0; i < row.size(); i += bits / 8u)
       content.values.push_back(bits == 8 ? row[i] : static_cast<uint16_t>(row[i] | row[i + 1] << 8));
-    }
   }
   TIFFClose(tiff);
   return content;
@@ -95,9 +93,8 @@ Content readPnm(const std::string& path) {
   content.channels = magic == "P6" ? 3 : magic == "P5" ? 1 : 0;
   content.bits = white > 255 ? 16 : 8;
   while (white >> content.significant != 0) ++content.significant;
-  for (int byte = stream.get(); byte >= 0; byte = stream.get()) {
+  for (int byte = stream.get(); byte >= 0; byte = stream.get())
     content.values.push_back(static_cast<uint16_t>(content.bits == 8 ? byte : byte << 8 | stream.get()));
-  }
   return content;
 }
 
@@ -116,9 +113,8 @@ class Save : public testing::Test {
   SampleWriter random(const char* name, uint32_t width, uint32_t height, std::size_t stride = 0) const {
     const Format format = *findFormat(name);
     SampleWriter writer(format, width, height, stride);
-    for (uint64_t y = 0; y < format.sampleRows(height); ++y) {
+    for (uint64_t y = 0; y < format.sampleRows(height); ++y)
       for (uint64_t x = 0; x < format.samplesPerRow(width); ++x) writer.put(y, x, randomValue(format.significantBits));
-    }
     return writer;
   }
 
@@ -180,9 +176,8 @@ TEST_F(Save, PicturesAreReadBackByOtherReaders) {
 
 TEST_F(Save, JpegAndPngInMemoryLookLikeTheImage) {
   SampleWriter writer(*findFormat("BayerBG12p"), 64, 48, 0);  // orange
-  for (uint32_t y = 0; y < 48; ++y) {
+  for (uint32_t y = 0; y < 48; ++y)
     for (uint32_t x = 0; x < 64; ++x) writer.put(y, x, (x + y) % 2 != 0 ? 2000 : y % 2 != 0 ? 4000 : 400);
-  }
   const ImageView image = view(writer.memory(), "BayerBG12p", 64, 48);
   Bytes file;
   ASSERT_TRUE(encode(image, FileKind::Jpeg, {}, file));

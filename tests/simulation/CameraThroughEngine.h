@@ -25,9 +25,7 @@ class EnginePort final : public GENAPI_NAMESPACE::CPortImpl {
   ox::simulation::RegisterDevice& device_;
 };
 
-inline GENAPI_NAMESPACE::EAccessMode GetAccess(GENAPI_NAMESPACE::INode* node) {
-  return node->GetAccessMode();
-}
+inline GENAPI_NAMESPACE::EAccessMode GetAccess(GENAPI_NAMESPACE::INode* node) { return node->GetAccessMode(); }
 
 struct EngineBench : CameraBench {
   EngineBench() : port(camera()) { load(); }

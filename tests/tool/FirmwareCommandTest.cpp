@@ -10,9 +10,7 @@ using testing::HasSubstr;
 namespace {
 
 // Made by the build for the simulated camera.
-std::string cameraUpdate() {
-  return std::string(std::getenv("OX_BUILD_DIR")) + "/share/camera.guf";
-}
+std::string cameraUpdate() { return std::string(std::getenv("OX_BUILD_DIR")) + "/share/camera.guf"; }
 
 std::string control(const std::string& steps) {
   return "<FirmwareUpdateControl SchemaMajorVersion='1' SchemaMinorVersion='0'><Update Procedure='Main'>"
@@ -105,7 +103,6 @@ TEST_F(FirmwareCommand, AFailedUpdateSaysWhy) {
     EXPECT_THAT(result.err, HasSubstr(text));
   }
   write("not.guf", "nothing");
-  for (const char* command : {"info", "verify", "update"}) {
+  for (const char* command : {"info", "verify", "update"})
     EXPECT_THAT(run({"firmware", command, "not.guf"}).err, HasSubstr("is not a zip archive"));
-  }
 }

@@ -16,8 +16,7 @@ namespace {
 
 bool changesFiles(const user_regs_struct& registers) {
   switch (registers.orig_rax) {
-    case SYS_openat:
-      return (registers.rdx & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0;
+    case SYS_openat: return (registers.rdx & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0;
     case SYS_write:
     case SYS_writev:
     case SYS_pwrite64:
@@ -29,10 +28,8 @@ bool changesFiles(const user_regs_struct& registers) {
     case SYS_renameat2:
     case SYS_unlink:
     case SYS_unlinkat:
-    case SYS_exit_group:
-      return true;
-    default:
-      return false;
+    case SYS_exit_group: return true;
+    default: return false;
   }
 }
 

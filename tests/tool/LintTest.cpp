@@ -51,9 +51,7 @@ TEST_F(LintCommand, ADescriptionThatDoesNotLoadIsOneFatalProblemAndTheOthersAreS
 
 TEST_F(LintCommand, RealDescriptionsAreChecked) {
   const char* folder = std::getenv("OXGENAPI_DESCRIPTIONS");
-  if (folder == nullptr) {
-    GTEST_SKIP() << "OXGENAPI_DESCRIPTIONS names no folder of descriptions";
-  }
+  if (folder == nullptr) GTEST_SKIP() << "OXGENAPI_DESCRIPTIONS names no folder of descriptions";
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     if (entry.path().extension() == ".xml") {
       SCOPED_TRACE(entry.path());

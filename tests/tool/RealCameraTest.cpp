@@ -43,20 +43,16 @@ class RealCamera : public ToolTest {
     setenv("OXGENAPI_INTERFACES", "lo", 1);
     const bool built =
         run({"cameras", "--verbose", "--time", "1"}).out.find("aravis.so is loaded") != std::string::npos;
-    if (runProgram({"which", kFakeCamera}).status != 0 || !built) {
+    if (runProgram({"which", kFakeCamera}).status != 0 || !built)
       GTEST_SKIP() << "needs aravis: its fake camera, and the library when this was built";
-    }
   }
 
   // Waits until the camera answers; its entry in the list, null if it never does.
   nlohmann::json entry(const std::string& serial) const {
     for (int attempt = 0; attempt < 20; ++attempt) {
       const ToolResult found = run({"--json", "cameras", "--time", "100"});
-      for (const auto& camera : found.status == 0 ? found.json() : nlohmann::json::array()) {
-        if (camera.at("serial") == serial) {
-          return camera;
-        }
-      }
+      for (const auto& camera : found.status == 0 ? found.json() : nlohmann::json::array())
+        if (camera.at("serial") == serial) return camera;
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     return {};

@@ -36,9 +36,7 @@ TEST_F(Reference, PageCarriesEveryNodeAndCannotBeBrokenByATooltip) {
 }
 
 TEST_F(Reference, PageWorksInABrowser) {
-  if (runProgram({"which", "chromium"}).status != 0) {
-    GTEST_SKIP() << "needs the browser chromium";
-  }
+  if (runProgram({"which", "chromium"}).status != 0) GTEST_SKIP() << "needs the browser chromium";
   ASSERT_EQ(run({"xml", "-o", path("camera.xml")}).status, 0);
   ASSERT_EQ(run({"doc", path("camera.xml"), "-o", path("page.html")}).status, 0);
   const ToolResult shown = runProgram({"chromium", "--headless", "--no-sandbox", "--disable-gpu",

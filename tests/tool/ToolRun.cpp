@@ -17,9 +17,7 @@ std::string environment(const char* name) {
 
 std::string quoted(const std::string& text) {
   std::string word = "'";
-  for (const char character : text) {
-    word += character == '\'' ? "'\\''" : std::string(1, character);
-  }
+  for (const char character : text) word += character == '\'' ? "'\\''" : std::string(1, character);
   return word + "'";
 }
 
@@ -39,17 +37,13 @@ nlohmann::json ToolResult::json() const {
 std::vector<nlohmann::json> ToolResult::records() const {
   std::vector<nlohmann::json> found;
   std::istringstream lines(out);
-  for (std::string line; std::getline(lines, line);) {
-    found.push_back(nlohmann::json::parse(line));
-  }
+  for (std::string line; std::getline(lines, line);) found.push_back(nlohmann::json::parse(line));
   return found;
 }
 
 ToolTest::ToolTest() {
   std::string name = (std::filesystem::temp_directory_path() / "oxgenapi-test.XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) {
-    throw std::runtime_error("no folder for the test");
-  }
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test");
   folder_ = name;
 }
 
@@ -75,9 +69,7 @@ ToolResult ToolTest::runProgram(const std::vector<std::string>& command) const {
   const std::filesystem::path out = folder_ / ".out";
   const std::filesystem::path err = folder_ / ".err";
   std::string line = "cd " + quoted(folder_.string()) + " &&";
-  for (const std::string& word : command) {
-    line += " " + quoted(word);
-  }
+  for (const std::string& word : command) line += " " + quoted(word);
   line += " >" + quoted(out.string()) + " 2>" + quoted(err.string()) + " </dev/null";
   const int status = std::system(line.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(out), contents(err)};
@@ -99,17 +91,12 @@ std::string ToolTest::describe(const std::string& features, const std::string& n
                    "</Category>\n</RegisterDescription>\n");
 }
 
-std::string ToolTest::read(const std::string& name) const {
-  return contents(folder_ / name);
-}
+std::string ToolTest::read(const std::string& name) const { return contents(folder_ / name); }
 
 std::vector<std::string> ToolTest::files() const {
   std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
-    if (const std::string name = entry.path().filename().string(); !name.starts_with(".")) {
-      names.push_back(name);
-    }
-  }
+  for (const auto& entry : std::filesystem::directory_iterator(folder_))
+    if (const std::string name = entry.path().filename().string(); !name.starts_with(".")) names.push_back(name);
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -13,17 +13,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path folder() {
-  return fs::path(std::getenv("OX_SOURCE_DIR")) / "tests/tool/transcripts";
-}
+fs::path folder() { return fs::path(std::getenv("OX_SOURCE_DIR")) / "tests/tool/transcripts"; }
 
 std::vector<std::string> transcripts() {
   std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder())) {
-    if (entry.path().extension() == ".txt") {
-      names.push_back(entry.path().stem());
-    }
-  }
+  for (const auto& entry : fs::directory_iterator(folder()))
+    if (entry.path().extension() == ".txt") names.push_back(entry.path().stem());
   return names;
 }
 
@@ -39,13 +34,12 @@ std::vector<Step> stepsOf(const std::string& name) {
   int number = 0;
   for (std::string line; std::getline(file, line);) {
     ++number;
-    if (line.starts_with("$ ")) {
+    if (line.starts_with("$ "))
       steps.push_back({number, line.substr(2), ""});
-    } else if (line.starts_with("> ")) {
+    else if (line.starts_with("> "))
       steps.back().command += "\n" + line.substr(2);
-    } else if (!line.starts_with("# ")) {
+    else if (!line.starts_with("# "))
       steps.back().output += line + "\n";
-    }
   }
   return steps;
 }
@@ -56,9 +50,7 @@ bool fits(std::string_view text, std::string_view pattern) {
   bool isFirst = true;
   for (size_t end = pattern.find(kAnything); end != pattern.npos; end = pattern.find(kAnything), isFirst = false) {
     const size_t found = text.find(pattern.substr(0, end));
-    if (found == text.npos || (isFirst && found != 0)) {
-      return false;
-    }
+    if (found == text.npos || (isFirst && found != 0)) return false;
     text.remove_prefix(found + end);
     pattern.remove_prefix(end + kAnything.size());
   }
@@ -75,11 +67,8 @@ constexpr const char* kPrelude =
 class Transcript : public ToolTest, public testing::WithParamInterface<std::string> {};
 
 TEST_P(Transcript, LooksAsWritten) {
-  for (const auto& entry : fs::directory_iterator(folder())) {
-    if (entry.path().extension() != ".txt") {
-      fs::copy(entry.path(), path(entry.path().filename()));
-    }
-  }
+  for (const auto& entry : fs::directory_iterator(folder()))
+    if (entry.path().extension() != ".txt") fs::copy(entry.path(), path(entry.path().filename()));
   for (const Step& step : stepsOf(GetParam())) {
     const ToolResult result = runProgram({"timeout", "60", "bash", "-c", kPrelude + step.command});
     std::string output = result.out;

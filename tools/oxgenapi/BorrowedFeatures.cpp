@@ -17,14 +17,10 @@ std::vector<Entry> switchableEntries(const NodeMap& map, const Switch& which) {
   std::vector<Entry> found;
   for (const std::string& name : selector.list(NL_EnumEntries)) {
     const Node entry = map.node(name);
-    if (!entry.readable()) {
-      continue;
-    }
+    if (!entry.readable()) continue;
     const std::string text = entry.text();
     selector.set(text);
-    if (feature.writable() && feature.readable()) {
-      found.push_back({text, feature.text()});
-    }
+    if (feature.writable() && feature.readable()) found.push_back({text, feature.text()});
   }
   return found;
 }
@@ -52,26 +48,19 @@ void BorrowedFeatures::set(const std::string& name, const std::string& value) {
 void BorrowedFeatures::switchOn(const Switch& which, const std::vector<std::string>& entries) {
   const std::string before = map_.node(which.selector).text();
   changes_.push_back({which.selector, before});
-  for (const std::string& entry : entries) {
+  for (const std::string& entry : entries)
     write(which.selector, entry);  // refuses one that does not exist before anything is changed
-  }
   const std::vector<Entry> all = switchableEntries(map_, which);
   const bool isOneOn = std::any_of(all.begin(), all.end(), [&](const Entry& entry) { return entry.value == which.on; });
-  if (entries.empty() && isOneOn) {
-    return;
-  }
+  if (entries.empty() && isOneOn) return;
   for (const Entry& entry : all) {
     const bool on = entries.empty() || std::find(entries.begin(), entries.end(), entry.name) != entries.end();
-    if (on == (entry.value == which.on)) {
-      continue;
-    }
+    if (on == (entry.value == which.on)) continue;
     write(which.selector, entry.name);
     try {
       write(which.feature, on ? which.on : which.off);
     } catch (const Failure&) {
-      if (on) {
-        throw;
-      }
+      if (on) throw;
       continue;  // the device insists on it
     }
     changes_.push_back({which.feature, entry.value});
@@ -80,9 +69,8 @@ void BorrowedFeatures::switchOn(const Switch& which, const std::vector<std::stri
   // One that cannot be switched now is refused with the device's reason, unless it is on anyway.
   for (const std::string& entry : entries) {
     write(which.selector, entry);
-    if (const Node feature = map_.node(which.feature); !feature.readable() || feature.text() != which.on) {
+    if (const Node feature = map_.node(which.feature); !feature.readable() || feature.text() != which.on)
       write(which.feature, which.on);
-    }
   }
 }
 
@@ -99,8 +87,6 @@ void BorrowedFeatures::putBack() {
   }
 }
 
-void BorrowedFeatures::write(const std::string& name, const std::string& value) {
-  map_.node(name).set(value);
-}
+void BorrowedFeatures::write(const std::string& name, const std::string& value) { map_.node(name).set(value); }
 
 }  // namespace tool

@@ -53,9 +53,7 @@ Json toJson(const FoundCamera& camera) {
           {"obstacle", camera.obstacle}};
 }
 
-Json toJson(const CameraNote& note) {
-  return {{"kind", kindText(note.kind)}, {"text", note.text}};
-}
+Json toJson(const CameraNote& note) { return {{"kind", kindText(note.kind)}, {"text", note.text}}; }
 
 // One line for each camera, columns as wide as they have to be.
 void print(const Output& output, const std::vector<FoundCamera>& cameras, bool verbose) {

@@ -19,11 +19,8 @@ Changes::Changes(const NodeMap& map, const std::vector<std::string>& names) {
 
 std::vector<const Node*> Changes::take() {
   std::vector<const Node*> nodes;
-  for (const auto& item : followed_) {
-    if (std::exchange(item->changed, false)) {
-      nodes.push_back(&item->node);
-    }
-  }
+  for (const auto& item : followed_)
+    if (std::exchange(item->changed, false)) nodes.push_back(&item->node);
   return nodes;
 }
 
@@ -32,9 +29,7 @@ std::vector<std::string> valueFeatures(const NodeMap& map) {
   for (const std::string& name : map.nodeNames()) {
     try {
       const Node node = map.node(name);
-      if (hasValue(node.type()) && node.type() != NT_EnumEntry && node.infoBoolean(NI_IsFeature)) {
-        names.push_back(name);
-      }
+      if (hasValue(node.type()) && node.type() != NT_EnumEntry && node.infoBoolean(NI_IsFeature)) names.push_back(name);
     } catch (const Failure&) {
       continue;  // a node without a handle is no feature
     }

@@ -9,9 +9,7 @@
 namespace tool {
 namespace {
 
-std::string inQuotes(const std::string& text) {
-  return "'" + text + "'";
-}
+std::string inQuotes(const std::string& text) { return "'" + text + "'"; }
 
 std::string listed(const std::vector<std::string>& words) {
   std::string text;
@@ -24,20 +22,14 @@ std::string listed(const std::vector<std::string>& words) {
 
 std::string missingFile(const std::string& path) {
   std::error_code ignored;
-  if (std::filesystem::is_directory(path, ignored)) {
-    return inQuotes(path) + " is a folder, a file is wanted";
-  }
+  if (std::filesystem::is_directory(path, ignored)) return inQuotes(path) + " is a folder, a file is wanted";
   return std::filesystem::exists(path, ignored) ? "" : "there is no file " + inQuotes(path);
 }
 
 std::string outOfRange(const std::string& text, int64_t least, int64_t most) {
   double number = 0;
-  if (!CLI::detail::lexical_cast(text, number)) {
-    return inQuotes(text) + " is not a number";
-  }
-  if (number >= static_cast<double>(least) && number <= static_cast<double>(most)) {
-    return "";
-  }
+  if (!CLI::detail::lexical_cast(text, number)) return inQuotes(text) + " is not a number";
+  if (number >= static_cast<double>(least) && number <= static_cast<double>(most)) return "";
   return most == std::numeric_limits<int64_t>::max()
              ? text + " is too small: " + std::to_string(least) + " or more is wanted"
              : text + " is out of range: " + std::to_string(least) + " to " + std::to_string(most) + " is wanted";
@@ -57,9 +49,7 @@ Check between(int64_t least, int64_t most) {
   return [=](std::string& text) { return outOfRange(text, least, most); };
 }
 
-Check atLeast(int64_t least) {
-  return between(least, std::numeric_limits<int64_t>::max());
-}
+Check atLeast(int64_t least) { return between(least, std::numeric_limits<int64_t>::max()); }
 
 Check failureCode() {
   return [](std::string& text) {
@@ -90,9 +80,7 @@ Check numberFor(std::vector<std::pair<std::string, int>> words) {
 
 std::string alternatives(const std::vector<std::string>& words) {
   std::string text;
-  for (const std::string& word : words) {
-    text += (text.empty() ? "" : "|") + word;
-  }
+  for (const std::string& word : words) text += (text.empty() ? "" : "|") + word;
   return text;
 }
 

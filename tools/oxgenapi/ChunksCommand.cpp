@@ -29,9 +29,7 @@ std::string csvLine(const std::vector<Json>& fields) {
   for (const Json& field : fields) {
     std::string text = field.is_string() ? field.get<std::string>() : field.is_null() ? "" : field.dump();
     if (text.find_first_of(",\"\r\n") != text.npos) {
-      for (size_t at = 0; (at = text.find('"', at)) != text.npos; at += 2) {
-        text.insert(at, 1, '"');
-      }
+      for (size_t at = 0; (at = text.find('"', at)) != text.npos; at += 2) text.insert(at, 1, '"');
       text.insert(0, 1, '"');
       text += '"';
     }
@@ -72,9 +70,7 @@ class Images {
   void row(const Image& image, const Json& values) {
     if (columns_.empty()) {
       columns_ = {"frame", "bytes"};
-      for (const auto& [name, value] : values.items()) {
-        columns_.emplace_back(name);
-      }
+      for (const auto& [name, value] : values.items()) columns_.emplace_back(name);
       session_.output().data(csvLine(columns_));
     }
     std::vector<Json> fields{image.frameId, image.data.size()};
@@ -94,9 +90,7 @@ class Images {
 // The image's chunks are attached only while the result lives: the features must not look into a buffer that is gone.
 oxgenapi::AttachedChunks attached(const NodeMap& map, Image& image) {
   std::vector<TChunkData> records;
-  for (const Chunk& chunk : image.chunks) {
-    records.push_back({chunk.id, image.data.data(), chunk.offset, chunk.length});
-  }
+  for (const Chunk& chunk : image.chunks) records.push_back({chunk.id, image.data.data(), chunk.offset, chunk.length});
   return {map, records.data(), records.size()};
 }
 
@@ -123,9 +117,7 @@ void acquire(Session& session, const ChunksOptions& options) {
     images.show(image, changes.take());
   }
   borrowed.putBack();
-  if (images.chunks() == 0 && !session.output().json()) {
-    session.output().hint("The images have no chunks.");
-  }
+  if (images.chunks() == 0 && !session.output().json()) session.output().hint("The images have no chunks.");
 }
 
 // "a001:0:8": ID in hexadecimal digits, offset and length in bytes.
@@ -139,9 +131,8 @@ Chunk parse(const std::string& text, size_t bufferSize) {
       const auto length = std::from_chars(offset.ptr + 1, end, chunk.length);
       const auto size = static_cast<int64_t>(bufferSize);
       if (length.ec == std::errc() && length.ptr == end && chunk.offset >= 0 && chunk.offset <= size &&
-          chunk.length > 0 && chunk.length <= size - chunk.offset) {
+          chunk.length > 0 && chunk.length <= size - chunk.offset)
         return chunk;
-      }
     }
   }
   throw UsageError("chunks: '" + text + "' is not ID:OFFSET:LENGTH inside the buffer's " + std::to_string(bufferSize) +
@@ -152,9 +143,7 @@ void attach(Session& session, const ChunksOptions& options) {
   std::ifstream file(options.buffer, std::ios::binary);
   Image image;
   image.data.assign(std::istreambuf_iterator<char>(file), {});
-  for (const std::string& chunk : options.chunks) {
-    image.chunks.push_back(parse(chunk, image.data.size()));
-  }
+  for (const std::string& chunk : options.chunks) image.chunks.push_back(parse(chunk, image.data.size()));
   Changes changes(session.map(), valueFeatures(session.map()));
   const oxgenapi::AttachedChunks chunks = attached(session.map(), image);
   Images(session, options.csv).show(image, changes.take());

@@ -42,9 +42,7 @@ Option Option::oneValueEach() const {
   return *this;
 }
 
-bool Option::isGiven() const {
-  return option_->count() > 0;
-}
+bool Option::isGiven() const { return option_->count() > 0; }
 
 template <class Value>
 Option Command::option(const std::string& name, Value& variable, const std::string& help) const {
@@ -63,9 +61,7 @@ void Command::flag(const std::string& name, bool& variable, const std::string& h
   app_->add_flag(name, variable, help);
 }
 
-void Command::footer(const std::string& text) const {
-  app_->footer(text);
-}
+void Command::footer(const std::string& text) const { app_->footer(text); }
 
 void Command::runs(const Action& action) const {
   app_->callback([chosen = chosen_, action] { *chosen = action; });

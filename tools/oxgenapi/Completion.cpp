@@ -11,17 +11,12 @@ using Words = std::vector<std::string>;
 
 const CLI::Option* findOption(const CLI::App& app, const std::string& word) {
   const std::string name = word.substr(0, word.find('='));
-  for (const CLI::App* level = &app; level != nullptr; level = level->get_parent()) {
-    if (const CLI::Option* option = level->get_option_no_throw(name)) {
-      return option;
-    }
-  }
+  for (const CLI::App* level = &app; level != nullptr; level = level->get_parent())
+    if (const CLI::Option* option = level->get_option_no_throw(name)) return option;
   return nullptr;
 }
 
-bool takesValue(const CLI::Option& option) {
-  return option.get_items_expected_max() > 0;
-}
+bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
 
 std::vector<CLI::App*> commandsOf(CLI::App& app) {
   return app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); });
@@ -35,11 +30,8 @@ CLI::App* commandOf(CLI::App& app, const std::string& name) {
 
 // The option without a name that the next word would go to, after so many of them.
 const CLI::Option* positional(const CLI::App& app, int count) {
-  for (const CLI::Option* option : app.get_options()) {
-    if (option->get_positional() && (count -= option->get_items_expected_max()) < 0) {
-      return option;
-    }
-  }
+  for (const CLI::Option* option : app.get_options())
+    if (option->get_positional() && (count -= option->get_items_expected_max()) < 0) return option;
   return nullptr;
 }
 
@@ -65,9 +57,8 @@ Place placeOf(CLI::App& app, const Words& words) {
       ++positionals;
     }
   }
-  if (place.option == nullptr && (words.empty() || !words.back().starts_with("-"))) {
+  if (place.option == nullptr && (words.empty() || !words.back().starts_with("-")))
     place.option = positional(*place.command, positionals);
-  }
   return place;
 }
 
@@ -78,41 +69,29 @@ class Values {
   // What fits an option's value, as the name of its type says. `last`: what has been typed of it.
   Words of(const CLI::Option& option, const std::string& last) const {
     std::string type = option.get_type_name();
-    if (const Words words = wordsOf(type); !words.empty()) {
-      return words;
-    }
+    if (const Words words = wordsOf(type); !words.empty()) return words;
     const size_t listMark = type.find(",...");
-    if (listMark == type.npos) {
-      return single(type, last);
-    }
+    if (listMark == type.npos) return single(type, last);
     // Of a list only the last element is completed.
     const size_t comma = last.rfind(',');
     const std::string settled = comma == last.npos ? "" : last.substr(0, comma + 1);
     Words words = single(type.substr(0, listMark), last.substr(settled.size()));
-    for (std::string& word : words) {
-      word.insert(0, settled);
-    }
+    for (std::string& word : words) word.insert(0, settled);
     return words;
   }
 
  private:
   Words single(const std::string& type, const std::string& last) const {
-    if (type == "NAME" || type == "FEATURE") {
-      return names(last);
-    }
+    if (type == "NAME" || type == "FEATURE") return names(last);
     if (type == "NAME=VALUE") {
       const size_t equals = last.find('=');
       Words words = equals == last.npos ? names(last) : device_.valuesOf(last.substr(0, equals));
-      for (std::string& word : words) {
-        word = equals == last.npos ? word + "=" : last.substr(0, equals + 1) + word;
-      }
+      for (std::string& word : words) word = equals == last.npos ? word + "=" : last.substr(0, equals + 1) + word;
       return words;
     }
     if (type == "TOPIC") {
       Words words;
-      for (const CLI::App* command : commandsOf(app_)) {
-        words.push_back(command->get_name());
-      }
+      for (const CLI::App* command : commandsOf(app_)) words.push_back(command->get_name());
       return words;
     }
     return type == "COMMAND"      ? device_.features(NT_Command)
@@ -137,11 +116,8 @@ class Values {
 
 void addOptions(std::vector<Candidate>& found, const CLI::App& app) {
   for (const CLI::App* level = &app; level != nullptr; level = level->get_parent()) {
-    for (const CLI::Option* option : level->get_options()) {
-      for (const std::string& name : option->get_lnames()) {
-        found.push_back({"--" + name, option->get_description()});
-      }
-    }
+    for (const CLI::Option* option : level->get_options())
+      for (const std::string& name : option->get_lnames()) found.push_back({"--" + name, option->get_description()});
   }
 }
 
@@ -157,13 +133,10 @@ Completions completions(CLI::App& app, const Words& words, const DeviceWords& de
   } else if (option != nullptr) {
     const std::string type = option->get_type_name();
     result.wantsFile = type == "FILE" || type == "MEMBER=FILE";
-    for (std::string& word : Values(device, app).of(*option, last)) {
-      result.candidates.push_back({std::move(word), {}});
-    }
+    for (std::string& word : Values(device, app).of(*option, last)) result.candidates.push_back({std::move(word), {}});
   } else {
-    for (const CLI::App* each : commandsOf(*command)) {
+    for (const CLI::App* each : commandsOf(*command))
       result.candidates.push_back({each->get_name(), each->get_description()});
-    }
   }
   std::erase_if(result.candidates, [&](const Candidate& candidate) { return !candidate.word.starts_with(last); });
   return result;

@@ -14,17 +14,13 @@ using namespace GENAPI_NAMESPACE;
 std::string dotQuoted(std::string_view text) {
   std::string word = "\"";
   for (const char character : text) {
-    if (character == '"' || character == '\\') {
-      word += '\\';
-    }
+    if (character == '"' || character == '\\') word += '\\';
     word += character;
   }
   return word + '"';
 }
 
-std::string nameOf(const INode& node) {
-  return std::string(node.GetName().view());
-}
+std::string nameOf(const INode& node) { return std::string(node.GetName().view()); }
 
 }  // namespace
 
@@ -48,9 +44,7 @@ std::string DependencyPicture::dot() const {
 std::optional<DependencyPicture> dependencyPicture(std::string_view description, const std::string& name) {
   const Description map = loadDescriptionBytes(description);
   INode* start = map->GetNode(name.c_str());
-  if (start == nullptr) {
-    return std::nullopt;
-  }
+  if (start == nullptr) return std::nullopt;
   DependencyPicture picture;
   std::unordered_set<const INode*> seen{start};
   std::vector<INode*> order{start};
@@ -70,9 +64,7 @@ std::optional<DependencyPicture> dependencyPicture(std::string_view description,
     for (INode* child : children) {
       const std::string to = nameOf(*child);
       picture.edges.push_back({picture.nodes.back().name, to, labels[to], read.contains(child)});
-      if (seen.insert(child).second) {
-        order.push_back(child);
-      }
+      if (seen.insert(child).second) order.push_back(child);
     }
   }
   return picture;

@@ -18,12 +18,9 @@ struct DescribeOptions {
 // The library has no words for the last two.
 std::string representationName(const Node& node) {
   switch (node.infoInteger(NI_Representation)) {
-    case 5:
-      return "IPV4Address";
-    case 6:
-      return "MACAddress";
-    default:
-      return node.infoText(NI_Representation);
+    case 5: return "IPV4Address";
+    case 6: return "MACAddress";
+    default: return node.infoText(NI_Representation);
   }
 }
 
@@ -33,25 +30,21 @@ void add(Json& json, const char* key, Read read) {
   try {
     json[key] = read();
   } catch (const Failure& failure) {
-    if (failure.code() != OXGENAPI_E_NOT_SUPPORTED && failure.code() != OXGENAPI_E_INVALID_HANDLE) {
+    if (failure.code() != OXGENAPI_E_NOT_SUPPORTED && failure.code() != OXGENAPI_E_INVALID_HANDLE)
       json[key] = Json{{"error", toJson(failure)}};
-    }
   }
 }
 
 void addNumber(Json& json, const Node& node, const char* key, TNodeInfo info) {
-  if (node.type() == NT_Integer) {
+  if (node.type() == NT_Integer)
     add(json, key, [&] { return node.infoInteger(info); });
-  } else if (node.type() == NT_Float) {
+  else if (node.type() == NT_Float)
     add(json, key, [&] { return node.infoReal(info); });
-  }
 }
 
 void addText(Json& json, const Node& node, const char* key, TNodeInfo info) {
   add(json, key, [&] { return node.infoText(info); });
-  if (json.contains(key) && json.at(key) == "") {
-    json.erase(key);
-  }
+  if (json.contains(key) && json.at(key) == "") json.erase(key);
 }
 
 Json entry(const NodeMap& map, const std::string& name) {
@@ -65,9 +58,7 @@ Json entry(const NodeMap& map, const std::string& name) {
 void addLists(Json& json, const NodeMap& map, const Node& node) {
   if (node.type() == NT_Enumeration) {
     json["entries"] = Json::array();
-    for (const std::string& name : node.list(NL_EnumEntries)) {
-      json["entries"].push_back(entry(map, name));
-    }
+    for (const std::string& name : node.list(NL_EnumEntries)) json["entries"].push_back(entry(map, name));
   }
   add(json, "selectedBy", [&] { return node.list(NL_SelectingFeatures); });
   add(json, "selects", [&] { return node.list(NL_SelectedFeatures); });
@@ -81,9 +72,7 @@ Json describe(Session& session, const Node& node, const DescribeOptions& options
   addText(json, node, "description", NI_Description);
   add(json, "access", [&] { return node.infoText(NI_AccessMode); });
   add(json, "visibility", [&] { return node.infoText(NI_Visibility); });
-  if (hasValue(node.type())) {
-    add(json, "value", [&] { return valueJson(node); });
-  }
+  if (hasValue(node.type())) add(json, "value", [&] { return valueJson(node); });
   addNumber(json, node, "min", NI_Min);
   addNumber(json, node, "max", NI_Max);
   addNumber(json, node, "increment", NI_Increment);
@@ -99,39 +88,28 @@ Json describe(Session& session, const Node& node, const DescribeOptions& options
   add(json, "streamable", [&] { return node.infoBoolean(NI_IsStreamable); });
   add(json, "deprecated", [&] { return node.infoBoolean(NI_IsDeprecated); });
   addLists(json, session.map(), node);
-  if (options.dependents) {
+  if (options.dependents)
     json["dependents"] = dependentFeatures(*loadDescriptionBytes(session.device().description()), node.name());
-  }
   return json;
 }
 
 // The numbers that stand for "no limit": the ends of what a register of some size can hold.
 bool isUnlimited(const Json& value) {
-  if (value.is_number_integer()) {
-    return value == INT64_MIN || value == INT64_MAX;
-  }
+  if (value.is_number_integer()) return value == INT64_MIN || value == INT64_MAX;
   const double number = value.is_number_float() ? std::abs(value.get<double>()) : 0;
   return number == static_cast<double>(std::numeric_limits<float>::max()) ||
          number >= std::numeric_limits<double>::max();
 }
 
 std::string fieldText(const std::string& key, const Json& value) {
-  if ((key == "min" || key == "max") && isUnlimited(value)) {
-    return "none";
-  }
-  if (value.is_string()) {
-    return value.get<std::string>();
-  }
-  if (value.is_boolean()) {
-    return value.get<bool>() ? "yes" : "no";
-  }
+  if ((key == "min" || key == "max") && isUnlimited(value)) return "none";
+  if (value.is_string()) return value.get<std::string>();
+  if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   if (value.is_object()) {
     const Json& error = value.at("error");
     return error.at("text").get<std::string>() + " (" + error.at("code").get<std::string>() + ")";
   }
-  if (!value.is_array()) {
-    return value.dump();
-  }
+  if (!value.is_array()) return value.dump();
   std::string text;
   for (const Json& item : value) {
     text += text.empty() ? "" : ", ";
@@ -149,9 +127,8 @@ void run(Session& session, const DescribeOptions& options) {
     session.output().document(json);
     return;
   }
-  for (const auto& [key, value] : json.items()) {
+  for (const auto& [key, value] : json.items())
     session.output().field(key, key == "value" && !value.is_object() ? valueText(node) : fieldText(key, value));
-  }
 }
 
 }  // namespace

@@ -23,9 +23,7 @@ bool isLink(std::string_view property) {
 }  // namespace
 
 void EndNodeMap::operator()(INodeMap* map) const {
-  if (auto* end = dynamic_cast<IDestroy*>(map)) {
-    end->Destroy();
-  }
+  if (auto* end = dynamic_cast<IDestroy*>(map)) end->Destroy();
 }
 
 Description loadDescriptionFile(const std::string& path) {
@@ -62,12 +60,9 @@ std::vector<Link> linksOf(INode& node) {
   gcstring_vector properties;
   node.GetPropertyNames(properties);
   for (const gcstring& property : properties) {
-    if (!isLink(property.view())) {
-      continue;
-    }
-    for (std::string& target : words(propertyText(node, property.c_str()))) {
+    if (!isLink(property.view())) continue;
+    for (std::string& target : words(propertyText(node, property.c_str())))
       links.push_back({std::string(property.view()), std::move(target)});
-    }
   }
   return links;
 }

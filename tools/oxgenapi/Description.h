@@ -11,9 +11,7 @@
 
 namespace tool {
 
-inline std::string textOf(const GENAPI_NAMESPACE::gcstring& text) {
-  return std::string(text.view());
-}
+inline std::string textOf(const GENAPI_NAMESPACE::gcstring& text) { return std::string(text.view()); }
 
 struct EndNodeMap {
   void operator()(GENAPI_NAMESPACE::INodeMap* map) const;

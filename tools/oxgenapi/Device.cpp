@@ -73,17 +73,13 @@ class CameraDevice final : public Device {
   void describe(NodeMap& map) override { map.loadText(description()); }
   std::string description() override { return std::string(camera_.currentDescription()); }
   void restart(std::chrono::milliseconds, std::chrono::milliseconds) override {
-    if (state_) {
-      state_->lock();
-    }
+    if (state_) state_->lock();
     camera_.reset();
   }
 
   std::optional<EventMessage> nextEvent() override {
     ox::simulation::CameraEvent event;
-    if (!camera_.nextEvent(event)) {
-      return std::nullopt;
-    }
+    if (!camera_.nextEvent(event)) return std::nullopt;
     return EventMessage{event.idText(), std::move(event.payload)};
   }
 
@@ -91,18 +87,14 @@ class CameraDevice final : public Device {
     ox::simulation::Frame frame = camera_.acquireFrame();
     Image image{std::move(frame.data), frame.frameId, {}};
     // An image without chunk mode is pixels up to its last byte.
-    if (image.data.size() > frame.imageBytes) {
-      for (const auto& chunk : ox::simulation::ChunkLayout(image.data)) {
+    if (image.data.size() > frame.imageBytes)
+      for (const auto& chunk : ox::simulation::ChunkLayout(image.data))
         image.chunks.push_back({chunk.id, chunk.offset, chunk.length});
-      }
-    }
     return image;
   }
 
   void keep() override {
-    if (state_) {
-      state_->commit();
-    }
+    if (state_) state_->commit();
   }
 
  private:
@@ -114,29 +106,24 @@ class CameraDevice final : public Device {
 class MemoryImage final : public Device {
  public:
   MemoryImage(const std::string& xml, const std::string& image) : xml_(xml), image_(image) {
-    if (image_.empty()) {
+    if (image_.empty())
       memory_ = std::make_unique<MemoryDevice>();
-    } else {
+    else
       withFile(image_, [this] { memory_ = std::make_unique<MemoryDevice>(image_); });
-    }
   }
 
   RegisterDevice& registers() override { return *memory_; }
   void describe(NodeMap& map) override { map.loadFile(xml_); }
   std::string description() override {
     std::ifstream file(xml_, std::ios::binary);
-    if (!file) {
-      throw Failure(kFileFailed, "Cannot read " + xml_);
-    }
+    if (!file) throw Failure(kFileFailed, "Cannot read " + xml_);
     return {std::istreambuf_iterator<char>(file), {}};
   }
   void restart(std::chrono::milliseconds, std::chrono::milliseconds) override {
   }  // memory without behaviour keeps its bytes
 
   void keep() override {
-    if (!image_.empty()) {
-      withFile(image_, [this] { memory_->save(); });
-    }
+    if (!image_.empty()) withFile(image_, [this] { memory_->save(); });
   }
 
  private:
@@ -151,13 +138,9 @@ std::optional<EventMessage> Device::nextEvent() {
   throw Failure(OXGENAPI_E_NOT_SUPPORTED, "This device sends no events");
 }
 
-Image Device::nextImage() {
-  throw Failure(OXGENAPI_E_NOT_SUPPORTED, "This device sends no images");
-}
+Image Device::nextImage() { throw Failure(OXGENAPI_E_NOT_SUPPORTED, "This device sends no images"); }
 
-std::unique_ptr<Device> openCamera(const std::string& state) {
-  return std::make_unique<CameraDevice>(state);
-}
+std::unique_ptr<Device> openCamera(const std::string& state) { return std::make_unique<CameraDevice>(state); }
 
 std::unique_ptr<Device> openMemory(const std::string& xml, const std::string& image) {
   return std::make_unique<MemoryImage>(xml, image);

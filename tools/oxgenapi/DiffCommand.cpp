@@ -20,11 +20,8 @@ struct DiffOptions {
 std::vector<std::string> featuresOf(const std::vector<Setting>& settings) {
   std::vector<std::string> features;
   std::unordered_set<std::string> known;
-  for (const Setting& setting : settings) {
-    if (!setting.feature.empty() && known.insert(setting.feature).second) {
-      features.push_back(setting.feature);
-    }
-  }
+  for (const Setting& setting : settings)
+    if (!setting.feature.empty() && known.insert(setting.feature).second) features.push_back(setting.feature);
   return features;
 }
 
@@ -34,9 +31,7 @@ class Selectors {
   Selectors(const NodeMap& map, const std::vector<std::string>& features) : map_(map) {
     for (const std::string& feature : features) {
       try {
-        for (const std::string& selector : map.node(feature).list(NL_SelectingFeatures)) {
-          remember(selector);
-        }
+        for (const std::string& selector : map.node(feature).list(NL_SelectingFeatures)) remember(selector);
       } catch (const Failure&) {
         continue;  // no such feature, or one that has no selectors: the comparison tells about it
       }
@@ -46,17 +41,14 @@ class Selectors {
   void putBack() const {
     for (const auto& [name, value] : values_) {
       const Node node = map_.node(name);
-      if (node.writable() && node.text() != value) {
-        node.set(value);
-      }
+      if (node.writable() && node.text() != value) node.set(value);
     }
   }
 
  private:
   void remember(const std::string& name) {
-    if (std::none_of(values_.begin(), values_.end(), [&](const auto& item) { return item.first == name; })) {
+    if (std::none_of(values_.begin(), values_.end(), [&](const auto& item) { return item.first == name; }))
       values_.emplace_back(name, map_.node(name).text());
-    }
   }
 
   const NodeMap& map_;
@@ -67,20 +59,14 @@ class Selectors {
 std::vector<Setting> deviceSettings(Session& session, const std::vector<Setting>& wanted) {
   const NodeMap& map = session.map();
   const std::vector<std::string> features = featuresOf(wanted);
-  if (features.empty()) {
-    return {};
-  }
+  if (features.empty()) return {};
   const Selectors selectors(map, features);
   oxgenapi::Problems problems;
   std::vector<Setting> settings = parseSettings(map.settings(features, &problems));
   selectors.putBack();
-  for (const Failure& problem : problems) {
-    session.report(problem);
-  }
+  for (const Failure& problem : problems) session.report(problem);
   std::unordered_set<std::string> keys;
-  for (const Setting& setting : wanted) {
-    keys.insert(setting.key);
-  }
+  for (const Setting& setting : wanted) keys.insert(setting.key);
   std::erase_if(settings, [&](const Setting& setting) { return !keys.contains(setting.key); });
   return settings;
 }
@@ -91,24 +77,18 @@ class Comparison {
 
   void run(const std::vector<Setting>& left, const std::vector<Setting>& right) {
     std::unordered_map<std::string, std::string> values;
-    for (const Setting& setting : right) {
+    for (const Setting& setting : right)
       values[setting.key] = setting.value;  // of several lines for one setting the last one holds
-    }
     std::unordered_map<std::string, std::string> last;
-    for (const Setting& setting : left) {
-      last[setting.key] = setting.value;
-    }
+    for (const Setting& setting : left) last[setting.key] = setting.value;
     for (const Setting& setting : left) {
       const auto mine = last.find(setting.key);
-      if (mine == last.end()) {
-        continue;
-      }
+      if (mine == last.end()) continue;
       const auto other = values.find(setting.key);
-      if (other == values.end()) {
+      if (other == values.end())
         add(setting.key, mine->second, std::nullopt);
-      } else if (other->second != mine->second) {
+      else if (other->second != mine->second)
         add(setting.key, mine->second, other->second);
-      }
       values.erase(setting.key);
       last.erase(mine);
     }
@@ -118,9 +98,7 @@ class Comparison {
         values.erase(other);
       }
     }
-    if (session_.output().json()) {
-      session_.output().document(differences_);
-    }
+    if (session_.output().json()) session_.output().document(differences_);
   }
 
  private:
@@ -133,12 +111,8 @@ class Comparison {
                               {"right", right ? Json(*right) : Json(nullptr)}});
       return;
     }
-    if (left) {
-      output.line(output.bad("- " + key + " = \"" + *left + "\""));
-    }
-    if (right) {
-      output.line(output.good("+ " + key + " = \"" + *right + "\""));
-    }
+    if (left) output.line(output.bad("- " + key + " = \"" + *left + "\""));
+    if (right) output.line(output.good("+ " + key + " = \"" + *right + "\""));
   }
 
   Session& session_;
@@ -162,9 +136,7 @@ struct Recorded {
 
 // What the device has now for what is wanted, recorded in the same way.
 std::vector<Setting> ofDevice(Session& session, const Recorded& wanted) {
-  if (!wanted.isSnapshot) {
-    return deviceSettings(session, wanted.settings);
-  }
+  if (!wanted.isSnapshot) return deviceSettings(session, wanted.settings);
   return parseSnapshot(snapshotText(session.map(), featuresOf(wanted.settings),
                                     [&](const Failure& failure) { session.report(failure); }));
 }
@@ -176,9 +148,8 @@ void run(Session& session, const DiffOptions& options) {
     return;
   }
   const Recorded right(options.right);
-  if (left.isSnapshot != right.isSnapshot) {
+  if (left.isSnapshot != right.isSnapshot)
     throw UsageError("a snapshot and a settings text write values in two ways and cannot be compared");
-  }
   Comparison(session).run(left.settings, right.settings);
 }
 

@@ -26,20 +26,14 @@ struct DocOptions {
 // As the text of a script element: nothing in it may look like the element's end.
 std::string scriptText(const Json& json) {
   std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
-  for (size_t at = text.find("</"); at != text.npos; at = text.find("</", at)) {
-    text.replace(at, 2, "<\\/");
-  }
-  for (size_t at = text.find("<!--"); at != text.npos; at = text.find("<!--", at)) {
-    text.replace(at, 2, "\\u003c!");
-  }
+  for (size_t at = text.find("</"); at != text.npos; at = text.find("</", at)) text.replace(at, 2, "<\\/");
+  for (size_t at = text.find("<!--"); at != text.npos; at = text.find("<!--", at)) text.replace(at, 2, "\\u003c!");
   return text;
 }
 
 std::string page(const Json& reference) {
   std::string text;
-  for (const std::string_view piece : kPagePieces) {
-    text += piece;
-  }
+  for (const std::string_view piece : kPagePieces) text += piece;
   return text.replace(text.find(kDataMark), kDataMark.size(), scriptText(reference));
 }
 
@@ -56,11 +50,10 @@ void run(Session& session, const DocOptions& options) {
   FileReplacement file(options.page);
   file.write(text);
   file.commit();
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document({{"page", options.page}, {"nodes", nodes}, {"bytes", text.size()}});
-  } else {
+  else
     session.output().line(options.page + ": " + std::to_string(nodes) + " nodes");
-  }
 }
 
 }  // namespace

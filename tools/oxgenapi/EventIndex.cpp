@@ -8,11 +8,8 @@ namespace {
 
 std::vector<std::string> eventNames(const NodeMap& map) {
   std::vector<std::string> names;
-  if (const auto selector = map.tryNode("EventSelector")) {
-    for (const std::string& entry : selector->list(NL_EnumEntries)) {
-      names.push_back(map.node(entry).text());
-    }
-  }
+  if (const auto selector = map.tryNode("EventSelector"))
+    for (const std::string& entry : selector->list(NL_EnumEntries)) names.push_back(map.node(entry).text());
   return names;
 }
 
@@ -25,9 +22,7 @@ std::string nameOf(const std::vector<std::string>& features, const std::vector<s
     const bool fits =
         !features.empty() && std::all_of(features.begin(), features.end(),
                                          [&](const std::string& feature) { return feature.starts_with(prefix); });
-    if (fits && name.size() > best.size()) {
-      best = name;
-    }
+    if (fits && name.size() > best.size()) best = name;
   }
   return best;
 }
@@ -41,21 +36,15 @@ std::map<std::string, EventFacts> eventIndex(Session& session) {
   for (const std::string& name : map.nodeNames()) {
     const auto node = map.tryNode(name);
     const std::string id = node ? node->infoText(NI_EventID) : "";
-    if (id.empty()) {
-      continue;  // a node without a handle carries no event
-    }
+    if (id.empty()) continue;  // a node without a handle carries no event
     // Mostly a port, through which features read the message.
     const std::vector<std::string> features = dependentFeatures(*description, name);
     std::vector<std::string>& known = events[id].features;
     known.insert(known.end(), features.begin(), features.end());
-    if (features.empty()) {
-      known.push_back(name);
-    }
+    if (features.empty()) known.push_back(name);
   }
   const std::vector<std::string> names = eventNames(map);
-  for (auto& [id, facts] : events) {
-    facts.name = nameOf(facts.features, names);
-  }
+  for (auto& [id, facts] : events) facts.name = nameOf(facts.features, names);
   return events;
 }
 

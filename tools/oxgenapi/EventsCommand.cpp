@@ -32,17 +32,13 @@ void listEvents(Session& session) {
   const auto events = eventIndex(session);
   if (session.output().json()) {
     Json document = Json::object();
-    for (const auto& [id, facts] : events) {
-      document[id] = {{"name", facts.name}, {"features", facts.features}};
-    }
+    for (const auto& [id, facts] : events) document[id] = {{"name", facts.name}, {"features", facts.features}};
     session.output().document(document);
     return;
   }
   for (const auto& [id, facts] : events) {
     std::string names;
-    for (const std::string& name : facts.features) {
-      names += (names.empty() ? "" : ", ") + name;
-    }
+    for (const std::string& name : facts.features) names += (names.empty() ? "" : ", ") + name;
     session.output().field(facts.name.empty() ? id : id + " " + facts.name, names);
   }
 }
@@ -79,12 +75,9 @@ void listen(Session& session, const EventsOptions& options) {
   Deliverer deliverer(session);
   BorrowedFeatures borrowed(map);
   borrowed.switchOn({"EventSelector", "EventNotification", "On", "Off"}, options.enable);
-  if (options.enable.empty() && options.execute.empty()) {
+  if (options.enable.empty() && options.execute.empty())
     borrowed.execute("AcquisitionStart", "AcquisitionStop");  // most events come with images
-  }
-  for (const std::string& command : options.execute) {
-    map.node(command).execute();
-  }
+  for (const std::string& command : options.execute) map.node(command).execute();
   const auto start = Clock::now();
   Progress progress(session.output(), "events", 0, "events");
   uint64_t delivered = 0;
@@ -97,23 +90,18 @@ void listen(Session& session, const EventsOptions& options) {
       deliverer.deliver(*message);
       ++delivered;
     }
-    if (last) {
-      break;
-    }
+    if (last) break;
     progress.reach(delivered, options.seconds > 0 ? passed / options.seconds : 0);
     std::this_thread::sleep_for(kDeliveryPause);
   }
   borrowed.putBack();
-  if (delivered == 0 && !session.output().json()) {
+  if (delivered == 0 && !session.output().json())
     session.output().hint("No event came. --enable switches events on, entries of EventSelector.");
-  }
 }
 
 void send(Session& session, const EventsOptions& options) {
   EventMessage message{options.id, {}};
-  for (const std::byte byte : parseBytes(options.payload)) {
-    message.payload.push_back(std::to_integer<uint8_t>(byte));
-  }
+  for (const std::byte byte : parseBytes(options.payload)) message.payload.push_back(std::to_integer<uint8_t>(byte));
   Deliverer(session).deliver(message);
 }
 

@@ -20,9 +20,8 @@ struct ExecOptions {
 
 void run(Session& session, const ExecOptions& options) {
   const Node node = session.map().node(options.name);
-  if (node.type() != NT_Command) {
+  if (node.type() != NT_Command)
     throw Failure(OXGENAPI_E_NOT_SUPPORTED, "is not a command", options.name);  // a write of 1 would change a number
-  }
   node.execute();
   // A command that cannot be read is done as soon as it is written.
   bool done = !node.readable() || node.boolean();
@@ -31,11 +30,10 @@ void run(Session& session, const ExecOptions& options) {
     std::this_thread::sleep_for(kDonePause);
     done = node.boolean();
   }
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document({{"name", options.name}, {"done", done}});
-  } else {
+  else
     session.output().line(session.output().name(options.name) + (done ? " done" : " started, not done yet"));
-  }
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 
 namespace tool {
 
-std::string codeText(uint32_t code) {
-  return "0x" + hexadecimal(code, 8);
-}
+std::string codeText(uint32_t code) { return "0x" + hexadecimal(code, 8); }
 
 }  // namespace tool

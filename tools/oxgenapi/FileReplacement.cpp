@@ -21,9 +21,7 @@ namespace {
 
 bool flush(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) {
-    return false;
-  }
+  if (file < 0) return false;
   const bool flushed = fsync(file) == 0;
   const int reason = errno;
   close(file);
@@ -48,9 +46,7 @@ FileReplacement::FileReplacement(const std::string& target) : target_(target), p
   }
   path_ = target_ + ".XXXXXX";
   const int file = mkstemp(path_.data());
-  if (file < 0) {
-    failed(target_, "cannot be written");
-  }
+  if (file < 0) failed(target_, "cannot be written");
   beside_ = true;
   // mkstemp() gives the owner alone access; a replaced file keeps its mode, a new one gets the usual one.
   const mode_t mask = umask(0);
@@ -64,32 +60,20 @@ FileReplacement::FileReplacement(const std::string& target) : target_(target), p
 }
 
 FileReplacement::~FileReplacement() {
-  if (beside_ && !done_) {
-    unlink(path_.c_str());
-  }
+  if (beside_ && !done_) unlink(path_.c_str());
 }
 
 void FileReplacement::write(std::string_view text) {
   FILE* file = std::fopen(path_.c_str(), "wb");
-  if (file == nullptr) {
-    failed(target_, "cannot be opened for writing");
-  }
+  if (file == nullptr) failed(target_, "cannot be opened for writing");
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-  if (std::fclose(file) != 0 || !written) {
-    failed(target_, "cannot be written");
-  }
+  if (std::fclose(file) != 0 || !written) failed(target_, "cannot be written");
 }
 
 void FileReplacement::commit() {
-  if (!beside_) {
-    return;
-  }
-  if (!flush(path_)) {
-    failed(target_, "cannot be flushed to the disk");
-  }
-  if (std::rename(path_.c_str(), target_.c_str()) != 0) {
-    failed(target_, "cannot be replaced");
-  }
+  if (!beside_) return;
+  if (!flush(path_)) failed(target_, "cannot be flushed to the disk");
+  if (std::rename(path_.c_str(), target_.c_str()) != 0) failed(target_, "cannot be replaced");
   done_ = true;
   const std::string folder = std::filesystem::path(target_).parent_path().string();
   // The contents are safe already; some file systems cannot flush a folder, and the rename has happened either way.

@@ -22,11 +22,10 @@ struct FilesOptions {
 };
 
 void done(const Session& session, Json facts, const std::string& text) {
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document(facts);
-  } else {
+  else
     session.output().line(text);
-  }
 }
 
 uint64_t sizeOfHostFile(const std::string& path) {
@@ -40,9 +39,7 @@ std::optional<uint64_t> sizeOf(const NodeMap& map, const std::string& entry) {
   try {
     return map.fileSize(entry);
   } catch (const Failure& failure) {
-    if (failure.code() == OXGENAPI_E_UNSPECIFIED) {
-      return std::nullopt;
-    }
+    if (failure.code() == OXGENAPI_E_UNSPECIFIED) return std::nullopt;
     throw;
   }
 }
@@ -69,9 +66,7 @@ void listFiles(Session& session) {
   Json files = Json::array();
   for (const std::string& name : selector.list(NL_EnumEntries)) {
     const Node entry = map.node(name);
-    if (!entry.readable()) {
-      continue;
-    }
+    if (!entry.readable()) continue;
     Json file{{"name", entry.text()}};
     std::string text = "unknown";
     try {
@@ -83,15 +78,11 @@ void listFiles(Session& session) {
       file["error"] = toJson(failure);
       session.report(failure);
     }
-    if (!session.output().json()) {
-      session.output().field(entry.text(), text);
-    }
+    if (!session.output().json()) session.output().field(entry.text(), text);
     files.push_back(file);
   }
   selector.set(selected);
-  if (session.output().json()) {
-    session.output().document(files);
-  }
+  if (session.output().json()) session.output().document(files);
 }
 
 // For the bar alone: whether the device has the file shows when it is opened.
@@ -104,9 +95,7 @@ uint64_t expectedSize(const NodeMap& map, const std::string& entry) {
 }
 
 void getToOutput(Session& session, const FilesOptions& options) {
-  if (session.output().json()) {
-    throw UsageError("files get: --json and the file '-' both want standard output");
-  }
+  if (session.output().json()) throw UsageError("files get: --json and the file '-' both want standard output");
   const NodeMap& map = session.map();
   std::vector<std::byte> bytes;
   {
@@ -136,11 +125,10 @@ void put(Session& session, const FilesOptions& options) {
   const std::string input = isInput ? readFile("/dev/stdin") : "";
   const uint64_t bytes = isInput ? input.size() : sizeOfHostFile(options.file);
   Transfer transfer(session, options.entry, bytes);
-  if (input.empty()) {
+  if (input.empty())
     session.map().uploadFile(options.entry, isInput ? "/dev/null" : options.file);
-  } else {
+  else
     session.map().upload(options.entry, input.data(), input.size());
-  }
   done(session, {{"file", options.entry}, {"done", "uploaded"}, {"bytes", bytes}},
        options.entry + " uploaded: " + transfer.summary(bytes));
 }
@@ -153,9 +141,8 @@ void remove(Session& session, const FilesOptions& options) {
   execute.execute();
   const auto end = std::chrono::steady_clock::now() + kLongestDelete;
   while (execute.readable() && !execute.boolean()) {
-    if (std::chrono::steady_clock::now() > end) {
+    if (std::chrono::steady_clock::now() > end)
       throw Failure(OXGENAPI_E_UNSPECIFIED, "Deleting '" + options.entry + "' does not end", "FileOperationExecute");
-    }
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   const std::string status = map.node("FileOperationStatus").text();

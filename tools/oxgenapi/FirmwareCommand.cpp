@@ -23,9 +23,7 @@ void info(Session& session, const FirmwareOptions& options) {
   Json entries = Json::array();
   for (size_t entry = 0; entry < updater.entryCount(); ++entry) {
     Json infos = Json::array();
-    if (!output.json()) {
-      output.line(output.name("Entry " + std::to_string(entry)));
-    }
+    if (!output.json()) output.line(output.name("Entry " + std::to_string(entry)));
     for (const auto& [key, value, language] : updater.info(entry)) {
       infos.push_back({{"key", key}, {"value", value}, {"language", language}});
       if (!output.json()) {
@@ -35,25 +33,21 @@ void info(Session& session, const FirmwareOptions& options) {
     }
     entries.push_back(infos);
   }
-  if (output.json()) {
-    output.document(entries);
-  }
+  if (output.json()) output.document(entries);
 }
 
 void verify(Session& session, const FirmwareOptions& options) {
   const FirmwareUpdater updater(options.file);
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document({{"file", options.file}, {"valid", true}});
-  } else {
+  else
     session.output().line(options.file + " is a valid update file");
-  }
 }
 
 void update(Session& session, const FirmwareOptions& options) {
   const FirmwareUpdater updater(options.file);
-  if (options.entry >= updater.entryCount()) {
+  if (options.entry >= updater.entryCount())
     throw UsageError("firmware update: the file has no entry " + std::to_string(options.entry));
-  }
   const NodeMap map = session.map();  // restarting replaces the session's
   // Of several entries nobody knows which data files belong to this one.
   Transfer transfer(session, std::filesystem::path(options.file).filename().string(),
@@ -64,11 +58,10 @@ void update(Session& session, const FirmwareOptions& options) {
     return session.restart(std::chrono::milliseconds(delayMs), std::chrono::milliseconds(durationMs));
   });
   const std::string summary = transfer.summary(transfer.bytes());
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document({{"file", options.file}, {"entry", options.entry}, {"updated", true}});
-  } else {
+  else
     session.output().line("Entry " + std::to_string(options.entry) + " of " + options.file + " applied: " + summary);
-  }
 }
 
 }  // namespace

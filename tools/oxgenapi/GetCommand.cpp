@@ -14,9 +14,7 @@ struct GetOptions {
 Json describe(const Node& node) {
   Json json{{"name", node.name()}, {"type", typeName(node.type())}, {"value", valueJson(node)}};
   if (node.type() == NT_Integer || node.type() == NT_Float) {
-    if (const std::string unit = node.infoText(NI_Unit); !unit.empty()) {
-      json["unit"] = unit;
-    }
+    if (const std::string unit = node.infoText(NI_Unit); !unit.empty()) json["unit"] = unit;
   }
   return json;
 }
@@ -33,21 +31,18 @@ void run(Session& session, const GetOptions& options) {
   for (const std::string& name : options.names) {
     try {
       const Node node = session.map().node(name);
-      if (output.json()) {
+      if (output.json())
         results.push_back(describe(node));
-      } else if (options.bare) {
+      else if (options.bare)
         output.data(bareText(node) + '\n');
-      } else {
+      else
         output.line(output.name(name) + " = " + valueText(node));
-      }
     } catch (const Failure& failure) {
       results.push_back(Json{{"name", name}, {"error", toJson(failure)}});
       session.report(failure);
     }
   }
-  if (output.json()) {
-    output.document(results);
-  }
+  if (output.json()) output.document(results);
 }
 
 }  // namespace

@@ -42,9 +42,7 @@ ImageFiles::Full fullOf(const std::string& word) {
   return word == "drop" ? ImageFiles::Full::drop : word == "stop" ? ImageFiles::Full::stop : ImageFiles::Full::wait;
 }
 
-Json numberOrNull(uint64_t number) {
-  return number == OX_UNKNOWN ? Json() : Json(number);
-}
+Json numberOrNull(uint64_t number) { return number == OX_UNKNOWN ? Json() : Json(number); }
 
 class Grabbing {
  public:

@@ -54,9 +54,7 @@ void writeArchive(const std::string& path, const std::vector<Member>& members, z
     zip_file_set_dostime(archive.get(), static_cast<zip_uint64_t>(index), 0, kFirstDay, 0);
     zip_set_file_compression(archive.get(), static_cast<zip_uint64_t>(index), method, 9);
   }
-  if (zip_close(archive.get()) != 0) {
-    failed(path, zip_strerror(archive.get()));
-  }
+  if (zip_close(archive.get()) != 0) failed(path, zip_strerror(archive.get()));
   static_cast<void>(archive.release());  // closing has freed it
 }
 
@@ -64,13 +62,10 @@ std::vector<Member> membersOf(const GufOptions& options) {
   std::vector<Member> members{{"control.xml", options.control}};
   for (const std::string& word : options.members) {
     const size_t split = word.find('=');
-    if (split == std::string::npos || split == 0) {
-      throw UsageError("guf create: '" + word + "' is not MEMBER=FILE");
-    }
+    if (split == std::string::npos || split == 0) throw UsageError("guf create: '" + word + "' is not MEMBER=FILE");
     members.push_back({word.substr(0, split), word.substr(split + 1)});
-    if (!std::filesystem::is_regular_file(members.back().path)) {
+    if (!std::filesystem::is_regular_file(members.back().path))
       throw UsageError("guf create: there is no file '" + members.back().path + "'");
-    }
   }
   return members;
 }
@@ -81,9 +76,7 @@ void verify(const std::string& path, const std::string& shownAs) {
     const oxgenapi::FirmwareUpdater updater(path);
   } catch (const Failure& failure) {
     std::string text = failure.what();
-    if (const size_t at = text.find(path); at != std::string::npos) {
-      text.replace(at, path.size(), shownAs);
-    }
+    if (const size_t at = text.find(path); at != std::string::npos) text.replace(at, path.size(), shownAs);
     throw Failure(failure.code(), text);
   }
 }
@@ -109,9 +102,7 @@ void create(Session& session, const GufOptions& options) {
   const TemporaryPackage package(target.path() + ".package");
   writeArchive(package.path(), members, options.compresses ? ZIP_CM_DEFLATE : ZIP_CM_STORE);
   std::vector<Member> parts{{"package.zip", package.path()}};
-  if (!options.signature.empty()) {
-    parts.push_back({"package.p7s", options.signature});
-  }
+  if (!options.signature.empty()) parts.push_back({"package.p7s", options.signature});
   writeArchive(target.path(), parts, ZIP_CM_STORE);
   verify(target.path(), options.target);
   const auto bytes = std::filesystem::file_size(target.path());

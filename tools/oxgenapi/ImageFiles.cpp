@@ -59,9 +59,8 @@ void ImageFiles::add(oxgenapi::Image image, std::string path) {
       ++dropped_;
       return;
     }
-    if (full_ == Full::stop) {
+    if (full_ == Full::stop)
       throw Failure(kFileFailed, "writing is slower than the camera: " + std::to_string(queued_) + " images wait");
-    }
     changed_.wait(lock, [this] { return jobs_.size() < queued_ || failure_; });
     throwFailure();
   }

@@ -42,9 +42,7 @@ void printInfo(Session& session) {
   output.field("Version GUID", text("versionGuid"));
   output.field("Nodes", std::to_string(map.nodeCount()));
   std::string ports;
-  for (const std::string& port : session.ports()) {
-    ports += ports.empty() ? port : ", " + port;
-  }
+  for (const std::string& port : session.ports()) ports += ports.empty() ? port : ", " + port;
   output.field("Connected ports", ports.empty() ? "none" : ports);
   output.field("Library", text("library") + " " + text("libraryVersion"));
   output.field("GenApi", text("genApiVersion"));

@@ -15,12 +15,8 @@ Interrupt::Interrupt() {
   sigaction(SIGINT, &action, &former_);
 }
 
-Interrupt::~Interrupt() {
-  sigaction(SIGINT, &former_, nullptr);
-}
+Interrupt::~Interrupt() { sigaction(SIGINT, &former_, nullptr); }
 
-bool Interrupt::requested() const {
-  return interrupted != 0;
-}
+bool Interrupt::requested() const { return interrupted != 0; }
 
 }  // namespace tool

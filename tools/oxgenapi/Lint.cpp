@@ -73,12 +73,8 @@ class Linter {
   void addFindings() {
     map_.ParseSwissKnifes();  // its defects are among the findings then
     std::vector<Finding> findings;
-    if (const auto* source = dynamic_cast<const IFindings*>(&map_)) {
-      source->GetFindings(findings);
-    }
-    for (const Finding& each : findings) {
-      problems_.push_back(problemOf(each));
-    }
+    if (const auto* source = dynamic_cast<const IFindings*>(&map_)) source->GetFindings(findings);
+    for (const Finding& each : findings) problems_.push_back(problemOf(each));
   }
 
   // A program may still ask for such a node by name, so this is only a note.
@@ -95,40 +91,28 @@ class Linter {
       open.pop_back();
       NodeList_t targets;
       node->GetChildren(targets, ctInvalidatingChildren);  // reading ones included
-      for (const Link& link : linksOf(*node)) {
-        targets.push_back(map_.GetNode(link.target.c_str()));
-      }
-      for (INode* target : targets) {
-        if (target != nullptr && seen.insert(target).second) {
-          open.push_back(target);
-        }
-      }
+      for (const Link& link : linksOf(*node)) targets.push_back(map_.GetNode(link.target.c_str()));
+      for (INode* target : targets)
+        if (target != nullptr && seen.insert(target).second) open.push_back(target);
     }
-    for (const INode* node : nodes_) {
-      if (!seen.contains(node)) {
-        add(Severity::note, *node, "", "cannot be reached from Root by any link");
-      }
-    }
+    for (const INode* node : nodes_)
+      if (!seen.contains(node)) add(Severity::note, *node, "", "cannot be reached from Root by any link");
   }
 
   void checkLimits(INode& node) {
-    if (dynamic_cast<IInteger*>(&node) == nullptr && dynamic_cast<IFloat*>(&node) == nullptr) {
-      return;
-    }
+    if (dynamic_cast<IInteger*>(&node) == nullptr && dynamic_cast<IFloat*>(&node) == nullptr) return;
     const std::string min = propertyText(node, "Min");
     const std::string max = min.empty() ? min : propertyText(node, "Max");
     const auto integers = isAbove<int64_t>(min, max);  // exact where both are integers
-    if (integers ? *integers : isAbove<double>(min, max).value_or(false)) {
+    if (integers ? *integers : isAbove<double>(min, max).value_or(false))
       add(Severity::defect, node, "Min", "the minimum " + min + " is above the maximum " + max);
-    }
   }
 
   void checkTexts(INode& node) {
     const EInterfaceType type = node.GetPrincipalInterfaceType();
     const bool hasValue = dynamic_cast<IValue*>(&node) != nullptr && type != intfICategory && type != intfIEnumEntry;
-    if (hasValue && node.IsFeature() && node.GetToolTip().empty() && node.GetDescription().empty()) {
+    if (hasValue && node.IsFeature() && node.GetToolTip().empty() && node.GetDescription().empty())
       add(Severity::note, node, "ToolTip", "the feature has neither ToolTip nor Description");
-    }
   }
 
   INodeMap& map_;

@@ -17,12 +17,9 @@ constexpr const char* kFooter =
 
 const char* severityName(Severity severity) {
   switch (severity) {
-    case Severity::note:
-      return "note";
-    case Severity::defect:
-      return "defect";
-    case Severity::fatal:
-      return "fatal";
+    case Severity::note: return "note";
+    case Severity::defect: return "defect";
+    case Severity::fatal: return "fatal";
   }
   return "";
 }
@@ -31,9 +28,8 @@ std::string lineText(const Output& output, const std::string& file, const Proble
   const char* severity = severityName(problem.severity);
   std::string text = file + ":" + (problem.line == 0 ? "" : std::to_string(problem.line) + ":") + " ";
   text += problem.severity == Severity::note ? output.dim(severity) : output.bad(severity);
-  for (const std::string& part : {output.name(problem.node), problem.element, problem.reason}) {
+  for (const std::string& part : {output.name(problem.node), problem.element, problem.reason})
     text += part.empty() ? "" : ": " + part;
-  }
   return text;
 }
 
@@ -42,9 +38,7 @@ void run(Session& session, const std::vector<std::string>& files) {
   Json document = Json::array();
   for (const std::string& file : files) {
     for (const Problem& problem : lint(file)) {
-      if (problem.severity != Severity::note) {
-        session.fail();
-      }
+      if (problem.severity != Severity::note) session.fail();
       if (output.json()) {
         document.push_back({{"file", file},
                             {"line", problem.line},
@@ -57,9 +51,7 @@ void run(Session& session, const std::vector<std::string>& files) {
       }
     }
   }
-  if (output.json()) {
-    output.document(document);
-  }
+  if (output.json()) output.document(document);
 }
 
 }  // namespace

@@ -24,25 +24,22 @@ class Loader {
 
   void run() {
     const std::string text = readFile(options_.file == "-" ? "/dev/stdin" : options_.file);
-    if (text.find('\0') != text.npos) {
+    if (text.find('\0') != text.npos)
       throw Failure(kFileFailed, "holds zero bytes, which settings do not have", options_.file);
-    }
     const auto lines = static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
     Progress progress(session_.output(), "loading", lines, "lines");
     const Interrupt interrupt;
     size_t done = 0;
     size_t loadedTo = 0;
     for (size_t begin = 0; begin < text.size() && !stopped_;) {
-      if (interrupt.requested()) {
+      if (interrupt.requested())
         throw Failure(OXGENAPI_E_UNSPECIFIED, "stopped by the user before line " + std::to_string(done + 1));
-      }
       progress.reach(done);
       std::string part(done, '\n');
       const size_t count = std::max<size_t>(1, done / kPartOfDone);
       size_t end = begin;
-      for (size_t line = 0; line < count && end < text.size(); ++line, ++done) {
+      for (size_t line = 0; line < count && end < text.size(); ++line, ++done)
         end = std::min(text.find('\n', end), text.size() - 1) + 1;
-      }
       part.append(text, begin, end - begin);
       for (const Failure& problem : load(part)) {
         progress.clear();
@@ -60,9 +57,7 @@ class Loader {
  private:
   // The problems of a part; where it shall stop, the first.
   oxgenapi::Problems load(const std::string& part) {
-    if (!options_.stopOnError) {
-      return session_.map().loadSettingsText(part, options_.validate);
-    }
+    if (!options_.stopOnError) return session_.map().loadSettingsText(part, options_.validate);
     try {
       return session_.map().loadSettingsText(part, options_.validate, oxgenapi::OnProblem::stop);
     } catch (const Failure& failure) {
@@ -85,9 +80,8 @@ class Loader {
     std::string text = options_.file + ": ";
     text += loaded == lines ? counted(lines, "line") + " loaded"
                             : std::to_string(loaded) + " of " + counted(lines, "line") + " loaded";
-    if (!problems_.empty()) {
+    if (!problems_.empty())
       text += stopped_ ? ", stopped at the first problem" : ", " + counted(problems_.size(), "problem");
-    }
     output.line(text);
   }
 

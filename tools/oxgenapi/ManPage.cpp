@@ -12,25 +12,17 @@ std::string escaped(std::string_view text) {
   std::string result;
   for (const char character : text) {
     const bool startsLine = result.empty() || result.back() == '\n';
-    if (startsLine && (character == '.' || character == '\'')) {
-      result += "\\&";
-    }
+    if (startsLine && (character == '.' || character == '\'')) result += "\\&";
     result += character == '\\' ? "\\e" : character == '-' ? "\\-" : std::string(1, character);
   }
   return result;
 }
 
 std::string nameOf(const CLI::Option& option) {
-  if (option.get_positional()) {
-    return "\\fI" + escaped(option.get_name()) + "\\fR";
-  }
+  if (option.get_positional()) return "\\fI" + escaped(option.get_name()) + "\\fR";
   std::string text;
-  for (const std::string& name : option.get_snames()) {
-    text += "\\fB\\-" + escaped(name) + "\\fR, ";
-  }
-  for (const std::string& name : option.get_lnames()) {
-    text += "\\fB\\-\\-" + escaped(name) + "\\fR, ";
-  }
+  for (const std::string& name : option.get_snames()) text += "\\fB\\-" + escaped(name) + "\\fR, ";
+  for (const std::string& name : option.get_lnames()) text += "\\fB\\-\\-" + escaped(name) + "\\fR, ";
   text.resize(text.size() - 2);
   const std::string value = valueName(option);
   return value.empty() ? text : text + " \\fI" + escaped(value) + "\\fR";
@@ -40,9 +32,8 @@ std::string options(const CLI::App& app) {
   std::string text;
   for (const CLI::Option* option : app.get_options()) {
     // Every command has it; once is enough.
-    if (option != app.get_help_ptr() || app.get_parent() == nullptr) {
+    if (option != app.get_help_ptr() || app.get_parent() == nullptr)
       text += ".TP\n" + nameOf(*option) + "\n" + escaped(descriptionOf(*option)) + "\n";
-    }
   }
   return text;
 }
@@ -65,9 +56,8 @@ std::string environment() {
       {"OX_TELEMETRY_FILE", "Where they go (default: standard error)"},
   };
   std::string text;
-  for (const auto& [name, meaning] : kVariables) {
+  for (const auto& [name, meaning] : kVariables)
     text += ".TP\n\\fB" + std::string(name) + "\\fR\n" + escaped(meaning) + "\n";
-  }
   return text;
 }
 

@@ -14,9 +14,7 @@ char lower(char character) {
 
 std::string lower(std::string_view text) {
   std::string result;
-  for (const char character : text) {
-    result += lower(character);
-  }
+  for (const char character : text) result += lower(character);
   return result;
 }
 
@@ -25,9 +23,7 @@ size_t distance(std::string_view left, std::string_view right) {
   std::vector<size_t> beforeLast(right.size() + 1);
   std::vector<size_t> last(right.size() + 1);
   std::vector<size_t> row(right.size() + 1);
-  for (size_t column = 0; column <= right.size(); ++column) {
-    row[column] = column;
-  }
+  for (size_t column = 0; column <= right.size(); ++column) row[column] = column;
   for (size_t line = 1; line <= left.size(); ++line) {
     std::swap(beforeLast, last);
     std::swap(last, row);
@@ -36,9 +32,8 @@ size_t distance(std::string_view left, std::string_view right) {
       const char a = lower(left[line - 1]);
       const char b = lower(right[column - 1]);
       row[column] = std::min({last[column] + 1, row[column - 1] + 1, last[column - 1] + (a == b ? 0 : 1)});
-      if (line > 1 && column > 1 && a == lower(right[column - 2]) && b == lower(left[line - 2])) {
+      if (line > 1 && column > 1 && a == lower(right[column - 2]) && b == lower(left[line - 2]))
         row[column] = std::min(row[column], beforeLast[column - 2] + 1);
-      }
     }
   }
   return row.back();
@@ -54,26 +49,22 @@ std::vector<std::string> nearNames(std::string_view wanted, const std::vector<st
     const size_t difference = std::max(name.size(), wanted.size()) - std::min(name.size(), wanted.size());
     const size_t steps = difference > limit ? limit + 1 : distance(wanted, name);
     const size_t place = lower(name).find(lower(wanted));
-    if (steps <= limit) {
+    if (steps <= limit)
       close.emplace_back(steps, name);
-    } else if (wanted.size() >= kShortestPart && place != std::string::npos) {
+    else if (wanted.size() >= kShortestPart && place != std::string::npos)
       containing.emplace_back(place, name);
-    }
   }
   std::vector<std::pair<size_t, std::string>>& found = close.empty() ? containing : close;
   std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   std::vector<std::string> nearest;
-  for (size_t index = 0; index < std::min(kMost, found.size()); ++index) {
-    nearest.push_back(found[index].second);
-  }
+  for (size_t index = 0; index < std::min(kMost, found.size()); ++index) nearest.push_back(found[index].second);
   return nearest;
 }
 
 std::string question(const std::vector<std::string>& names) {
   std::string text;
-  for (const std::string& name : names) {
+  for (const std::string& name : names)
     text += (text.empty() ? "Did you mean " : &name == &names.back() ? " or " : ", ") + name;
-  }
   return text.empty() ? text : text + "?";
 }
 

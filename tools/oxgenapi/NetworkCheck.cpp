@@ -44,9 +44,7 @@ std::vector<SettingCheck> checkNetwork() {
     const std::string name = entry.path().filename().string();
     const auto mtu = numberIn(entry.path() / "mtu");
     const bool card = fs::exists(entry.path() / "device", none);
-    if (card && mtu) {
-      checks.push_back({"MTU of " + name, *mtu, kJumboFrame, "sudo ip link set " + name + " mtu 9000"});
-    }
+    if (card && mtu) checks.push_back({"MTU of " + name, *mtu, kJumboFrame, "sudo ip link set " + name + " mtu 9000"});
   }
   if (const auto value = numberIn(kUsbMemory)) {
     checks.push_back({"usbfs_memory_mb", *value, kUsbMegabytes,

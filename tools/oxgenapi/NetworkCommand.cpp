@@ -41,9 +41,8 @@ std::string modesText(uint32_t modes) {
   std::string all;
   for (const auto& [bit, name] : {std::pair{OX_ADDRESS_STORED, "stored address"},
                                   {OX_ADDRESS_DHCP, "DHCP"},
-                                  {OX_ADDRESS_LINK_LOCAL, "link local"}}) {
+                                  {OX_ADDRESS_LINK_LOCAL, "link local"}})
     if ((modes & bit) != 0) all += (all.empty() ? "" : ", then ") + std::string(name);
-  }
   return all.empty() ? "nothing" : all;
 }
 
@@ -112,11 +111,10 @@ void show(Session& session) {
 void propose(Session& session) {
   const Chosen chosen = choose(session);
   const TNetworkAddress address = chosen.list.proposeAddress(chosen.index);
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document(toJson(address));
-  } else {
+  else
     session.output().line(text(address));
-  }
 }
 
 void force(Session& session, const Wanted& wanted) {

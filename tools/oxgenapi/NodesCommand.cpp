@@ -24,26 +24,20 @@ void listNodes(Session& session) {
   Json nodes = Json::array();
   for (const std::string& name : map.nodeNames()) {
     const std::string type = typeOf(map, name);
-    if (output.json()) {
+    if (output.json())
       nodes.push_back({{"name", name}, {"type", type}});
-    } else {
+    else
       output.line(output.dim(type) + std::string(kTypeColumn - std::min(kTypeColumn - 1, type.size()), ' ') + name);
-    }
   }
-  if (output.json()) {
-    output.document(nodes);
-  }
+  if (output.json()) output.document(nodes);
 }
 
 Json toJson(const DependencyPicture& picture) {
   Json nodes = Json::array();
-  for (const auto& node : picture.nodes) {
-    nodes.push_back({{"name", node.name}, {"type", node.type}});
-  }
+  for (const auto& node : picture.nodes) nodes.push_back({{"name", node.name}, {"type", node.type}});
   Json edges = Json::array();
-  for (const auto& edge : picture.edges) {
+  for (const auto& edge : picture.edges)
     edges.push_back({{"from", edge.from}, {"to", edge.to}, {"elements", edge.label}, {"reads", edge.reads}});
-  }
   return {{"nodes", std::move(nodes)}, {"edges", std::move(edges)}};
 }
 
@@ -53,11 +47,10 @@ void draw(Session& session, const std::string& feature) {
     session.map().node(feature);  // the library says why there is none
     return;
   }
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document(toJson(*picture));
-  } else {
+  else
     session.output().data(picture->dot() + '\n');
-  }
 }
 
 }  // namespace

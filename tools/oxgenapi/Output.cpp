@@ -22,14 +22,10 @@ constexpr char kPaint = '\xfe';
 constexpr char kUnpaint = '\xff';
 constexpr std::string_view kMarks = "\xfe\xff";
 
-void print(std::string_view text, FILE* stream) {
-  std::fwrite(text.data(), 1, text.size(), stream);
-}
+void print(std::string_view text, FILE* stream) { std::fwrite(text.data(), 1, text.size(), stream); }
 
 bool wantsColours(Output::Colour colour) {
-  if (colour != Output::Colour::automatic) {
-    return colour == Output::Colour::always;
-  }
+  if (colour != Output::Colour::automatic) return colour == Output::Colour::always;
   const char* noColour = std::getenv("NO_COLOR");
   return isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0');
 }
@@ -48,9 +44,7 @@ std::string Output::painted(char style, std::string_view text) const {
 }
 
 std::string Output::shown(std::string_view text) const {
-  if (!colours_) {
-    return terminalText(text);
-  }
+  if (!colours_) return terminalText(text);
   std::string result;
   while (!text.empty()) {
     const size_t mark = std::min(text.find_first_of(kMarks), text.size());
@@ -67,9 +61,7 @@ std::string Output::shown(std::string_view text) const {
   return result;
 }
 
-void Output::line(std::string_view text) const {
-  print(shown(text) + '\n', stdout);
-}
+void Output::line(std::string_view text) const { print(shown(text) + '\n', stdout); }
 
 void Output::data(std::string_view text) const {
   static const bool isTerminal = isatty(STDOUT_FILENO) == 1;
@@ -81,9 +73,7 @@ void Output::field(std::string_view label, std::string_view value) const {
   line(name(text) + std::string(text.size() < kLabelWidth ? kLabelWidth - text.size() : 1, ' ') + std::string(value));
 }
 
-void Output::document(const Json& json) const {
-  print(dumped(json, 2) + '\n', stdout);
-}
+void Output::document(const Json& json) const { print(dumped(json, 2) + '\n', stdout); }
 
 void Output::record(const Json& json) const {
   print(dumped(json, -1) + '\n', stdout);
@@ -94,26 +84,19 @@ void Output::failure(const Failure& failure) const {
   std::fflush(stdout);
   std::string text = "oxgenapi: ";
   // Most texts of the library begin with the feature's name themselves.
-  if (!failure.feature().empty() && !std::string_view(failure.what()).starts_with(failure.feature())) {
+  if (!failure.feature().empty() && !std::string_view(failure.what()).starts_with(failure.feature()))
     text += failure.feature() + ": ";
-  }
   text += std::string(failure.what()) + " (" + codeText(failure.code()) + ")\n";
   print(terminalText(text), stderr);
 }
 
-void Output::note(std::string_view text) const {
-  print(terminalText("oxgenapi: " + std::string(text) + "\n"), stderr);
-}
+void Output::note(std::string_view text) const { print(terminalText("oxgenapi: " + std::string(text) + "\n"), stderr); }
 
-void Output::hint(std::string_view text) const {
-  print(terminalText("  " + std::string(text) + "\n"), stderr);
-}
+void Output::hint(std::string_view text) const { print(terminalText("  " + std::string(text) + "\n"), stderr); }
 
 Json toJson(const Failure& failure) {
   Json json{{"code", codeText(failure.code())}, {"text", failure.what()}};
-  if (!failure.feature().empty()) {
-    json["feature"] = failure.feature();
-  }
+  if (!failure.feature().empty()) json["feature"] = failure.feature();
   return json;
 }
 
@@ -125,9 +108,7 @@ std::string hexText(std::span<const std::byte> bytes) {
   std::string text;
   text.reserve(bytes.size() * 3);
   for (const std::byte byte : bytes) {
-    if (!text.empty()) {
-      text += ' ';
-    }
+    if (!text.empty()) text += ' ';
     text += hexadecimal(std::to_integer<uint64_t>(byte), 2);
   }
   return text;
@@ -135,16 +116,14 @@ std::string hexText(std::span<const std::byte> bytes) {
 
 std::vector<std::byte> parseBytes(const std::vector<std::string>& words) {
   std::string digits;
-  for (const std::string& word : words) {
+  for (const std::string& word : words)
     std::copy_if(word.begin(), word.end(), std::back_inserter(digits), [](char character) { return character != ' '; });
-  }
   std::vector<std::byte> bytes;
   for (size_t start = 0; start < digits.size(); start += 2) {
     unsigned value = 0;
     const char* end = digits.data() + start + 2;
-    if (start + 2 > digits.size() || std::from_chars(digits.data() + start, end, value, 16).ptr != end) {
+    if (start + 2 > digits.size() || std::from_chars(digits.data() + start, end, value, 16).ptr != end)
       throw UsageError("'" + digits + "' is not bytes of two hexadecimal digits each");
-    }
     bytes.push_back(static_cast<std::byte>(value));
   }
   return bytes;

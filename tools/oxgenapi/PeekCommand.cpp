@@ -16,11 +16,10 @@ struct PeekOptions {
 
 void run(Session& session, const PeekOptions& options) {
   const std::vector<std::byte> bytes = session.map().node(options.port).memory(options.address, options.length);
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document({{"address", options.address}, {"bytes", hexText(bytes)}});
-  } else {
+  else
     session.output().line(hexDump(options.address, bytes));
-  }
 }
 
 }  // namespace

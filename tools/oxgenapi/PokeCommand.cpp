@@ -14,11 +14,10 @@ struct PokeOptions {
 void run(Session& session, const PokeOptions& options) {
   const std::vector<std::byte> bytes = parseBytes(options.bytes);
   session.map().node(options.port).setMemory(options.address, bytes.data(), bytes.size());
-  if (session.output().json()) {
+  if (session.output().json())
     session.output().document({{"address", options.address}, {"written", bytes.size()}});
-  } else {
+  else
     session.output().line(std::to_string(bytes.size()) + " bytes written");
-  }
 }
 
 }  // namespace

@@ -28,12 +28,8 @@ size_t terminalWidth() {
 // "7 s", "3 min 20 s", "2 h 5 min"
 std::string duration(double seconds) {
   const auto whole = static_cast<uint64_t>(std::ceil(std::min(seconds, 1e9)));
-  if (whole < 60) {
-    return std::to_string(whole) + " s";
-  }
-  if (whole < 3600) {
-    return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
-  }
+  if (whole < 60) return std::to_string(whole) + " s";
+  if (whole < 3600) return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
   return std::to_string(whole / 3600) + " h " + std::to_string(whole / 60 % 60) + " min";
 }
 
@@ -46,14 +42,10 @@ Progress::Progress(const Output& output, std::string name, uint64_t total, std::
       isTerminal_(isatty(STDERR_FILENO) == 1),
       isSilent_(output.json() && !isTerminal_) {}
 
-void Progress::reach(uint64_t done) {
-  reach(done, fractionOf(done));
-}
+void Progress::reach(uint64_t done) { reach(done, fractionOf(done)); }
 
 void Progress::reach(uint64_t done, double fraction) {
-  if (fraction < 1 && (isTerminal_ ? kBarEvery : kLineEvery) <= Clock::now() - shown_) {
-    show(done, fraction);
-  }
+  if (fraction < 1 && (isTerminal_ ? kBarEvery : kLineEvery) <= Clock::now() - shown_) show(done, fraction);
 }
 
 void Progress::begin() {
@@ -77,29 +69,21 @@ std::string Progress::summary(uint64_t done) {
 
 std::string Progress::rate(uint64_t done) const {
   const double perSecond = static_cast<double>(done) / std::max(seconds(), 1e-9);
-  if (unit_ != "bytes") {
-    return decimal(perSecond, perSecond < 10 ? 1 : 0) + "/s";
-  }
+  if (unit_ != "bytes") return decimal(perSecond, perSecond < 10 ? 1 : 0) + "/s";
   return perSecond < 1e6 ? decimal(perSecond / 1e3, 1) + " kB/s" : decimal(perSecond / 1e6, 1) + " MB/s";
 }
 
 void Progress::show(uint64_t done, double fraction) {
-  if (isSilent_) {
-    return;
-  }
+  if (isSilent_) return;
   std::string text = name_ + ": ";
   if (isTerminal_ && fraction > 0) {
     const auto filled = static_cast<size_t>(fraction * kBarWidth);
     text += "[" + std::string(filled, '#') + std::string(static_cast<size_t>(kBarWidth) - filled, '.') + "] ";
   }
-  if (fraction > 0) {
-    text += duration(seconds() * (1 - fraction) / fraction) + " left, ";
-  }
+  if (fraction > 0) text += duration(seconds() * (1 - fraction) / fraction) + " left, ";
   text +=
       std::to_string(done) + (total_ == 0 ? " " : " of " + std::to_string(total_) + " ") + unit_ + ", " + rate(done);
-  if (isTerminal_) {
-    text.resize(std::min(text.size(), terminalWidth() - 1));  // what wraps would not be cleared
-  }
+  if (isTerminal_) text.resize(std::min(text.size(), terminalWidth() - 1));  // what wraps would not be cleared
   std::fputs((isTerminal_ ? kStartOfEmptyLine + text : text + "\n").c_str(), stderr);
   shown_ = Clock::now();
   isShown_ = true;

@@ -38,9 +38,7 @@ Camera opened(const std::string& name, bool onlyReads, std::optional<Failure>& b
   try {
     return Camera::open(name, onlyReads ? OX_READ_ONLY : OX_CONTROL);
   } catch (const Failure& failure) {
-    if (onlyReads || failure.code() != OXCAMERA_E_IN_USE) {
-      throw;
-    }
+    if (onlyReads || failure.code() != OXCAMERA_E_IN_USE) throw;
     busy = failure;
     return Camera::open(name, OX_READ_ONLY);
   }

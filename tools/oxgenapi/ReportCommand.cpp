@@ -20,9 +20,7 @@ std::string systemText() {
 // 64 bits that tell two descriptions apart (FNV-1a): a report needs no copy of the description.
 std::string fingerprint(std::string_view text) {
   uint64_t hash = 0xcbf29ce484222325;
-  for (const char character : text) {
-    hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001b3;
-  }
+  for (const char character : text) hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001b3;
   return hexadecimal(hash, 16);
 }
 
@@ -49,9 +47,7 @@ Features readAll(const NodeMap& map) {
   for (const std::string& name : map.nodeNames()) {
     try {
       const Node node = map.node(name);
-      if (!hasValue(node.type()) || !node.infoBoolean(NI_IsFeature)) {
-        continue;
-      }
+      if (!hasValue(node.type()) || !node.infoBoolean(NI_IsFeature)) continue;
       if (!node.readable()) {
         ++features.unavailable;
         continue;
@@ -95,9 +91,8 @@ std::string plainText(const Json& report) {
     text += key + ": " + std::to_string(value.size()) + "\n";
     for (const Json& item : value) {
       text += " ";
-      for (const auto& [member, content] : item.items()) {
+      for (const auto& [member, content] : item.items())
         text += " " + (content.is_string() ? content.get<std::string>() : member + " " + content.dump());
-      }
       text += "\n";
     }
   }

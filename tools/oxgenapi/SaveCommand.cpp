@@ -35,9 +35,7 @@ class Saver {
 
  private:
   std::vector<std::string> features() {
-    if (!options_.features.empty()) {
-      return options_.features;
-    }
+    if (!options_.features.empty()) return options_.features;
     const NodeMap& map = session_.map();
     std::vector<std::string> names = map.nodeNames();
     std::erase_if(names, [&](const std::string& name) {
@@ -75,17 +73,14 @@ class Saver {
     Progress progress(session_.output(), "saving", names.size(), "features");
     std::string text;
     for (size_t done = 0; done < names.size(); ++done) {
-      if (options_.progress) {
+      if (options_.progress)
         progress.show(done);
-      } else {
+      else
         progress.reach(done);
-      }
       oxgenapi::Problems problems;
       try {
         const std::string lines = session_.map().settings({names[done]}, &problems);
-        if (!comesBack(names[done], lines)) {
-          altered_.push_back(names[done]);
-        }
+        if (!comesBack(names[done], lines)) altered_.push_back(names[done]);
         text += lines;
       } catch (const Failure& failure) {
         problems.push_back(failure);
@@ -100,13 +95,9 @@ class Saver {
 
   // Text that loading will not bring back is not noticed by anybody later, not even when it is read back.
   void warn() const {
-    if (altered_.empty() || session_.output().json()) {
-      return;
-    }
+    if (altered_.empty() || session_.output().json()) return;
     std::string names;
-    for (const std::string& name : altered_) {
-      names += (names.empty() ? "" : ", ") + name;
-    }
+    for (const std::string& name : altered_) names += (names.empty() ? "" : ", ") + name;
     session_.output().note("loading will not bring back the text of " + names +
                            ": settings hold only ASCII without quotes, backslashes and line feeds");
   }
@@ -122,9 +113,7 @@ class Saver {
 
   // Where nobody named the feature, one that the device does not offer now is left out without a failure.
   bool isExpected(const std::string& name) {
-    if (!options_.features.empty()) {
-      return false;
-    }
+    if (!options_.features.empty()) return false;
     const int64_t access = session_.map().node(name).access();
     return access == 0 || access == AM_NotAvailable;
   }
@@ -140,12 +129,8 @@ class Saver {
       return;
     }
     std::string text = options_.file + ": " + counted(lines, "line") + " saved";
-    if (notAvailable_ > 0) {
-      text += ", " + counted(notAvailable_, "feature") + " not available now";
-    }
-    if (!problems_.empty()) {
-      text += ", " + counted(problems_.size(), "problem");
-    }
+    if (notAvailable_ > 0) text += ", " + counted(notAvailable_, "feature") + " not available now";
+    if (!problems_.empty()) text += ", " + counted(problems_.size(), "problem");
     output.line(text);
   }
 

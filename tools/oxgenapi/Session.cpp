@@ -26,15 +26,10 @@ std::string nearFeatures(const NodeMap& map, const std::string& wanted) {
 std::string choices(const NodeMap& map, const std::string& feature) {
   try {
     const Node node = map.node(feature);
-    if (node.type() != NT_Enumeration) {
-      return "";
-    }
+    if (node.type() != NT_Enumeration) return "";
     std::string list;
-    for (const std::string& name : node.list(NL_EnumEntries)) {
-      if (const Node entry = map.node(name); entry.readable()) {
-        list += (list.empty() ? "" : ", ") + entry.text();
-      }
-    }
+    for (const std::string& name : node.list(NL_EnumEntries))
+      if (const Node entry = map.node(name); entry.readable()) list += (list.empty() ? "" : ", ") + entry.text();
     return list.empty() ? "" : "It can be " + list;
   } catch (const Failure&) {
     return "";  // advice is not worth a failure of its own
@@ -46,9 +41,7 @@ std::string choices(const NodeMap& map, const std::string& feature) {
 Session::Session(const Options& options) : options_(options), output_(options.json, options.colour) {}
 
 NodeMap& Session::map() {
-  if (!map_) {
-    open();
-  }
+  if (!map_) open();
   return *map_;
 }
 
@@ -68,9 +61,7 @@ const std::vector<std::string>& Session::ports() {
 }
 
 void Session::keep() {
-  if (device_ && port_ && port_->hasWritten()) {
-    device_->keep();
-  }
+  if (device_ && port_ && port_->hasWritten()) device_->keep();
 }
 
 void Session::report(const Failure& failure) {
@@ -82,9 +73,7 @@ void Session::report(const Failure& failure) {
 }
 
 void Session::reportHidden() {
-  if (failed() || !port_ || !port_->failure()) {
-    return;
-  }
+  if (failed() || !port_ || !port_->failure()) return;
   fail();
   const Failure& failure = *port_->failure();
   output_.failure(Failure(failure.code(), std::string("an access to the device failed: ") + failure.what()));
@@ -92,9 +81,7 @@ void Session::reportHidden() {
 
 // A name that does not exist, or an entry that an enumeration does not have, may be a slip of the hand.
 void Session::suggest(const Failure& failure) {
-  if (!map_) {
-    return;
-  }
+  if (!map_) return;
   const std::string_view text = failure.what();
   const size_t noEntry = text.find(": no entry named '");
   std::string advice;
@@ -108,9 +95,7 @@ void Session::suggest(const Failure& failure) {
     const size_t start = text.substr(0, noEntry).rfind(' ') + 1;  // 0 where the name stands first
     advice = choices(*map_, std::string(text.substr(start, noEntry - start)));
   }
-  if (!advice.empty()) {
-    output_.hint(advice);
-  }
+  if (!advice.empty()) output_.hint(advice);
 }
 
 NodeMap& Session::restart(std::chrono::milliseconds delay, std::chrono::milliseconds duration) {
@@ -141,26 +126,18 @@ void Session::open() {
 
 ox::simulation::RegisterDevice& Session::failing(ox::simulation::RegisterDevice& device) {
   const Faults& wanted = options_.faults;
-  if (wanted.access == 0 && wanted.every == 0) {
-    return device;
-  }
+  if (wanted.access == 0 && wanted.every == 0) return device;
   faults_ = std::make_unique<ox::simulation::FaultPort>(device);
   const auto code = static_cast<int>(wanted.code);
-  if (wanted.access > 0) {
-    faults_->failNth(wanted.access, code, wanted.text);
-  }
-  if (wanted.every > 0) {
-    faults_->failEvery(wanted.every, code, wanted.text);
-  }
+  if (wanted.access > 0) faults_->failNth(wanted.access, code, wanted.text);
+  if (wanted.every > 0) faults_->failEvery(wanted.every, code, wanted.text);
   return *faults_;
 }
 
 NodeMap Session::load() {
   NodeMap map;
   Progress progress(output_, "fetching the description", 0, "");
-  if (!options_.camera.empty()) {
-    progress.begin();
-  }
+  if (!options_.camera.empty()) progress.begin();
   device_->describe(map);
   progress.clear();
   connect(map);
@@ -174,9 +151,7 @@ void Session::connect(NodeMap& map) {
   for (const std::string& name : map.nodeNames()) {
     try {
       const Node node = map.node(name);
-      if (node.type() != NT_Port) {
-        continue;
-      }
+      if (node.type() != NT_Port) continue;
       const bool vacant = node.access() == 0 && node.infoText(NI_EventID).empty();
       if (name == "Device" || vacant) {
         map.connect(*port_, name);

@@ -14,9 +14,7 @@ struct SetOptions {
 
 // A register takes its bytes as get prints them; the library wants "0x" before them and no blanks.
 std::string registerText(const std::string& value) {
-  if (value.starts_with("0x") || value.starts_with("0X")) {
-    return value;
-  }
+  if (value.starts_with("0x") || value.starts_with("0X")) return value;
   std::string digits = hexText(parseBytes({value}));
   std::erase(digits, ' ');
   return "0x" + digits;
@@ -28,9 +26,7 @@ void show(const Session& session, const Node& node, Json& results) {
   const bool readable = hasValue(node.type()) && node.readable();
   if (output.json()) {
     Json json{{"name", node.name()}};
-    if (readable) {
-      json["value"] = valueJson(node);
-    }
+    if (readable) json["value"] = valueJson(node);
     results.push_back(json);
   } else {
     output.line(output.name(node.name()) + (readable ? " = " + valueText(node) : " written"));
@@ -48,14 +44,10 @@ void run(Session& session, const SetOptions& options) {
     } catch (const Failure& failure) {
       results.push_back(Json{{"name", name}, {"error", toJson(failure)}});
       session.report(failure);
-      if (!options.keepGoing) {
-        break;  // what follows may depend on it
-      }
+      if (!options.keepGoing) break;  // what follows may depend on it
     }
   }
-  if (session.output().json()) {
-    session.output().document(results);
-  }
+  if (session.output().json()) session.output().document(results);
 }
 
 }  // namespace

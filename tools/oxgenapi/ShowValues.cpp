@@ -9,9 +9,7 @@ template <class Show, class Failed>
 void forReadable(Session& session, const std::vector<const Node*>& nodes, Show show, Failed failed) {
   for (const Node* node : nodes) {
     try {
-      if (node->readable()) {
-        show(*node);
-      }
+      if (node->readable()) show(*node);
     } catch (const Failure& failure) {
       failed(*node, failure);
       session.report(failure);

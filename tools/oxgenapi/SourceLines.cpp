@@ -16,15 +16,9 @@ size_t after(std::string_view text, std::string_view end, size_t from) {
 // The end of markup at `start` that is no start tag: comments and such may contain anything. `start` for a start tag.
 size_t skipped(std::string_view text, size_t start) {
   const std::string_view rest = text.substr(start);
-  if (rest.starts_with("<!--")) {
-    return after(text, "-->", start + 4);
-  }
-  if (rest.starts_with("<![CDATA[")) {
-    return after(text, "]]>", start);
-  }
-  if (rest.starts_with("</") || rest.starts_with("<!") || rest.starts_with("<?")) {
-    return after(text, ">", start);
-  }
+  if (rest.starts_with("<!--")) return after(text, "-->", start + 4);
+  if (rest.starts_with("<![CDATA[")) return after(text, "]]>", start);
+  if (rest.starts_with("</") || rest.starts_with("<!") || rest.starts_with("<?")) return after(text, ">", start);
   return start;
 }
 
@@ -46,12 +40,9 @@ StartTag startTag(std::string_view text, size_t start) {
     }
     const size_t open = text.find_first_of("\"'", end);
     const size_t close = open == text.npos ? open : text.find(text[open], open + 1);
-    if (close == text.npos) {
-      break;
-    }
-    if (text.substr(at, std::min(text.find_first_of(" \t\r\n=", at), end) - at) == "Name") {
+    if (close == text.npos) break;
+    if (text.substr(at, std::min(text.find_first_of(" \t\r\n=", at), end) - at) == "Name")
       tag.name = text.substr(open + 1, close - open - 1);
-    }
     at = close + 1;
   }
   return tag;
@@ -73,11 +64,10 @@ SourceLines::SourceLines(std::string_view text) {
                                                  text.begin() + static_cast<ptrdiff_t>(start), '\n'));
         counted = start;
         std::string name(tag.name);
-        if (tag.element == "Enumeration") {
+        if (tag.element == "Enumeration")
           enumeration = name;
-        } else if (tag.element == "EnumEntry") {
+        else if (tag.element == "EnumEntry")
           name = "EnumEntry_" + enumeration + "_" + name;  // the name of an entry's node
-        }
         lines_.emplace(std::move(name), line);
       }
     }

@@ -27,9 +27,7 @@ std::optional<struct stat> statusOf(const std::string& path) {
 
 // Each commit makes another file.
 bool isSame(const std::optional<struct stat>& a, const std::optional<struct stat>& b) {
-  if (!a || !b) {
-    return !a && !b;
-  }
+  if (!a || !b) return !a && !b;
   return a->st_ino == b->st_ino && a->st_dev == b->st_dev && a->st_size == b->st_size &&
          a->st_mtim.tv_sec == b->st_mtim.tv_sec && a->st_mtim.tv_nsec == b->st_mtim.tv_nsec;
 }
@@ -42,9 +40,7 @@ StateFile::StateFile(ox::simulation::SimulatedCamera& camera, std::string path)
 }
 
 void StateFile::follow() {
-  if (folder_ >= 0) {
-    return;
-  }
+  if (folder_ >= 0) return;
   const auto now = statusOf(path_);
   if (now && !isSame(now, known_)) {
     known_ = now;  // read afterwards: if it changes meanwhile, the next call loads it again
@@ -54,18 +50,13 @@ void StateFile::follow() {
 
 // The file itself is replaced at each commit and may not exist yet, so its folder carries the lock.
 void StateFile::lock() {
-  if (folder_ >= 0) {
-    return;
-  }
+  if (folder_ >= 0) return;
   const std::string parent = std::filesystem::path(path_).parent_path().string();
   const int folder = open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) {
-    throw Failure(kFileFailed, "'" + path_ + "': its folder cannot be opened");
-  }
+  if (folder < 0) throw Failure(kFileFailed, "'" + path_ + "': its folder cannot be opened");
   for (int pauses = 0; flock(folder, LOCK_EX | LOCK_NB) != 0; ++pauses) {
-    if (pauses == kPausesUnnoticed) {
+    if (pauses == kPausesUnnoticed)
       std::fprintf(stderr, "oxgenapi: waiting for another run that changes '%s'\n", path_.c_str());
-    }
     std::this_thread::sleep_for(kLockPause);
   }
   try {
@@ -79,9 +70,7 @@ void StateFile::lock() {
 }
 
 void StateFile::commit() {
-  if (folder_ < 0) {
-    return;
-  }
+  if (folder_ < 0) return;
   try {
     if (const std::string now = text(); now != before_ || !known_) {
       FileReplacement file(path_);
@@ -99,9 +88,7 @@ void StateFile::commit() {
 void StateFile::load() {
   try {
     std::ifstream file(path_, std::ios::binary);
-    if (!file) {
-      throw Failure(kFileFailed, "'" + path_ + "' cannot be read");
-    }
+    if (!file) throw Failure(kFileFailed, "'" + path_ + "' cannot be read");
     camera_.loadState(file);
   } catch (const Failure&) {
     throw;

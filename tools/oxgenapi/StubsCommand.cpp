@@ -82,9 +82,8 @@ bool isAttribute(const std::string& name) {
 // Text between three quotes, on one line.
 std::string docString(const Json& node) {
   std::string text = node.value("description", node.value("toolTip", std::string()));
-  for (char& character : text) {
+  for (char& character : text)
     character = character == '"' || character == '\\' || static_cast<unsigned char>(character) < ' ' ? '\'' : character;
-  }
   return text;
 }
 
@@ -92,9 +91,8 @@ std::string classOf(const Json& node) {
   const std::string kind = node.at("kind").get<std::string>();
   if (kind == "enumeration" && !node.at("entries").empty()) {
     std::string entries;
-    for (const Json& entry : node.at("entries")) {
+    for (const Json& entry : node.at("entries"))
       entries += (entries.empty() ? "\"" : ", \"") + entry[0].get<std::string>() + "\"";
-    }
     return "oxgenapi.Enumeration[Literal[" + entries + "]]";
   }
   static const std::map<std::string, std::string> kClasses{
@@ -108,17 +106,14 @@ std::string classOf(const Json& node) {
 void collect(const Json& nodes, const std::string& category, std::set<std::string>& known,
              std::vector<std::string>& features) {
   const auto found = nodes.find(category);
-  if (found == nodes.end() || !found->contains("features") || !known.insert(category).second) {
-    return;
-  }
+  if (found == nodes.end() || !found->contains("features") || !known.insert(category).second) return;
   for (const Json& feature : found->at("features")) {
     const std::string name = feature.get<std::string>();
     const auto node = nodes.find(name);
-    if (node != nodes.end() && node->at("kind") == "category") {
+    if (node != nodes.end() && node->at("kind") == "category")
       collect(nodes, name, known, features);
-    } else if (node != nodes.end() && known.insert(name).second) {
+    else if (node != nodes.end() && known.insert(name).second)
       features.push_back(name);
-    }
   }
 }
 
@@ -142,9 +137,7 @@ std::string stubs(const Json& reference) {
     if (isAttribute(name)) {
       const Json& node = nodes.at(name);
       text += "    " + name + ": " + classOf(node) + "\n";
-      if (const std::string about = docString(node); !about.empty()) {
-        text += "    \"\"\"" + about + "\"\"\"\n";
-      }
+      if (const std::string about = docString(node); !about.empty()) text += "    \"\"\"" + about + "\"\"\"\n";
     }
   }
   return features.empty() ? text + "    pass\n" : text;

@@ -11,14 +11,9 @@ namespace {
 size_t sequenceLength(std::string_view text) {
   const auto lead = static_cast<unsigned char>(text.front());
   const size_t length = lead < 0x80 ? 1 : lead < 0xc2 ? 0 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : lead < 0xf5 ? 4 : 0;
-  if (length == 0 || length > text.size()) {
-    return 0;
-  }
-  for (size_t next = 1; next < length; ++next) {
-    if ((static_cast<unsigned char>(text[next]) & 0xc0) != 0x80) {
-      return 0;
-    }
-  }
+  if (length == 0 || length > text.size()) return 0;
+  for (size_t next = 1; next < length; ++next)
+    if ((static_cast<unsigned char>(text[next]) & 0xc0) != 0x80) return 0;
   return length;
 }
 
@@ -45,12 +40,8 @@ std::string escaped(std::string_view text, const char* prefix) {
 
 }  // namespace
 
-std::string terminalText(std::string_view text) {
-  return escaped(text, "\\x");
-}
+std::string terminalText(std::string_view text) { return escaped(text, "\\x"); }
 
-std::string terminalJson(std::string_view document) {
-  return escaped(document, "\\u00");
-}
+std::string terminalJson(std::string_view document) { return escaped(document, "\\u00"); }
 
 }  // namespace tool

@@ -24,23 +24,17 @@ Transfer::Transfer(Session& session, std::string name, uint64_t size)
   session_.port().watch(this);
 }
 
-Transfer::~Transfer() {
-  session_.port().watch(nullptr);
-}
+Transfer::~Transfer() { session_.port().watch(nullptr); }
 
 bool Transfer::mayAccess() {
   progress_.reach(size_ == 0 ? bytes_ : std::min(bytes_, size_));  // the last block may have been filled up
-  if (!interrupt_.requested() || isStopped_) {
-    return true;
-  }
+  if (!interrupt_.requested() || isStopped_) return true;
   isStopped_ = true;
   return false;
 }
 
 void Transfer::accessed(int64_t address, int64_t length) {
-  if (address == bufferAddress_) {
-    bytes_ += static_cast<uint64_t>(length);
-  }
+  if (address == bufferAddress_) bytes_ += static_cast<uint64_t>(length);
 }
 
 }  // namespace tool

@@ -26,20 +26,14 @@ class Tree {
     const Node node = session_.map().node(name);
     Json json{{"name", name}, {"type", typeName(node.type())}, {"access", accessName(node.access())}};
     std::string line = std::string(static_cast<size_t>(level) * 2, ' ');
-    if (node.type() == NT_Category) {
+    if (node.type() == NT_Category)
       line += output().name(name);
-    } else {
+    else
       line += name + output().dim("  " + typeName(node.type()) + " " + accessName(node.access()));
-    }
-    if (options_.values && hasValue(node.type()) && node.readable()) {
-      line += addValue(node, json);
-    }
-    if (!output().json()) {
-      output().line(line);
-    }
-    if (node.type() == NT_Category && (options_.depth == 0 || level < options_.depth)) {
+    if (options_.values && hasValue(node.type()) && node.readable()) line += addValue(node, json);
+    if (!output().json()) output().line(line);
+    if (node.type() == NT_Category && (options_.depth == 0 || level < options_.depth))
       json["features"] = children(node, level + 1);
-    }
     return json;
   }
 
@@ -51,9 +45,7 @@ class Tree {
     try {
       json["value"] = valueJson(node);
       std::string value = valueText(node);
-      if (value.size() > kLongestValue) {
-        value = value.substr(0, kLongestValue) + "...";
-      }
+      if (value.size() > kLongestValue) value = value.substr(0, kLongestValue) + "...";
       return " = " + output().good(value);
     } catch (const Failure& failure) {
       json["error"] = toJson(failure);
@@ -63,16 +55,13 @@ class Tree {
 
   Json children(const Node& category, int level) {
     Json features = Json::array();
-    if (std::find(path_.begin(), path_.end(), category.name()) != path_.end()) {
+    if (std::find(path_.begin(), path_.end(), category.name()) != path_.end())
       return features;  // a category below itself
-    }
     path_.push_back(category.name());
     for (const std::string& name : category.list(NL_Children)) {
       try {
         const int64_t visibility = session_.map().node(name).infoInteger(NI_Visibility);
-        if (visibility >= 0 && visibility <= options_.visibility) {
-          features.push_back(show(name, level));
-        }
+        if (visibility >= 0 && visibility <= options_.visibility) features.push_back(show(name, level));
       } catch (const Failure& failure) {
         session_.report(failure);
       }
@@ -88,9 +77,7 @@ class Tree {
 
 void run(Session& session, const TreeOptions& options) {
   const Json tree = Tree(session, options).show(options.root, 0);
-  if (session.output().json()) {
-    session.output().document(tree);
-  }
+  if (session.output().json()) session.output().document(tree);
 }
 
 }  // namespace

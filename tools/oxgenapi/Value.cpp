@@ -43,22 +43,16 @@ std::string address(int64_t value, int bytes, int base, const char* separator) {
 
 std::string integerText(int64_t value, int64_t representation) {
   switch (representation) {
-    case kHexNumber:
-      return hexadecimal(value);
-    case kIpv4Address:
-      return address(value, 4, 10, ".");
-    case kMacAddress:
-      return address(value, 6, 16, ":");
-    default:
-      return std::to_string(value);
+    case kHexNumber: return hexadecimal(value);
+    case kIpv4Address: return address(value, 4, 10, ".");
+    case kMacAddress: return address(value, 6, 16, ":");
+    default: return std::to_string(value);
   }
 }
 
 // A line feed of the device must not look like the end of the line.
 std::string oneLine(std::string text) {
-  for (size_t at = 0; (at = text.find('\n', at)) != text.npos; at += 2) {
-    text.replace(at, 1, "\\n");
-  }
+  for (size_t at = 0; (at = text.find('\n', at)) != text.npos; at += 2) text.replace(at, 1, "\\n");
   return text;
 }
 
@@ -71,28 +65,17 @@ std::string withUnit(const Node& node, std::string value) {
 
 std::string typeName(TNodeType type) {
   switch (type) {
-    case NT_Boolean:
-      return "boolean";
-    case NT_Category:
-      return "category";
-    case NT_Command:
-      return "command";
-    case NT_Enumeration:
-      return "enumeration";
-    case NT_EnumEntry:
-      return "entry";
-    case NT_Float:
-      return "float";
-    case NT_Integer:
-      return "integer";
-    case NT_String:
-      return "string";
-    case NT_Port:
-      return "port";
-    case NT_Register:
-      return "register";
-    default:
-      return "node";
+    case NT_Boolean: return "boolean";
+    case NT_Category: return "category";
+    case NT_Command: return "command";
+    case NT_Enumeration: return "enumeration";
+    case NT_EnumEntry: return "entry";
+    case NT_Float: return "float";
+    case NT_Integer: return "integer";
+    case NT_String: return "string";
+    case NT_Port: return "port";
+    case NT_Register: return "register";
+    default: return "node";
   }
 }
 
@@ -109,35 +92,23 @@ bool hasValue(TNodeType type) {
 Json valueJson(const Node& node) {
   switch (node.type()) {
     case NT_Boolean:
-    case NT_Command:
-      return node.boolean();
-    case NT_Integer:
-      return node.integer();
-    case NT_Float:
-      return node.real();
-    case NT_Register:
-      return hexText(node.registerData());
-    default:
-      return node.text();
+    case NT_Command: return node.boolean();
+    case NT_Integer: return node.integer();
+    case NT_Float: return node.real();
+    case NT_Register: return hexText(node.registerData());
+    default: return node.text();
   }
 }
 
 std::string valueText(const Node& node) {
   switch (node.type()) {
-    case NT_Boolean:
-      return node.boolean() ? "true" : "false";
-    case NT_Command:
-      return node.boolean() ? "done" : "running";
-    case NT_Integer:
-      return withUnit(node, integerText(node.integer(), node.infoInteger(NI_Representation)));
-    case NT_Float:
-      return withUnit(node, shortest(node.real()));
-    case NT_String:
-      return '"' + oneLine(node.text()) + '"';
-    case NT_Register:
-      return hexText(node.registerData());
-    default:
-      return node.text();
+    case NT_Boolean: return node.boolean() ? "true" : "false";
+    case NT_Command: return node.boolean() ? "done" : "running";
+    case NT_Integer: return withUnit(node, integerText(node.integer(), node.infoInteger(NI_Representation)));
+    case NT_Float: return withUnit(node, shortest(node.real()));
+    case NT_String: return '"' + oneLine(node.text()) + '"';
+    case NT_Register: return hexText(node.registerData());
+    default: return node.text();
   }
 }
 

@@ -33,15 +33,10 @@ std::vector<Node> sourcesOf(const NodeMap& map, const std::vector<std::string>& 
   std::unordered_set<std::string> known(names.begin(), names.end());
   for (size_t next = 0; next < names.size(); ++next) {
     const auto node = map.tryNode(names[next]);
-    if (!node) {
-      continue;  // a helper of the description without a handle
-    }
+    if (!node) continue;  // a helper of the description without a handle
     sources.push_back(*node);
-    for (const std::string& child : node->list(NL_Children)) {
-      if (known.insert(child).second) {
-        names.push_back(child);
-      }
-    }
+    for (const std::string& child : node->list(NL_Children))
+      if (known.insert(child).second) names.push_back(child);
   }
   return sources;
 }
@@ -51,9 +46,7 @@ class Watcher final : public PortWatcher {
  public:
   Watcher(Session& session, const std::vector<std::string>& names)
       : session_(session), sources_(sourcesOf(session.map(), names)) {
-    for (const std::string& name : names) {
-      features_.push_back({session.map().node(name), {}, {}});
-    }
+    for (const std::string& name : names) features_.push_back({session.map().node(name), {}, {}});
     session_.port().watch(this);
   }
   Watcher(const Watcher&) = delete;
@@ -67,9 +60,7 @@ class Watcher final : public PortWatcher {
   void look(int64_t timeMs) {
     answers_ = 0;
     std::vector<std::pair<Feature*, Failure>> failures;
-    for (const Node& source : sources_) {
-      source.invalidate();
-    }
+    for (const Node& source : sources_) source.invalidate();
     for (Feature& feature : features_) {
       try {
         show(feature, timeMs);
@@ -81,9 +72,7 @@ class Watcher final : public PortWatcher {
       const Failure& first = failures.front().second;
       throw Failure(first.code(), "The device does not answer any more: " + std::string(first.what()));
     }
-    for (const auto& [feature, failure] : failures) {
-      showFailure(*feature, failure, timeMs);
-    }
+    for (const auto& [feature, failure] : failures) showFailure(*feature, failure, timeMs);
   }
 
  private:
@@ -102,9 +91,7 @@ class Watcher final : public PortWatcher {
     const std::string text = output.json() ? json.dump(-1, ' ', false, Json::error_handler_t::replace)
                              : readable    ? valueText(feature.node)
                                            : "";
-    if (feature.shown == text && feature.access == access) {
-      return;
-    }
+    if (feature.shown == text && feature.access == access) return;
     feature.shown = text;
     feature.access = access;
     if (output.json()) {
@@ -117,14 +104,11 @@ class Watcher final : public PortWatcher {
   }
 
   void showFailure(Feature& feature, const Failure& failure, int64_t timeMs) {
-    if (feature.access.empty() && feature.shown == failure.what()) {
-      return;
-    }
+    if (feature.access.empty() && feature.shown == failure.what()) return;
     feature.shown = failure.what();
     feature.access.clear();
-    if (session_.output().json()) {
+    if (session_.output().json())
       session_.output().record({{"timeMs", timeMs}, {"name", feature.node.name()}, {"error", toJson(failure)}});
-    }
     session_.report(failure);
   }
 
@@ -136,17 +120,14 @@ class Watcher final : public PortWatcher {
 
 // False: interrupted.
 bool sleepUntil(Clock::time_point end, const Interrupt& interrupt) {
-  while (!interrupt.requested() && Clock::now() < end) {
+  while (!interrupt.requested() && Clock::now() < end)
     std::this_thread::sleep_for(std::min<Clock::duration>(end - Clock::now(), kLongestSleep));
-  }
   return !interrupt.requested();
 }
 
 void run(Session& session, const WatchOptions& options) {
   const std::vector<Assignment> assignments = parseAssignments(options.assignments);
-  if (assignments.empty()) {
-    session.onlyRead();
-  }
+  if (assignments.empty()) session.onlyRead();
   const NodeMap& map = session.map();
   Watcher watcher(session, options.names);
   const Interrupt interrupt;
@@ -156,9 +137,7 @@ void run(Session& session, const WatchOptions& options) {
           ? start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.seconds))
           : Clock::time_point::max();
   watcher.look(0);
-  for (const auto& [name, value] : assignments) {
-    map.node(name).set(value);
-  }
+  for (const auto& [name, value] : assignments) map.node(name).set(value);
   session.keep();  // another run may want to change the camera while this one watches
   auto next = assignments.empty() ? start + std::chrono::milliseconds(options.pollMs) : start;
   while (sleepUntil(std::min(next, end), interrupt) && Clock::now() < end) {

@@ -39,9 +39,8 @@ void addFaults(CLI::App& app, tool::Faults& faults, CLI::Option* camera) {
         checked(app.add_option("--fail-code", faults.code, "With this result"), tool::failureCode())
             ->type_name("CODE")
             ->default_str(tool::codeText(faults.code)),
-        app.add_option("--fail-text", faults.text, "And this reason")->type_name("TEXT")->capture_default_str()}) {
+        app.add_option("--fail-text", faults.text, "And this reason")->type_name("TEXT")->capture_default_str()})
     option->group("A simulated device that fails")->excludes(camera);
-  }
 }
 
 void addOptions(CLI::App& app, tool::Options& options) {
@@ -80,9 +79,7 @@ tool::Options withCameraOfShell(tool::Options options) {
   const char* name = std::getenv("OXGENAPI_CAMERA");
   const bool chosen = !options.camera.empty() || !options.xml.empty() || !options.state.empty() ||
                       options.faults.access != 0 || options.faults.every != 0;
-  if (name != nullptr && !chosen) {
-    options.camera = name;
-  }
+  if (name != nullptr && !chosen) options.camera = name;
   return options;
 }
 
@@ -114,9 +111,7 @@ int run(const tool::Options& options, const tool::Action& command) {
     command(session);
   } catch (const tool::Failure& failure) {
     session.report(failure);
-    if (options.json) {
-      session.output().document({{"error", tool::toJson(failure)}});
-    }
+    if (options.json) session.output().document({{"error", tool::toJson(failure)}});
   }
   session.reportHidden();
   try {
@@ -124,9 +119,8 @@ int run(const tool::Options& options, const tool::Action& command) {
   } catch (const tool::Failure& failure) {
     session.report(failure);
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
     session.report(tool::Failure(tool::kFileFailed, "standard output cannot be written"));
-  }
   return session.status();
 }
 
@@ -149,9 +143,8 @@ int complete(CLI::App& app, const tool::Options& options, const std::vector<std:
     return session->map();
   });
   const tool::Completions found = tool::completions(app, words, device);
-  for (const tool::Candidate& candidate : found.candidates) {
+  for (const tool::Candidate& candidate : found.candidates)
     std::cout << candidate.word << (candidate.description.empty() ? "" : "\t" + candidate.description) << '\n';
-  }
   return found.wantsFile ? tool::kWantsFile : 0;
 }
 
@@ -184,13 +177,10 @@ int main(int argc, char** argv) {
     addCommands(app, chosen);
     app.footer(kExitStatus);  // of the program alone: set last, it is not handed down
     std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-    if (const std::optional<int> status = answer(app, options, words)) {
-      return *status;
-    }
+    if (const std::optional<int> status = answer(app, options, words)) return *status;
     parse(app, words);
-    if (app.got_subcommand("help")) {
+    if (app.got_subcommand("help"))
       parse(app, tool::helpRequest(app, app.get_subcommand("help")->get_option("command")->results()));
-    }
     return run(withCameraOfShell(options), chosen);
   } catch (const CLI::Success& wanted) {
     return app.exit(wanted);

@@ -36,9 +36,8 @@ Result Bands::next() noexcept {
   if (auto bad = convert(image_, out, {top_, rows}); !bad) return bad;
   top_ += rows;
   rows_ = rows;
-  if (order_ == Order::BigEndian && shape_.sampleBits == 16) {
+  if (order_ == Order::BigEndian && shape_.sampleBits == 16)
     for (std::size_t i = 0; i + 1 < bytes(); i += 2) std::swap(bytes_[i], bytes_[i + 1]);
-  }
   return {};
 }
 

@@ -46,9 +46,8 @@ OX_VECTORS void takeApart(const uint16_t* samples, std::size_t size, std::size_t
 
 OX_VECTORS void interleave(const Colours& colours, std::size_t count, uint8_t* out) noexcept {
   alignas(64) uint32_t pixels[kPiece];
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < count; ++i)
     pixels[i] = static_cast<uint32_t>(colours.red[i] | colours.green[i] << 8 | colours.blue[i] << 16);
-  }
   writeThrees(pixels, count, out);
 }
 

@@ -134,23 +134,17 @@ bool isSame(const Job& job) noexcept {
 template <class Sample>
 Result convertRows(const Job& job) noexcept {
   if (isSame(job)) {
-    for (uint32_t y = job.top; y < job.end; ++y) {
+    for (uint32_t y = job.top; y < job.end; ++y)
       std::memcpy(job.row<uint8_t>(y, 0), job.reader.byte(y, 0), std::size_t{job.image.width} * job.channels);
-    }
     return {};
   }
   switch (job.reader.format().kind) {
-    case Kind::Mono:
-      return convertMono<Sample>(job);
-    case Kind::Bayer:
-      return convertBayer<Sample>(job);
-    case Kind::Rgb:
-      return convertRgb<Sample>(job);
-    case Kind::Yuv:
-      return convertYuv<Sample>(job);
+    case Kind::Mono: return convertMono<Sample>(job);
+    case Kind::Bayer: return convertBayer<Sample>(job);
+    case Kind::Rgb: return convertRgb<Sample>(job);
+    case Kind::Yuv: return convertYuv<Sample>(job);
     case Kind::Data:
-    case Kind::Unknown:
-      break;
+    case Kind::Unknown: break;
   }
   return failure(Code::Unsupported, "{} is no format of pictures", job.reader.format().name);
 }
@@ -160,19 +154,16 @@ Result convertRows(const Job& job) noexcept {
 Result convert(const ImageView& image, const Picture& out, Rows rows) noexcept {
   if (auto bad = checkReadable(image); !bad) return bad;
   const Format format = describe(image.format);
-  if (out.channels != 1 && out.channels != 3) {
+  if (out.channels != 1 && out.channels != 3)
     return failure(Code::BadArgument, "pictures have 1 or 3 channels, not {}", out.channels);
-  }
-  if (format.kind == Kind::Bayer && (image.width < 2 || image.height < 2)) {
+  if (format.kind == Kind::Bayer && (image.width < 2 || image.height < 2))
     return failure(Code::BadSize, "a mosaic of {} x {} pixels lacks colours", image.width, image.height);
-  }
   OutputMemory memory{out.data, out.size, out.stride, out.sampleBits};
   uint64_t end = 0;
   if (auto bad = memory.check(uint64_t{image.width} * out.channels, image.height, out.firstRow, rows, end); !bad)
     return bad;
-  if (out.valueBits > out.sampleBits) {
+  if (out.valueBits > out.sampleBits)
     return failure(Code::BadArgument, "values of {} bits do not fit into samples of {}", out.valueBits, out.sampleBits);
-  }
   const unsigned valueBits = out.valueBits != 0 ? out.valueBits : out.sampleBits;
   const Job job{image,      SampleReader(image),        memory,      out.channels, valueBits,
                 rows.first, static_cast<uint32_t>(end), out.firstRow};
@@ -186,9 +177,8 @@ Result pictureBytes(uint32_t width, uint32_t height, uint8_t channels, uint8_t s
                    sampleBits);
   }
   const uint64_t row = uint64_t{width} * channels * sampleBits / 8;
-  if (row > (uint64_t{1} << 48) / height) {
+  if (row > (uint64_t{1} << 48) / height)
     return failure(Code::BadSize, "a picture of {} x {} pixels is larger than any memory", width, height);
-  }
   bytes = row * height;
   return {};
 }

@@ -29,9 +29,7 @@ const Format* findNumber(uint32_t number) noexcept {
 
 }  // namespace
 
-bool Format::isPicture() const noexcept {
-  return isUnpackable() && kind != Kind::Data;
-}
+bool Format::isPicture() const noexcept { return isUnpackable() && kind != Kind::Data; }
 
 bool Format::isUnpackable() const noexcept {
   return sampleBits != 0 && sampleBits <= 16 && numbers == Numbers::Unsigned;
@@ -45,14 +43,10 @@ uint64_t Format::samplesPerRow(uint64_t width) const noexcept {
 
 uint64_t Format::sampleRows(uint64_t height) const noexcept {
   switch (planes) {
-    case Planes::Planar:
-      return height * order.size();
-    case Planes::Semi422:
-      return 2 * height;
-    case Planes::Semi420:
-      return height + (height + 1) / 2;
-    case Planes::Interleaved:
-      break;
+    case Planes::Planar: return height * order.size();
+    case Planes::Semi422: return 2 * height;
+    case Planes::Semi420: return height + (height + 1) / 2;
+    case Planes::Interleaved: break;
   }
   return height;
 }
@@ -66,17 +60,14 @@ Format describe(uint32_t number) noexcept {
 }
 
 const Format* findFormat(std::string_view name) noexcept {
-  for (const auto& [older, number] : kOlderNames) {
+  for (const auto& [older, number] : kOlderNames)
     if (older == name) return findNumber(number);
-  }
   const auto table = formatTable();
   const auto found = std::ranges::find(table, name, &Format::name);
   return found != table.end() && !name.empty() ? &*found : nullptr;
 }
 
-std::span<const Format> allFormats() noexcept {
-  return formatTable();
-}
+std::span<const Format> allFormats() noexcept { return formatTable(); }
 
 std::string_view bayerOrderAt(std::string_view order, uint32_t x, uint32_t y) noexcept {
   static constexpr std::array<std::string_view, 4> kPhases{"RGGB", "GRBG", "GBRG", "BGGR"};  // one step in x, y, both

@@ -343,8 +343,6 @@ static_assert(std::ranges::is_sorted(kTable, std::ranges::less_equal{}, &Format:
 
 }  // namespace
 
-std::span<const Format> formatTable() noexcept {
-  return kTable;
-}
+std::span<const Format> formatTable() noexcept { return kTable; }
 
 }  // namespace ox::pixels

@@ -19,15 +19,12 @@ uint64_t rowBits(const Format& format, uint64_t width) noexcept {
   return width * (format.planes == Planes::Interleaved ? format.bitsPerPixel : format.sampleBits);
 }
 
-uint64_t rowBytes(const Format& format, uint64_t width) noexcept {
-  return (rowBits(format, width) + 7) / 8;
-}
+uint64_t rowBytes(const Format& format, uint64_t width) noexcept { return (rowBits(format, width) + 7) / 8; }
 
 Result checkGeometry(const Format& format, uint32_t width, uint32_t height) noexcept {
   if (width == 0 || height == 0) return failure(Code::BadSize, "an image of {} x {} pixels is empty", width, height);
-  if (format.bitsPerPixel == 0) {
+  if (format.bitsPerPixel == 0)
     return failure(Code::BadSize, "pixel format 0x{:08X} does not say its bits per pixel", format.number);
-  }
   return {};
 }
 
@@ -38,9 +35,8 @@ Result imageBytes(uint32_t number, uint32_t width, uint32_t height, std::size_t 
   const Format format = describe(number);
   if (auto bad = checkGeometry(format, width, height); !bad) return bad;
   const uint64_t row = rowBytes(format, width);
-  if (stride != 0 && stride < row) {
+  if (stride != 0 && stride < row)
     return failure(Code::BadSize, "a stride of {} bytes is less than a row of {}", stride, row);
-  }
   const uint64_t rows = format.sampleRows(height);
   uint64_t total = 0;
   bool fits = false;
@@ -52,9 +48,8 @@ Result imageBytes(uint32_t number, uint32_t width, uint32_t height, std::size_t 
     total = (total + 7) / 8;
     fits = true;
   }
-  if (!fits || __builtin_add_overflow(total, yPadding, &total) || total > kMostBytes) {
+  if (!fits || __builtin_add_overflow(total, yPadding, &total) || total > kMostBytes)
     return failure(Code::BadSize, "an image of {} x {} pixels is larger than any memory", width, height);
-  }
   bytes = total;
   return {};
 }
@@ -67,9 +62,8 @@ Result findStride(uint32_t number, uint32_t width, uint32_t height, std::size_t 
   const uint64_t row = rowBytes(format, width);
   std::size_t padded = 0;
   uint64_t bytes = 0;
-  if (__builtin_add_overflow(row, xPadding, &padded)) {
+  if (__builtin_add_overflow(row, xPadding, &padded))
     return failure(Code::BadSize, "{} bytes after each row are larger than any memory", xPadding);
-  }
   const Result fits = imageBytes(number, width, height, padded, 0, bytes);
   if (fits && bytes <= size) {
     stride = padded;

@@ -28,9 +28,8 @@ Result makeJpeg(const ImageView& image, const Shape& shape, const SaveOptions& o
   unsigned char* bytes = file.data();
   unsigned long size = file.size();
   if (tjCompress2(encoder.get(), picture.data(), width, 0, height, shape.channels == 1 ? TJPF_GRAY : TJPF_RGB, &bytes,
-                  &size, subsampling, options.jpegQuality, TJFLAG_NOREALLOC) != 0) {
+                  &size, subsampling, options.jpegQuality, TJFLAG_NOREALLOC) != 0)
     return failure(Code::BadSize, "libjpeg: {}", tjGetErrorStr2(encoder.get()));
-  }
   file.resize(size);
   return {};
 }

@@ -47,16 +47,13 @@ Result NewFile::open() noexcept {
   // Known before any work is done; publish() looks again.
   if (!overwrite_ && ::access(path_.c_str(), F_OK) == 0) return refuse(EEXIST, "create");
   struct stat status {};
-  if (::stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+  if (::stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
     return pixels::failure(Code::Io, "not an ordinary file, and so not replaced: {}", path_);
-  }
   descriptor_ = ::open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   return descriptor_ < 0 ? refuse(errno, "create") : Result{};
 }
 
-bool NewFile::write(const void* bytes, std::size_t count) noexcept {
-  return writeAt(position_, bytes, count);
-}
+bool NewFile::write(const void* bytes, std::size_t count) noexcept { return writeAt(position_, bytes, count); }
 
 bool NewFile::writeAt(uint64_t offset, const void* bytes, std::size_t count) noexcept {
   const char* from = static_cast<const char*>(bytes);
@@ -76,14 +73,10 @@ bool NewFile::writeAt(uint64_t offset, const void* bytes, std::size_t count) noe
   return error_ == 0;
 }
 
-Result NewFile::failure() const noexcept {
-  return error_ == 0 ? Result{} : refuse(error_, "write");
-}
+Result NewFile::failure() const noexcept { return error_ == 0 ? Result{} : refuse(error_, "write"); }
 
 Result NewFile::rename() const noexcept {
-  if (overwrite_) {
-    return ::rename(temporary_.c_str(), path_.c_str()) == 0 ? Result{} : refuse(errno, "write");
-  }
+  if (overwrite_) return ::rename(temporary_.c_str(), path_.c_str()) == 0 ? Result{} : refuse(errno, "write");
   if (::renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, path_.c_str(), RENAME_NOREPLACE) == 0) return {};
   if (errno != EINVAL && errno != ENOSYS) return refuse(errno, "write");
   // A file system that cannot rename so: a second name, which is not given either where there is one.
@@ -100,8 +93,6 @@ Result NewFile::publish() noexcept {
   return result;
 }
 
-void NewFile::remove() noexcept {
-  ::unlink(path_.c_str());
-}
+void NewFile::remove() noexcept { ::unlink(path_.c_str()); }
 
 }  // namespace ox::pixels

@@ -12,9 +12,7 @@ namespace {
 constexpr std::size_t kBandBytes = 256 << 10;
 
 // Samples that are copied as they are: those that fill whole bytes but that unpack() does not read.
-bool isCopied(const Format& format) noexcept {
-  return !format.isUnpackable() && format.packing == Packing::Bytes;
-}
+bool isCopied(const Format& format) noexcept { return !format.isUnpackable() && format.packing == Packing::Bytes; }
 
 // The type of an element in NumPy's letters: byte order, kind, bytes.
 std::string elementType(const Format& format, bool bigEndian) {
@@ -27,9 +25,8 @@ std::string elementType(const Format& format, bool bigEndian) {
 std::string shapeText(const Format& format, const ImageView& image) {
   const uint64_t samples = format.samplesPerRow(image.width);
   if (format.planes == Planes::Planar) return formatted("({}, {}, {})", format.order.size(), image.height, image.width);
-  if (format.planes == Planes::Interleaved && samples > image.width && samples % image.width == 0) {
+  if (format.planes == Planes::Interleaved && samples > image.width && samples % image.width == 0)
     return formatted("({}, {}, {})", image.height, image.width, samples / image.width);
-  }
   return formatted("({}, {})", format.sampleRows(image.height), samples);
 }
 
@@ -57,17 +54,14 @@ Result copyRows(const ImageView& image, const Format& format, Output& output) {
   if (!output.write(start.data(), start.size())) return {};
   const std::size_t row = format.samplesPerRow(image.width) * format.sampleBits / 8;
   const std::size_t stride = image.stride != 0 ? image.stride : row;
-  for (uint64_t y = 0; y < format.sampleRows(image.height); ++y) {
+  for (uint64_t y = 0; y < format.sampleRows(image.height); ++y)
     if (!output.write(static_cast<const uint8_t*>(image.data) + y * stride, row)) return {};
-  }
   return {};
 }
 
 }  // namespace
 
-bool isArray(const Format& format) noexcept {
-  return format.isUnpackable() || isCopied(format);
-}
+bool isArray(const Format& format) noexcept { return format.isUnpackable() || isCopied(format); }
 
 Result writeNpy(const ImageView& image, Output& output) {
   const Format format = describe(image.format);

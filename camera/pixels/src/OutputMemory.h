@@ -24,21 +24,18 @@ struct OutputMemory {
       return failure(Code::BadSize, "{} rows from row {} on are not among {} to {}", rows.count, rows.first, firstRow,
                      height - 1);
     }
-    if (sampleBits != 8 && sampleBits != 16) {
+    if (sampleBits != 8 && sampleBits != 16)
       return failure(Code::BadArgument, "samples of {} bits cannot be made, only of 8 and 16", sampleBits);
-    }
     const uint64_t row = samples * sampleBits / 8;
     if (stride == 0) stride = row;
     if (stride < row) return failure(Code::BadSize, "a stride of {} bytes is less than a row of {}", stride, row);
     uint64_t bytes = 0;
     if (__builtin_mul_overflow(stride, end - firstRow - 1, &bytes) || __builtin_add_overflow(bytes, row, &bytes) ||
-        bytes > size) {
+        bytes > size)
       return failure(Code::BadSize, "{} rows of {} bytes do not fit into {} bytes", end - firstRow, stride, size);
-    }
     if (data == nullptr) return failure(Code::BadArgument, "there is no memory for the result");
-    if (sampleBits == 16 && (reinterpret_cast<uintptr_t>(data) | stride) % 2 != 0) {
+    if (sampleBits == 16 && (reinterpret_cast<uintptr_t>(data) | stride) % 2 != 0)
       return failure(Code::BadArgument, "samples of 16 bits need an even address and an even stride");
-    }
     return {};
   }
 

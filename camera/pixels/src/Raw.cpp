@@ -78,9 +78,8 @@ Result writeRaw(const ImageView& image, std::string_view members, Output& output
              {"significantBits", significantBits(image)},
              {"bigEndian", image.bigEndian},
              {"highAligned", image.highAligned}};
-  for (const auto& [name, value] : description.items()) {
+  for (const auto& [name, value] : description.items())
     if (!facts.contains(name)) facts[name] = value;
-  }
   json = facts.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 
   const auto* const data = static_cast<const uint8_t*>(image.data);
@@ -88,9 +87,8 @@ Result writeRaw(const ImageView& image, std::string_view members, Output& output
     output.write(data, complete ? bytes : image.size);
     return {};
   }
-  for (uint64_t y = 0; y < format.sampleRows(image.height); ++y) {
+  for (uint64_t y = 0; y < format.sampleRows(image.height); ++y)
     if (!output.write(data + y * image.stride, row)) break;
-  }
   return {};
 }
 
@@ -107,21 +105,18 @@ Result loadRaw(const char* path, StoredImage& stored) noexcept {
     const auto flag = [&](const char* name) { return json.contains(name) && json[name] == true; };
     if (!json.is_object() || !takeNumber(json, image.format) || !take(json, "width", image.width) ||
         !take(json, "height", image.height) || !take(json, "stride", image.stride) ||
-        !take(json, "significantBits", image.significantBits)) {
+        !take(json, "significantBits", image.significantBits))
       return failure(Code::BadFile, "no description of an image: {}", description);
-    }
     image.bigEndian = flag("bigEndian");
     image.highAligned = flag("highAligned");
     image.data = read.bytes.data();
     image.size = read.bytes.size();
     uint64_t bytes = 0;
-    if (auto bad = imageBytes(image.format, image.width, image.height, image.stride, 0, bytes); !bad) {
+    if (auto bad = imageBytes(image.format, image.width, image.height, image.stride, 0, bytes); !bad)
       return failure(Code::BadFile, "{}: {}", bad.text, description);
-    }
-    if (bytes > image.size) {
+    if (bytes > image.size)
       return failure(Code::BadFile, "{} bytes, but the image that the JSON describes has {}: {}", image.size, bytes,
                      path);
-    }
     stored = std::move(read);
     return {};
   });

@@ -44,9 +44,7 @@ void readLsb(const uint8_t* data, const uint8_t* end, uint64_t bit, std::size_t 
 // 1, 2 or 4 bits, several in a byte.
 void readSmall(const uint8_t* data, unsigned bits, uint64_t bit, std::size_t count, uint16_t* out) noexcept {
   const unsigned mask = (1u << bits) - 1;
-  for (std::size_t i = 0; i < count; ++i, bit += bits) {
-    out[i] = static_cast<uint16_t>(data[bit / 8] >> bit % 8 & mask);
-  }
+  for (std::size_t i = 0; i < count; ++i, bit += bits) out[i] = static_cast<uint16_t>(data[bit / 8] >> bit % 8 & mask);
 }
 
 // Two samples in three bytes: high bits of the first, low bits of both, high bits of the second.
@@ -79,18 +77,15 @@ void readPairs(const uint8_t* data, const uint8_t* end, uint64_t first, std::siz
 
 void readWords(const uint8_t* from, bool swapped, unsigned shift, std::size_t count, uint16_t* out) noexcept {
   std::memcpy(out, from, 2 * count);
-  if (swapped) {
+  if (swapped)
     for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<uint16_t>(out[i] << 8 | out[i] >> 8);
-  }
-  if (shift != 0) {
+  if (shift != 0)
     for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<uint16_t>(out[i] >> shift);
-  }
 }
 
 void readWord32(const uint8_t* row, uint64_t first, std::size_t count, uint16_t* out) noexcept {
-  for (uint64_t sample = first; count > 0; ++sample, --count) {
+  for (uint64_t sample = first; count > 0; ++sample, --count)
     *out++ = static_cast<uint16_t>(load(row + sample / 3 * 4, 4) >> 10 * (sample % 3) & 0x3ff);
-  }
 }
 
 // Each sample is stretched to 8 bits by repeating its high bits.
@@ -138,11 +133,10 @@ void SampleReader::readSaturated(uint64_t row, uint64_t first, std::size_t count
 void SampleReader::read(uint64_t row, uint64_t first, std::size_t count, uint16_t* out) const noexcept {
   const uint8_t* from = data_ + row / rowsPerPlane_ * planeBytes_;
   uint64_t sample = first;
-  if (stride_ != 0) {
+  if (stride_ != 0)
     from += row % rowsPerPlane_ * stride_;
-  } else {
+  else
     sample += row % rowsPerPlane_ * samplesPerRow_;
-  }
   switch (format_.packing) {
     case Packing::Bytes:
       if (format_.sampleBits == 16) return readWords(from + 2 * sample, swapped_, shift_, count, out);
@@ -156,12 +150,9 @@ void SampleReader::read(uint64_t row, uint64_t first, std::size_t count, uint16_
     case Packing::Pairs:
       if (format_.significantBits == 10) return readPairs<10>(from, end_, sample, count, out);
       return readPairs<12>(from, end_, sample, count, out);
-    case Packing::Word32:
-      return readWord32(from, sample, count, out);
-    case Packing::Rgb565:
-      return readRgb565(from, sample, count, out);
-    case Packing::Other:
-      return;
+    case Packing::Word32: return readWord32(from, sample, count, out);
+    case Packing::Rgb565: return readRgb565(from, sample, count, out);
+    case Packing::Other: return;
   }
 }
 

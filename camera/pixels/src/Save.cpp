@@ -37,12 +37,10 @@ class Memory : public Output {
 };
 
 Result checkOptions(const SaveOptions& options) noexcept {
-  if (options.pngLevel < 0 || options.pngLevel > 9) {
+  if (options.pngLevel < 0 || options.pngLevel > 9)
     return failure(Code::BadArgument, "PNG has levels from 0 to 9, not {}", options.pngLevel);
-  }
-  if (options.jpegQuality < 1 || options.jpegQuality > 100) {
+  if (options.jpegQuality < 1 || options.jpegQuality > 100)
     return failure(Code::BadArgument, "JPEG has qualities from 1 to 100, not {}", options.jpegQuality);
-  }
   return {};
 }
 
@@ -83,9 +81,8 @@ FileKind fileKind(std::string_view path) noexcept {
   const auto dot = path.rfind('.');
   const std::string_view ending = dot == path.npos ? std::string_view() : path.substr(dot + 1);
   const auto same = [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; };
-  for (const auto& [text, kind] : kEndings) {
+  for (const auto& [text, kind] : kEndings)
     if (std::ranges::equal(ending, text, same)) return kind;
-  }
   return FileKind::Unknown;
 }
 
@@ -94,10 +91,9 @@ Result save(const ImageView& image, const char* path, const SaveOptions& options
     if (path == nullptr) return failure(Code::BadArgument, "there is no file name");
     if (auto bad = checkOptions(options); !bad) return bad;
     Saved made{fileKind(path), path, 0};
-    if (made.kind == FileKind::Unknown) {
+    if (made.kind == FileKind::Unknown)
       return failure(Code::BadArgument,
                      "the name ends with none of .png .tif .tiff .pgm .ppm .pnm .npy .jpg .jpeg .raw: {}", path);
-    }
     if (!takes(made.kind, describe(image.format))) {
       made.kind = FileKind::Raw;
       made.path += ".raw";
@@ -117,9 +113,8 @@ Result save(const ImageView& image, const char* path, const SaveOptions& options
 
 Result encode(const ImageView& image, FileKind kind, const SaveOptions& options, std::vector<uint8_t>& file) noexcept {
   return withMemory([&]() -> Result {
-    if (kind != FileKind::Png && kind != FileKind::Jpeg) {
+    if (kind != FileKind::Png && kind != FileKind::Jpeg)
       return failure(Code::BadArgument, "only PNG and JPEG are made in memory");
-    }
     if (auto bad = checkOptions(options); !bad) return bad;
     if (auto bad = checkReadable(image); !bad) return bad;
     const Shape shape = shapeOf(image, kind, options);

@@ -41,9 +41,8 @@ void finish(ChannelStatistics& channel, const uint64_t* counts, std::size_t size
 
 Result measure(const ImageView& image, const Region& region, Statistics& statistics) noexcept {
   if (auto bad = checkReadable(image); !bad) return bad;
-  if (region.x >= image.width || region.y >= image.height || region.width == 0 || region.height == 0) {
+  if (region.x >= image.width || region.y >= image.height || region.width == 0 || region.height == 0)
     return failure(Code::BadSize, "the region is outside of the image of {} x {} pixels", image.width, image.height);
-  }
   const PixelSamples samples(image);
   statistics = {};
   statistics.channelCount = static_cast<uint8_t>(samples.channelCount());
@@ -63,9 +62,8 @@ Result measure(const ImageView& image, const Region& region, Statistics& statist
         samples.read(index, from, y, count, values);
         uint64_t* const even = counts.get() + samples.channelOf(index, 0, y) * size;
         uint64_t* const odd = counts.get() + samples.channelOf(index, 1, y) * size;
-        for (std::size_t i = from < region.x ? region.x - from : 0; i < count; ++i) {
+        for (std::size_t i = from < region.x ? region.x - from : 0; i < count; ++i)
           ++((from + i) % 2 == 0 ? even : odd)[values[i]];
-        }
       }
     }
   }

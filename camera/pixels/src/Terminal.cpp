@@ -19,9 +19,8 @@ Result check(const RgbView& picture) noexcept {
   if (picture.width == 0 || picture.height == 0) return failure(Code::BadSize, "the picture is empty");
   if (stride < row) return failure(Code::BadSize, "a stride of {} bytes is less than a row of {}", stride, row);
   if (__builtin_mul_overflow(stride, picture.height - 1, &bytes) || __builtin_add_overflow(bytes, row, &bytes) ||
-      bytes > picture.size) {
+      bytes > picture.size)
     return failure(Code::BadSize, "{} rows of {} bytes are not in {} bytes", picture.height, stride, picture.size);
-  }
   if (picture.data == nullptr) return failure(Code::BadArgument, "the picture has no memory");
   return {};
 }
@@ -40,9 +39,8 @@ unsigned nearestOf256(const Colour& colour) noexcept {
   unsigned place[3];
   for (std::size_t i = 0; i < 3; ++i) {
     place[i] = 0;
-    for (unsigned step = 1; step < 6; ++step) {
+    for (unsigned step = 1; step < 6; ++step)
       if (std::abs(kSteps[step] - colour[i]) < std::abs(kSteps[place[i]] - colour[i])) place[i] = step;
-    }
   }
   const int mean = (colour[0] + colour[1] + colour[2]) / 3;
   const int gray = std::clamp((mean - 3) / 10, 0, 23), level = 8 + 10 * gray;
@@ -52,11 +50,10 @@ unsigned nearestOf256(const Colour& colour) noexcept {
 }
 
 void appendColour(std::string& text, bool ground, const Colour& colour, TerminalColours colours) {
-  if (colours == TerminalColours::True) {
+  if (colours == TerminalColours::True)
     text += formatted("\x1b[{};2;{};{};{}m", ground ? 48 : 38, colour[0], colour[1], colour[2]);
-  } else {
+  else
     text += formatted("\x1b[{};5;{}m", ground ? 48 : 38, nearestOf256(colour));
-  }
 }
 
 }  // namespace
@@ -67,9 +64,8 @@ Result shrink(const RgbView& picture, uint32_t width, uint32_t height, uint8_t* 
     return failure(Code::BadSize, "{} x {} pixels cannot be shrunk to {} x {}", picture.width, picture.height, width,
                    height);
   }
-  if (out == nullptr || size / 3 / width < height) {
+  if (out == nullptr || size / 3 / width < height)
     return failure(Code::BadSize, "{} x {} pixels do not fit into {} bytes", width, height, out == nullptr ? 0 : size);
-  }
   const auto edge = [](uint64_t index, uint64_t from, uint64_t to) { return index * from / to; };
   for (uint32_t y = 0; y < height; ++y) {
     const uint64_t top = edge(y, picture.height, height), bottom = edge(y + uint64_t{1}, picture.height, height);
@@ -78,9 +74,8 @@ Result shrink(const RgbView& picture, uint32_t width, uint32_t height, uint8_t* 
       uint64_t sums[3] = {};
       for (uint64_t row = top; row < bottom; ++row) {
         const uint8_t* const from = rowOf(picture, row);
-        for (uint64_t i = 3 * left; i < 3 * right; i += 3) {
+        for (uint64_t i = 3 * left; i < 3 * right; i += 3)
           for (std::size_t c = 0; c < 3; ++c) sums[c] += from[i + c];
-        }
       }
       const uint64_t count = (bottom - top) * (right - left);
       for (const uint64_t sum : sums) *out++ = static_cast<uint8_t>((sum + count / 2) / count);

@@ -19,9 +19,7 @@ struct Stream {
   Result result;
 };
 
-Stream& of(thandle_t handle) {
-  return *static_cast<Stream*>(handle);
-}
+Stream& of(thandle_t handle) { return *static_cast<Stream*>(handle); }
 
 tmsize_t onWrite(thandle_t handle, void* bytes, tmsize_t count) {
   Stream& stream = of(handle);
@@ -45,13 +43,9 @@ toff_t onSeek(thandle_t handle, toff_t offset, int from) {
   return stream.position;
 }
 
-int onClose(thandle_t) {
-  return 0;
-}
+int onClose(thandle_t) { return 0; }
 
-toff_t onSize(thandle_t handle) {
-  return of(handle).file.size();
-}
+toff_t onSize(thandle_t handle) { return of(handle).file.size(); }
 
 int onError(TIFF*, void* user, const char*, const char* format, va_list values) {
   auto& stream = *static_cast<Stream*>(user);
@@ -63,9 +57,7 @@ int onError(TIFF*, void* user, const char*, const char* format, va_list values) 
   return 1;  // nobody else prints it
 }
 
-int onWarning(TIFF*, void*, const char*, const char*, va_list) {
-  return 1;
-}
+int onWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
 
 bool describeTo(TIFF* tiff, const ImageView& image, const Shape& shape, uint32_t rowsPerStrip) {
   return TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width) == 1 &&

@@ -39,17 +39,14 @@ Result unpack(const ImageView& image, const SampleBuffer& out, Align align, Rows
   OutputMemory memory{out.data, out.size, out.stride, out.sampleBits};
   uint64_t end = 0;
   if (auto bad = memory.check(samples, height, out.firstRow, rows, end); !bad) return bad;
-  if (out.sampleBits == 8 && reader.format().sampleBits > 8) {
+  if (out.sampleBits == 8 && reader.format().sampleBits > 8)
     return failure(Code::BadArgument, "samples of {} need 16 bits", reader.format().name);
-  }
   const unsigned left = align == Align::High ? out.sampleBits - reader.significantBits() : 0;
-  for (uint64_t y = rows.first; y < end; ++y) {
-    if (out.sampleBits == 8) {
+  for (uint64_t y = rows.first; y < end; ++y)
+    if (out.sampleBits == 8)
       unpackRow(reader, y, samples, left, memory.row<uint8_t>(y - out.firstRow));
-    } else {
+    else
       unpackRow(reader, y, samples, left, memory.row<uint16_t>(y - out.firstRow));
-    }
-  }
   return {};
 }
 

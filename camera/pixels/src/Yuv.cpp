@@ -14,13 +14,10 @@ struct Weights {
 
 Weights weightsOf(Matrix matrix) noexcept {
   switch (matrix) {
-    case Matrix::Bt709:
-      return {0.2126, 0.0722};
-    case Matrix::Bt2020:
-      return {0.2627, 0.0593};
+    case Matrix::Bt709: return {0.2126, 0.0722};
+    case Matrix::Bt2020: return {0.2627, 0.0593};
     case Matrix::Bt601Full:
-    case Matrix::Bt601:
-      break;
+    case Matrix::Bt601: break;
   }
   return {0.299, 0.114};
 }

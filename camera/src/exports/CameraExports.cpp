@@ -45,9 +45,7 @@ uint32_t OxCameraOpenEx(const char* Name, const TCameraOptions* Options, OXCAMER
   return open(Name, Options, Camera);
 }
 
-bool IsCamera(OXCAMERA Object) {
-  return static_cast<bool>(resolve<CameraObject>(Object));
-}
+bool IsCamera(OXCAMERA Object) { return static_cast<bool>(resolve<CameraObject>(Object)); }
 
 uint32_t OxCameraClose(OXCAMERA Camera) {
   return onCamera(Camera, [](Session& session) { session.close(); });
@@ -130,9 +128,8 @@ uint32_t OxCameraOnLoss(OXCAMERA Camera, TCameraLoss Callback, void* pUserData, 
       return;
     }
     object->session->onLoss([weak = object->weak_from_this(), Callback, user](const std::string& reason) {
-      if (const auto camera = weak.lock()) {
+      if (const auto camera = weak.lock())
         Callback(static_cast<OXCAMERA>(static_cast<void*>(camera.container())), reason.c_str(), user.get());
-      }
     });
   });
 }

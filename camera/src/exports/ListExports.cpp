@@ -64,10 +64,9 @@ uint32_t OxCameraNoteCount(OXCAMERALIST List, size_t& Count) {
 
 uint32_t OxCameraNote(OXCAMERALIST List, size_t Index, TCameraNote& Kind, char* Text, size_t& TextSize) {
   return onList(List, [&](const CameraList& list) {
-    if (Index >= list.notes().size()) {
+    if (Index >= list.notes().size())
       throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Index out of range: " + std::to_string(Index) + " of " +
                                                          std::to_string(list.notes().size()) + " notes");
-    }
     const Note& note = list.notes()[Index];
     Kind = static_cast<TCameraNote>(note.kind);
     giveText(shown(note.text), Text, TextSize);

@@ -11,20 +11,14 @@ namespace {
 
 uint32_t codeOf(pixels::Code code) {
   switch (code) {
-    case pixels::Code::Ok:
-      return OXGENAPI_OK;
+    case pixels::Code::Ok: return OXGENAPI_OK;
     case pixels::Code::BadArgument:
-    case pixels::Code::BadSize:
-      return OXGENAPI_E_INVALID_ARGUMENT;
-    case pixels::Code::Unsupported:
-      return OXGENAPI_E_NOT_SUPPORTED;
-    case pixels::Code::Exists:
-      return OXGENAPI_E_ACCESS_DENIED;
-    case pixels::Code::NoMemory:
-      return OXGENAPI_E_OUT_OF_MEMORY;
+    case pixels::Code::BadSize: return OXGENAPI_E_INVALID_ARGUMENT;
+    case pixels::Code::Unsupported: return OXGENAPI_E_NOT_SUPPORTED;
+    case pixels::Code::Exists: return OXGENAPI_E_ACCESS_DENIED;
+    case pixels::Code::NoMemory: return OXGENAPI_E_OUT_OF_MEMORY;
     case pixels::Code::Io:
-    case pixels::Code::BadFile:
-      break;
+    case pixels::Code::BadFile: break;
   }
   return OXCAMERA_E_FAILED;
 }
@@ -34,9 +28,8 @@ void require(const pixels::Result& result) {
 }
 
 pixels::ImageView viewOf(const TImage* image) {
-  if (image == nullptr || image->StructSize != sizeof *image) {
+  if (image == nullptr || image->StructSize != sizeof *image)
     throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This is no TImage: StructSize");
-  }
   const TImagePart& part = image->Part;
   if (part.Data == nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "The image has no pixels");
   pixels::ImageView view;
@@ -57,9 +50,8 @@ uint32_t OxCameraSaveImage(const TImage* Image, const char* Path, const TSaveOpt
                            size_t& SavedSize) {
   return guarded([&] {
     if (Path == nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "There is no file name");
-    if (Options != nullptr && Options->StructSize != sizeof *Options) {
+    if (Options != nullptr && Options->StructSize != sizeof *Options)
       throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "These are no save options: StructSize");
-    }
     pixels::SaveOptions options;
     if (Options != nullptr) {
       options.overwrite = Options->Overwrite != 0;

@@ -33,9 +33,8 @@ uint32_t OxCameraStart(OXCAMERA Camera, size_t BufferCount) {
 uint32_t OxCameraStartEx(OXCAMERA Camera, const TStreamOptions* Options) {
   return onStream(Camera, [&](Acquisition& acquisition) {
     const TStreamOptions& options = checked(Options, "TStreamOptions");
-    if (options.StructSize != sizeof options || options.PacketSize > PS_Number || options.Receive > RM_Packet) {
+    if (options.StructSize != sizeof options || options.PacketSize > PS_Number || options.Receive > RM_Packet)
       throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "These are no stream options: StructSize, PacketSize or Receive");
-    }
     acquisition.start(options);
   });
 }
@@ -68,9 +67,8 @@ uint32_t OxCameraCancelWait(OXCAMERA Camera) {
 
 uint32_t OxCameraStreamStatistics(OXCAMERA Camera, TStreamStatistics* Statistics) {
   return onStream(Camera, [&](Acquisition& acquisition) {
-    if (checked(Statistics, "TStreamStatistics").StructSize != sizeof *Statistics) {
+    if (checked(Statistics, "TStreamStatistics").StructSize != sizeof *Statistics)
       throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This is no TStreamStatistics: StructSize");
-    }
     *Statistics = acquisition.statistics();
     Statistics->StructSize = sizeof *Statistics;
   });

@@ -21,9 +21,7 @@ using OnLost = std::function<void(const std::string&)>;
 constexpr size_t kWord = 4;  // GigE Vision moves memory in words
 constexpr std::string_view kUsb = "usb ";
 
-std::string textOrEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
+std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 // Takes the error over.
 class DriverError {
@@ -142,9 +140,8 @@ class AravisGige final : public AravisDevice, private gige::Registers {
   // access of the library holds up.
   void ping() override {
     try {
-      if ((pings_.readRegister(gige::kControlPrivilege) & (gige::kControl | gige::kExclusive)) == 0) {
+      if ((pings_.readRegister(gige::kControlPrivilege) & (gige::kControl | gige::kExclusive)) == 0)
         throw TransportError(Reason::lost, "control of the camera has gone");
-      }
     } catch (const TransportError& error) {
       if (error.reason() != Reason::refused) throw;  // an answer all the same
     }
@@ -219,9 +216,8 @@ void silence() {
   static std::once_flag once;
   std::call_once(once, [] {
     const auto drop = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
-    for (const char* domain : {"Aravis", "XML"}) {
+    for (const char* domain : {"Aravis", "XML"})
       g_log_set_handler(domain, static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK), drop, nullptr);
-    }
   });
 }
 

@@ -29,62 +29,41 @@ uint64_t numberIn(const char* file) {
 
 Payload payloadOf(ArvBufferPayloadType type) {
   switch (type) {
-    case ARV_BUFFER_PAYLOAD_TYPE_NO_DATA:
-      return Payload::none;
-    case ARV_BUFFER_PAYLOAD_TYPE_IMAGE:
-      return Payload::image;
-    case ARV_BUFFER_PAYLOAD_TYPE_RAWDATA:
-      return Payload::raw;
-    case ARV_BUFFER_PAYLOAD_TYPE_FILE:
-      return Payload::file;
+    case ARV_BUFFER_PAYLOAD_TYPE_NO_DATA: return Payload::none;
+    case ARV_BUFFER_PAYLOAD_TYPE_IMAGE: return Payload::image;
+    case ARV_BUFFER_PAYLOAD_TYPE_RAWDATA: return Payload::raw;
+    case ARV_BUFFER_PAYLOAD_TYPE_FILE: return Payload::file;
     case ARV_BUFFER_PAYLOAD_TYPE_CHUNK_DATA:
-    case ARV_BUFFER_PAYLOAD_TYPE_EXTENDED_CHUNK_DATA:
-      return Payload::chunks;
-    case ARV_BUFFER_PAYLOAD_TYPE_JPEG:
-      return Payload::jpeg;
-    case ARV_BUFFER_PAYLOAD_TYPE_JPEG2000:
-      return Payload::jpeg2000;
-    case ARV_BUFFER_PAYLOAD_TYPE_H264:
-      return Payload::h264;
-    case ARV_BUFFER_PAYLOAD_TYPE_MULTIPART:
-      return Payload::multiPart;
-    default:
-      return Payload::unknown;
+    case ARV_BUFFER_PAYLOAD_TYPE_EXTENDED_CHUNK_DATA: return Payload::chunks;
+    case ARV_BUFFER_PAYLOAD_TYPE_JPEG: return Payload::jpeg;
+    case ARV_BUFFER_PAYLOAD_TYPE_JPEG2000: return Payload::jpeg2000;
+    case ARV_BUFFER_PAYLOAD_TYPE_H264: return Payload::h264;
+    case ARV_BUFFER_PAYLOAD_TYPE_MULTIPART: return Payload::multiPart;
+    default: return Payload::unknown;
   }
 }
 
 PartKind partKindOf(ArvBufferPartDataType type) {
   switch (type) {
-    case ARV_BUFFER_PART_DATA_TYPE_2D_IMAGE:
-      return PartKind::image;
+    case ARV_BUFFER_PART_DATA_TYPE_2D_IMAGE: return PartKind::image;
     case ARV_BUFFER_PART_DATA_TYPE_2D_PLANE_BIPLANAR:
     case ARV_BUFFER_PART_DATA_TYPE_2D_PLANE_TRIPLANAR:
-    case ARV_BUFFER_PART_DATA_TYPE_2D_PLANE_QUADPLANAR:
-      return PartKind::plane;
+    case ARV_BUFFER_PART_DATA_TYPE_2D_PLANE_QUADPLANAR: return PartKind::plane;
     case ARV_BUFFER_PART_DATA_TYPE_3D_IMAGE:
     case ARV_BUFFER_PART_DATA_TYPE_3D_PLANE_BIPLANAR:
     case ARV_BUFFER_PART_DATA_TYPE_3D_PLANE_TRIPLANAR:
-    case ARV_BUFFER_PART_DATA_TYPE_3D_PLANE_QUADPLANAR:
-      return PartKind::depth;
-    case ARV_BUFFER_PART_DATA_TYPE_CONFIDENCE_MAP:
-      return PartKind::confidence;
-    case ARV_BUFFER_PART_DATA_TYPE_CHUNK_DATA:
-      return PartKind::chunks;
+    case ARV_BUFFER_PART_DATA_TYPE_3D_PLANE_QUADPLANAR: return PartKind::depth;
+    case ARV_BUFFER_PART_DATA_TYPE_CONFIDENCE_MAP: return PartKind::confidence;
+    case ARV_BUFFER_PART_DATA_TYPE_CHUNK_DATA: return PartKind::chunks;
     case ARV_BUFFER_PART_DATA_TYPE_JPEG:
-    case ARV_BUFFER_PART_DATA_TYPE_JPEG2000:
-      return PartKind::compressed;
-    default:
-      return PartKind::other;
+    case ARV_BUFFER_PART_DATA_TYPE_JPEG2000: return PartKind::compressed;
+    default: return PartKind::other;
   }
 }
 
-bool hasPixels(PartKind kind) {
-  return kind >= PartKind::image && kind <= PartKind::confidence;
-}
+bool hasPixels(PartKind kind) { return kind >= PartKind::image && kind <= PartKind::confidence; }
 
-uint32_t positive(gint number) {
-  return number < 0 ? 0 : static_cast<uint32_t>(number);
-}
+uint32_t positive(gint number) { return number < 0 ? 0 : static_cast<uint32_t>(number); }
 
 // The driver's failure as ours.
 struct Error {
@@ -106,9 +85,8 @@ class AravisStream final : public Stream {
     ArvStream* const stream = arv_device_create_stream(device, &AravisStream::callBack, this, &error.error);
     if (stream == nullptr) throw TransportError(Reason::failed, "No stream: " + error.text() + usbLimit(device, total));
     if (ARV_IS_GV_STREAM(stream)) configure(stream, request);
-    for (size_t i = 0; i < buffers.size(); ++i) {
+    for (size_t i = 0; i < buffers.size(); ++i)
       buffers_.push_back(arv_buffer_new_full(buffers[i].size, buffers[i].data, reinterpret_cast<void*>(i), nullptr));
-    }
     stream_ = stream;
   }
 
@@ -144,9 +122,8 @@ class AravisStream final : public Stream {
     Error error;
     timeKnown_ = arv_gv_device_get_timestamp_tick_frequency(device, &error.error) != 0;
     const bool allowed = mayUsePacketSockets();
-    if (request.receive == Receive::packet && !allowed) {
+    if (request.receive == Receive::packet && !allowed)
       throw TransportError(Reason::noPermission, "A packet socket needs the capability CAP_NET_RAW");
-    }
     const bool packet =
         request.receive == Receive::packet || (request.receive == Receive::automatic && allowed && !loopback);
     facts_.receive = packet ? Receive::packet : Receive::standard;

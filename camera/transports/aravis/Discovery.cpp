@@ -103,21 +103,18 @@ void DiscoveryRun::open() {
   }
   std::vector<std::string> missing;
   interfaces_ = networkInterfaces(&missing);
-  for (const std::string& name : missing) {
+  for (const std::string& name : missing)
     note(Note::Kind::interfaceFailed, name + " of OXGENAPI_INTERFACES is no interface of this machine");
-  }
   for (const NetworkInterface& interface : interfaces_) {
     add(interface, interface.loopback ? interface.address : INADDR_BROADCAST,
         interface.name + " (" + interface.text() + ")");
   }
   const char* addresses = std::getenv("OXGENAPI_ADDRESSES");
-  for (const std::string& text : splitList(addresses == nullptr ? "" : addresses)) {
-    if (const auto address = parseIpv4(text)) {
+  for (const std::string& text : splitList(addresses == nullptr ? "" : addresses))
+    if (const auto address = parseIpv4(text))
       add(std::nullopt, *address, text);
-    } else {
+    else
       note(Note::Kind::interfaceFailed, text + " of OXGENAPI_ADDRESSES is no IPv4 address");
-    }
-  }
 }
 
 // Bound to no address: a camera of another subnet can answer by broadcast only.
@@ -135,9 +132,8 @@ void DiscoveryRun::add(std::optional<NetworkInterface> interface, Ipv4 to, std::
 }
 
 void DiscoveryRun::askAll() {
-  for (Asker& asker : askers_) {
+  for (Asker& asker : askers_)
     if (!asker.failed) ask(asker);
-  }
 }
 
 void DiscoveryRun::ask(Asker& asker) {
@@ -317,20 +313,16 @@ void DiscoveryRun::acceptRegister(Found& found, size_t which, uint32_t value) {
       if (value > 0 && value <= 1'000'000) facts.linkSpeed = uint64_t{value} * 1'000'000;
       break;
     case kControllerAddress:
-      if (value != 0 && facts.reach == Reach::busy) {
+      if (value != 0 && facts.reach == Reach::busy)
         facts.obstacle.replace(0, strlen("another program"), "a program at " + ipv4Text(value));
-      }
       break;
-    default:
-      break;
+    default: break;
   }
 }
 
 bool DiscoveryRun::isEnough() const {
   const bool complete = std::all_of(found_.begin(), found_.end(), [](const Found& found) { return found.complete(); });
-  if (!search_.address.empty()) {
-    return (!found_.empty() && complete) || askers_.empty() || askers_.front().failed;
-  }
+  if (!search_.address.empty()) return (!found_.empty() && complete) || askers_.empty() || askers_.front().failed;
   if (!search_.wanted) return false;
   return complete && std::any_of(found_.begin(), found_.end(), [this](const Found& found) {
            return Clock::now() - found.time > kSettle && search_.wanted(found.facts);
@@ -346,9 +338,8 @@ Findings DiscoveryRun::finish() {
                                       (count == 1 ? " camera answered" : " cameras answered"));
     }
   }
-  if (askers_.empty() && search_.address.empty()) {
+  if (askers_.empty() && search_.address.empty())
     note(Note::Kind::interfaceFailed, "no network interface with an IPv4 address is up");
-  }
   for (Found& found : found_) findings_.cameras.push_back(std::move(found.facts));
   if (found_.empty()) {
     note(Note::Kind::advice,
@@ -360,9 +351,7 @@ Findings DiscoveryRun::finish() {
 
 }  // namespace
 
-std::string placeText(Place place) {
-  return ipv4Text(place.camera) + " " + ipv4Text(place.own);
-}
+std::string placeText(Place place) { return ipv4Text(place.camera) + " " + ipv4Text(place.own); }
 
 Place parsePlace(const std::string& text) {
   const size_t blank = text.find(' ');
@@ -372,8 +361,6 @@ Place parsePlace(const std::string& text) {
   return {*camera, *own};
 }
 
-Findings discover(const Search& search) {
-  return DiscoveryRun(search).run();
-}
+Findings discover(const Search& search) { return DiscoveryRun(search).run(); }
 
 }  // namespace ox::camera::gige

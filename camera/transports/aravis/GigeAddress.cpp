@@ -29,14 +29,11 @@ constexpr size_t kCandidates = 32;
 constexpr Milliseconds kNeighbourTime{1000};  // in which a neighbour that is there answers
 constexpr Milliseconds kForceTime{1000};
 
-Ipv4 number(const std::string& text) {
-  return parseIpv4(text).value_or(0);
-}
+Ipv4 number(const std::string& text) { return parseIpv4(text).value_or(0); }
 
 NetworkInterface interfaceOf(const CameraFacts& camera) {
-  for (const NetworkInterface& interface : networkInterfaces()) {
+  for (const NetworkInterface& interface : networkInterfaces())
     if (interface.name == camera.interface && interface.text() == camera.interfaceAddress) return interface;
-  }
   throw TransportError(Reason::failed, "The interface '" + camera.interface + "' on which the camera answered is gone");
 }
 
@@ -93,9 +90,8 @@ NetworkAddress propose(const CameraFacts& camera) {
     if (host && candidates.size() < kCandidates) candidates.push_back(address);
   };
   consider(network | (number(camera.address) & size));  // its own number, in the network of the interface
-  for (uint32_t host = 1; host < size && candidates.size() < kCandidates; ++host) {
+  for (uint32_t host = 1; host < size && candidates.size() < kCandidates; ++host)
     consider(network + (interface.address - network + host) % (size + 1));
-  }
   const Socket socket = openSocket(interface.address);
   for (const Ipv4 candidate : candidates) {
     sockaddr_in to{};
@@ -111,14 +107,12 @@ NetworkAddress propose(const CameraFacts& camera) {
   sockaddr_in from{};
   for (socklen_t length = sizeof from;
        recvfrom(socket.get(), room.data(), room.size(), 0, reinterpret_cast<sockaddr*>(&from), &length) >= 0;
-       length = sizeof from) {
+       length = sizeof from)
     taken.insert(ntohl(from.sin_addr.s_addr));
-  }
   const auto isFree =
       std::find_if(candidates.begin(), candidates.end(), [&](Ipv4 address) { return !taken.contains(address); });
-  if (isFree == candidates.end()) {
+  if (isFree == candidates.end())
     throw TransportError(Reason::failed, "Every address that was tried on " + interface.name + " is in use");
-  }
   return {ipv4Text(*isFree), ipv4Text(interface.mask), "0.0.0.0"};
 }
 
@@ -147,9 +141,8 @@ void force(const CameraFacts& camera, const NetworkAddress& address) {
   to.sin_port = htons(kGvcpPort);
   to.sin_addr.s_addr = htonl(interface.loopback ? parsePlace(camera.place).camera : INADDR_BROADCAST);
   const auto packet = request(kWantsAnswer | kBroadcastAnswer, kForceAddress, 1, payload);
-  if (sendto(socket.get(), packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to) < 0) {
+  if (sendto(socket.get(), packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to) < 0)
     throw TransportError(Reason::failed, interface.name + " does not send: " + strerror(errno));
-  }
   std::array<uint8_t, kMaxPacket> room;
   for (const auto end = Clock::now() + kForceTime; Clock::now() < end;) {
     pollfd ready{socket.get(), POLLIN, 0};

@@ -30,14 +30,11 @@ sockaddr_in addressOf(Ipv4 address, uint16_t port) {
   return result;
 }
 
-bool isWrite(Command command) {
-  return command == kWriteRegister || command == kWriteMemory;
-}
+bool isWrite(Command command) { return command == kWriteRegister || command == kWriteMemory; }
 
 uint32_t registerAddress(uint64_t address, size_t length) {
-  if (length > std::numeric_limits<uint32_t>::max() || address > std::numeric_limits<uint32_t>::max() - length) {
+  if (length > std::numeric_limits<uint32_t>::max() || address > std::numeric_limits<uint32_t>::max() - length)
     throw TransportError(Reason::refused, "A GigE Vision camera has no registers beyond 32 bits");
-  }
   return static_cast<uint32_t>(address);
 }
 
@@ -50,18 +47,16 @@ Socket::~Socket() {
 Socket openSocket(Ipv4 own) {
   Socket socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const sockaddr_in from = addressOf(own, 0);
-  if (socket.get() < 0 || bind(socket.get(), reinterpret_cast<const sockaddr*>(&from), sizeof from) != 0) {
+  if (socket.get() < 0 || bind(socket.get(), reinterpret_cast<const sockaddr*>(&from), sizeof from) != 0)
     throw TransportError(Reason::failed, "No socket on " + ipv4Text(own) + ": " + strerror(errno));
-  }
   return socket;
 }
 
 GvcpChannel::GvcpChannel(Ipv4 camera, Ipv4 own, Milliseconds answerTime)
     : socket_(openSocket(own)), answerTime_(answerTime) {
   const sockaddr_in to = addressOf(camera, kGvcpPort);
-  if (connect(socket_.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0) {
+  if (connect(socket_.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0)
     throw TransportError(Reason::unreachable, "No way to " + ipv4Text(camera) + ": " + strerror(errno));
-  }
 }
 
 std::optional<std::vector<uint8_t>> GvcpChannel::askOnce(Command command, std::span<const uint8_t> packet, uint16_t id,
@@ -140,9 +135,8 @@ void GvcpChannel::readWords(uint8_t* to, uint32_t address, size_t length) {
     append(payload, address + static_cast<uint32_t>(done));
     append(payload, static_cast<uint32_t>(part));
     const std::vector<uint8_t> answer = ask(kReadMemory, payload);
-    if (answer.size() != kWord + part) {
+    if (answer.size() != kWord + part)
       throw TransportError(Reason::failed, "The camera answered a read with a wrong number of bytes");
-    }
     std::copy(answer.begin() + kWord, answer.end(), to + done);
     done += part;
   }

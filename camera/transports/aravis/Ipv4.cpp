@@ -53,20 +53,16 @@ std::optional<Ipv4> parseIpv4(const std::string& text) {
 std::vector<std::string> splitList(std::string_view list) {
   std::vector<std::string> parts;
   std::string part;
-  for (const char c : list) {
-    if (c != ',' && c != ' ') {
+  for (const char c : list)
+    if (c != ',' && c != ' ')
       part += c;
-    } else if (!part.empty()) {
+    else if (!part.empty())
       parts.push_back(std::exchange(part, {}));
-    }
-  }
   if (!part.empty()) parts.push_back(part);
   return parts;
 }
 
-std::string NetworkInterface::text() const {
-  return ipv4Text(address) + "/" + std::to_string(std::popcount(mask));
-}
+std::string NetworkInterface::text() const { return ipv4Text(address) + "/" + std::to_string(std::popcount(mask)); }
 
 uint64_t NetworkInterface::speed() const {
   std::ifstream file("/sys/class/net/" + name + "/speed");
@@ -102,13 +98,11 @@ std::optional<NetworkInterface> interfaceTo(Ipv4 address) {
                       getsockname(socket, reinterpret_cast<sockaddr*>(&own), &length) == 0;
   ::close(socket);
   if (!routed) return std::nullopt;
-  for (const NetworkInterface& interface : allInterfaces()) {
+  for (const NetworkInterface& interface : allInterfaces())
     if (interface.address == ntohl(own.sin_addr.s_addr)) return interface;
-  }
   // On the loopback device every address of the network is its own.
-  for (const NetworkInterface& interface : allInterfaces()) {
+  for (const NetworkInterface& interface : allInterfaces())
     if (interface.loopback && interface.contains(ntohl(own.sin_addr.s_addr))) return interface;
-  }
   return std::nullopt;
 }
 

@@ -17,9 +17,8 @@ class PlainGige final : public Device, private Registers {
       channel_.readRegister(kVersion);
       return;
     }
-    if ((channel_.readRegister(kControlPrivilege) & (kControl | kExclusive)) != 0) {
+    if ((channel_.readRegister(kControlPrivilege) & (kControl | kExclusive)) != 0)
       throw TransportError(Reason::busy, "another program has control");
-    }
     try {
       channel_.writeRegister(kControlPrivilege, kControl);
     } catch (const TransportError& error) {  // another program may have come first

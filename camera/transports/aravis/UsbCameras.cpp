@@ -32,9 +32,7 @@ std::string nodeName(const fs::path& device, const fs::path& nodes) {
   return (nodes / name).string();
 }
 
-bool isHeld(const std::string& driver) {
-  return !driver.empty();
-}
+bool isHeld(const std::string& driver) { return !driver.empty(); }
 
 }  // namespace
 

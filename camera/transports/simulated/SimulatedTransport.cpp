@@ -25,9 +25,7 @@ class SimulatedDevice final : public Device {
 
   void read(void* buffer, uint64_t address, size_t length) override {
     unit_->read(opening_, buffer, address, length);
-    if (isSwapped(length)) {
-      std::reverse(static_cast<uint8_t*>(buffer), static_cast<uint8_t*>(buffer) + length);
-    }
+    if (isSwapped(length)) std::reverse(static_cast<uint8_t*>(buffer), static_cast<uint8_t*>(buffer) + length);
   }
 
   void write(const void* buffer, uint64_t address, size_t length) override {
@@ -100,9 +98,7 @@ class SimulatedTransport final : public Transport {
     const char* text = std::getenv("OXGENAPI_SIMULATED");
     try {
       std::vector<UnitConfig> units = parseUnits(text == nullptr ? "" : text);
-      if (!search.address.empty()) {
-        units.assign(1, parseUnits(std::string(kName) + ",serial=SIM01").front());
-      }
+      if (!search.address.empty()) units.assign(1, parseUnits(std::string(kName) + ",serial=SIM01").front());
       for (const UnitConfig& config : units) {
         const std::shared_ptr<SimulatedUnit> unit = unitOf(config);
         if (unit->isThere()) findings.cameras.push_back(unit->facts());

@@ -83,9 +83,8 @@ void SimulatedUnit::touch(const Opening& opening) {
   const auto now = Clock::now();
   if (!opening.control) return;
   if (controller_ == opening.number && now - contact_ > config_.heartbeat) controller_ = 0;
-  if (controller_ != opening.number) {
+  if (controller_ != opening.number)
     throw TransportError(Reason::lost, "control went to another program, or no heartbeat came in time");
-  }
   contact_ = now;
 }
 
@@ -95,9 +94,8 @@ bool SimulatedUnit::answers(std::unique_lock<std::mutex>& lock, const Opening& o
   const bool inTime = !silent && late_ <= opening.answerTime;
   const Milliseconds wait = inTime ? late_ : opening.answerTime;
   if (!silent && lateCount_ > 0 && --lateCount_ == 0) late_ = Milliseconds{0};
-  if (changed_.wait_for(lock, wait, [&] { return abandoned_ >= opening.number || !isThereLocked(); })) {
+  if (changed_.wait_for(lock, wait, [&] { return abandoned_ >= opening.number || !isThereLocked(); }))
     throw TransportError(Reason::lost, isThereLocked() ? "the access was given up" : kUnplugged);
-  }
   return inTime;
 }
 
@@ -172,13 +170,12 @@ bool SimulatedUnit::readFault(void* buffer, uint64_t address, size_t length) con
 bool SimulatedUnit::writeFault(const void* buffer, uint64_t address, size_t length) {
   if (length != kWord || address < OX_FAULT_LATE_MS || address > OX_FAULT_LOSE_FRAMES) return false;
   const uint32_t value = number(buffer);
-  if (address == OX_FAULT_DELAY_MS) {
+  if (address == OX_FAULT_DELAY_MS)
     delay_ = Milliseconds{value};
-  } else if (delay_.count() > 0) {
+  else if (delay_.count() > 0)
     due_ = {Clock::now() + std::exchange(delay_, Milliseconds{0}), address, value};
-  } else {
+  else
     begin(address, value);
-  }
   return true;
 }
 
@@ -196,9 +193,7 @@ void SimulatedUnit::begin(uint64_t address, uint32_t value) {
       late_ = Milliseconds{value};
       lateCount_ = 0;
       break;
-    case OX_FAULT_LATE_COUNT:
-      lateCount_ = value;
-      break;
+    case OX_FAULT_LATE_COUNT: lateCount_ = value; break;
     case OX_FAULT_UNPLUG_MS:
       pluggedAt_ = end;
       silentUntil_ = {};
@@ -208,20 +203,11 @@ void SimulatedUnit::begin(uint64_t address, uint32_t value) {
       camera_.reset();
       changed_.notify_all();
       break;
-    case OX_FAULT_SILENT_MS:
-      silentUntil_ = end;
-      break;
-    case OX_FAULT_TAKE_OVER:
-      controller_ = 0;
-      break;
-    case OX_FAULT_CUT_FRAMES:
-      cutFrames_ = value;
-      break;
-    case OX_FAULT_LOSE_FRAMES:
-      loseFrames_ = value;
-      break;
-    default:
-      break;
+    case OX_FAULT_SILENT_MS: silentUntil_ = end; break;
+    case OX_FAULT_TAKE_OVER: controller_ = 0; break;
+    case OX_FAULT_CUT_FRAMES: cutFrames_ = value; break;
+    case OX_FAULT_LOSE_FRAMES: loseFrames_ = value; break;
+    default: break;
   }
 }
 

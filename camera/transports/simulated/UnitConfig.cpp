@@ -18,9 +18,8 @@ Value oneOf(const std::map<std::string, Value>& values, const std::string& key, 
 Milliseconds time(const std::string& key, const std::string& value) {
   int64_t number = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-  if (error != std::errc{} || end != value.data() + value.size() || number < 0) {
+  if (error != std::errc{} || end != value.data() + value.size() || number < 0)
     throw std::invalid_argument("'" + value + "' for " + key + " is no number of milliseconds");
-  }
   return Milliseconds{number};
 }
 
@@ -67,9 +66,8 @@ UnitConfig parseUnit(const std::string& text) {
 std::vector<UnitConfig> parseUnits(const std::string& text) {
   std::vector<UnitConfig> units;
   std::istringstream parts(text);
-  for (std::string part; std::getline(parts, part, ';');) {
+  for (std::string part; std::getline(parts, part, ';');)
     if (!part.empty()) units.push_back(parseUnit(part));
-  }
   return units;
 }
 

@@ -43,9 +43,8 @@ class FirmwareUpdater {
     size_t count = 0;
     check(FWUpdateFileInfoCount(handle(), entry, &count));
     std::vector<Info> all;
-    for (size_t index = 0; index < count; ++index) {
+    for (size_t index = 0; index < count; ++index)
       all.push_back({text(entry, index, FUI_Key), text(entry, index, FUI_Value), text(entry, index, FUI_LanguageCode)});
-    }
     return all;
   }
   /// Applies an entry to the device behind `map`. What `reopen` throws ends the update and is thrown on from here.

@@ -102,9 +102,8 @@ class Node {
     check(NListCount(handle(), relation, &count));
     std::vector<std::string> names;
     names.reserve(static_cast<size_t>(count));
-    for (int64_t index = 0; index < count; ++index) {
+    for (int64_t index = 0; index < count; ++index)
       names.push_back(readText([&](char* to, size_t& size) { return NList(handle(), relation, index, to, size); }));
-    }
     return names;
   }
 

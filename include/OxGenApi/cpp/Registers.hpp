@@ -56,9 +56,7 @@ inline int writeRegisters(const void* buffer, int64_t address, int64_t length, v
   return refusedOr([&] { static_cast<Registers*>(registers)->write(buffer, address, length); });
 }
 
-inline TAccessMode registersAccess(void* registers) {
-  return static_cast<Registers*>(registers)->accessMode();
-}
+inline TAccessMode registersAccess(void* registers) { return static_cast<Registers*>(registers)->accessMode(); }
 
 }  // namespace detail
 }  // namespace oxgenapi

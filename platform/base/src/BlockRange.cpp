@@ -104,11 +104,10 @@ ControlBlock* takeBlock() noexcept {
 void retireBlock(ControlBlock& block) noexcept {
   const std::lock_guard lock(rangeMutex);
   block.next = nullptr;
-  if (waitingBlocks == 0) {
+  if (waitingBlocks == 0)
     oldestWaiting = &block;
-  } else {
+  else
     newestWaiting->next = &block;
-  }
   newestWaiting = &block;
   ++waitingBlocks;
 }

@@ -22,9 +22,7 @@ using oxbase::InterfaceTable;
 constexpr uint32_t kUnpublished = ControlBlock::kUnpublished;
 constexpr uint32_t kMostCounts = ControlBlock::kMostCounts;
 
-constexpr uint32_t countOf(uint32_t uses) {
-  return uses & kMostCounts;
-}
+constexpr uint32_t countOf(uint32_t uses) { return uses & kMostCounts; }
 
 // Replaces the count if it is still what was read; otherwise reads it again.
 bool replaceCount(std::atomic<uint32_t>& count, uint32_t& read, uint32_t wanted, std::memory_order order) noexcept {
@@ -72,13 +70,11 @@ int32_t releaseUse(ControlBlock& block) noexcept {
 
 // Searches the interfaces of a block on which a use count is held.
 void* findInterface(const ControlBlock& block, uint64_t id) noexcept {
-  if (block.interfaceId.load(std::memory_order_relaxed) == id) {
+  if (block.interfaceId.load(std::memory_order_relaxed) == id)
     return block.interfacePointer.load(std::memory_order_relaxed);
-  }
   const InterfaceTable* more = block.moreInterfaces.load(std::memory_order_relaxed);
-  for (size_t i = 0; more != nullptr && i < more->count; ++i) {
+  for (size_t i = 0; more != nullptr && i < more->count; ++i)
     if (more->entries[i].Id == id) return more->entries[i].Interface;
-  }
   return nullptr;
 }
 
@@ -95,9 +91,8 @@ int32_t listInterfaces(ORX::IDisposableType& object, InterfaceTable*& table) noe
   int32_t status = count == 0 ? OX_OK : object.ListInterfaces(listed->entries, &count);
   for (size_t i = 0; status >= 0 && i < listed->count; ++i) {
     if (listed->entries[i].Id == 0) status = OX_E_INVALID_ARGUMENT;
-    for (size_t before = 0; before < i; ++before) {
+    for (size_t before = 0; before < i; ++before)
       if (listed->entries[before].Id == listed->entries[i].Id) status = OX_E_INVALID_ARGUMENT;
-    }
   }
   if (status < 0) {
     std::free(listed);
@@ -110,9 +105,8 @@ int32_t listInterfaces(ORX::IDisposableType& object, InterfaceTable*& table) noe
 // The error for publishing a second object. An interface that is already there is reported first.
 int32_t refuseSecondObject(const ControlBlock& block, const InterfaceTable& table) noexcept {
   if ((block.uses.load(std::memory_order_acquire) & kUnpublished) != 0) return OX_E_INVALID_STATE;
-  for (size_t i = 0; i < table.count; ++i) {
+  for (size_t i = 0; i < table.count; ++i)
     if (findInterface(block, table.entries[i].Id) != nullptr) return OX_E_INVALID_ARGUMENT;
-  }
   return OX_E_INVALID_STATE;
 }
 
@@ -128,11 +122,10 @@ int32_t publish(ControlBlock& block, ORX::IDisposableType& object) noexcept {
     block.interfacePointer.store(table->entries[0].Interface, std::memory_order_relaxed);
     block.interfaceId.store(table->entries[0].Id, std::memory_order_relaxed);
   }
-  if (table->count > 1) {
+  if (table->count > 1)
     block.moreInterfaces.store(table, std::memory_order_relaxed);
-  } else {
+  else
     std::free(table);  // the usual case: one interface, kept in the block itself
-  }
   block.object = &object;
   block.uses.fetch_and(~kUnpublished, std::memory_order_release);
   return OX_OK;

@@ -44,9 +44,7 @@ static pthread_key_t threadKey;
 static bool threadKeyMade = false;
 static pthread_once_t threadKeyOnce = PTHREAD_ONCE_INIT;
 
-static void makeThreadKey() {
-  threadKeyMade = pthread_key_create(&threadKey, endOfThread) == 0;
-}
+static void makeThreadKey() { threadKeyMade = pthread_key_create(&threadKey, endOfThread) == 0; }
 }
 
 bool keepLongText(LastError& error, const char* text, size_t length) {

@@ -17,9 +17,8 @@ std::string jsonOf(const Value& value) {
 }
 
 std::string jsonOf(const AttributeValue& value) {
-  if (const auto* real = std::get_if<double>(&value); real != nullptr && !std::isfinite(*real)) {
+  if (const auto* real = std::get_if<double>(&value); real != nullptr && !std::isfinite(*real))
     return std::isnan(*real) ? "\"NaN\"" : *real > 0 ? "\"Infinity\"" : "\"-Infinity\"";
-  }
   return std::visit([](const auto& held) { return jsonOf(held); }, value);
 }
 

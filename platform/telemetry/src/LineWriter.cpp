@@ -65,9 +65,7 @@ void LineWriter::adopt(int descriptor) noexcept {
   mayWait_ = !S_ISREG(status.st_mode) && (fcntl(descriptor, F_GETFL) & O_NONBLOCK) == 0;
 }
 
-void LineWriter::openFile(const char* path) noexcept {
-  adopt(open(path, kOpenFlags | O_CREAT, 0644));
-}
+void LineWriter::openFile(const char* path) noexcept { adopt(open(path, kOpenFlags | O_CREAT, 0644)); }
 
 void LineWriter::openStandardError() noexcept {
   // A terminal or pipe is opened again, so that O_NONBLOCK affects only our descriptor. A regular file is not: it must

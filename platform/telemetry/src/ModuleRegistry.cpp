@@ -35,11 +35,10 @@ void settle(OxTModuleRecord& module) noexcept {
   module.level = environmentLevel();
   if (!module.enabled()) return;
   const char* path = secure_getenv("OX_TELEMETRY_FILE");
-  if (path != nullptr && *path != '\0') {
+  if (path != nullptr && *path != '\0')
     module.writer.openFile(path);
-  } else {
+  else
     module.writer.openStandardError();
-  }
 }
 
 }  // namespace
@@ -58,9 +57,8 @@ OxTModuleRecord& getModule(const char* name, const char* version) {
 
   const std::lock_guard lock(registryMutex);
   OxTModuleRecord* const newest = newestModule.load(std::memory_order_relaxed);
-  for (OxTModuleRecord* known = newest; known != nullptr; known = known->next) {
+  for (OxTModuleRecord* known = newest; known != nullptr; known = known->next)
     if (known->name == module->name && known->version == module->version) return *known;
-  }
   settle(*module);
   module->next = newest;
   newestModule.store(module.get(), std::memory_order_release);

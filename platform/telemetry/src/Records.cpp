@@ -57,17 +57,10 @@ bool attach(oxtelemetry::Attributes& attributes, const OxTAttribute& entry) {
     case OXT_TAG_STRING:
       if (entry.Value.String != nullptr) attributes.insert_or_assign(entry.Name, std::string(entry.Value.String));
       return true;
-    case OXT_TAG_BOOLEAN:
-      attributes.insert_or_assign(entry.Name, entry.Value.Boolean != 0);
-      return true;
-    case OXT_TAG_INTEGER:
-      attributes.insert_or_assign(entry.Name, entry.Value.Integer);
-      return true;
-    case OXT_TAG_DOUBLE:
-      attributes.insert_or_assign(entry.Name, entry.Value.Double);
-      return true;
-    default:
-      return false;
+    case OXT_TAG_BOOLEAN: attributes.insert_or_assign(entry.Name, entry.Value.Boolean != 0); return true;
+    case OXT_TAG_INTEGER: attributes.insert_or_assign(entry.Name, entry.Value.Integer); return true;
+    case OXT_TAG_DOUBLE: attributes.insert_or_assign(entry.Name, entry.Value.Double); return true;
+    default: return false;
   }
 }
 
@@ -111,9 +104,8 @@ int32_t OxTAttributeMapStore(OxTLog Log, const OxTAttribute* Entries, size_t Cou
   if (Log == nullptr || (Entries == nullptr && Count > 0)) return kInvalidArgument;
   int32_t status = kOk;
   try {
-    for (size_t i = 0; i < Count; ++i) {
+    for (size_t i = 0; i < Count; ++i)
       if (!attach(Log->attributes, Entries[i])) status = kInvalidArgument;
-    }
   } catch (...) {
     return kOutOfMemory;
   }
@@ -134,6 +126,4 @@ int32_t OxTSendLog(OxTLog Log, const char* Message) {
   return kDropped;
 }
 
-uint64_t OxTDroppedLineCount(void) {
-  return droppedLines.load(std::memory_order_relaxed);
-}
+uint64_t OxTDroppedLineCount(void) { return droppedLines.load(std::memory_order_relaxed); }

@@ -2,7 +2,5 @@
 #include <cstdlib>
 
 namespace {
-__attribute__((constructor)) void crash() {
-  std::abort();
-}
+__attribute__((constructor)) void crash() { std::abort(); }
 }  // namespace

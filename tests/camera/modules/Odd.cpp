@@ -23,6 +23,4 @@ extern "C" __attribute__((visibility("default"))) Transport* oxCameraTransport(i
   return version == kTransportVersion ? new OddTransport : nullptr;
 }
 
-extern "C" __attribute__((visibility("default"))) OddScript* oddScript() {
-  return &script;
-}
+extern "C" __attribute__((visibility("default"))) OddScript* oddScript() { return &script; }

@@ -19,15 +19,11 @@ struct OxSimulatedCamera {
 
 namespace {
 
-SimulatedCamera& deviceOf(void* camera) {
-  return static_cast<OxSimulatedCamera*>(camera)->device;
-}
+SimulatedCamera& deviceOf(void* camera) { return static_cast<OxSimulatedCamera*>(camera)->device; }
 
 // From the last error the library carries the reason to whoever asked for the feature.
 int finished(int result) {
-  if (result < 0) {
-    OxSetLastError(static_cast<uint32_t>(result), RegisterDevice::lastFailureText().c_str());
-  }
+  if (result < 0) OxSetLastError(static_cast<uint32_t>(result), RegisterDevice::lastFailureText().c_str());
   return result;
 }
 
@@ -41,9 +37,7 @@ OxSimulatedCamera* OxSimulatedCameraCreate(void) {
   }
 }
 
-void OxSimulatedCameraDestroy(OxSimulatedCamera* Camera) {
-  delete Camera;
-}
+void OxSimulatedCameraDestroy(OxSimulatedCamera* Camera) { delete Camera; }
 
 const char* OxSimulatedCameraDescription(const OxSimulatedCamera* Camera) {
   // Both views are whole strings of the simulation, so a zero follows their text.
@@ -63,9 +57,7 @@ TAccessMode OxSimulatedCameraAccess(void* pUserData) {
 }
 
 bool OxSimulatedCameraNextEvent(OxSimulatedCamera* Camera, TEventData* Event) {
-  if (!Camera->device.nextEvent(Camera->event)) {
-    return false;
-  }
+  if (!Camera->device.nextEvent(Camera->event)) return false;
   *Event = {Camera->event.id, Camera->event.payload.data(), Camera->event.payload.size()};
   return true;
 }
@@ -75,12 +67,9 @@ bool OxSimulatedCameraNextImage(OxSimulatedCamera* Camera, OxSimulatedImage* Ima
     Camera->frame = Camera->device.acquireFrame();
     std::vector<uint8_t>& data = Camera->frame.data;
     Camera->chunks.clear();
-    for (const ox::simulation::ChunkEntry& chunk : ox::simulation::ChunkLayout(data)) {
+    for (const ox::simulation::ChunkEntry& chunk : ox::simulation::ChunkLayout(data))
       Camera->chunks.push_back({chunk.id, data.data(), chunk.offset, chunk.length});
-    }
-    if (data.empty()) {
-      return false;
-    }
+    if (data.empty()) return false;
     *Image = {data.data(), data.size(), Camera->frame.frameId, Camera->chunks.data(), Camera->chunks.size()};
     return true;
   } catch (const std::bad_alloc&) {
@@ -88,6 +77,4 @@ bool OxSimulatedCameraNextImage(OxSimulatedCamera* Camera, OxSimulatedImage* Ima
   }
 }
 
-void OxSimulatedCameraReset(OxSimulatedCamera* Camera) {
-  Camera->device.reset();
-}
+void OxSimulatedCameraReset(OxSimulatedCamera* Camera) { Camera->device.reset(); }

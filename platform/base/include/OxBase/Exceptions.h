@@ -13,9 +13,7 @@
 namespace orxBase {
 
 // Makes the signed form of a result code as it is written in tables (0x80000002).
-constexpr int32_t resultCode(uint32_t code) noexcept {
-  return static_cast<int32_t>(code);
-}
+constexpr int32_t resultCode(uint32_t code) noexcept { return static_cast<int32_t>(code); }
 
 // The generic failure, and the root of the family.
 class exception {

@@ -136,41 +136,21 @@ class gcstring {
 };
 
 // Ordering is by unsigned bytes. The overloads for C strings keep a comparison from falling back to pointers.
-inline bool operator==(const gcstring& a, const gcstring& b) noexcept {
-  return a.view() == b.view();
-}
-inline bool operator==(const gcstring& a, const char* b) noexcept {
-  return a.view() == gcstring::viewOf(b);
-}
-inline bool operator==(const gcstring& a, std::string_view b) noexcept {
-  return a.view() == b;
-}
-inline std::strong_ordering operator<=>(const gcstring& a, const gcstring& b) noexcept {
-  return a.view() <=> b.view();
-}
+inline bool operator==(const gcstring& a, const gcstring& b) noexcept { return a.view() == b.view(); }
+inline bool operator==(const gcstring& a, const char* b) noexcept { return a.view() == gcstring::viewOf(b); }
+inline bool operator==(const gcstring& a, std::string_view b) noexcept { return a.view() == b; }
+inline std::strong_ordering operator<=>(const gcstring& a, const gcstring& b) noexcept { return a.view() <=> b.view(); }
 inline std::strong_ordering operator<=>(const gcstring& a, const char* b) noexcept {
   return a.view() <=> gcstring::viewOf(b);
 }
-inline std::strong_ordering operator<=>(const gcstring& a, std::string_view b) noexcept {
-  return a.view() <=> b;
-}
+inline std::strong_ordering operator<=>(const gcstring& a, std::string_view b) noexcept { return a.view() <=> b; }
 
-inline gcstring operator+(gcstring a, const gcstring& b) {
-  return std::move(a.append(b));
-}
-inline gcstring operator+(gcstring a, const char* b) {
-  return std::move(a.append(b));
-}
-inline gcstring operator+(gcstring a, char b) {
-  return std::move(a.append(1, b));
-}
-inline gcstring operator+(const char* a, const gcstring& b) {
-  return std::move(gcstring(a).append(b));
-}
+inline gcstring operator+(gcstring a, const gcstring& b) { return std::move(a.append(b)); }
+inline gcstring operator+(gcstring a, const char* b) { return std::move(a.append(b)); }
+inline gcstring operator+(gcstring a, char b) { return std::move(a.append(1, b)); }
+inline gcstring operator+(const char* a, const gcstring& b) { return std::move(gcstring(a).append(b)); }
 
-inline std::ostream& operator<<(std::ostream& stream, const gcstring& text) {
-  return stream << text.view();
-}
+inline std::ostream& operator<<(std::ostream& stream, const gcstring& text) { return stream << text.view(); }
 // Reads one word, as for a std::string.
 inline std::istream& operator>>(std::istream& stream, gcstring& text) {
   std::string word;

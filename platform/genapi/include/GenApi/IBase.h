@@ -13,29 +13,13 @@ class IBase {
 };
 
 // A null pointer answers false.
-inline bool IsReadable(const IBase* base) {
-  return base && IsReadable(base->GetAccessMode());
-}
-inline bool IsWritable(const IBase* base) {
-  return base && IsWritable(base->GetAccessMode());
-}
-inline bool IsAvailable(const IBase* base) {
-  return base && IsAvailable(base->GetAccessMode());
-}
-inline bool IsImplemented(const IBase* base) {
-  return base && IsImplemented(base->GetAccessMode());
-}
-inline bool IsReadable(const IBase& base) {
-  return IsReadable(base.GetAccessMode());
-}
-inline bool IsWritable(const IBase& base) {
-  return IsWritable(base.GetAccessMode());
-}
-inline bool IsAvailable(const IBase& base) {
-  return IsAvailable(base.GetAccessMode());
-}
-inline bool IsImplemented(const IBase& base) {
-  return IsImplemented(base.GetAccessMode());
-}
+inline bool IsReadable(const IBase* base) { return base && IsReadable(base->GetAccessMode()); }
+inline bool IsWritable(const IBase* base) { return base && IsWritable(base->GetAccessMode()); }
+inline bool IsAvailable(const IBase* base) { return base && IsAvailable(base->GetAccessMode()); }
+inline bool IsImplemented(const IBase* base) { return base && IsImplemented(base->GetAccessMode()); }
+inline bool IsReadable(const IBase& base) { return IsReadable(base.GetAccessMode()); }
+inline bool IsWritable(const IBase& base) { return IsWritable(base.GetAccessMode()); }
+inline bool IsAvailable(const IBase& base) { return IsAvailable(base.GetAccessMode()); }
+inline bool IsImplemented(const IBase& base) { return IsImplemented(base.GetAccessMode()); }
 
 }  // namespace GENAPI_NAMESPACE

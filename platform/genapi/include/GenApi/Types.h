@@ -121,18 +121,10 @@ enum EFirmwareUpdateProgressStepType {
   ProgressStepType_Invalid = 7
 };
 
-inline constexpr bool IsReadable(EAccessMode mode) noexcept {
-  return mode == RO || mode == RW;
-}
-inline constexpr bool IsWritable(EAccessMode mode) noexcept {
-  return mode == WO || mode == RW;
-}
-inline constexpr bool IsAvailable(EAccessMode mode) noexcept {
-  return mode != NI && mode != NA;
-}
-inline constexpr bool IsImplemented(EAccessMode mode) noexcept {
-  return mode != NI;
-}
+inline constexpr bool IsReadable(EAccessMode mode) noexcept { return mode == RO || mode == RW; }
+inline constexpr bool IsWritable(EAccessMode mode) noexcept { return mode == WO || mode == RW; }
+inline constexpr bool IsAvailable(EAccessMode mode) noexcept { return mode != NI && mode != NA; }
+inline constexpr bool IsImplemented(EAccessMode mode) noexcept { return mode != NI; }
 
 // The rights that remain when both modes must allow an operation.
 inline constexpr EAccessMode Combine(EAccessMode a, EAccessMode b) noexcept {
@@ -145,9 +137,7 @@ inline constexpr EAccessMode Combine(EAccessMode a, EAccessMode b) noexcept {
 }
 
 // The more restrictive of two visibilities.
-inline constexpr EVisibility Combine(EVisibility a, EVisibility b) noexcept {
-  return a > b ? a : b;
-}
+inline constexpr EVisibility Combine(EVisibility a, EVisibility b) noexcept { return a > b ? a : b; }
 
 // The weaker of two caching modes: NoCache before WriteAround before WriteThrough.
 inline constexpr ECachingMode Combine(ECachingMode a, ECachingMode b) noexcept {
@@ -160,8 +150,6 @@ inline constexpr ECachingMode Combine(ECachingMode a, ECachingMode b) noexcept {
 inline constexpr bool IsVisible(EVisibility visibility, EVisibility maxVisibility) noexcept {
   return visibility <= maxVisibility;
 }
-inline constexpr bool IsCacheable(ECachingMode mode) noexcept {
-  return mode != NoCache;
-}
+inline constexpr bool IsCacheable(ECachingMode mode) noexcept { return mode != NoCache; }
 
 }  // namespace GENAPI_NAMESPACE

@@ -24,11 +24,10 @@ class ComponentSearch {
       }
       const NodeIndex target = targets[step.next++];
       if (target == step.node) onCircle_[target] = true;
-      if (number_[target] == 0) {
+      if (number_[target] == 0)
         open(target);
-      } else {
+      else
         lowest_[step.node] = std::min(lowest_[step.node], number_[target]);
-      }
     }
   }
 

@@ -16,9 +16,8 @@ class CycleSearch {
     mask_ = mask;
     name_ = name;
     states_.assign(parts_.nodes.size(), State::Unseen);
-    for (NodeIndex node = 0; node < parts_.nodes.size(); ++node) {
+    for (NodeIndex node = 0; node < parts_.nodes.size(); ++node)
       if ((kinds_[node] & mask_) != 0 && states_[node] == State::Unseen) walk(node);
-    }
   }
 
  private:

@@ -23,9 +23,8 @@ template <class Visit>
 void forEachLink(const Description& description, ElementSet elements, Visit&& visit) {
   const NodeIndex count = static_cast<NodeIndex>(description.nodeCount());
   for (NodeIndex node = 0; node < count; ++node) {
-    for (const Property& property : description.properties(node)) {
+    for (const Property& property : description.properties(node))
       if (elements.has(property.element)) visit(node, property.target);
-    }
   }
 }
 
@@ -92,13 +91,9 @@ DependencyGraph::DependencyGraph(const Description& description) : data_(std::ma
 
 DependencyGraph::~DependencyGraph() = default;
 
-std::span<const NodeIndex> DependencyGraph::directDependents(NodeIndex x) const {
-  return data_->direct.of(x);
-}
+std::span<const NodeIndex> DependencyGraph::directDependents(NodeIndex x) const { return data_->direct.of(x); }
 
-std::span<const NodeIndex> DependencyGraph::readingParents(NodeIndex x) const {
-  return data_->parents.of(x);
-}
+std::span<const NodeIndex> DependencyGraph::readingParents(NodeIndex x) const { return data_->parents.of(x); }
 
 std::span<const NodeIndex> DependencyGraph::dependents(NodeIndex x, WalkScratch& scratch) const {
   std::atomic<const Closure*>& place = data_->closures[x];
@@ -132,9 +127,8 @@ std::span<const NodeIndex> DependencyGraph::dependents(NodeIndex x, WalkScratch&
   }
   const Closure* const made = Closure::make(found);
   const Closure* other = nullptr;
-  if (place.compare_exchange_strong(other, made, std::memory_order_acq_rel, std::memory_order_acquire)) {
+  if (place.compare_exchange_strong(other, made, std::memory_order_acq_rel, std::memory_order_acquire))
     return made->list();
-  }
   Closure::free(made);
   data_->closureBytes.fetch_sub(bytes, std::memory_order_relaxed);
   return other->list();
@@ -158,10 +152,9 @@ std::vector<NodeIndex> DependencyGraph::selected(NodeIndex x) const {
   for (size_t i = 0; i < targets; ++i) {
     parents.assign(1, result[i]);
     for (size_t at = 0; at < parents.size(); ++at) {
-      for (NodeIndex parent : data_->parents.of(parents[at])) {
+      for (NodeIndex parent : data_->parents.of(parents[at]))
         if (!data_->isCategory(parent) && !data_->isPort(parent) && seen.insert(parent).second)
           parents.push_back(parent);
-      }
     }
     result.insert(result.end(), parents.begin() + 1, parents.end());
   }
@@ -179,17 +172,14 @@ std::vector<NodeIndex> DependencyGraph::selecting(NodeIndex x) const {
     const std::span<const NodeIndex> selectors = data_->selectors.of(read[at]);
     result.insert(result.end(), selectors.begin(), selectors.end());
     if (data_->isCategory(read[at])) continue;
-    for (const Property& property : data_->description.properties(read[at])) {
+    for (const Property& property : data_->description.properties(read[at]))
       if (kParentLinks.has(property.element) && seen.insert(property.target).second) read.push_back(property.target);
-    }
   }
   std::sort(result.begin(), result.end());
   result.erase(std::unique(result.begin(), result.end()), result.end());
   return result;
 }
 
-const NodeTraits& DependencyGraph::traits() const {
-  return data_->traits;
-}
+const NodeTraits& DependencyGraph::traits() const { return data_->traits; }
 
 }  // namespace GENAPI_NAMESPACE

@@ -44,9 +44,8 @@ const Property* Description::find(NodeIndex index, Element element) const {
         .get<FirstProperties>(kFirstProperties, [this] { return std::make_unique<const FirstProperties>(*this); })
         .find(index, element);
   }
-  for (const Property& property : all) {
+  for (const Property& property : all)
     if (property.element == element) return &property;
-  }
   return nullptr;
 }
 
@@ -69,9 +68,7 @@ std::string Description::findingText(const FindingRecord& finding) const {
   return text + placedText(nodeTypeName(record.type), record.name(), finding.element, finding.reason);
 }
 
-uint32_t Description::lineOf(NodeIndex index) const {
-  return lineAt(lineText(), nodes_[index].sourceOffset);
-}
+uint32_t Description::lineOf(NodeIndex index) const { return lineAt(lineText(), nodes_[index].sourceOffset); }
 
 const DependencyGraph& Description::graph() const {
   return derived_.get<DependencyGraph>(kGraph, [this] { return std::make_unique<const DependencyGraph>(*this); });

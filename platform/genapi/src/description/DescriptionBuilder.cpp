@@ -22,13 +22,11 @@ constexpr unsigned kParseFlags = pugi::parse_escapes | pugi::parse_cdata | pugi:
 pugi::xml_node rootOf(const pugi::xml_document& document, const DescriptionParts& parts) {
   pugi::xml_node root;
   for (const pugi::xml_node child : document.children()) {
-    if (child.type() == pugi::node_doctype) {
+    if (child.type() == pugi::node_doctype)
       parts.findings.fatal(parts.offsetOf(child.value(), kNoOffset), "a document type declaration is not allowed");
-    }
     if (child.type() != pugi::node_element) continue;
-    if (root) {
+    if (root)
       parts.findings.fatal(parts.offsetOf(child.name(), kNoOffset), "not well-formed: more than one root element");
-    }
     root = child;
   }
   return root;

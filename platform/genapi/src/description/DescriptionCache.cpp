@@ -61,11 +61,9 @@ void sweep(Cache& known) {
 std::vector<Candidate> candidates(Cache& known, size_t size) {
   std::vector<Candidate> found;
   const auto [first, last] = known.known.equal_range(size);
-  for (auto entry = first; entry != last; ++entry) {
-    if (auto description = entry->second.description.lock()) {
+  for (auto entry = first; entry != last; ++entry)
+    if (auto description = entry->second.description.lock())
       found.push_back({std::move(description), entry->second.text});
-    }
-  }
   return found;
 }
 

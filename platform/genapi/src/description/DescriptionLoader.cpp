@@ -35,9 +35,7 @@ class OpenFile {
   int descriptor_;
 };
 
-[[noreturn]] void refuseFile() {
-  throw LoadFault{0, std::string("cannot be read: ") + std::strerror(errno)};
-}
+[[noreturn]] void refuseFile() { throw LoadFault{0, std::string("cannot be read: ") + std::strerror(errno)}; }
 
 HeldBytes readFile(const std::string& name) {
   const OpenFile file(name);
@@ -62,26 +60,17 @@ HeldBytes readFile(const std::string& name) {
   }
 }
 
-std::string_view viewOf(std::string_view bytes) {
-  return bytes;
-}
-std::string_view viewOf(const HeldBytes& bytes) {
-  return bytes.view();
-}
-HeldBytes hold(std::string_view bytes) {
-  return HeldBytes::copyOf(bytes);
-}
-HeldBytes hold(HeldBytes&& bytes) {
-  return std::move(bytes);
-}
+std::string_view viewOf(std::string_view bytes) { return bytes; }
+std::string_view viewOf(const HeldBytes& bytes) { return bytes.view(); }
+HeldBytes hold(std::string_view bytes) { return HeldBytes::copyOf(bytes); }
+HeldBytes hold(HeldBytes&& bytes) { return std::move(bytes); }
 
 // Takes the text over, or copies it, but only when nobody has a description of it yet.
 template <class Text>
 std::shared_ptr<const Description> describe(Text&& text) {
   const std::string_view view = viewOf(text);
-  if (view.size() > kMaxDescriptionBytes) {
+  if (view.size() > kMaxDescriptionBytes)
     throw LoadFault{0, std::to_string(view.size()) + " bytes, more than " + std::to_string(kMaxDescriptionBytes)};
-  }
   if (std::shared_ptr<const Description> known = DescriptionCache::find(view)) return known;
   return DescriptionCache::add(DescriptionBuilder::build(hold(std::forward<Text>(text))));
 }
@@ -135,8 +124,6 @@ LoadedDescription loadDescriptionText(std::string_view bytes, EContentType conte
   return reportingFaults("<description>", [&](LoadedDescription& loaded) { load(bytes, contentType, loaded); });
 }
 
-void clearDescriptionCache() {
-  DescriptionCache::removeUnused();
-}
+void clearDescriptionCache() { DescriptionCache::removeUnused(); }
 
 }  // namespace GENAPI_NAMESPACE

@@ -92,13 +92,10 @@ DocumentKind readDocumentAttributes(pugi::xml_node root, DescriptionParts& parts
     refuse(shown);
   }
   if (!uri.empty()) reader.note("xmlns", "unknown name space " + quoted(uri) + ", the schema version decides");
-  if (!root.attribute("SchemaMajorVersion") && !root.attribute("SchemaMinorVersion")) {
+  if (!root.attribute("SchemaMajorVersion") && !root.attribute("SchemaMinorVersion"))
     reader.fatal("neither a name space nor SchemaMajorVersion and SchemaMinorVersion tell the schema version");
-  }
   const Version_t& schema = device.schemaVersion;
-  if (schema.Major != 1 || schema.Minor > 1) {
-    refuse(std::to_string(schema.Major) + "." + std::to_string(schema.Minor));
-  }
+  if (schema.Major != 1 || schema.Minor > 1) refuse(std::to_string(schema.Major) + "." + std::to_string(schema.Minor));
   return {prefix, schema.Minor == 0};
 }
 

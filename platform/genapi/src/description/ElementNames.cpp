@@ -70,9 +70,8 @@ constexpr Element kLongElement = Element::ImposedAccessMode;
 
 constexpr WordTable<256> makeElementTable() {
   WordTable<256> table;
-  for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i) {
+  for (size_t i = 1; i < static_cast<size_t>(Element::Offset); ++i)
     if (i != static_cast<size_t>(kLongElement)) table.add(kElementNames[i], i);
-  }
   return table;
 }
 
@@ -101,19 +100,13 @@ uint64_t firstZeroByte(uint64_t word) {
 }
 
 // The bytes below the one that firstZeroByte found; all if it found none.
-uint64_t below(uint64_t found) {
-  return (found >> 7) - 1;
-}
+uint64_t below(uint64_t found) { return (found >> 7) - 1; }
 
 }  // namespace
 
-std::string_view elementName(Element element) {
-  return kElementNames[static_cast<size_t>(element)];
-}
+std::string_view elementName(Element element) { return kElementNames[static_cast<size_t>(element)]; }
 
-std::string_view nodeTypeName(NodeType type) {
-  return kNodeTypeNames[static_cast<size_t>(type)];
-}
+std::string_view nodeTypeName(NodeType type) { return kNodeTypeNames[static_cast<size_t>(type)]; }
 
 Element elementOf(std::string_view name) {
   if (name == elementName(kLongElement)) return kLongElement;

@@ -38,9 +38,8 @@ void NodeReader::readElements(pugi::xml_node parent, NodeDraft& draft, const Ele
     checkAttributes(xml);
     const Element element = prefix_.empty() ? elementAt(name) : elementOf(localName(name));
     if (pass != Pass::Own) {
-      if (++inherited_ > kMaxProperties) {
+      if (++inherited_ > kMaxProperties)
         parts_.fatal(offsetOf(xml), draft.record, "", "more than " + std::to_string(kMaxProperties) + " elements");
-      }
       if (element == Element::StructEntry || leaveOut.has(element)) continue;
     }
     readElement(xml, draft, element, static_cast<size_t>(name - parts_.buffer), pass);
@@ -85,23 +84,19 @@ void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element eleme
       break;
     case Form::Integer:
     case Form::Real:
-    case Form::Boolean:
-      readNumber(draft, property, form, offset);
-      break;
+    case Form::Boolean: readNumber(draft, property, form, offset); break;
     case Form::HexDigits:
       if (!isHexText(value)) setDefective(draft, offset, elementName(element), quoted(value) + " is not a hex number");
       break;
     case Form::IntegerSet:
-      if (!isIntegerSet(value)) {
+      if (!isIntegerSet(value))
         setDefective(draft, offset, elementName(element), quoted(value) + " is not a list of integers");
-      }
       break;
     case Form::Link:
       property.integer = static_cast<int64_t>(NameTable::hashOf(value));
       countLink(draft, offset);
       break;
-    default:
-      break;
+    default: break;
   }
   parts_.properties.push_back(property);
   if (kWithAttributes.has(element)) readOwnAttributes(xml, draft, element, offset);
@@ -110,9 +105,8 @@ void NodeReader::readElement(pugi::xml_node xml, NodeDraft& draft, Element eleme
 bool NodeReader::isRefused(NodeDraft& draft, Element element, const ElementRule& rule, size_t offset, Pass pass) {
   if (draft.seen.has(element)) {
     if (rule.repeats) return false;
-    if (pass != Pass::InheritedAgain) {
+    if (pass != Pass::InheritedAgain)
       parts_.findings.note(offset, kNoNode, elementName(element), "given twice, the first one counts");
-    }
     return true;
   }
   if (rule.alternative != 0) {
@@ -188,23 +182,19 @@ void NodeReader::readOwnAttributes(pugi::xml_node xml, NodeDraft& draft, Element
       if (!kRegisterKinds.has(draft.record.type)) break;
       if (const pugi::xml_attribute constant = xml.attribute("Offset")) {
         addAttribute(draft, Element::Offset, constant.value(), offset);
-        if (xml.attribute("pOffset")) {
-          parts_.findings.note(offset, kNoNode, "pOffset", "left out, Offset counts");
-        }
+        if (xml.attribute("pOffset")) parts_.findings.note(offset, kNoNode, "pOffset", "left out, Offset counts");
       } else if (const pugi::xml_attribute link = xml.attribute("pOffset")) {
         addAttribute(draft, Element::pOffset, link.value(), offset);
       }
       break;
     case Element::ValueIndexed:
     case Element::pValueIndexed:
-      if (const pugi::xml_attribute index = xml.attribute("Index")) {
+      if (const pugi::xml_attribute index = xml.attribute("Index"))
         addAttribute(draft, Element::Index, index.value(), offset);
-      } else {
+      else
         setDefective(draft, offset, elementName(element), "Index: missing");
-      }
       break;
-    default:
-      break;
+    default: break;
   }
 }
 
@@ -301,9 +291,8 @@ void NodeReader::skip(pugi::xml_node subtree, int depth) const {
 }
 
 void NodeReader::checkDepth(int depth, pugi::xml_node xml) const {
-  if (depth > kMaxXmlDepth) {
+  if (depth > kMaxXmlDepth)
     parts_.findings.fatal(offsetOf(xml), "more than " + std::to_string(kMaxXmlDepth) + " nested elements");
-  }
 }
 
 void NodeReader::refuseDoubles(pugi::xml_node xml) const {
@@ -314,9 +303,8 @@ void NodeReader::refuseDoubles(pugi::xml_node xml) const {
   size_t count = 0;
   for (pugi::xml_attribute each = xml.first_attribute(); each; each = each.next_attribute(), ++count) {
     for (pugi::xml_attribute other = xml.first_attribute(); count < kFew && other != each;
-         other = other.next_attribute()) {
+         other = other.next_attribute())
       if (std::strcmp(each.name(), other.name()) == 0) refuse(each.name());
-    }
   }
   if (count <= kFew) return;
   std::vector<std::string_view> names;

@@ -29,52 +29,32 @@ constexpr ElementSet kConverter = kVariables | ElementSet(E::FormulaTo, E::Formu
 
 constexpr ElementSet elementsOf(T type) {
   switch (type) {
-    case T::Node:
-      return kCommon;
-    case T::Category:
-      return kCommon | ElementSet(E::pFeature);
+    case T::Node: return kCommon;
+    case T::Category: return kCommon | ElementSet(E::pFeature);
     case T::Integer:
       return kCommon | kSource | kTable | kLimits | kNumber | kSelector | ElementSet(E::pValueCopy, E::ValidValueSet);
-    case T::IntReg:
-      return kCommon | kRegister | kNumber | kSelector | ElementSet(E::Sign, E::Endianess);
+    case T::IntReg: return kCommon | kRegister | kNumber | kSelector | ElementSet(E::Sign, E::Endianess);
     case T::MaskedIntReg:
       return kCommon | kMasked | kNumber | kSelector | ElementSet(E::Sign, E::Endianess, E::Bit, E::LSB, E::MSB);
-    case T::Boolean:
-      return kCommon | kSource | kSelector | ElementSet(E::OnValue, E::OffValue);
-    case T::Command:
-      return kCommon | kSource | ElementSet(E::CommandValue, E::pCommandValue, E::PollingTime);
-    case T::Enumeration:
-      return kCommon | kSource | kSelector | ElementSet(E::EnumEntry, E::pEnumEntry, E::PollingTime);
-    case T::EnumEntry:
-      return kCommon | ElementSet(E::Value, E::NumericValue, E::Symbolic, E::IsSelfClearing);
-    case T::Float:
-      return kCommon | kSource | kTable | kLimits | kNumber | kDisplay;
-    case T::FloatReg:
-      return kCommon | kRegister | kNumber | kDisplay | ElementSet(E::Endianess);
-    case T::Converter:
-      return kCommon | kConverter | kNumber | kDisplay | ElementSet(E::IsLinear);
-    case T::IntConverter:
-      return kCommon | kConverter | kNumber | kSelector;
-    case T::SwissKnife:
-      return kCommon | kVariables | kNumber | kDisplay | ElementSet(E::Formula);
-    case T::IntSwissKnife:
-      return kCommon | kVariables | kNumber | kSelector | ElementSet(E::Formula);
-    case T::String:
-      return kCommon | kSource;
+    case T::Boolean: return kCommon | kSource | kSelector | ElementSet(E::OnValue, E::OffValue);
+    case T::Command: return kCommon | kSource | ElementSet(E::CommandValue, E::pCommandValue, E::PollingTime);
+    case T::Enumeration: return kCommon | kSource | kSelector | ElementSet(E::EnumEntry, E::pEnumEntry, E::PollingTime);
+    case T::EnumEntry: return kCommon | ElementSet(E::Value, E::NumericValue, E::Symbolic, E::IsSelfClearing);
+    case T::Float: return kCommon | kSource | kTable | kLimits | kNumber | kDisplay;
+    case T::FloatReg: return kCommon | kRegister | kNumber | kDisplay | ElementSet(E::Endianess);
+    case T::Converter: return kCommon | kConverter | kNumber | kDisplay | ElementSet(E::IsLinear);
+    case T::IntConverter: return kCommon | kConverter | kNumber | kSelector;
+    case T::SwissKnife: return kCommon | kVariables | kNumber | kDisplay | ElementSet(E::Formula);
+    case T::IntSwissKnife: return kCommon | kVariables | kNumber | kSelector | ElementSet(E::Formula);
+    case T::String: return kCommon | kSource;
     case T::StringReg:
-    case T::Register:
-      return kCommon | kRegister;
-    case T::Port:
-      return kCommon | ElementSet(E::ChunkID, E::pChunkID, E::SwapEndianess, E::CacheChunkData);
-    case T::ConfRom:
-      return kCommon | kRegister | ElementSet(E::Unit, E::IntKey, E::TextDesc);
+    case T::Register: return kCommon | kRegister;
+    case T::Port: return kCommon | ElementSet(E::ChunkID, E::pChunkID, E::SwapEndianess, E::CacheChunkData);
+    case T::ConfRom: return kCommon | kRegister | ElementSet(E::Unit, E::IntKey, E::TextDesc);
     case T::TextDesc:
-    case T::IntKey:
-      return kCommon | ElementSet(E::p1212Parser, E::Key);
-    case T::AdvFeatureLock:
-      return kCommon | kRegister | ElementSet(E::FeatureID, E::Timeout);
-    case T::SmartFeature:
-      return kCommon | kRegister | ElementSet(E::FeatureID);
+    case T::IntKey: return kCommon | ElementSet(E::p1212Parser, E::Key);
+    case T::AdvFeatureLock: return kCommon | kRegister | ElementSet(E::FeatureID, E::Timeout);
+    case T::SmartFeature: return kCommon | kRegister | ElementSet(E::FeatureID);
   }
   return {};
 }
@@ -98,14 +78,10 @@ constexpr Form formIn(E element, T type) {
     case E::ValueDefault:
     case E::Min:
     case E::Max:
-    case E::Inc:
-      return type == T::Float ? Form::Real : Form::Integer;
-    case E::Constant:
-      return type == T::SwissKnife || type == T::Converter ? Form::Real : Form::Integer;
-    case E::Unit:
-      return type == T::ConfRom ? Form::Integer : Form::Text;
-    default:
-      return kPlainForms[static_cast<size_t>(element)];
+    case E::Inc: return type == T::Float ? Form::Real : Form::Integer;
+    case E::Constant: return type == T::SwissKnife || type == T::Converter ? Form::Real : Form::Integer;
+    case E::Unit: return type == T::ConfRom ? Form::Integer : Form::Text;
+    default: return kPlainForms[static_cast<size_t>(element)];
   }
 }
 
@@ -159,39 +135,25 @@ NodeTypeSet linkTargets(Element element, NodeType type) {
     case E::pAlias:
     case E::pCastAlias:
     case E::pFeature:
-    case E::pSelected:
-      return kAny;
-    case E::pError:
-      return NodeTypeSet(T::Enumeration);
-    case E::pEnumEntry:
-      return NodeTypeSet(T::EnumEntry);
-    case E::pPort:
-      return NodeTypeSet(T::Port);
-    case E::p1212Parser:
-      return NodeTypeSet(T::ConfRom);
-    case E::pChunkID:
-      return kStringKinds | kNumericKinds;
-    case E::pValue:
-      return type == T::String ? kStringKinds : kNumericKinds;
-    default:
-      return kNumericKinds;
+    case E::pSelected: return kAny;
+    case E::pError: return NodeTypeSet(T::Enumeration);
+    case E::pEnumEntry: return NodeTypeSet(T::EnumEntry);
+    case E::pPort: return NodeTypeSet(T::Port);
+    case E::p1212Parser: return NodeTypeSet(T::ConfRom);
+    case E::pChunkID: return kStringKinds | kNumericKinds;
+    case E::pValue: return type == T::String ? kStringKinds : kNumericKinds;
+    default: return kNumericKinds;
   }
 }
 
 bool parseWord(Element element, std::string_view text, uint8_t& word) {
   switch (element) {
-    case E::Visibility:
-      return wordOf<EVisibilityClass, EVisibility>(text, word);
-    case E::Representation:
-      return wordOf<ERepresentationClass, ERepresentation>(text, word);
-    case E::DisplayNotation:
-      return wordOf<EDisplayNotationClass, EDisplayNotation>(text, word);
-    case E::Sign:
-      return wordOf<ESignClass, ESign>(text, word);
-    case E::Endianess:
-      return wordOf<EEndianessClass, EEndianess>(text, word);
-    case E::Slope:
-      return wordOf<ESlopeClass, ESlope>(text, word);
+    case E::Visibility: return wordOf<EVisibilityClass, EVisibility>(text, word);
+    case E::Representation: return wordOf<ERepresentationClass, ERepresentation>(text, word);
+    case E::DisplayNotation: return wordOf<EDisplayNotationClass, EDisplayNotation>(text, word);
+    case E::Sign: return wordOf<ESignClass, ESign>(text, word);
+    case E::Endianess: return wordOf<EEndianessClass, EEndianess>(text, word);
+    case E::Slope: return wordOf<ESlopeClass, ESlope>(text, word);
     case E::Cachable:
       if (text == "No") {  // widespread, though not in the vocabulary
         word = NoCache;
@@ -199,10 +161,8 @@ bool parseWord(Element element, std::string_view text, uint8_t& word) {
       }
       return wordOf<ECachingModeClass, ECachingMode>(text, word);
     case E::AccessMode:
-    case E::ImposedAccessMode:
-      return wordOf<EAccessModeClass, EAccessMode>(text, word) && word >= WO && word <= RW;
-    default:
-      return wordOf<EYesNoClass, EYesNo>(text, word);
+    case E::ImposedAccessMode: return wordOf<EAccessModeClass, EAccessMode>(text, word) && word >= WO && word <= RW;
+    default: return wordOf<EYesNoClass, EYesNo>(text, word);
   }
 }
 

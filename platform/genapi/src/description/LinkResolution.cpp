@@ -65,9 +65,8 @@ class LinkResolver {
     const NodeIndex target = find(link);
     if (target == kNoNode) return refuse(node, link, "no node named " + quoted(link.value()));
     const NodeType type = parts_.nodes[target].type;
-    if (!linkTargets(link.element, record.type).has(type)) {
+    if (!linkTargets(link.element, record.type).has(type))
       return refuse(node, link, quoted(link.value()) + " is a node of type " + std::string(nodeTypeName(type)));
-    }
     link.target = target;
     if (link.element == Element::pEnumEntry) adopt(node, link);
     return true;

@@ -15,9 +15,7 @@ constexpr size_t kLargePage = 2u << 20;
 constexpr size_t kLargeBlock = kLargePage / 4;
 
 // Whole large pages, and one more so that they can start at a multiple of their size.
-size_t mappingSize(size_t size) {
-  return (size + kLargePage - 1) / kLargePage * kLargePage + kLargePage;
-}
+size_t mappingSize(size_t size) { return (size + kLargePage - 1) / kLargePage * kLargePage + kLargePage; }
 
 // The mapping released last, kept because a program that opens one camera after another fills the same pages again. The
 // system may take them back when memory is short.
@@ -74,11 +72,10 @@ MemoryBlock::MemoryBlock(size_t size) : size_(size) {
 }
 
 MemoryBlock::~MemoryBlock() {
-  if (mapped_ == nullptr) {
+  if (mapped_ == nullptr)
     ::operator delete(data_);
-  } else if (const size_t mappedSize = mappingSize(size_); !spare().keep(mapped_, mappedSize)) {
+  else if (const size_t mappedSize = mappingSize(size_); !spare().keep(mapped_, mappedSize))
     ::munmap(mapped_, mappedSize);
-  }
 }
 
 HeldBytes HeldBytes::copyOf(std::string_view bytes) {

@@ -58,9 +58,8 @@ class NameTable {
     const std::string_view name = nameOf(node);
     const uint64_t hash = hashOf(name);
     size_t slot = first(hash);
-    for (; slots_[slot].node != kNoNode; slot = next(slot)) {
+    for (; slots_[slot].node != kNoNode; slot = next(slot))
       if (slots_[slot].tag == tagOf(hash) && nameOf(slots_[slot].node) == name) return slots_[slot].node;
-    }
     slots_[slot] = {tagOf(hash), node};
     return kNoNode;
   }

@@ -23,9 +23,8 @@ constexpr std::array<bool, 256> kNameBytes = makeNameBytes();
 
 bool isUsualName(std::string_view name) {
   if (name[0] == '_' || (name[0] >= '0' && name[0] <= '9')) return false;
-  for (char character : name) {
+  for (char character : name)
     if (!kNameBytes[static_cast<unsigned char>(character)]) return false;
-  }
   return true;
 }
 
@@ -52,17 +51,16 @@ void NodeReader::readNodes(pugi::xml_node parent, int depth) {
     checkAttributes(xml);
     depth_ = depth;
     const std::string_view name = localName(xml.name());
-    if (const std::optional<NodeType> type = nodeTypeOf(name)) {
+    if (const std::optional<NodeType> type = nodeTypeOf(name))
       readNode(xml, *type);
-    } else if (name == "StructReg") {
+    else if (name == "StructReg")
       readStruct(xml);
-    } else if (name == "Group") {
+    else if (name == "Group")
       readNodes(xml, depth + 1);
-    } else if (name == "Extension") {
+    else if (name == "Extension")
       skip(xml, depth);
-    } else {
+    else
       noteUnknown(xml);
-    }
   }
 }
 
@@ -162,11 +160,9 @@ void NodeReader::finishNode(NodeDraft& draft, size_t firstChild) {
   parts_.findings.assign(draft.firstFinding, index);
   draft.record.propertyCount = static_cast<uint32_t>(parts_.properties.size() - draft.record.firstProperty);
   ++depth_;
-  for (size_t i = firstChild; knives != 0 && i < lastChild; ++i) {
-    if (elementOfChild(i) == Element::IntSwissKnife) {
+  for (size_t i = firstChild; knives != 0 && i < lastChild; ++i)
+    if (elementOfChild(i) == Element::IntSwissKnife)
       readKnife(children_[i].xml, draft.record, index, children_[i].property);
-    }
-  }
   emit(draft);
   for (size_t i = firstChild; i < lastChild; ++i) {
     const Element element = elementOfChild(i);
@@ -179,9 +175,8 @@ void NodeReader::finishNode(NodeDraft& draft, size_t firstChild) {
 }
 
 void NodeReader::emit(NodeDraft& draft) {
-  if (parts_.nodes.size() == kMaxNodes) {
+  if (parts_.nodes.size() == kMaxNodes)
     parts_.fatal(draft.record.sourceOffset, draft.record, "", "more than " + std::to_string(kMaxNodes) + " nodes");
-  }
   const NodeIndex node = static_cast<NodeIndex>(parts_.nodes.size());
   if (draft.seen.hasAny(ElementSet(Element::ChunkID, Element::pChunkID))) parts_.chunkPorts.push_back(node);
   if (draft.seen.has(Element::EventID)) parts_.eventNodes.push_back(node);

@@ -25,15 +25,13 @@ template <class Has, class Set>
 void spread(const Description& description, ElementSet links, Has&& has, Set&& set) {
   const NodeIndex count = static_cast<NodeIndex>(description.nodeCount());
   std::vector<NodeIndex> reached;
-  for (NodeIndex node = 0; node < count; ++node) {
+  for (NodeIndex node = 0; node < count; ++node)
     if (has(node)) reached.push_back(node);
-  }
   if (reached.empty()) return;
   const AdjacencyLists followers(count, [&](auto&& visit) {
     for (NodeIndex node = 0; node < count; ++node) {
-      for (const Property& property : description.properties(node)) {
+      for (const Property& property : description.properties(node))
         if (links.has(property.element)) visit(property.target, node);
-      }
     }
   });
   for (size_t i = 0; i < reached.size(); ++i) {

@@ -25,14 +25,10 @@ void NodeReader::checkComplete(NodeDraft& draft) {
     case NodeType::IntReg:
     case NodeType::FloatReg:
     case NodeType::StringReg:
-    case NodeType::Register:
-      requireRegister();
-      break;
+    case NodeType::Register: requireRegister(); break;
     case NodeType::ConfRom:
     case NodeType::AdvFeatureLock:
-    case NodeType::SmartFeature:
-      require(draft, ElementSet(E::pPort), "pPort");
-      break;
+    case NodeType::SmartFeature: require(draft, ElementSet(E::pPort), "pPort"); break;
     case NodeType::MaskedIntReg:
       requireRegister();
       require(draft, ElementSet(E::Bit, E::LSB, E::MSB), "Bit or LSB and MSB");
@@ -51,12 +47,8 @@ void NodeReader::checkComplete(NodeDraft& draft) {
       requireSource();
       require(draft, ElementSet(E::EnumEntry, E::pEnumEntry), "EnumEntry");
       break;
-    case NodeType::EnumEntry:
-      require(draft, ElementSet(E::Value), "Value");
-      break;
-    case NodeType::String:
-      requireSource();
-      break;
+    case NodeType::EnumEntry: require(draft, ElementSet(E::Value), "Value"); break;
+    case NodeType::String: requireSource(); break;
     case NodeType::Converter:
     case NodeType::IntConverter:
       require(draft, ElementSet(E::pValue), "pValue");
@@ -64,11 +56,8 @@ void NodeReader::checkComplete(NodeDraft& draft) {
       require(draft, ElementSet(E::FormulaFrom), "FormulaFrom");
       break;
     case NodeType::SwissKnife:
-    case NodeType::IntSwissKnife:
-      require(draft, ElementSet(E::Formula), "Formula");
-      break;
-    default:
-      break;
+    case NodeType::IntSwissKnife: require(draft, ElementSet(E::Formula), "Formula"); break;
+    default: break;
   }
 }
 
@@ -126,9 +115,8 @@ void NodeReader::checkBoolean(const NodeDraft& draft) {
 
 Property* NodeReader::find(const NodeDraft& draft, Element element) const {
   if (!draft.seen.has(element)) return nullptr;
-  for (size_t i = draft.record.firstProperty; i < parts_.properties.size(); ++i) {
+  for (size_t i = draft.record.firstProperty; i < parts_.properties.size(); ++i)
     if (parts_.properties[i].element == element) return &parts_.properties[i];
-  }
   return nullptr;
 }
 

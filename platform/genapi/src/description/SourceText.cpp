@@ -124,18 +124,12 @@ Counts countAll(std::string_view text) {
 size_t knownReference(std::string_view text, size_t at) {
   const auto begins = [&](std::string_view known) { return text.substr(at, known.size()) == known; };
   switch (at + 1 < text.size() ? text[at + 1] : '\0') {
-    case 'a':
-      return begins("&amp;") ? 5 : begins("&apos;") ? 6 : 0;
-    case 'l':
-      return begins("&lt;") ? 4 : 0;
-    case 'g':
-      return begins("&gt;") ? 4 : 0;
-    case 'q':
-      return begins("&quot;") ? 6 : 0;
-    case '#':
-      break;
-    default:
-      return 0;
+    case 'a': return begins("&amp;") ? 5 : begins("&apos;") ? 6 : 0;
+    case 'l': return begins("&lt;") ? 4 : 0;
+    case 'g': return begins("&gt;") ? 4 : 0;
+    case 'q': return begins("&quot;") ? 6 : 0;
+    case '#': break;
+    default: return 0;
   }
   const bool hex = text.substr(at + 2, 1) == "x";
   const size_t first = at + (hex ? 3 : 2);
@@ -164,24 +158,20 @@ SourceShape examineSource(std::string_view text, BuildFindings& findings) {
     findings.fatal(kNoOffset, "neither XML nor zip: the text begins with " + quoted(rest));
   }
   const std::string_view leading = text.substr(mark, start - mark);
-  if (!text::isBlank(leading)) {
+  if (!text::isBlank(leading))
     findings.note(mark, kNoNode, "", "text before the first tag is skipped: " + quoted(leading));
-  }
   const Counts counts = countAll(text);
-  if (counts.tags > kMaxXmlTags) {
+  if (counts.tags > kMaxXmlTags)
     findings.fatal(kNoOffset, std::to_string(counts.tags) + " tags, more than " + std::to_string(kMaxXmlTags));
-  }
   if (!counts.ascii) {
     const size_t malformed = text::findMalformedUtf8(text);
-    if (malformed != std::string_view::npos) {
+    if (malformed != std::string_view::npos)
       findings.note(malformed, kNoNode, "", "bytes that are not UTF-8 are kept as they are");
-    }
   }
   const std::string encoding = declaredEncoding(text);
   if (!encoding.empty() && encoding != "UTF-8" && encoding != "UTF8" && encoding != "US-ASCII" && encoding != "ASCII" &&
-      encoding != "UTF-16" && !isLatin1(encoding)) {
+      encoding != "UTF-16" && !isLatin1(encoding))
     findings.note(start, kNoNode, "", "unknown encoding " + quoted(encoding) + ", read as UTF-8");
-  }
   return {start, counts.tags, counts.references};
 }
 

@@ -13,9 +13,7 @@
 namespace GENAPI_NAMESPACE {
 namespace {
 
-[[noreturn]] void refuse(std::string reason) {
-  throw LoadFault{0, std::move(reason)};
-}
+[[noreturn]] void refuse(std::string reason) { throw LoadFault{0, std::move(reason)}; }
 
 // Where memory ran out, the library often fails without naming an error.
 [[noreturn]] void refuseError(const char* what, zip_error_t* error) {
@@ -47,9 +45,8 @@ Archive openArchive(std::string_view bytes) {
     if (Archive archive{zip_open_from_source(source, ZIP_RDONLY, &error.error)}) return archive;
     zip_source_free(source);
     // libzip reports "no archive" when memory runs out for a directory entry. A second try shows which it was.
-    if (again || zip_error_code_zip(&error.error) != ZIP_ER_NOZIP) {
+    if (again || zip_error_code_zip(&error.error) != ZIP_ER_NOZIP)
       refuseError("the zip archive cannot be opened", &error.error);
-    }
   }
 }
 
@@ -68,9 +65,8 @@ zip_stat_t findMember(zip_t* archive) {
     zip_stat_init(&candidate);
     if (zip_stat_index(archive, static_cast<zip_uint64_t>(i), 0, &candidate) != 0) continue;
     if ((candidate.valid & ZIP_STAT_NAME) == 0 || !endsInXml(candidate.name)) continue;
-    if (found) {
+    if (found)
       refuse("more than one XML file in the zip archive: " + quoted(member.name) + " and " + quoted(candidate.name));
-    }
     member = candidate;
     found = true;
   }
@@ -80,13 +76,11 @@ zip_stat_t findMember(zip_t* archive) {
 
 void checkMember(const zip_stat_t& member) {
   const std::string name = quoted(member.name);
-  if ((member.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && member.encryption_method != ZIP_EM_NONE) {
+  if ((member.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && member.encryption_method != ZIP_EM_NONE)
     refuse(name + " in the zip archive is encrypted");
-  }
   if ((member.valid & ZIP_STAT_COMP_METHOD) != 0 && member.comp_method != ZIP_CM_STORE &&
-      member.comp_method != ZIP_CM_DEFLATE) {
+      member.comp_method != ZIP_CM_DEFLATE)
     refuse(name + " in the zip archive is neither stored nor deflated");
-  }
 }
 
 // What the archive says about sizes is not believed: growth is measured while inflating.
@@ -105,9 +99,8 @@ std::string inflate(zip_t* archive, const zip_stat_t& member, size_t archiveSize
     const zip_int64_t read = zip_fread(file.get(), text.data() + before, kStep);
     if (read < 0) refuseError("the zip archive is damaged", zip_file_get_error(file.get()));
     text.resize(before + static_cast<size_t>(read));
-    if (text.size() > kMaxDescriptionBytes) {
+    if (text.size() > kMaxDescriptionBytes)
       refuse(quoted(member.name) + " in the zip archive grows past " + std::to_string(kMaxDescriptionBytes) + " bytes");
-    }
     if (text.size() > ratioLimit) {
       refuse(quoted(member.name) + " in the zip archive grows past " + std::to_string(kMaxZipRatio) +
              " times its stored size");
@@ -118,9 +111,7 @@ std::string inflate(zip_t* archive, const zip_stat_t& member, size_t archiveSize
 
 }  // namespace
 
-bool isZip(std::string_view bytes) {
-  return bytes.substr(0, 4) == "PK\x03\x04";
-}
+bool isZip(std::string_view bytes) { return bytes.substr(0, 4) == "PK\x03\x04"; }
 
 UnzippedDescription readZippedDescription(std::string_view bytes) {
   const Archive archive = openArchive(bytes);

@@ -57,11 +57,10 @@ bool Dispatch::changed(NodeIndex node) {
 }
 
 void Dispatch::noticed(NodeIndex node) {
-  if (polling_) {
+  if (polling_)
     changed(node);
-  } else {
+  else
     evaluation_.dropDependents(node);
-  }
 }
 
 void Dispatch::invalidated(NodeIndex node, bool evenSteady) {

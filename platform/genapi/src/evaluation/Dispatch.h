@@ -102,11 +102,10 @@ class Dispatch::Operation {
   void interrupt();
   void resume();
   void leave() {
-    if (--dispatch_.operations_ != 0) [[unlikely]] {
+    if (--dispatch_.operations_ != 0) [[unlikely]]
       resume();
-    } else {
+    else
       dispatch_.evaluation_.endCall();
-    }
     dispatch_.lastChanged_ = kNoNode;
     dispatch_.lock_.Unlock();
     held_ = false;

@@ -135,9 +135,7 @@ void Evaluation::beginActivity(NodeIndex node, int64_t value) {
   nodes_[node].marks |= kActive;
 }
 
-void Evaluation::dropContentOf(NodeIndex node) {
-  dropContent(state_, *state_.detailsOf(node).range);
-}
+void Evaluation::dropContentOf(NodeIndex node) { dropContent(state_, *state_.detailsOf(node).range); }
 
 bool Evaluation::dropNoted(NodeIndex node, std::span<const NodeIndex> dependents) {
   // What an interrupted call works at is not to be seen from here.
@@ -170,11 +168,9 @@ void Evaluation::settleAnew(NodeIndex node) {
 }
 
 void Evaluation::forgetRepeatedDrops() {
-  for (const RepeatedDrops::Hub& hub : repeated_.hubs()) {
-    for (const NodeIndex each : graph().dependents(hub.node, settling_)) {
+  for (const RepeatedDrops::Hub& hub : repeated_.hubs())
+    for (const NodeIndex each : graph().dependents(hub.node, settling_))
       nodes_[each].dropped = std::max(nodes_[each].dropped, hub.revision);
-    }
-  }
   repeated_.forget();
 }
 
@@ -217,9 +213,8 @@ void Evaluation::resume(const Suspended& suspended) {
 
 std::string Evaluation::path(NodeIndex last) const {
   std::vector<NodeIndex> nodes{last};
-  for (const Frame* frame = top_; frame; frame = frame->up_) {
+  for (const Frame* frame = top_; frame; frame = frame->up_)
     if (frame->node_ != nodes.back()) nodes.push_back(frame->node_);  // a node that reads its own limits stands once
-  }
   std::string path;
   for (auto each = nodes.rbegin(); each != nodes.rend(); ++each) {
     if (!path.empty()) path += " > ";

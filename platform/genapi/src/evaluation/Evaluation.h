@@ -300,30 +300,28 @@ inline Evaluation::Frame::~Frame() {
 
 template <Question question>
 Slot& Evaluation::slot(NodeIndex node) const {
-  if constexpr (question == kValue) {
+  if constexpr (question == kValue)
     return nodes_[node].value;
-  } else if constexpr (question == kMin) {
+  else if constexpr (question == kMin)
     return state_.detailsOf(node).min;
-  } else if constexpr (question == kMax) {
+  else if constexpr (question == kMax)
     return state_.detailsOf(node).max;
-  } else {
+  else
     return state_.detailsOf(node).address;
-  }
 }
 
 template <Question question, class Answer>
 Answer Evaluation::recall(NodeIndex node) const {
-  if constexpr (question == kAccessMode) {
+  if constexpr (question == kAccessMode)
     return static_cast<EAccessMode>(nodes_[node].accessMode);
-  } else if constexpr (std::is_same_v<Answer, double>) {
+  else if constexpr (std::is_same_v<Answer, double>)
     return slot<question>(node).real;
-  } else if constexpr (std::is_same_v<Answer, std::string>) {
+  else if constexpr (std::is_same_v<Answer, std::string>)
     return *slot<question>(node).text;
-  } else if constexpr (std::is_same_v<Answer, const EntryRecord*>) {
+  else if constexpr (std::is_same_v<Answer, const EntryRecord*>)
     return slot<question>(node).entry;
-  } else {
+  else
     return static_cast<Answer>(slot<question>(node).integer);
-  }
 }
 
 template <Question question, class Answer>

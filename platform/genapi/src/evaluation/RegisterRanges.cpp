@@ -52,9 +52,8 @@ RegisterRanges::Overlap RegisterRanges::compare(const RangeKey& range, const Ran
   // Distances are unsigned: addresses may be at both ends of their type.
   const auto from = static_cast<uint64_t>(range.address);
   const auto start = static_cast<uint64_t>(key.address);
-  if (range.address >= key.address) {
+  if (range.address >= key.address)
     return from - start < static_cast<uint64_t>(key.length) ? Overlap::Shares : Overlap::After;
-  }
   return start - from < static_cast<uint64_t>(range.length) ? Overlap::Shares : Overlap::Before;
 }
 

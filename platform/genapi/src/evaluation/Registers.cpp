@@ -12,11 +12,10 @@ namespace {
 
 // Most numbers are words: a copy of a known length needs no call.
 void copyNumber(uint8_t* to, const uint8_t* from, int64_t bytes) {
-  if (bytes == 4) {
+  if (bytes == 4)
     std::memcpy(to, from, 4);
-  } else {
+  else
     std::memcpy(to, from, static_cast<size_t>(bytes));
-  }
 }
 
 }  // namespace
@@ -207,11 +206,10 @@ bool Registers::write(const RegisterPlace& place, IRegisterPort& port, const uin
   // What was written into a few bytes is noted whatever the caching: others may have to merge bits with it.
   const bool isNumber = place.length <= RegisterRange::kNumberBytes;
   RegisterRange* mine = nullptr;
-  if (isNumber || (whole && place.caching != NoCache)) {
+  if (isNumber || (whole && place.caching != NoCache))
     mine = &rangeOf(place);
-  } else if (!whole) {
+  else if (!whole)
     mine = state_.ranges.find(place.key());
-  }
   const bool mayFill = undisturbed && place.caching == WriteThrough && place.ownMode != WO;
   const bool mayPatch = mayFill && !whole && mine && mayServe(place, *mine);
   dropOverlapping({place.port, place.address, bytes}, mine);

@@ -6,9 +6,7 @@
 namespace GENAPI_NAMESPACE {
 
 namespace {
-uintptr_t self() {
-  return static_cast<uintptr_t>(pthread_self());
-}
+uintptr_t self() { return static_cast<uintptr_t>(pthread_self()); }
 }  // namespace
 
 // Each value call takes this lock. A pair of Lock and Unlock took 6 ns here, one of std::recursive_mutex 7 to 12.
@@ -55,11 +53,10 @@ bool CLock::TryLock() {
 void CLock::Unlock() {
   if (--depth_ != 0) return;
   owner_.store(0, std::memory_order_relaxed);
-  if (__libc_single_threaded) {
+  if (__libc_single_threaded)
     state_.store(0, std::memory_order_relaxed);
-  } else if (state_.exchange(0, std::memory_order_release) == 2) {
+  else if (state_.exchange(0, std::memory_order_release) == 2)
     state_.notify_one();
-  }
 }
 
 }  // namespace GENAPI_NAMESPACE

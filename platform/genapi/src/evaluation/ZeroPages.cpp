@@ -26,11 +26,10 @@ void* zeroed(size_t bytes) {
 ZeroPages::ZeroPages(size_t bytes) : bytes_(std::max<size_t>(bytes, 1)), start_(zeroed(bytes_)) {}
 
 ZeroPages::~ZeroPages() {
-  if (bytes_ <= kFewBytes) {
+  if (bytes_ <= kFewBytes)
     std::free(start_);
-  } else {
+  else
     munmap(start_, bytes_);
-  }
 }
 
 }  // namespace GENAPI_NAMESPACE

@@ -19,18 +19,14 @@ std::chrono::milliseconds WaitTime::now() const {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
-void WaitTime::sleep(std::chrono::milliseconds pause) const {
-  std::this_thread::sleep_for(pause);
-}
+void WaitTime::sleep(std::chrono::milliseconds pause) const { std::this_thread::sleep_for(pause); }
 
 const WaitTime& WaitTime::current() {
   const WaitTime* exchanged = currentTime.load(std::memory_order_acquire);
   return exchanged ? *exchanged : kMachineTime;
 }
 
-void WaitTime::exchange(const WaitTime* other) {
-  currentTime.store(other, std::memory_order_release);
-}
+void WaitTime::exchange(const WaitTime* other) { currentTime.store(other, std::memory_order_release); }
 
 bool waitUntilDone(ICommand& command, std::chrono::milliseconds limit, std::chrono::milliseconds firstPause,
                    std::chrono::milliseconds longestPause) {

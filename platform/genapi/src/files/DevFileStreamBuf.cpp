@@ -40,9 +40,8 @@ ODevFileStreamBuf<CharType, Traits>* ODevFileStreamBuf<CharType, Traits>::close(
   const std::unique_ptr<DeviceFile> file = std::move(file_);
   const std::streamsize rest = this->pptr() - this->pbase();
   this->setp(nullptr, nullptr);
-  if (rest > 0 && !file->hasFailed()) {
+  if (rest > 0 && !file->hasFailed())
     orCleanUp([&] { file->write(file->block().data(), rest); }, [&] { file->close(); });
-  }
   file->closeOrThrow();
   return this;
 }

@@ -62,9 +62,7 @@ void DeviceFile::checkEnd() const {
                              adapter_.lastOutcome());
 }
 
-bool DeviceFile::close() {
-  return adapter_.closeFile(name_.c_str());
-}
+bool DeviceFile::close() { return adapter_.closeFile(name_.c_str()); }
 
 void DeviceFile::closeOrThrow() {
   if (!close()) refuse<RuntimeException>("file '{}' could not be closed: {}", name_, adapter_.lastOutcome());

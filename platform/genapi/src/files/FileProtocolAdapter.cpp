@@ -152,12 +152,8 @@ int64_t FileProtocolAdapter::getBufSize(const char* pFileName, std::ios_base::op
   return nodes_->blockSize();
 }
 
-const std::string& FileProtocolAdapter::missingFeature() const {
-  return nodes_->missing;
-}
+const std::string& FileProtocolAdapter::missingFeature() const { return nodes_->missing; }
 
-const std::string& FileProtocolAdapter::lastOutcome() const {
-  return nodes_->outcome;
-}
+const std::string& FileProtocolAdapter::lastOutcome() const { return nodes_->outcome; }
 
 }  // namespace GENAPI_NAMESPACE

@@ -20,9 +20,7 @@ constexpr int64_t kBufferAccessUnit = 4;  // transports move registers in groups
 constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{50};
 
-int64_t roundUp(int64_t value, int64_t unit) {
-  return (value + unit - 1) / unit * unit;
-}
+int64_t roundUp(int64_t value, int64_t unit) { return (value + unit - 1) / unit * unit; }
 
 struct Steps {
   int64_t min;

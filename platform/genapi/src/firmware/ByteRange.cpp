@@ -14,9 +14,7 @@ namespace GENAPI_NAMESPACE {
 
 namespace {
 
-std::string reasonOf(int error) {
-  return std::generic_category().message(error);
-}
+std::string reasonOf(int error) { return std::generic_category().message(error); }
 
 }  // namespace
 

@@ -11,9 +11,7 @@ using GENICAM_NAMESPACE::gcstring;
 
 namespace {
 
-std::string controlOf(const std::string& path) {
-  return "'" + path + "': control.xml";
-}
+std::string controlOf(const std::string& path) { return "'" + path + "': control.xml"; }
 
 CFirmwareUpdateInfo makeInfo(const GufFile& file, const PackageDigest& digest, const UpdateControl& control,
                              size_t index, const char* language) {

@@ -19,17 +19,11 @@ bool CFirmwareUpdateInfo::operator==(const CFirmwareUpdateInfo& other) const {
          content_->path == other.content_->path && content_->packageDigest == other.content_->packageDigest;
 }
 
-bool CFirmwareUpdateInfo::IsValid() const {
-  return content_ != nullptr;
-}
+bool CFirmwareUpdateInfo::IsValid() const { return content_ != nullptr; }
 
-const char* CFirmwareUpdateInfo::GetUpdateFilename() const {
-  return content_ ? content_->path.c_str() : "";
-}
+const char* CFirmwareUpdateInfo::GetUpdateFilename() const { return content_ ? content_->path.c_str() : ""; }
 
-size_t CFirmwareUpdateInfo::GetCountOfInfos() const {
-  return content_ ? content_->infos.size() : 0;
-}
+size_t CFirmwareUpdateInfo::GetCountOfInfos() const { return content_ ? content_->infos.size() : 0; }
 
 namespace {
 
@@ -41,17 +35,11 @@ const CFirmwareUpdateInfo::Content::Info& infoAt(const CFirmwareUpdateInfo& info
 
 }  // namespace
 
-const char* CFirmwareUpdateInfo::GetInfoKey(size_t Index) const {
-  return infoAt(*this, Index).key.c_str();
-}
+const char* CFirmwareUpdateInfo::GetInfoKey(size_t Index) const { return infoAt(*this, Index).key.c_str(); }
 
-const char* CFirmwareUpdateInfo::GetInfo(size_t Index) const {
-  return infoAt(*this, Index).value.c_str();
-}
+const char* CFirmwareUpdateInfo::GetInfo(size_t Index) const { return infoAt(*this, Index).value.c_str(); }
 
-const char* CFirmwareUpdateInfo::GetInfo(const char* Key) const {
-  return GetInfo(Key, "");
-}
+const char* CFirmwareUpdateInfo::GetInfo(const char* Key) const { return GetInfo(Key, ""); }
 
 const char* CFirmwareUpdateInfo::GetInfo(const char* Key, const char* DefaultIfMissing) const {
   const Content::Info* found = content_ && Key ? content_->find(Key) : nullptr;

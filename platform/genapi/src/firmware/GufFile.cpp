@@ -17,9 +17,7 @@ constexpr char kPackageName[] = "package.zip";
 constexpr char kSignatureName[] = "package.p7s";
 constexpr char kControlName[] = "control.xml";
 
-std::string quoted(const std::string& path) {
-  return "'" + path + "'";
-}
+std::string quoted(const std::string& path) { return "'" + path + "'"; }
 
 [[noreturn]] void throwMissing(const std::string& where, const char* name, MissingMember missing) {
   if (missing == MissingMember::isFileNotFound) refuse<FileNotFoundException>("{}: has no member {}", where, name);
@@ -98,9 +96,7 @@ GufFile::GufFile(const std::string& path, MissingMember missing)
   }
 }
 
-PackageDigest GufFile::digest() const {
-  return digestOf(layout_.package);
-}
+PackageDigest GufFile::digest() const { return digestOf(layout_.package); }
 
 std::string GufFile::labelOf(std::string_view member) const {
   return quoted(path()) + ": member '" + std::string(member.substr(0, 200)) + "'";

@@ -248,8 +248,7 @@ UpdateStep UpdateControlReader::readStep(pugi::xml_node element, const std::stri
       expectAttributes(element, {"DelayEnumerationMs", "EstimatedDurationMs"}, unknown);
       step.delayEnumerationMs = milliseconds(element, "DelayEnumerationMs", place);
       break;
-    default:
-      refuseAt(place, "is no step that is known");
+    default: refuseAt(place, "is no step that is known");
   }
   if (!unknown.empty()) refuseAt(place, "has an unknown attribute '" + unknown + "'");
   step.estimatedMs = milliseconds(element, "EstimatedDurationMs", place);
@@ -268,12 +267,11 @@ UpdateStep UpdateControlReader::readStep(pugi::xml_node element, const std::stri
 
 std::string UpdateControlReader::textOf(pugi::xml_node element, const std::string& place, Strange elements) const {
   std::string text;
-  for (const pugi::xml_node child : element.children()) {
+  for (const pugi::xml_node child : element.children())
     if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
       text += child.value();
     else if (child.type() == pugi::node_element && elements == Strange::isRefused)
       refuseAt(place, std::string("has an unknown element '") + child.name() + "'");
-  }
   return text;
 }
 

@@ -94,18 +94,12 @@ void UpdateRun::acquireData() {
 
 void UpdateRun::carryOut(const UpdateStep& step, bool beforeReset) {
   switch (step.type) {
-    case ProgressStepType_FeatureWrite:
-      return write(step);
-    case ProgressStepType_FeatureExecute:
-      return execute(step, !beforeReset);
-    case ProgressStepType_FeatureAssert:
-      return expect(step);
-    case ProgressStepType_FileUpload:
-      return upload(step);
-    case ProgressStepType_DeviceReset:
-      return reset(step);
-    default:
-      refuse<LogicalErrorException>("step {}: is of no known kind", stepNumber_);
+    case ProgressStepType_FeatureWrite: return write(step);
+    case ProgressStepType_FeatureExecute: return execute(step, !beforeReset);
+    case ProgressStepType_FeatureAssert: return expect(step);
+    case ProgressStepType_FileUpload: return upload(step);
+    case ProgressStepType_DeviceReset: return reset(step);
+    default: refuse<LogicalErrorException>("step {}: is of no known kind", stepNumber_);
   }
 }
 

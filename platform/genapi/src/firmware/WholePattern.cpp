@@ -12,9 +12,7 @@ namespace GENAPI_NAMESPACE {
 
 namespace {
 
-re2::StringPiece pieceOf(std::string_view text) {
-  return {text.data(), text.size()};
-}
+re2::StringPiece pieceOf(std::string_view text) { return {text.data(), text.size()}; }
 
 }  // namespace
 
@@ -32,9 +30,7 @@ WholePattern::WholePattern(const std::string& text, const std::string& where) : 
   compiled_ = std::move(compiled);
 }
 
-size_t WholePattern::programSteps() const {
-  return compiled_ ? static_cast<size_t>(compiled_->ProgramSize()) : 0;
-}
+size_t WholePattern::programSteps() const { return compiled_ ? static_cast<size_t>(compiled_->ProgramSize()) : 0; }
 
 bool WholePattern::matches(std::string_view value) const {
   return compiled_ && re2::RE2::FullMatch(pieceOf(value), *compiled_);

@@ -30,9 +30,7 @@ std::string readText(const ByteRange& bytes, uint64_t offset, size_t size) {
 uint32_t number16(std::string_view bytes, size_t at) {
   return static_cast<uint32_t>(static_cast<uint8_t>(bytes[at]) | static_cast<uint8_t>(bytes[at + 1]) << 8);
 }
-uint32_t number32(std::string_view bytes, size_t at) {
-  return number16(bytes, at) | number16(bytes, at + 2) << 16;
-}
+uint32_t number32(std::string_view bytes, size_t at) { return number16(bytes, at) | number16(bytes, at + 2) << 16; }
 
 // Where the directory is, from its end record. libzip does not say, and only the directory has the members' offsets.
 struct Directory {
@@ -78,9 +76,7 @@ const ArchiveMember* overlapping(const std::vector<ArchiveMember>& members) {
   return nullptr;
 }
 
-std::string called(const std::string& name) {
-  return "member '" + name.substr(0, 200) + "' ";
-}
+std::string called(const std::string& name) { return "member '" + name.substr(0, 200) + "' "; }
 
 }  // namespace
 
@@ -165,16 +161,10 @@ ZipArchive::OpenMember ZipArchive::open(const ArchiveMember& member, const std::
   return opened;
 }
 
-void ZipArchive::refuseArchive(const std::string& what) const {
-  refuse<FormatException>("{}: {}", label_, what);
-}
+void ZipArchive::refuseArchive(const std::string& what) const { refuse<FormatException>("{}: {}", label_, what); }
 
-void ZipArchive::Discard::operator()(zip* archive) const {
-  zip_discard(archive);
-}
+void ZipArchive::Discard::operator()(zip* archive) const { zip_discard(archive); }
 
-void ZipArchive::CloseMember::operator()(zip_file* member) const {
-  zip_fclose(member);
-}
+void ZipArchive::CloseMember::operator()(zip_file* member) const { zip_fclose(member); }
 
 }  // namespace GENAPI_NAMESPACE

@@ -67,21 +67,11 @@ inline Problem shiftRight(int64_t a, int64_t count, int64_t& result) noexcept {
   result = a >> count;
   return nullptr;
 }
-inline Problem bitAnd(int64_t a, int64_t b, int64_t& result) noexcept {
-  return result = a & b, nullptr;
-}
-inline Problem bitXor(int64_t a, int64_t b, int64_t& result) noexcept {
-  return result = a ^ b, nullptr;
-}
-inline Problem bitOr(int64_t a, int64_t b, int64_t& result) noexcept {
-  return result = a | b, nullptr;
-}
-inline Problem complement(int64_t a, int64_t& result) noexcept {
-  return result = ~a, nullptr;
-}
-inline Problem negate(int64_t a, int64_t& result) noexcept {
-  return subtract(0, a, result);
-}
+inline Problem bitAnd(int64_t a, int64_t b, int64_t& result) noexcept { return result = a & b, nullptr; }
+inline Problem bitXor(int64_t a, int64_t b, int64_t& result) noexcept { return result = a ^ b, nullptr; }
+inline Problem bitOr(int64_t a, int64_t b, int64_t& result) noexcept { return result = a | b, nullptr; }
+inline Problem complement(int64_t a, int64_t& result) noexcept { return result = ~a, nullptr; }
+inline Problem negate(int64_t a, int64_t& result) noexcept { return subtract(0, a, result); }
 inline Problem absolute(int64_t a, int64_t& result) noexcept {
   if (a < 0) return negate(a, result);
   return result = a, nullptr;
@@ -89,15 +79,9 @@ inline Problem absolute(int64_t a, int64_t& result) noexcept {
 
 // --- floating point ---
 
-inline Problem add(double a, double b, double& result) noexcept {
-  return result = a + b, nullptr;
-}
-inline Problem subtract(double a, double b, double& result) noexcept {
-  return result = a - b, nullptr;
-}
-inline Problem multiply(double a, double b, double& result) noexcept {
-  return result = a * b, nullptr;
-}
+inline Problem add(double a, double b, double& result) noexcept { return result = a + b, nullptr; }
+inline Problem subtract(double a, double b, double& result) noexcept { return result = a - b, nullptr; }
+inline Problem multiply(double a, double b, double& result) noexcept { return result = a * b, nullptr; }
 inline Problem divide(double a, double b, double& result) noexcept {
   if (b == 0) return kDivisionByZero;
   return result = a / b, nullptr;
@@ -130,24 +114,12 @@ inline Problem shiftLeft(double a, double b, double& result) noexcept {
 inline Problem shiftRight(double a, double b, double& result) noexcept {
   return throughIntegers<shiftRight>(a, b, result);
 }
-inline Problem bitAnd(double a, double b, double& result) noexcept {
-  return throughIntegers<bitAnd>(a, b, result);
-}
-inline Problem bitXor(double a, double b, double& result) noexcept {
-  return throughIntegers<bitXor>(a, b, result);
-}
-inline Problem bitOr(double a, double b, double& result) noexcept {
-  return throughIntegers<bitOr>(a, b, result);
-}
-inline Problem complement(double a, double& result) noexcept {
-  return throughIntegers<bitXor>(a, -1.0, result);
-}
-inline Problem negate(double a, double& result) noexcept {
-  return result = -a, nullptr;
-}
-inline Problem absolute(double a, double& result) noexcept {
-  return result = std::fabs(a), nullptr;
-}
+inline Problem bitAnd(double a, double b, double& result) noexcept { return throughIntegers<bitAnd>(a, b, result); }
+inline Problem bitXor(double a, double b, double& result) noexcept { return throughIntegers<bitXor>(a, b, result); }
+inline Problem bitOr(double a, double b, double& result) noexcept { return throughIntegers<bitOr>(a, b, result); }
+inline Problem complement(double a, double& result) noexcept { return throughIntegers<bitXor>(a, -1.0, result); }
+inline Problem negate(double a, double& result) noexcept { return result = -a, nullptr; }
+inline Problem absolute(double a, double& result) noexcept { return result = std::fabs(a), nullptr; }
 
 // The result of a mathematical function; not a number when its argument was outside the domain.
 inline Problem checked(double value, double& result) noexcept {
@@ -155,15 +127,9 @@ inline Problem checked(double value, double& result) noexcept {
   return std::isnan(value) ? kDomain : nullptr;
 }
 // Functions that are no number outside their domain, where the C library's answer with an infinity.
-inline double naturalLogarithm(double x) noexcept {
-  return x > 0 ? std::log(x) : NAN;
-}
-inline double decimalLogarithm(double x) noexcept {
-  return x > 0 ? std::log10(x) : NAN;
-}
-inline double fraction(double x) noexcept {
-  return x - std::trunc(x);
-}
+inline double naturalLogarithm(double x) noexcept { return x > 0 ? std::log(x) : NAN; }
+inline double decimalLogarithm(double x) noexcept { return x > 0 ? std::log10(x) : NAN; }
+inline double fraction(double x) noexcept { return x - std::trunc(x); }
 
 // `value` rounded to `places` decimals, half away from zero; a negative count rounds to tens, hundreds and so on.
 inline Problem roundToPlaces(double value, double places, double& result) noexcept {

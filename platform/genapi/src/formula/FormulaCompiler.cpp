@@ -15,9 +15,7 @@ namespace {
 
 constexpr uint32_t kUnnumbered = UINT32_MAX;
 
-std::string quotable(std::string_view formula) {
-  return text::excerpt(formula, kMaxQuotedFormula);
-}
+std::string quotable(std::string_view formula) { return text::excerpt(formula, kMaxQuotedFormula); }
 
 }  // namespace
 
@@ -39,9 +37,8 @@ class FormulaCompiler final : private NameScope {
     program_->arithmetic_ = arithmetic;
     order_.reserve(names.size());
     for (uint32_t i = 0; i < names.size(); ++i) order_.push_back(i);
-    if (foldCase_) {
+    if (foldCase_)
       for (const DeclaredName& declared : names) folded_.push_back(text::upperCase(declared.name));
-    }
     // Stable: of names declared twice the first counts.
     std::stable_sort(order_.begin(), order_.end(), [&](uint32_t a, uint32_t b) { return key(a) < key(b); });
   }
@@ -49,9 +46,8 @@ class FormulaCompiler final : private NameScope {
   std::unique_ptr<const FormulaProgram> compile(std::string_view text) {
     texts_.push_back(text);
     // Parsing a part can add Expressions to the list.
-    for (size_t part = 0; part < texts_.size(); ++part) {
+    for (size_t part = 0; part < texts_.size(); ++part)
       if (!parsePart(part)) return std::move(program_);
-    }
     if (measure()) link();
     return std::move(program_);
   }
@@ -61,9 +57,8 @@ class FormulaCompiler final : private NameScope {
 
   bool parsePart(size_t part) {
     const std::string_view text = texts_[part];
-    if (text.size() > kMaxFormulaChars) {
+    if (text.size() > kMaxFormulaChars)
       return refuse("formula longer than " + std::to_string(kMaxFormulaChars) + " characters", 1, text);
-    }
     parts_.push_back(parseFormula(text, program_->arithmetic_, *this));
     const ParsedFormula& parsed = parts_.back();
     return parsed.complaint.empty() || refuse(parsed.complaint, parsed.complaintColumn, text);
@@ -105,8 +100,7 @@ class FormulaCompiler final : private NameScope {
         return {Meaning::Kind::Expression, numbers_[declared], {}, {}};
       case DeclaredName::Kind::IntegerConstant:
         return constantMeaning(name.integerConstant, static_cast<double>(name.integerConstant));
-      case DeclaredName::Kind::FloatConstant:
-        break;
+      case DeclaredName::Kind::FloatConstant: break;
     }
     const double value = name.floatConstant;
     if (program_->arithmetic_ == Arithmetic::Float) return constantMeaning(0, value);
@@ -117,11 +111,10 @@ class FormulaCompiler final : private NameScope {
 
   Meaning constantMeaning(int64_t integer, double real) const {
     Meaning meaning{Meaning::Kind::Constant, 0, {}, {}};
-    if (program_->arithmetic_ == Arithmetic::Integer) {
+    if (program_->arithmetic_ == Arithmetic::Integer)
       meaning.constant.integer = integer;
-    } else {
+    else
       meaning.constant.real = real;
-    }
     return meaning;
   }
 

@@ -13,11 +13,10 @@ namespace {
 
 template <class Number>
 Number& as(Value& value) noexcept {
-  if constexpr (std::is_same_v<Number, int64_t>) {
+  if constexpr (std::is_same_v<Number, int64_t>)
     return value.integer;
-  } else {
+  else
     return value.real;
-  }
 }
 
 // One bit for each remembered value.
@@ -34,9 +33,7 @@ class KnownMarks {
   Value* words_;
 };
 
-size_t markWords(size_t count) noexcept {
-  return (count + 63) / 64;
-}
+size_t markWords(size_t count) noexcept { return (count + 63) / 64; }
 
 }  // namespace
 
@@ -69,20 +66,15 @@ Number FormulaProgram::run(VariableSource& source, Number argument) const {
   };
   for (;; ++at) {
     switch (at->operation) {
-      case Operation::PushConstant:
-        *++top = at->constant;
-        break;
-      case Operation::PushArgument:
-        push(argument);
-        break;
+      case Operation::PushConstant: *++top = at->constant; break;
+      case Operation::PushArgument: push(argument); break;
       case Operation::PushVariable: {
         Value& value = remembered[at->operand];
         if (!known.has(at->operand)) {
-          if constexpr (std::is_same_v<Number, int64_t>) {
+          if constexpr (std::is_same_v<Number, int64_t>)
             value.integer = source.integerVariable(variables_[at->operand]);
-          } else {
+          else
             value.real = source.floatVariable(variables_[at->operand]);
-          }
           known.set(at->operand);
         }
         *++top = value;
@@ -112,9 +104,7 @@ Number FormulaProgram::run(VariableSource& source, Number argument) const {
         at = code_.data() + (--calls)->integer;
         break;
       }
-      case Operation::Jump:
-        at += at->operand - 1;
-        break;
+      case Operation::Jump: at += at->operand - 1; break;
       case Operation::JumpIfZero:
         if (as<Number>(*top--) == Number{0}) at += at->operand - 1;
         break;
@@ -179,9 +169,7 @@ Number FormulaProgram::run(VariableSource& source, Number argument) const {
         as<Number>(*top) = static_cast<Number>((value > Number{0}) - (value < Number{0}));
         break;
       }
-      case Operation::Call:
-        check(math::checked(at->constant.function(top->real), top->real));
-        break;
+      case Operation::Call: check(math::checked(at->constant.function(top->real), top->real)); break;
       case Operation::RoundToPlaces:
         --top;
         check(math::roundToPlaces(top->real, top[1].real, top->real));
@@ -213,9 +201,7 @@ void FormulaProgram::fail(VariableSource& source, const std::string& reason) con
   refuse<LogicalErrorException>("{}", reason);
 }
 
-void VariableSource::evaluationFailed(const std::string& reason) {
-  refuse<LogicalErrorException>("{}", reason);
-}
+void VariableSource::evaluationFailed(const std::string& reason) { refuse<LogicalErrorException>("{}", reason); }
 
 Scratch& VariableSource::scratchOfThread() {
   thread_local Scratch ofThread;

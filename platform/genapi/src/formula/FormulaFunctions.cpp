@@ -31,9 +31,8 @@ constexpr Function kFunctions[] = {{"SGN", Operation::Sign, 1, 1},
 }  // namespace
 
 const Function* findFunction(std::string_view name) noexcept {
-  for (const Function& function : kFunctions) {
+  for (const Function& function : kFunctions)
     if (text::equalsIgnoringCase(function.name, name)) return &function;
-  }
   return nullptr;
 }
 

@@ -6,13 +6,9 @@
 namespace GENAPI_NAMESPACE::formula {
 namespace {
 
-bool beginsWord(char character) noexcept {
-  return text::isLetter(character) || character == '_';
-}
+bool beginsWord(char character) noexcept { return text::isLetter(character) || character == '_'; }
 
-bool isWord(char character) noexcept {
-  return beginsWord(character) || text::isDigit(character);
-}
+bool isWord(char character) noexcept { return beginsWord(character) || text::isDigit(character); }
 
 // Two-character symbols come before the one-character symbols that they begin with.
 constexpr Symbol kSymbols[] = {{"**", TokenKind::Operator, Operation::Power, kPower},
@@ -54,9 +50,8 @@ Token FormulaLexer::next() noexcept {
   if (at_ == formula_.size()) return {TokenKind::End, {}, at_, nullptr};
   if (beginsWord(peek(0))) return name();
   if (text::isDigit(peek(0)) || (peek(0) == '.' && text::isDigit(peek(1)))) return number();
-  for (const Symbol& symbol : kSymbols) {
+  for (const Symbol& symbol : kSymbols)
     if (startsWith(symbol.text)) return take(symbol.kind, symbol.text.size(), &symbol);
-  }
   return take(TokenKind::Unknown, text::firstCharacters(formula_.substr(at_), 1).size());
 }
 

@@ -46,9 +46,8 @@ IntegralDecimal parseIntegralDecimal(std::string_view text) {
   if (at < text.size()) {
     const bool negative = text[at + 1] == '-';
     int64_t written = 0;
-    for (char character : text.substr(at + 1)) {
+    for (char character : text.substr(at + 1))
       if (character >= '0' && character <= '9' && written < 1000000) written = written * 10 + (character - '0');
-    }
     exponent += negative ? -written : written;
   }
   while (!digits.empty() && digits.back() == '0') {
@@ -75,58 +74,44 @@ class Parser {
 
   ParsedFormula parse() {
     if (token_.kind == TokenKind::End) complain(token_.offset, "empty formula");
-    while (result_.complaint.empty() && !complete_) {
-      if (expectsOperand_) {
+    while (result_.complaint.empty() && !complete_)
+      if (expectsOperand_)
         operand();
-      } else {
+      else
         afterOperand();
-      }
-    }
     return std::move(result_);
   }
 
  private:
   void operand() {
     switch (token_.kind) {
-      case TokenKind::Number:
-        return literal();
-      case TokenKind::Name:
-        return name();
-      case TokenKind::Open:
-        return open({Pending::Kind::Parenthesis, kOpening, token_.offset});
+      case TokenKind::Number: return literal();
+      case TokenKind::Name: return name();
+      case TokenKind::Open: return open({Pending::Kind::Parenthesis, kOpening, token_.offset});
       case TokenKind::Operator:
         if (token_.isOperator(Operation::Add)) return advance();
         if (token_.isOperator(Operation::Subtract)) return unary(Operation::Negate);
         return unexpected();
-      case TokenKind::Tilde:
-        return unary(Operation::Complement);
+      case TokenKind::Tilde: return unary(Operation::Complement);
       case TokenKind::Close:
         if (!pending_.empty() && pending_.back().kind == Pending::Kind::Function && justOpened_) {
           pending_.back().arguments = 0;
           return complainAboutArguments(pending_.back());
         }
         return unexpected();
-      default:
-        return unexpected();
+      default: return unexpected();
     }
   }
 
   void afterOperand() {
     switch (token_.kind) {
-      case TokenKind::Question:
-        return question();
-      case TokenKind::Colon:
-        return colon();
-      case TokenKind::Comma:
-        return comma();
-      case TokenKind::Close:
-        return close();
-      case TokenKind::End:
-        return end();
-      case TokenKind::Operator:
-        return binary(*token_.symbol);
-      default:
-        return unexpected();
+      case TokenKind::Question: return question();
+      case TokenKind::Colon: return colon();
+      case TokenKind::Comma: return comma();
+      case TokenKind::Close: return close();
+      case TokenKind::End: return end();
+      case TokenKind::Operator: return binary(*token_.symbol);
+      default: return unexpected();
     }
   }
 
@@ -154,9 +139,8 @@ class Parser {
       std::optional<int64_t> number = text::parseInteger(token_.text);
       if (!number && !hex) {
         const IntegralDecimal decimal = parseIntegralDecimal(token_.text);
-        if (decimal.hasFraction) {
+        if (decimal.hasFraction)
           return complain(token_.offset, "number " + quoted(token_.text) + " has a fraction in an integer formula");
-        }
         number = decimal.value;
       }
       if (!number && isLowestInteger()) {
@@ -186,21 +170,14 @@ class Parser {
     }
     Meaning meaning = names_.meaningOf(token_.text);
     switch (meaning.kind) {
-      case Meaning::Kind::Argument:
-        emit(Operation::PushArgument, token_.offset, +1);
-        break;
-      case Meaning::Kind::Variable:
-        emit(Operation::PushVariable, token_.offset, +1, meaning.number);
-        break;
-      case Meaning::Kind::Constant:
-        emit(Operation::PushConstant, token_.offset, +1, 0, meaning.constant);
-        break;
+      case Meaning::Kind::Argument: emit(Operation::PushArgument, token_.offset, +1); break;
+      case Meaning::Kind::Variable: emit(Operation::PushVariable, token_.offset, +1, meaning.number); break;
+      case Meaning::Kind::Constant: emit(Operation::PushConstant, token_.offset, +1, 0, meaning.constant); break;
       case Meaning::Kind::Expression:
         emit(Operation::PushExpression, token_.offset, +1, meaning.number);
         result_.calls.push_back({meaning.number, result_.columns.back()});
         break;
-      case Meaning::Kind::Refused:
-        return complain(token_.offset, std::move(meaning.complaint));
+      case Meaning::Kind::Refused: return complain(token_.offset, std::move(meaning.complaint));
       case Meaning::Kind::Unknown: {
         const std::optional<double> constant = findConstant(token_.text);
         if (!constant) {
@@ -273,9 +250,8 @@ class Parser {
     if (bracket.kind == Pending::Kind::Then) return complain(bracket.offset, "'?' without ':'");
     if (bracket.kind == Pending::Kind::Function) {
       const Function& function = *bracket.function;
-      if (bracket.arguments < function.minArguments || bracket.arguments > function.maxArguments) {
+      if (bracket.arguments < function.minArguments || bracket.arguments > function.maxArguments)
         return complainAboutArguments(bracket);
-      }
       Value called{};
       called.function = function.real;
       const bool toPlaces = bracket.arguments == 2;  // only ROUND takes two
@@ -306,18 +282,13 @@ class Parser {
       pending_.pop_back();
       --pendingOperators_;
       switch (ended.kind) {
-        case Pending::Kind::Unary:
-          emit(ended.operation, ended.offset, 0);
-          break;
-        case Pending::Kind::Binary:
-          emit(ended.operation, ended.offset, -1);
-          break;
+        case Pending::Kind::Unary: emit(ended.operation, ended.offset, 0); break;
+        case Pending::Kind::Binary: emit(ended.operation, ended.offset, -1); break;
         case Pending::Kind::ShortCircuit:
           emit(Operation::MakeBoolean, ended.offset, 0);
           land(ended.jump);
           break;
-        default:
-          land(ended.jump);
+        default: land(ended.jump);
       }
     }
   }
@@ -325,9 +296,8 @@ class Parser {
   void push(const Pending& pending) {
     const bool bracket = pending.kind == Pending::Kind::Parenthesis || pending.kind == Pending::Kind::Function;
     size_t& count = bracket ? pendingBrackets_ : pendingOperators_;
-    if (++count > kMaxFormulaDepth) {
+    if (++count > kMaxFormulaDepth)
       return complain(pending.offset, "nested deeper than " + std::to_string(kMaxFormulaDepth) + " levels");
-    }
     pending_.push_back(pending);
   }
 
@@ -366,14 +336,10 @@ class Parser {
 
   void unexpected() {
     switch (token_.kind) {
-      case TokenKind::End:
-        return complain(token_.offset, "unexpected end");
-      case TokenKind::Unknown:
-        return complain(token_.offset, "unexpected character " + quoted(token_.text));
-      case TokenKind::Malformed:
-        return complain(token_.offset, "malformed number " + quoted(token_.text));
-      default:
-        return complain(token_.offset, "unexpected " + quoted(token_.text));
+      case TokenKind::End: return complain(token_.offset, "unexpected end");
+      case TokenKind::Unknown: return complain(token_.offset, "unexpected character " + quoted(token_.text));
+      case TokenKind::Malformed: return complain(token_.offset, "malformed number " + quoted(token_.text));
+      default: return complain(token_.offset, "unexpected " + quoted(token_.text));
     }
   }
 

@@ -14,9 +14,8 @@ std::optional<VariableAspect> aspectOf(std::string_view variable, bool foldCase)
   const size_t dot = variable.find('.');
   if (dot == std::string_view::npos) return VariableAspect{};
   const std::string_view suffix = variable.substr(dot + 1);
-  for (size_t i = 0; i < std::size(kSuffixes); ++i) {
+  for (size_t i = 0; i < std::size(kSuffixes); ++i)
     if (same(suffix, kSuffixes[i])) return VariableAspect{static_cast<Aspect>(i)};
-  }
   if (suffix.size() <= kEntry.size() || !same(suffix.substr(0, kEntry.size()), kEntry)) return std::nullopt;
   return VariableAspect{Aspect::Entry, suffix.substr(kEntry.size())};
 }

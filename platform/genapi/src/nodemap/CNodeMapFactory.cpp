@@ -51,24 +51,16 @@ INodeMap* CNodeMapFactory::CreateNodeMap(const gcstring& DeviceName, bool) {
   if (!source_) refuse<LogicalErrorException>("the node map factory has no description");
   if (source_->failure) std::rethrow_exception(source_->failure);
   try {
-    if (!source_->loaded.description) {
-      source_->loaded = loadDescriptionFile(source_->fileName, source_->contentType);
-    }
+    if (!source_->loaded.description) source_->loaded = loadDescriptionFile(source_->fileName, source_->contentType);
     return new NodeMap(source_->loaded, DeviceName);
   } catch (const std::bad_alloc&) {
     refuse<BadAllocException>("out of memory while loading the description");
   }
 }
 
-bool CNodeMapFactory::IsEmpty() const {
-  return source_ == nullptr;
-}
-bool CNodeMapFactory::IsLoaded() const {
-  return source_ && source_->loaded.description;
-}
-void CNodeMapFactory::ClearCache() {
-  clearDescriptionCache();
-}
+bool CNodeMapFactory::IsEmpty() const { return source_ == nullptr; }
+bool CNodeMapFactory::IsLoaded() const { return source_ && source_->loaded.description; }
+void CNodeMapFactory::ClearCache() { clearDescriptionCache(); }
 
 void CNodeMapFactory::GetSupportedSchemaVersions(gcstring_vector& SchemaVersions) {
   SchemaVersions.clear();

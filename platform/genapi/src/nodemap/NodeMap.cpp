@@ -18,9 +18,7 @@ NodeMap::~NodeMap() {
   device_->dispatch.removeAllCallbacks();  // while the nodes they point to still live
 }
 
-INode* NodeMap::publicNode(NodeIndex index) const {
-  return &device_->nodes.node(index);
-}
+INode* NodeMap::publicNode(NodeIndex index) const { return &device_->nodes.node(index); }
 
 void NodeMap::GetNodes(NodeList_t& Nodes) const {
   Nodes.clear();
@@ -33,13 +31,12 @@ INode* NodeMap::GetNode(const gcstring& Key) const {
   int wanted = _UndefinedNameSpace;
   if (const size_t colon = name.find("::"); colon != std::string_view::npos) {
     const std::string_view prefix = name.substr(0, colon);
-    if (prefix == "Std") {
+    if (prefix == "Std")
       wanted = Standard;
-    } else if (prefix == "Cust") {
+    else if (prefix == "Cust")
       wanted = Custom;
-    } else {
+    else
       return nullptr;
-    }
     name.remove_prefix(colon + 2);
   }
   const NodeIndex index = description().indexOf(name);
@@ -59,9 +56,7 @@ bool NodeMap::Connect(IPort* pPort, const gcstring& PortName) const {
   return true;
 }
 
-bool NodeMap::Connect(IPort* pPort) const {
-  return Connect(pPort, "Device");
-}
+bool NodeMap::Connect(IPort* pPort) const { return Connect(pPort, "Device"); }
 
 void NodeMap::Poll(int64_t ElapsedTime) {
   if (ElapsedTime < 0) refuse<InvalidArgumentException>("Poll: elapsed time {} is negative", ElapsedTime);
@@ -90,30 +85,14 @@ bool NodeMap::ParseSwissKnifes(gcstring_vector* pErrorList) const {
   return sound;
 }
 
-gcstring NodeMap::GetModelName() const {
-  return gcstring(description().device().modelName);
-}
-gcstring NodeMap::GetVendorName() const {
-  return gcstring(description().device().vendorName);
-}
-gcstring NodeMap::GetToolTip() const {
-  return gcstring(description().device().toolTip);
-}
-gcstring NodeMap::GetStandardNameSpace() const {
-  return gcstring(description().device().standardNameSpace);
-}
-gcstring NodeMap::GetProductGuid() const {
-  return gcstring(description().device().productGuid);
-}
-gcstring NodeMap::GetVersionGuid() const {
-  return gcstring(description().device().versionGuid);
-}
-void NodeMap::GetSchemaVersion(Version_t& Version) const {
-  Version = description().device().schemaVersion;
-}
-void NodeMap::GetDeviceVersion(Version_t& Version) const {
-  Version = description().device().deviceVersion;
-}
+gcstring NodeMap::GetModelName() const { return gcstring(description().device().modelName); }
+gcstring NodeMap::GetVendorName() const { return gcstring(description().device().vendorName); }
+gcstring NodeMap::GetToolTip() const { return gcstring(description().device().toolTip); }
+gcstring NodeMap::GetStandardNameSpace() const { return gcstring(description().device().standardNameSpace); }
+gcstring NodeMap::GetProductGuid() const { return gcstring(description().device().productGuid); }
+gcstring NodeMap::GetVersionGuid() const { return gcstring(description().device().versionGuid); }
+void NodeMap::GetSchemaVersion(Version_t& Version) const { Version = description().device().schemaVersion; }
+void NodeMap::GetDeviceVersion(Version_t& Version) const { Version = description().device().deviceVersion; }
 
 void NodeMap::GetGenApiVersion(Version_t& Version, uint16_t& Build) const {
   Version.Major = 3;
@@ -157,14 +136,11 @@ void NodeMap::dropPortSilently(INode* portNode, bool accessMayChange) {
 void NodeMap::changeTogether(LiveChange& change) {
   Dispatch& dispatch = device_->dispatch;
   dispatch.operate(kNoNode, [&] {
-    for (INode* each : change.apply()) {
+    for (INode* each : change.apply())
       dispatch.invalidated(static_cast<NodeBase*>(each)->index(), change.accessMayChange);
-    }
   });
 }
 
-std::string NodeMap::pathTo(INode* node) const {
-  return static_cast<NodeBase*>(node)->path();
-}
+std::string NodeMap::pathTo(INode* node) const { return static_cast<NodeBase*>(node)->path(); }
 
 }  // namespace GENAPI_NAMESPACE

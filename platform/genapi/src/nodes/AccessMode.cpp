@@ -15,9 +15,7 @@ EAccessMode withoutWriting(EAccessMode mode) {
   return mode == WO ? NA : mode;
 }
 
-std::string modeText(EAccessMode mode) {
-  return EAccessModeClass::ToString(mode).c_str();
-}
+std::string modeText(EAccessMode mode) { return EAccessModeClass::ToString(mode).c_str(); }
 
 }  // namespace
 
@@ -64,12 +62,10 @@ std::string NodeBase::accessModeReason(int depth) const {
       return name + " is 0";
     }
   }
-  if (const Imposed* imposed = device_.imposed(index_); imposed && imposed->accessMode != RW) {
+  if (const Imposed* imposed = device_.imposed(index_); imposed && imposed->accessMode != RW)
     return modeText(imposed->accessMode) + " was imposed";
-  }
-  if (record().imposedAccessMode != RW) {
+  if (record().imposedAccessMode != RW)
     return "ImposedAccessMode is " + modeText(static_cast<EAccessMode>(record().imposedAccessMode));
-  }
   if (depth >= 8) return {};
   for (const Property& each : properties()) {
     if (each.element != Element::pValue && each.element != Element::pPort && each.element != Element::pVariable)

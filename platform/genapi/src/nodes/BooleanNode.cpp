@@ -11,9 +11,7 @@ BooleanNode::BooleanNode(Device& device, NodeIndex index)
       onValue_(given(Element::OnValue, 1)),
       offValue_(given(Element::OffValue, 0)) {}
 
-EAccessMode BooleanNode::typeMode() const {
-  return holdsOwnValue() ? RW : other(link_).accessMode();
-}
+EAccessMode BooleanNode::typeMode() const { return holdsOwnValue() ? RW : other(link_).accessMode(); }
 
 bool BooleanNode::read(Reading how) const {
   return evaluation().answer<kValue, bool>(index(), how.ignoreCache, [this, how] { return compute(how); });
@@ -32,11 +30,10 @@ bool BooleanNode::compute(Reading how) const {
 
 void BooleanNode::writeTruth(bool truth, bool verify) const {
   write(verify, [&] {
-    if (holdsOwnValue()) {
+    if (holdsOwnValue())
       evaluation().holdValue(index(), truth);
-    } else {
+    else
       other(link_).writeInteger(truth ? onValue_ : offValue_, verify);
-    }
   });
 }
 

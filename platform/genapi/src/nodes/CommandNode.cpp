@@ -59,9 +59,7 @@ bool CommandNode::IsDone(bool) {
   });
 }
 
-std::string CommandNode::readText(Reading) const {
-  return canBeAsked() && isUnderWay() ? "1" : "0";
-}
+std::string CommandNode::readText(Reading) const { return canBeAsked() && isUnderWay() ? "1" : "0"; }
 
 void CommandNode::writeText(std::string_view value, bool verify) const {
   if (value != "1" && value != "true") {

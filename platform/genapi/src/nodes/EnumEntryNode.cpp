@@ -21,9 +21,7 @@ bool EnumEntryNode::IsSelfClearing() {
   return given && given->word == Yes;
 }
 
-gcstring EnumEntryNode::GetSymbolic() const {
-  return gcstring(entrySymbolic(description(), index()));
-}
+gcstring EnumEntryNode::GetSymbolic() const { return gcstring(entrySymbolic(description(), index())); }
 
 gcstring EnumEntryNode::GetDisplayName() const {
   const Property* given = find(Element::DisplayName);

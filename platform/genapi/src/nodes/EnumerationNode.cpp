@@ -27,9 +27,8 @@ const EntryRecord* EnumerationNode::entryOf(int64_t value) const {
   const auto [first, last] = table_.withValue(value);
   if (first == last) return nullptr;
   if (last - first > 1) {
-    for (const uint32_t* each = first; each != last; ++each) {
+    for (const uint32_t* each = first; each != last; ++each)
       if (isAvailable(table_.entries()[*each])) return &table_.entries()[*each];
-    }
   }
   return &table_.entries()[*first];
 }
@@ -56,9 +55,7 @@ void EnumerationNode::requireAvailable(const EntryRecord& entry) const {
   if (!isAvailable(entry)) refuse<AccessException>("{}: entry '{}' is not available", path(), entry.symbolic);
 }
 
-void EnumerationNode::verifyEntry(int64_t value) const {
-  requireAvailable(requireEntry(value));
-}
+void EnumerationNode::verifyEntry(int64_t value) const { requireAvailable(requireEntry(value)); }
 
 EAccessMode EnumerationNode::typeMode() const {
   const EAccessMode own = holdsOwnValue() ? RW : other(link_).accessMode();
@@ -77,11 +74,10 @@ void EnumerationNode::noteCurrent(int64_t value) const {
   const bool wasClearing = isClearing();
   if (wasClearing && value == evaluation().activity(index()).value) return;
   const EntryRecord* entry = entryOf(value);
-  if (entry && entry->isSelfClearing) {
+  if (entry && entry->isSelfClearing)
     evaluation().beginActivity(index(), value);
-  } else {
+  else
     evaluation().endActivity(index());
-  }
   if (wasClearing) device().dispatch.noticed(index());
 }
 
@@ -103,9 +99,8 @@ int64_t EnumerationNode::readInteger(Reading how) const {
   if (!how.asSource) return readValue(how);
   constexpr long double kTwoTo63 = 9223372036854775808.0L;
   const long double rounded = std::round(requireEntry(readValue(how)).numericValue);
-  if (!(rounded >= -kTwoTo63 && rounded < kTwoTo63)) {
+  if (!(rounded >= -kTwoTo63 && rounded < kTwoTo63))
     refuse<RuntimeException>("{}: the numeric value of the current entry does not fit a 64-bit integer", path());
-  }
   return static_cast<int64_t>(rounded);
 }
 
@@ -120,11 +115,10 @@ void EnumerationNode::writeEntry(const EntryRecord& entry, bool verify) const {
       [&] {
         if (holdsOwnValue()) return evaluation().holdValue(index(), entry.value);
         other(link_).writeInteger(entry.value, verify);
-        if (entry.isSelfClearing) {
+        if (entry.isSelfClearing)
           evaluation().beginActivity(index(), entry.value);
-        } else {
+        else
           evaluation().endActivity(index());
-        }
       });
 }
 
@@ -172,20 +166,17 @@ void EnumerationNode::writeText(std::string_view value, bool verify) const {
 void EnumerationNode::GetSymbolics(StringList_t& Symbolics) {
   asking([&] {
     Symbolics.clear();
-    for (const EntryRecord& each : table_.entries()) {
+    for (const EntryRecord& each : table_.entries())
       if (isAvailable(each)) Symbolics.push_back(gcstring(each.symbolic));
-    }
   });
 }
 
 void EnumerationNode::GetEntries(NodeList_t& Entries) {
   Entries.clear();
   Entries.reserve(properties().size());
-  for (const Property& each : properties()) {
-    if (each.element == Element::EnumEntry || each.element == Element::pEnumEntry) {
+  for (const Property& each : properties())
+    if (each.element == Element::EnumEntry || each.element == Element::pEnumEntry)
       Entries.push_back(&other(each.target));
-    }
-  }
 }
 
 void EnumerationNode::SetIntValue(int64_t Value, bool Verify) {

@@ -52,9 +52,8 @@ std::string FloatBase::readText(Reading how) const {
 
 void FloatBase::writeText(std::string_view value, bool verify) const {
   const auto number = text::parseFloat(value);
-  if (!number || std::isnan(*number)) {
+  if (!number || std::isnan(*number))
     refuse<InvalidArgumentException>("{}: '{}' is not a number", path(), shownText(value));
-  }
   writeNumber(*number, verify);
 }
 
@@ -87,17 +86,15 @@ void FloatBase::check(double value) const {
   const double max = maximum();
   if (value >= min && value <= max) return;
   const std::string shown = text::printFloatExactly(value);
-  if (value > max) {
+  if (value > max)
     refuse<OutOfRangeException>("{}: value {} must be at most Max = {}", path(), shown, text::printFloatExactly(max));
-  }
   refuse<OutOfRangeException>("{}: value {} must be at least Min = {}", path(), shown, text::printFloatExactly(min));
 }
 
 std::vector<int64_t> FloatBase::integerValueSet(bool bounded) const {
   std::vector<int64_t> values;
-  for (const double each : valueSet(bounded)) {
+  for (const double each : valueSet(bounded))
     if (const auto rounded = roundedToInteger(each)) values.push_back(*rounded);
-  }
   return values;
 }
 

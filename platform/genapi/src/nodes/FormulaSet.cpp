@@ -25,33 +25,26 @@ FormulaSet::FormulaSet(const Description& description, NodeIndex node) {
       case Element::pVariable:
         name.kind = DeclaredName::Kind::Variable;
         variable.node = each.target;
-        if (const auto asked = formula::aspectOf(name.name, foldCase_)) {
+        if (const auto asked = formula::aspectOf(name.name, foldCase_))
           variable.asked = *asked;
-        } else if (badVariable_.empty()) {
+        else if (badVariable_.empty())
           badVariable_ = "variable '" + std::string(name.name) + "' has an unknown suffix";
-        }
         break;
       case Element::Constant:
         name.kind = isInteger ? DeclaredName::Kind::IntegerConstant : DeclaredName::Kind::FloatConstant;
-        if (isInteger) {
+        if (isInteger)
           name.integerConstant = each.integer;
-        } else {
+        else
           name.floatConstant = each.real;
-        }
         break;
       case Element::Expression:
         name.kind = DeclaredName::Kind::Expression;
         name.expression = each.value();
         break;
       case Element::Formula:
-      case Element::FormulaFrom:
-        value = each.value();
-        continue;
-      case Element::FormulaTo:
-        inverse = each.value();
-        continue;
-      default:
-        continue;
+      case Element::FormulaFrom: value = each.value(); continue;
+      case Element::FormulaTo: inverse = each.value(); continue;
+      default: continue;
     }
     names_.push_back(name);
     variables_.push_back(variable);
@@ -83,33 +76,23 @@ const FormulaSet* FormulaSet::ifKnown(const Description& description, NodeIndex 
 
 FormulaVariables::FormulaVariables(const NodeBase& node, const FormulaSet& formulas)
     : VariableSource(node.device().formulaScratch), node_(node), formulas_(formulas) {
-  if (!formulas.badVariable_.empty()) {
-    refuse<LogicalErrorException>("{}: {}", formulas.title_, formulas.badVariable_);
-  }
+  if (!formulas.badVariable_.empty()) refuse<LogicalErrorException>("{}: {}", formulas.title_, formulas.badVariable_);
 }
 
 int64_t FormulaVariables::integerVariable(size_t declaredIndex) {
   const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
   const NodeBase& node = node_.other(variable.node);
   switch (variable.asked.aspect) {
-    case Aspect::Value:
-      return node.readInteger({});
-    case Aspect::Min:
-      return node.integerMin();
-    case Aspect::Max:
-      return node.integerMax();
-    case Aspect::Increment:
-      return node.integerIncrement();
-    case Aspect::AccessMode:
-      return node.accessMode();
-    case Aspect::Visibility:
-      return node.GetVisibility();
-    case Aspect::CachingMode:
-      return node.GetCachingMode();
+    case Aspect::Value: return node.readInteger({});
+    case Aspect::Min: return node.integerMin();
+    case Aspect::Max: return node.integerMax();
+    case Aspect::Increment: return node.integerIncrement();
+    case Aspect::AccessMode: return node.accessMode();
+    case Aspect::Visibility: return node.GetVisibility();
+    case Aspect::CachingMode: return node.GetCachingMode();
     case Aspect::Entry:
-      if (node.record().type == NodeType::Enumeration) {
+      if (node.record().type == NodeType::Enumeration)
         return static_cast<const EnumerationNode&>(node).entryValue(variable.asked.entry);
-      }
       refuse<RuntimeException>("{}: '{}' is no enumeration and has no entry '{}'", node_.path(), node.name(),
                                variable.asked.entry);
   }
@@ -120,16 +103,11 @@ double FormulaVariables::floatVariable(size_t declaredIndex) {
   const FormulaSet::Variable& variable = formulas_.variables_[declaredIndex];
   const NodeBase& node = node_.other(variable.node);
   switch (variable.asked.aspect) {
-    case Aspect::Value:
-      return node.readFloat({});
-    case Aspect::Min:
-      return node.floatMin();
-    case Aspect::Max:
-      return node.floatMax();
-    case Aspect::Increment:
-      return node.floatIncrement();
-    default:
-      return static_cast<double>(integerVariable(declaredIndex));
+    case Aspect::Value: return node.readFloat({});
+    case Aspect::Min: return node.floatMin();
+    case Aspect::Max: return node.floatMax();
+    case Aspect::Increment: return node.floatIncrement();
+    default: return static_cast<double>(integerVariable(declaredIndex));
   }
 }
 

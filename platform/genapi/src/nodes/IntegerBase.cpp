@@ -42,9 +42,7 @@ void IntegerBase::writeFloat(double value, bool verify) const {
   writeNumber(nearestGridPoint(value, min, max, increment), verify);
 }
 
-std::string IntegerBase::readText(Reading how) const {
-  return text::printInteger(readNumber(how), representation());
-}
+std::string IntegerBase::readText(Reading how) const { return text::printInteger(readNumber(how), representation()); }
 
 void IntegerBase::writeText(std::string_view value, bool verify) const {
   const auto number = text::parseInteger(value, representation());
@@ -66,9 +64,8 @@ void IntegerBase::check(int64_t value) const {
   if (increment == 1) return;
   if (increment <= 0) refuse<LogicalErrorException>("{}: increment {} is not above 0", path(), increment);
   // Distances are unsigned: Min may be at the end of its type.
-  if ((static_cast<uint64_t>(value) - static_cast<uint64_t>(min)) % static_cast<uint64_t>(increment) != 0) {
+  if ((static_cast<uint64_t>(value) - static_cast<uint64_t>(min)) % static_cast<uint64_t>(increment) != 0)
     refuse<OutOfRangeException>("{}: value {} must be Min {} plus a multiple of Inc {}", path(), value, min, increment);
-  }
 }
 
 std::vector<double> IntegerBase::floatValueSet(bool bounded) const {

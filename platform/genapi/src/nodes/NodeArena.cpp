@@ -22,9 +22,8 @@ NodeArena::NodeArena(Device& device)
       nodes_(static_cast<std::byte*>(pages_.start()) + aligned(count_)) {}
 
 NodeArena::~NodeArena() {
-  for (NodeIndex index = 0; index < count_; ++index) {
+  for (NodeIndex index = 0; index < count_; ++index)
     if (NodeBase* node = ifBuilt(index)) node->~NodeBase();
-  }
 }
 
 void NodeArena::build(NodeIndex index) {

@@ -29,39 +29,19 @@ NodeBase* NodeBase::linked(Element element) const {
   return link ? &other(link->target) : nullptr;
 }
 
-gcstring NodeBase::GetName(bool) const {
-  return gcstring(name());
-}
-ENameSpace NodeBase::GetNameSpace() const {
-  return static_cast<ENameSpace>(record().nameSpace);
-}
-bool NodeBase::IsCachable() const {
-  return GetCachingMode() != NoCache;
-}
-ECachingMode NodeBase::GetCachingMode() const {
-  return evaluation().graph().traits().cachingMode(index_);
-}
+gcstring NodeBase::GetName(bool) const { return gcstring(name()); }
+ENameSpace NodeBase::GetNameSpace() const { return static_cast<ENameSpace>(record().nameSpace); }
+bool NodeBase::IsCachable() const { return GetCachingMode() != NoCache; }
+ECachingMode NodeBase::GetCachingMode() const { return evaluation().graph().traits().cachingMode(index_); }
 EYesNo NodeBase::IsAccessModeCacheable() const {
   return evaluation().graph().traits().accessModeCacheable(index_) ? Yes : No;
 }
-gcstring NodeBase::GetDeviceName() const {
-  return device_.name;
-}
-INodeMap* NodeBase::GetNodeMap() const {
-  return &device_.map;
-}
-bool NodeBase::IsStreamable() const {
-  return record().streamable;
-}
-bool NodeBase::IsDeprecated() const {
-  return record().deprecated;
-}
-bool NodeBase::IsFeature() const {
-  return evaluation().graph().traits().isFeature(index_);
-}
-bool NodeBase::IsSelector() const {
-  return isSelector_;
-}
+gcstring NodeBase::GetDeviceName() const { return device_.name; }
+INodeMap* NodeBase::GetNodeMap() const { return &device_.map; }
+bool NodeBase::IsStreamable() const { return record().streamable; }
+bool NodeBase::IsDeprecated() const { return record().deprecated; }
+bool NodeBase::IsFeature() const { return evaluation().graph().traits().isFeature(index_); }
+bool NodeBase::IsSelector() const { return isSelector_; }
 
 EVisibility NodeBase::GetVisibility() const {
   const auto own = static_cast<EVisibility>(record().visibility);
@@ -76,32 +56,20 @@ int64_t NodeBase::GetPollingTime() const {
 }
 
 namespace {
-gcstring textOf(const Property* property) {
-  return property ? gcstring(property->value()) : gcstring();
-}
+gcstring textOf(const Property* property) { return property ? gcstring(property->value()) : gcstring(); }
 }  // namespace
 
-gcstring NodeBase::GetToolTip() const {
-  return textOf(find(Element::ToolTip));
-}
-gcstring NodeBase::GetDescription() const {
-  return textOf(find(Element::Description));
-}
-gcstring NodeBase::GetEventID() const {
-  return textOf(find(Element::EventID));
-}
+gcstring NodeBase::GetToolTip() const { return textOf(find(Element::ToolTip)); }
+gcstring NodeBase::GetDescription() const { return textOf(find(Element::Description)); }
+gcstring NodeBase::GetEventID() const { return textOf(find(Element::EventID)); }
 
 gcstring NodeBase::GetDisplayName() const {
   const Property* given = find(Element::DisplayName);
   return given ? gcstring(given->value()) : GetName(false);
 }
 
-INode* NodeBase::GetAlias() const {
-  return linked(Element::pAlias);
-}
-INode* NodeBase::GetCastAlias() const {
-  return linked(Element::pCastAlias);
-}
+INode* NodeBase::GetAlias() const { return linked(Element::pAlias); }
+INode* NodeBase::GetCastAlias() const { return linked(Element::pCastAlias); }
 
 void NodeBase::InvalidateNode() {
   device_.dispatch.operate(index_, [&] { device_.dispatch.invalidated(index_); });
@@ -147,9 +115,7 @@ void NodeBase::checkErrors() const {
   }
 }
 
-std::string NodeBase::describeValue(int64_t value) const {
-  return std::to_string(value);
-}
+std::string NodeBase::describeValue(int64_t value) const { return std::to_string(value); }
 
 namespace {
 [[noreturn]] void refuseValue(const NodeBase& node, std::string_view kind) {
@@ -157,48 +123,20 @@ namespace {
 }
 }  // namespace
 
-int64_t NodeBase::readInteger(Reading) const {
-  refuseValue(*this, "integer");
-}
-double NodeBase::readFloat(Reading) const {
-  refuseValue(*this, "float");
-}
-void NodeBase::writeInteger(int64_t, bool) const {
-  refuseValue(*this, "integer");
-}
-void NodeBase::writeFloat(double, bool) const {
-  refuseValue(*this, "float");
-}
-std::string NodeBase::readText(Reading) const {
-  refuseValue(*this, "text");
-}
-void NodeBase::writeText(std::string_view, bool) const {
-  refuseValue(*this, "text");
-}
-int64_t NodeBase::integerMin() const {
-  return std::numeric_limits<int64_t>::min();
-}
-int64_t NodeBase::integerMax() const {
-  return std::numeric_limits<int64_t>::max();
-}
-double NodeBase::floatMin() const {
-  return std::numeric_limits<double>::lowest();
-}
-double NodeBase::floatMax() const {
-  return std::numeric_limits<double>::max();
-}
-double NodeBase::floatIncrement() const {
-  refuse<RuntimeException>("{}: the node has no increment", path());
-}
-std::vector<int64_t> NodeBase::integerValueSet(bool) const {
-  return {};
-}
-std::vector<double> NodeBase::floatValueSet(bool) const {
-  return {};
-}
-int64_t NodeBase::textMaxLength() const {
-  return std::numeric_limits<int64_t>::max();
-}
+int64_t NodeBase::readInteger(Reading) const { refuseValue(*this, "integer"); }
+double NodeBase::readFloat(Reading) const { refuseValue(*this, "float"); }
+void NodeBase::writeInteger(int64_t, bool) const { refuseValue(*this, "integer"); }
+void NodeBase::writeFloat(double, bool) const { refuseValue(*this, "float"); }
+std::string NodeBase::readText(Reading) const { refuseValue(*this, "text"); }
+void NodeBase::writeText(std::string_view, bool) const { refuseValue(*this, "text"); }
+int64_t NodeBase::integerMin() const { return std::numeric_limits<int64_t>::min(); }
+int64_t NodeBase::integerMax() const { return std::numeric_limits<int64_t>::max(); }
+double NodeBase::floatMin() const { return std::numeric_limits<double>::lowest(); }
+double NodeBase::floatMax() const { return std::numeric_limits<double>::max(); }
+double NodeBase::floatIncrement() const { refuse<RuntimeException>("{}: the node has no increment", path()); }
+std::vector<int64_t> NodeBase::integerValueSet(bool) const { return {}; }
+std::vector<double> NodeBase::floatValueSet(bool) const { return {}; }
+int64_t NodeBase::textMaxLength() const { return std::numeric_limits<int64_t>::max(); }
 
 const Property* NodeBase::presentation(Element element) const {
   if (const auto agreed = agreedPresentation(description(), index_, element)) return *agreed;

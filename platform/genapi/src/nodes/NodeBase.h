@@ -177,11 +177,10 @@ class NodeBase : public INode, public ISelector {
   void writing(bool verify, Body&& body) const {
     device_.dispatch.operate(index_, [&] {
       Dispatch::requireShallowNesting();
-      if (verify) {
+      if (verify)
         requireWritable();
-      } else {
+      else
         requireSound();
-      }
       body();
     });
   }
@@ -207,11 +206,10 @@ class NodeBase : public INode, public ISelector {
     evaluation().countStep(index_);
     if (verify) check();
     bool contentKnown = true;
-    if constexpr (std::is_void_v<decltype(store())>) {
+    if constexpr (std::is_void_v<decltype(store())>)
       store();
-    } else {
+    else
       contentKnown = store();
-    }
     completeWrite(contentKnown);
     if (verify && hasErrorLinks_) checkErrors();
   }

@@ -20,9 +20,8 @@ void appendOnce(std::vector<NodeIndex>& list, NodeIndex node) {
 std::vector<NodeIndex> linkTargets(const NodeBase& node, ElementSet links) {
   std::vector<NodeIndex> list;
   list.reserve(node.properties().size());
-  for (const Property& each : node.properties()) {
+  for (const Property& each : node.properties())
     if (links.has(each.element)) list.push_back(each.target);
-  }
   // Each once, at its first mention; long lists by a sort instead of a search per entry.
   std::vector<NodeIndex> sorted = list;
   std::sort(sorted.begin(), sorted.end());
@@ -63,12 +62,9 @@ std::vector<NodeIndex> terminals(const NodeBase& node) {
 
 std::vector<NodeIndex> NodeBase::related(ELinkType type) const {
   switch (type) {
-    case ctReadingChildren:
-      return linkTargets(*this, kChildLinks);
-    case ctWritingChildren:
-      return linkTargets(*this, kWritingLinks);
-    case ctInvalidatingChildren:
-      return linkTargets(*this, kChildLinks | ElementSet(Element::pInvalidator));
+    case ctReadingChildren: return linkTargets(*this, kChildLinks);
+    case ctWritingChildren: return linkTargets(*this, kWritingLinks);
+    case ctInvalidatingChildren: return linkTargets(*this, kChildLinks | ElementSet(Element::pInvalidator));
     case ctParentNodes: {
       const auto parents = evaluation().graph().readingParents(index_);
       return {parents.begin(), parents.end()};
@@ -80,8 +76,7 @@ std::vector<NodeIndex> NodeBase::related(ELinkType type) const {
       std::erase(list, index_);
       return list;
     }
-    case ctTerminalNodes:
-      return terminals(*this);
+    case ctTerminalNodes: return terminals(*this);
   }
   return {};
 }
@@ -93,18 +88,15 @@ void NodeBase::GetChildren(NodeList_t& Children, ELinkType LinkType) const {
   for (const NodeIndex each : list) Children.push_back(&other(each));
 }
 
-void NodeBase::GetParents(NodeList_t& Parents) const {
-  GetChildren(Parents, ctParentNodes);
-}
+void NodeBase::GetParents(NodeList_t& Parents) const { GetChildren(Parents, ctParentNodes); }
 
 namespace {
 // Ports have no value and never appear.
 void appendValues(const NodeBase& node, const std::vector<NodeIndex>& nodes, FeatureList_t& list) {
   list.clear();
   list.reserve(nodes.size());
-  for (const NodeIndex each : nodes) {
+  for (const NodeIndex each : nodes)
     if (auto* value = dynamic_cast<IValue*>(&node.other(each))) list.push_back(value);
-  }
 }
 }  // namespace
 

@@ -76,25 +76,16 @@ class PropertyCollector {
                                         Element::Streamable, Element::Offset, Element::pOffset, Element::Index);
     if (kToldElsewhere.has(each.element)) return;
     switch (each.element) {
-      case Element::IntSwissKnife:
-        return add("pAddress", nameOf(each.target));
-      case Element::pIndex:
-        return add("pIndex", nameOf(each.target), offsetOf(each), true);
-      case Element::ValueIndexed:
-        return add("ValueIndexed", givenText(each), indexOf(each), true);
-      case Element::pValueIndexed:
-        return add("pValueIndexed", nameOf(each.target), indexOf(each), true);
-      case Element::EnumEntry:
-        return add("pEnumEntry", nameOf(each.target));
-      case Element::pVariable:
-        return add("pVariable", nameOf(each.target), each.attribute(), true);
+      case Element::IntSwissKnife: return add("pAddress", nameOf(each.target));
+      case Element::pIndex: return add("pIndex", nameOf(each.target), offsetOf(each), true);
+      case Element::ValueIndexed: return add("ValueIndexed", givenText(each), indexOf(each), true);
+      case Element::pValueIndexed: return add("pValueIndexed", nameOf(each.target), indexOf(each), true);
+      case Element::EnumEntry: return add("pEnumEntry", nameOf(each.target));
+      case Element::pVariable: return add("pVariable", nameOf(each.target), each.attribute(), true);
       case Element::Constant:
-      case Element::Expression:
-        return add(elementName(each.element), givenText(each), each.attribute(), true);
-      case Element::Value:
-        return add("Value", heldText(each));
-      default:
-        break;
+      case Element::Expression: return add(elementName(each.element), givenText(each), each.attribute(), true);
+      case Element::Value: return add("Value", heldText(each));
+      default: break;
     }
     const Form form = ruleOf(each.element, node_.record().type).form;
     const bool isLink = form == Form::Link || form == Form::Child;
@@ -172,9 +163,8 @@ class PropertyCollector {
 
 void NodeBase::GetPropertyNames(gcstring_vector& PropertyNames) const {
   PropertyNames.clear();
-  for (const auto& [name, text] : PropertyCollector(*this).collect()) {
+  for (const auto& [name, text] : PropertyCollector(*this).collect())
     PropertyNames.push_back(gcstring(std::string_view(name)));
-  }
 }
 
 bool NodeBase::GetProperty(const gcstring& PropertyName, gcstring& ValueStr, gcstring& AttributeStr) {

@@ -9,9 +9,7 @@ namespace GENAPI_NAMESPACE {
 // The first `count` bytes (1 .. 8) as a number without sign.
 inline uint64_t decodeBytes(const uint8_t* bytes, int64_t count, bool bigEndian) {
   uint64_t value = 0;
-  for (int64_t i = 0; i < count; ++i) {
-    value = value << 8 | bytes[bigEndian ? i : count - 1 - i];
-  }
+  for (int64_t i = 0; i < count; ++i) value = value << 8 | bytes[bigEndian ? i : count - 1 - i];
   return value;
 }
 
@@ -28,9 +26,7 @@ inline int64_t extended(uint64_t value, int width, bool isSigned) {
   return isSigned ? static_cast<int64_t>(value << unused) >> unused : static_cast<int64_t>(value << unused >> unused);
 }
 
-inline uint64_t lowBits(int width) {
-  return width >= 64 ? ~uint64_t{0} : (uint64_t{1} << width) - 1;
-}
+inline uint64_t lowBits(int width) { return width >= 64 ? ~uint64_t{0} : (uint64_t{1} << width) - 1; }
 
 // Range of a field of that width; without sign at most 63 bits count as value.
 inline int64_t fieldMin(int width, bool isSigned) {

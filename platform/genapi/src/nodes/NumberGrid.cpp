@@ -23,15 +23,9 @@ int64_t clamped(double whole) {
 
 }  // namespace
 
-std::optional<int64_t> roundedToInteger(double value) {
-  return fitting(std::round(value));
-}
-std::optional<int64_t> ceiledToInteger(double value) {
-  return fitting(std::ceil(value));
-}
-std::optional<int64_t> flooredToInteger(double value) {
-  return fitting(std::floor(value));
-}
+std::optional<int64_t> roundedToInteger(double value) { return fitting(std::round(value)); }
+std::optional<int64_t> ceiledToInteger(double value) { return fitting(std::ceil(value)); }
+std::optional<int64_t> flooredToInteger(double value) { return fitting(std::floor(value)); }
 
 int64_t nearestGridPoint(double value, int64_t min, int64_t max, int64_t inc) {
   const auto step = static_cast<uint64_t>(inc);

@@ -13,11 +13,10 @@ NumberNode<Base>::NumberNode(Device& device, NodeIndex index)
       constant_(this->find(Element::Value)),
       link_(this->target(Element::pValue)),
       hasCopies_(this->find(Element::pValueCopy)) {
-  if (link_ != kNoNode) {
+  if (link_ != kNoNode)
     form_ = Form::Forwarder;
-  } else if (link_ = this->target(Element::pIndex); link_ != kNoNode) {
+  else if (link_ = this->target(Element::pIndex); link_ != kNoNode)
     form_ = Form::Table;
-  }
 }
 
 template <class Base>
@@ -27,12 +26,11 @@ const Property* NumberNode<Base>::selected() const {
   const Property* byDefault = nullptr;
   for (size_t i = 0; i < all.size(); ++i) {
     const Property& each = all[i];
-    if (each.element == Element::ValueDefault || each.element == Element::pValueDefault) {
+    if (each.element == Element::ValueDefault || each.element == Element::pValueDefault)
       byDefault = &each;
-    } else if ((each.element == Element::ValueIndexed || each.element == Element::pValueIndexed) &&
-               i + 1 < all.size() && all[i + 1].element == Element::Index && all[i + 1].integer == wanted) {
+    else if ((each.element == Element::ValueIndexed || each.element == Element::pValueIndexed) && i + 1 < all.size() &&
+             all[i + 1].element == Element::Index && all[i + 1].integer == wanted)
       return &each;
-    }
   }
   return byDefault;
 }
@@ -55,17 +53,15 @@ const NodeBase* NumberNode<Base>::valueSource() const {
 template <class Base>
 template <class Visit>
 void NumberNode<Base>::forEachTarget(Visit&& visit) const {
-  for (const Property& each : this->properties()) {
+  for (const Property& each : this->properties())
     if (each.element == Element::pValue || each.element == Element::pValueCopy) visit(each, this->other(each.target));
-  }
 }
 
 template <class Base>
 auto NumberNode<Base>::compute(Reading how) const -> Number {
   const Reading ofSource{.ignoreCache = how.ignoreCache, .asSource = true};
-  if (form_ == Form::Held) {
+  if (form_ == Form::Held)
     return this->evaluation().heldValue(this->index(), constant_ ? Traits::constant(*constant_) : Number{});
-  }
   if (form_ == Form::Forwarder) return Traits::read(this->other(link_), ofSource);
   const Property& cell = requireSelected();
   if (isLink(cell)) return Traits::read(this->other(cell.target), ofSource);

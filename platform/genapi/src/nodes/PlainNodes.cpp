@@ -10,9 +10,7 @@ void PlainNode::FromString(const gcstring&, bool) {
   refuse<AccessException>("{}: not writable: a plain node has no value", name());
 }
 
-gcstring CategoryNode::ToString(bool, bool) {
-  return GetName(true);
-}
+gcstring CategoryNode::ToString(bool, bool) { return GetName(true); }
 
 void CategoryNode::FromString(const gcstring&, bool) {
   refuse<AccessException>("{}: not writable: a category has no value", name());
@@ -22,9 +20,8 @@ void CategoryNode::GetFeatures(FeatureList_t& Features) const {
   const std::vector<NodeIndex> children = related(ctReadingChildren);
   Features.clear();
   Features.reserve(children.size());
-  for (const NodeIndex each : children) {
+  for (const NodeIndex each : children)
     if (auto* value = dynamic_cast<IValue*>(&other(each))) Features.push_back(value);
-  }
 }
 
 // The most visible of everything below; categories on the way count by what they hold and by what was imposed on them.
@@ -46,11 +43,10 @@ EVisibility CategoryNode::GetVisibility() const {
     visited[current] = static_cast<uint8_t>(limit);
     for (const Property& each : description().properties(current)) {
       if (each.element != Element::pFeature) continue;
-      if (description().node(each.target).type == NodeType::Category) {
+      if (description().node(each.target).type == NodeType::Category)
         waiting.push_back({each.target, limit});
-      } else {
+      else
         best = std::min(best, Combine(limit, other(each.target).GetVisibility()));
-      }
     }
   }
   return best;

@@ -47,13 +47,11 @@ class RegisterBase : public Base, public IRegister {
 
  private:
   void checkBuffer(const void* buffer, int64_t length) const {
-    if (length < 0 || (!buffer && length > 0)) {
+    if (length < 0 || (!buffer && length > 0))
       refuse<InvalidArgumentException>("{}: no buffer of {} bytes", this->name(), length);
-    }
     const int64_t total = block_.length();
-    if (length > total) {
+    if (length > total)
       refuse<OutOfRangeException>("{}: length {} exceeds register length {}", this->name(), length, total);
-    }
   }
 
   const RegisterBlock block_;

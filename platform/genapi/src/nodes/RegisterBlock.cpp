@@ -23,9 +23,7 @@ RegisterBlock::RegisterBlock(const NodeBase& owner)
   }
 }
 
-PortNode& RegisterBlock::port() const {
-  return static_cast<PortNode&>(owner_.other(port_));
-}
+PortNode& RegisterBlock::port() const { return static_cast<PortNode&>(owner_.other(port_)); }
 
 inline RegisterPlace RegisterBlock::place(int64_t length) const {
   return {owner_.index(), port_, address(), length, ownMode_, owner_.cachingMode()};
@@ -67,13 +65,12 @@ int64_t RegisterBlock::computeAddress() const {
     } else if (each.element == Element::pIndex) {
       int64_t offset;
       const Property* next = i + 1 < all.size() ? &all[i + 1] : nullptr;
-      if (next && next->element == Element::Offset) {
+      if (next && next->element == Element::Offset)
         offset = next->integer;
-      } else if (next && next->element == Element::pOffset) {
+      else if (next && next->element == Element::pOffset)
         offset = owner_.other(next->target).readInteger({});
-      } else {
+      else
         offset = length();
-      }
       overflow |= __builtin_mul_overflow(owner_.other(each.target).readInteger({}), offset, &part);
     } else {
       continue;

@@ -32,9 +32,7 @@ IntRegNode::IntRegNode(Device& device, NodeIndex index) : RegisterBase(device, i
 IntRegNode::Field IntRegNode::field() const {
   const int64_t bytes = block().length();
   const int bits = static_cast<int>(8 * bytes);
-  if (bytes > 8) {
-    refuse<OutOfRangeException>("{}: register length {} does not fit a 64-bit integer", path(), bytes);
-  }
+  if (bytes > 8) refuse<OutOfRangeException>("{}: register length {} does not fit a 64-bit integer", path(), bytes);
   if (!masked_) return {bytes, 0, bits};
   // Bit 0 of a big-endian register is the most significant one, and LSB is then the larger number.
   const int width = bigEndian_ ? firstBit_ - lastBit_ + 1 : lastBit_ - firstBit_ + 1;
@@ -66,12 +64,8 @@ void IntRegNode::store(int64_t value, bool) const {
   block().write(bytes, bits.bytes, bits.bytes);
 }
 
-int64_t IntRegNode::computeMin() const {
-  return fieldMin(field().width, signed_);
-}
-int64_t IntRegNode::computeMax() const {
-  return fieldMax(field().width, signed_);
-}
+int64_t IntRegNode::computeMin() const { return fieldMin(field().width, signed_); }
+int64_t IntRegNode::computeMax() const { return fieldMax(field().width, signed_); }
 
 FloatRegNode::FloatRegNode(Device& device, NodeIndex index)
     : RegisterBase(device, index), bigEndian_(isBigEndian(*this)) {}
@@ -113,9 +107,8 @@ std::string StringRegNode::compute(Reading how) const {
 
 void StringRegNode::store(std::string_view value, bool) const {
   const auto bytes = static_cast<size_t>(block().length());
-  if (value.size() > bytes) {
+  if (value.size() > bytes)
     refuse<OutOfRangeException>("{}: length {} exceeds register length {}", path(), value.size(), bytes);
-  }
   std::string padded(value);
   padded.resize(bytes, '\0');
   const auto total = static_cast<int64_t>(bytes);

@@ -22,9 +22,7 @@ void TextBase::writeText(std::string_view text, bool verify) const {
 
 StringNode::StringNode(Device& device, NodeIndex index) : TextBase(device, index), link_(target(Element::pValue)) {}
 
-EAccessMode StringNode::typeMode() const {
-  return holdsOwnValue() ? RW : other(link_).accessMode();
-}
+EAccessMode StringNode::typeMode() const { return holdsOwnValue() ? RW : other(link_).accessMode(); }
 
 int64_t StringNode::textMaxLength() const {
   if (holdsOwnValue()) return NodeBase::textMaxLength();
@@ -38,11 +36,10 @@ std::string StringNode::compute(Reading how) const {
 }
 
 void StringNode::store(std::string_view text, bool verify) const {
-  if (holdsOwnValue()) {
+  if (holdsOwnValue())
     evaluation().holdValue(index(), std::string(text));
-  } else {
+  else
     other(link_).writeText(text, verify);
-  }
 }
 
 }  // namespace GENAPI_NAMESPACE

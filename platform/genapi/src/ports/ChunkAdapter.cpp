@@ -53,13 +53,11 @@ void CChunkAdapter::State::sortIds(const std::vector<CChunkPort*>& ports) {
   places.clear();
   asked.clear();
   const auto id = [&](uint32_t place) -> const HexId& { return ports[place]->state_->id; };
-  for (uint32_t place = 0; place < ports.size(); ++place) {
-    if (!ports[place]->state_->idIsFixed) {
+  for (uint32_t place = 0; place < ports.size(); ++place)
+    if (!ports[place]->state_->idIsFixed)
       asked.push_back(place);
-    } else if (id(place).isNumber()) {
+    else if (id(place).isNumber())
       places.push_back(place);
-    }
-  }
   std::stable_sort(places.begin(), places.end(),
                    [&](uint32_t a, uint32_t b) { return id(a).number() < id(b).number(); });
   for (const uint32_t place : places) ids.push_back(id(place).number());
@@ -77,9 +75,7 @@ CChunkAdapter::CChunkAdapter(INodeMap* pNodeMap, int64_t MaxChunkCacheSize)
   if (pNodeMap) AttachNodeMap(pNodeMap);
 }
 
-CChunkAdapter::~CChunkAdapter() {
-  DetachNodeMap();
-}
+CChunkAdapter::~CChunkAdapter() { DetachNodeMap(); }
 
 void CChunkAdapter::AttachNodeMap(INodeMap* pNodeMap) {
   auto* live = dynamic_cast<ILiveData*>(pNodeMap);

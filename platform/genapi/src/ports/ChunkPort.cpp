@@ -223,8 +223,6 @@ void CChunkPort::SetPortImpl(IPort* pPort) {
   if (state_->binding.connectionChanged(pPort)) state_->readNodeFacts(dynamic_cast<PortNode*>(pPort));
 }
 
-EYesNo CChunkPort::GetSwapEndianess() {
-  return No;
-}
+EYesNo CChunkPort::GetSwapEndianess() { return No; }
 
 }  // namespace GENAPI_NAMESPACE

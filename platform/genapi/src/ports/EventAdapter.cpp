@@ -37,9 +37,7 @@ CEventAdapter::CEventAdapter(INodeMap* pNodeMap) : state_(std::make_unique<State
   if (pNodeMap) CEventAdapter::AttachNodeMap(pNodeMap);
 }
 
-CEventAdapter::~CEventAdapter() {
-  CEventAdapter::DetachNodeMap();
-}
+CEventAdapter::~CEventAdapter() { CEventAdapter::DetachNodeMap(); }
 
 void CEventAdapter::AttachNodeMap(INodeMap* pNodeMap) {
   auto* live = dynamic_cast<ILiveData*>(pNodeMap);

@@ -23,9 +23,7 @@ void CEventPort::State::checkPayload(const State* receiver, const uint8_t* bytes
 
 CEventPort::CEventPort() : state_(std::make_unique<State>()) {}
 
-CEventPort::CEventPort(INode* pNode) : CEventPort() {
-  AttachNode(pNode);
-}
+CEventPort::CEventPort(INode* pNode) : CEventPort() { AttachNode(pNode); }
 
 CEventPort::~CEventPort() {
   // The binding disconnects while this object is still a port: the map calls SetPortImpl on it.
@@ -71,21 +69,15 @@ void CEventPort::InvalidateNode() {
   if (state_->binding.node()) state_->binding.node()->InvalidateNode();
 }
 
-int CEventPort::GetEventIDLength() {
-  return state_->binding.node() ? state_->id.byteLength() : 0;
-}
+int CEventPort::GetEventIDLength() { return state_->binding.node() ? state_->id.byteLength() : 0; }
 
 bool CEventPort::CheckEventID(uint8_t* pEventID, int Length) const {
   return state_->binding.node() && state_->id.equals(pEventID, Length);
 }
 
-bool CEventPort::CheckEventID(uint64_t EventID) const {
-  return state_->binding.node() && state_->id.equals(EventID);
-}
+bool CEventPort::CheckEventID(uint64_t EventID) const { return state_->binding.node() && state_->id.equals(EventID); }
 
-EAccessMode CEventPort::GetAccessMode() const {
-  return state_->delivered ? RO : NA;
-}
+EAccessMode CEventPort::GetAccessMode() const { return state_->delivered ? RO : NA; }
 
 void CEventPort::Read(void* pBuffer, int64_t Address, int64_t Length) {
   State& state = *state_;
@@ -114,8 +106,6 @@ void CEventPort::SetPortImpl(IPort* pPort) {
   state.id.parse(state.idText);
 }
 
-EYesNo CEventPort::GetSwapEndianess() {
-  return No;
-}
+EYesNo CEventPort::GetSwapEndianess() { return No; }
 
 }  // namespace GENAPI_NAMESPACE

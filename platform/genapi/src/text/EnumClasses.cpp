@@ -78,9 +78,8 @@ bool EnumClass<Enumeration>::FromView(std::string_view text, Enumeration* value)
 template <class Enumeration>
 std::string_view EnumClass<Enumeration>::ToView(Enumeration value) noexcept {
   const Words<Enumeration> words = wordsOf<Enumeration>();
-  for (const Word<Enumeration>& word : words.named) {
+  for (const Word<Enumeration>& word : words.named)
     if (word.value == value) return word.text;
-  }
   if constexpr (std::is_same_v<Enumeration, EAccessMode>) {
     if (value == _CycleDetectAccesMode) return "_CycleDetectAccesMode";
   }

@@ -20,9 +20,7 @@ namespace {
 // Shown when the real text could not be stored.
 constexpr const char* kTextLost = "out of memory while an error was described";
 
-const char* orEmpty(const char* text) noexcept {
-  return text == nullptr ? "" : text;
-}
+const char* orEmpty(const char* text) noexcept { return text == nullptr ? "" : text; }
 
 }  // namespace
 
@@ -45,17 +43,11 @@ const char* GenericException::GetDescription() const noexcept {
   return texts_ ? texts_->description.c_str() : kTextLost;
 }
 
-const char* GenericException::GetSourceFileName() const noexcept {
-  return texts_ ? texts_->sourceFile.c_str() : "";
-}
+const char* GenericException::GetSourceFileName() const noexcept { return texts_ ? texts_->sourceFile.c_str() : ""; }
 
-unsigned int GenericException::GetSourceLine() const noexcept {
-  return line_;
-}
+unsigned int GenericException::GetSourceLine() const noexcept { return line_; }
 
-const char* GenericException::what() const noexcept {
-  return GetDescription();
-}
+const char* GenericException::what() const noexcept { return GetDescription(); }
 
 void formatReportedText(char (&buffer)[kMaxReportedTextBytes], const char* format, std::va_list arguments) noexcept {
   const int length = std::vsnprintf(buffer, sizeof buffer, orEmpty(format), arguments);
@@ -68,8 +60,6 @@ void formatReportedText(char (&buffer)[kMaxReportedTextBytes], const char* forma
     buffer[GENAPI_NAMESPACE::text::wholeCharacters({buffer, kMaxBytes})] = '\0';
 }
 
-void throwIntegralCastFailed() {
-  GENAPI_NAMESPACE::refuse<RuntimeException>("INTEGRAL_CAST failed");
-}
+void throwIntegralCastFailed() { GENAPI_NAMESPACE::refuse<RuntimeException>("INTEGRAL_CAST failed"); }
 
 }  // namespace GENICAM_NAMESPACE

@@ -84,10 +84,8 @@ std::string printInteger(int64_t value, ERepresentation representation) {
   const uint64_t bits = static_cast<uint64_t>(value);
   std::string text;
   switch (representation) {
-    case Boolean:
-      return value != 0 ? "true" : "false";
-    case HexNumber:
-      return "0x" + printed(bits, 16);
+    case Boolean: return value != 0 ? "true" : "false";
+    case HexNumber: return "0x" + printed(bits, 16);
     case IPV4Address:
       for (int shift = 24; shift >= 0; shift -= 8) {
         text += printed(bits >> shift & 0xFF);
@@ -100,8 +98,7 @@ std::string printInteger(int64_t value, ERepresentation representation) {
         if (shift > 0) text += ':';
       }
       return text;
-    default:
-      return printed(value);
+    default: return printed(value);
   }
 }
 

@@ -115,9 +115,7 @@ std::optional<double> parseFloat(std::string_view text, std::optional<double> be
 
 }  // namespace
 
-std::optional<double> parseFloat(std::string_view text) noexcept {
-  return parseFloat(text, std::nullopt);
-}
+std::optional<double> parseFloat(std::string_view text) noexcept { return parseFloat(text, std::nullopt); }
 
 std::optional<double> parseFloatInRange(std::string_view text) noexcept {
   return parseFloat(text, std::numeric_limits<double>::max());
@@ -174,12 +172,10 @@ bool parseRegisterText(std::string_view text, std::span<uint8_t> bytes) noexcept
   if (!hasHexPrefix(text)) return false;
   text.remove_prefix(2);
   if (text.size() % 2 != 0 || text.size() / 2 != bytes.size()) return false;
-  for (char character : text) {
+  for (char character : text)
     if (hexDigit(character) < 0) return false;
-  }
-  for (size_t i = 0; i < bytes.size(); ++i) {
+  for (size_t i = 0; i < bytes.size(); ++i)
     bytes[i] = static_cast<uint8_t>(hexDigit(text[i * 2]) * 16 + hexDigit(text[i * 2 + 1]));
-  }
   return true;
 }
 

@@ -28,12 +28,8 @@ template <typename Argument>
 const Argument& printable(const Argument& argument) {
   return argument;
 }
-inline std::string_view printable(const GENICAM_NAMESPACE::gcstring& argument) {
-  return argument.view();
-}
-inline const char* printable(const char* argument) {
-  return argument ? argument : "(null)";
-}
+inline std::string_view printable(const GENICAM_NAMESPACE::gcstring& argument) { return argument.view(); }
+inline const char* printable(const char* argument) { return argument ? argument : "(null)"; }
 template <typename Argument>
 using Printable = std::remove_cvref_t<decltype(printable(std::declval<const Argument&>()))>;
 

@@ -6,9 +6,7 @@
 namespace GENAPI_NAMESPACE::text {
 namespace {
 
-bool isContinuation(char byte) noexcept {
-  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
+bool isContinuation(char byte) noexcept { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
 // Length of the well-formed character at `at`, 0 if there is none.
 size_t characterLength(std::string_view text, size_t at) noexcept {
@@ -17,9 +15,8 @@ size_t characterLength(std::string_view text, size_t at) noexcept {
   if (lead < 0x80) return 1;
   const size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
   if (lead < 0xC2 || lead > 0xF4 || text.size() - at < length) return 0;
-  for (size_t i = 1; i < length; ++i) {
+  for (size_t i = 1; i < length; ++i)
     if (!isContinuation(text[at + i])) return 0;
-  }
   // The second byte rules out overlong forms, surrogates, and what lies above U+10FFFF.
   const unsigned char second = byteAt(at + 1);
   if (lead == 0xE0 && second < 0xA0) return 0;
@@ -73,13 +70,12 @@ std::string excerpt(std::string_view text, size_t characters) {
   for (size_t count = 0; count < characters && at < text.size(); ++count) {
     const size_t length = characterLength(text, at);
     const unsigned char lead = static_cast<unsigned char>(text[at]);
-    if (length == 0) {
+    if (length == 0)
       result += '?';
-    } else if (lead < 0x20 || lead == 0x7F) {
+    else if (lead < 0x20 || lead == 0x7F)
       result += ' ';
-    } else {
+    else
       result += text.substr(at, length);
-    }
     at += length == 0 ? 1 : length;
   }
   return result;

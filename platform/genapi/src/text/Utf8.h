@@ -13,9 +13,7 @@ namespace GENAPI_NAMESPACE::text {
 // U+10FFFF are malformed); npos for a valid text.
 size_t findMalformedUtf8(std::string_view text) noexcept;
 
-inline bool isUtf8(std::string_view text) noexcept {
-  return findMalformedUtf8(text) == std::string_view::npos;
-}
+inline bool isUtf8(std::string_view text) noexcept { return findMalformedUtf8(text) == std::string_view::npos; }
 
 // How many bytes remain of a text that was cut anywhere when a character that the cut broke goes as a whole.
 size_t wholeCharacters(std::string_view cut) noexcept;
