@@ -39,7 +39,7 @@ StreamRequest requestOf(const TStreamOptions& options, uint64_t payload) {
 size_t checkedCount(const TStreamOptions& options) {
   const size_t count = options.BufferCount == 0 ? kUsualBuffers : options.BufferCount;
   if (count < kLeastBuffers || count > kMostBuffers) {
-    throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, std::to_string(count) + " buffers: a stream takes " +
+    throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "BufferCount is " + std::to_string(count) + ": a stream takes " +
                                                        std::to_string(kLeastBuffers) + " to " +
                                                        std::to_string(kMostBuffers));
   }

@@ -177,7 +177,7 @@ ImageQueue::Wait ImageQueue::next(Clock::time_point until, Clock::time_point new
     if (endCode_ != 0) throw CameraError(endCode_, endText_);
     if (held_ == slots_.size()) {
       throw CameraError(OXCAMERA_E_ALL_HELD,
-                        "All " + std::to_string(slots_.size()) + " buffers are held by you: give images back");
+                        "The caller holds all " + std::to_string(slots_.size()) + " buffers: give images back");
     }
     if (Clock::now() >= until) return Wait::timeOut;
     ++waiting_;

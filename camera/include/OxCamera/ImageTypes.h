@@ -9,7 +9,7 @@
 #define OXCAMERA_E_CANCELLED UINT32_C(0x8000004d) /* OxCameraCancelWait ended the wait */
 #define OXCAMERA_E_ALL_HELD UINT32_C(0x8000004e)  /* the caller holds all buffers, so no image can come */
 #define OXCAMERA_E_BUFFER_TOO_SMALL \
-  UINT32_C(0x8000004f) /* a buffer that does not hold a frame; the text has both sizes */
+  UINT32_C(0x8000004f) /* the buffer is smaller than a frame; the text has both sizes */
 
 /* Times to wait, beside milliseconds. */
 #define OX_WAIT_DEFAULT UINT32_C(0xffffffff) /* 1 s, longer for a camera whose exposure or period is longer */
@@ -18,8 +18,8 @@
 #define OX_UNKNOWN UINT64_C(0xffffffffffffffff)
 
 OX_ENUM(TImageState, uint32_t){
-    IS_Complete = 0, IS_Incomplete = 1, /* part of the data is missing: what came is where it belongs */
-    IS_TooSmall = 2,                    /* the buffer does not hold the frame: see Needed */
+    IS_Complete = 0, IS_Incomplete = 1, /* data is missing; what arrived lies in its proper place */
+    IS_TooSmall = 2,                    /* the buffer is smaller than the frame: see Needed */
 };
 
 /* What a buffer holds (GigE Vision and USB3 Vision name their payload types so). */
@@ -34,7 +34,7 @@ OX_ENUM(TPartKind, uint32_t){
 };
 
 OX_ENUM(TReceiveMethod, uint32_t){
-    RM_Automatic = 0, /* the packet socket where it works, else the standard one. In statistics: does not apply */
+    RM_Automatic = 0, /* the packet socket where it works, else the standard one; in statistics: no sockets are used */
     RM_Standard = 1,  /* a socket of the system */
     RM_Packet = 2,    /* a packet socket: needs CAP_NET_RAW, receives nothing on the loopback interface */
 };
@@ -51,7 +51,7 @@ extern "C" {
 
 /* One part of an image: most images have one. Data is in place in the image's buffer. */
 typedef struct TImagePart {
-  const void* Data; /* null when there is none */
+  const void* Data; /* null if no data arrived */
   uint64_t Size;    /* bytes from Data on that belong to this part */
   TPartKind Kind;
   uint32_t PixelFormat;     /* PFNC number, 0 for a part without pixels */
@@ -72,16 +72,16 @@ typedef struct TImagePart {
 /* An image: the caller's from OxCameraNextImage to OxCameraReturnImage. */
 typedef struct TImage {
   size_t StructSize; /* sizeof(TImage); filled in by the library */
-  uint64_t Serial;   /* names this delivery; no other image of the process has it */
-  uint64_t Buffer;   /* the buffer's place among those of the stream, from 0 */
-  void* User;        /* of the caller's memory: what came with it */
+  uint64_t Serial;   /* identifies this delivery; unique within the process */
+  uint64_t Buffer;   /* index of the stream's buffer, from 0 */
+  void* User;        /* for memory of the caller: its TFrameMemory::User */
   TImageState State;
   TPayloadKind Payload;
-  const void* Data;    /* the whole payload, chunks included; null when there is none */
+  const void* Data;    /* the whole payload, chunks included; null if no data arrived */
   uint64_t Size;       /* bytes of it that were received */
-  uint64_t Needed;     /* bytes of the whole frame; OX_UNKNOWN */
+  uint64_t Needed;     /* bytes of the whole frame; OX_UNKNOWN if not known */
   uint64_t FrameId;    /* as the camera sent it */
-  uint64_t Count;      /* frames since the start, lost ones included: 1 for the first that came */
+  uint64_t Count;      /* frames since the start, lost ones included; 1 for the first that arrived */
   uint32_t TimeKnown;  /* 1: Time is the camera's */
   uint32_t HasChunks;  /* 1: OxCameraAttachChunks finds some */
   uint64_t Time;       /* ns of the camera's clock; 0 when not known */
@@ -96,10 +96,10 @@ typedef struct TImage {
 typedef struct TFrameMemory {
   void* Data;
   size_t Size; /* bytes, at least the payload size */
-  void* User;  /* handed out with each image in it */
+  void* User;  /* returned in TImage::User of each image in this memory */
 } TFrameMemory;
 
-/* How OxCameraStartEx starts. Zero in a field stands for the default. */
+/* How OxCameraStartEx starts. A field that is zero means the default, given first. */
 typedef struct TStreamOptions {
   size_t StructSize;           /* sizeof(TStreamOptions) */
   size_t BufferCount;          /* 8; at least 2, at most 4096 */
@@ -108,8 +108,8 @@ typedef struct TStreamOptions {
   TPacketSize PacketSize;      /* PS_Keep */
   uint32_t PacketBytes;        /* for PS_Number */
   TReceiveMethod Receive;      /* RM_Automatic */
-  uint64_t SocketBytes;        /* receive buffer asked of the system: one frame, at least 1 MiB */
-  uint32_t ResendPercent;      /* of a frame's packets, at most so many are asked for again: 25; above 100: none */
+  uint64_t SocketBytes;        /* size of the receive buffer in the kernel: one frame, at least 1 MiB */
+  uint32_t ResendPercent;      /* most packets of a frame to request again, in percent: 25; above 100: none */
 } TStreamOptions;
 
 /* What became of the frames of a stream. Every frame that the camera announced is in exactly one of the first four.

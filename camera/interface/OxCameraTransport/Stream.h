@@ -64,7 +64,8 @@ struct Frame {
   std::vector<Part> parts;  // kept by the transport between frames
 };
 
-// Who is told of frames. Called on the transport's receive thread, which runs no caller's code: returns at once.
+// Receives the frames of a stream. The transport calls it on its receive thread, so it must return at once and must not
+// call code of the application.
 class FrameSink {
  public:
   virtual void arrived(const Frame& frame) noexcept = 0;
@@ -77,7 +78,7 @@ class FrameSink {
 struct LinkFacts {
   std::optional<uint64_t> noBuffer;  // frames that came while no buffer was queued
   std::optional<uint64_t> packets, missing, resendsAsked, resent, duplicates, ignored;
-  uint32_t packetAsked = 0, packetSet = 0;  // bytes of a packet; 0: not known, or there are none
+  uint32_t packetAsked = 0, packetSet = 0;  // bytes of a packet; 0 if not known, or if the transport has no packets
   Receive receive = Receive::automatic;     // in use; automatic: does not apply
   uint64_t socketAsked = 0, socketGranted = 0;
   std::string advice;  // one sentence, empty when all is well

@@ -29,7 +29,8 @@ void require(const pixels::Result& result) {
 
 pixels::ImageView viewOf(const TImage* image) {
   if (image == nullptr || image->StructSize != sizeof *image)
-    throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This is no TImage: StructSize");
+    throw CameraError(OXGENAPI_E_INVALID_ARGUMENT,
+                      "Image is null or its StructSize is wrong: take it from OxCameraNextImage");
   const TImagePart& part = image->Part;
   if (part.Data == nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "The image has no pixels");
   pixels::ImageView view;
@@ -49,9 +50,9 @@ pixels::ImageView viewOf(const TImage* image) {
 uint32_t OxCameraSaveImage(const TImage* Image, const char* Path, const TSaveOptions* Options, char* SavedPath,
                            size_t& SavedSize) {
   return guarded([&] {
-    if (Path == nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "There is no file name");
+    if (Path == nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Path is null");
     if (Options != nullptr && Options->StructSize != sizeof *Options)
-      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "These are no save options: StructSize");
+      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Options: StructSize is not sizeof(TSaveOptions)");
     pixels::SaveOptions options;
     if (Options != nullptr) {
       options.overwrite = Options->Overwrite != 0;

@@ -33,8 +33,11 @@ uint32_t OxCameraStart(OXCAMERA Camera, size_t BufferCount) {
 uint32_t OxCameraStartEx(OXCAMERA Camera, const TStreamOptions* Options) {
   return onStream(Camera, [&](Acquisition& acquisition) {
     const TStreamOptions& options = checked(Options, "TStreamOptions");
-    if (options.StructSize != sizeof options || options.PacketSize > PS_Number || options.Receive > RM_Packet)
-      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "These are no stream options: StructSize, PacketSize or Receive");
+    const char* const wrong = options.StructSize != sizeof options ? "StructSize is not sizeof(TStreamOptions)"
+                              : options.PacketSize > PS_Number     ? "PacketSize is no value of TPacketSize"
+                              : options.Receive > RM_Packet        ? "Receive is no value of TReceiveMethod"
+                                                                   : nullptr;
+    if (wrong != nullptr) throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, std::string("Options: ") + wrong);
     acquisition.start(options);
   });
 }
@@ -68,7 +71,7 @@ uint32_t OxCameraCancelWait(OXCAMERA Camera) {
 uint32_t OxCameraStreamStatistics(OXCAMERA Camera, TStreamStatistics* Statistics) {
   return onStream(Camera, [&](Acquisition& acquisition) {
     if (checked(Statistics, "TStreamStatistics").StructSize != sizeof *Statistics)
-      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "This is no TStreamStatistics: StructSize");
+      throw CameraError(OXGENAPI_E_INVALID_ARGUMENT, "Statistics: StructSize is not sizeof(TStreamStatistics)");
     *Statistics = acquisition.statistics();
     Statistics->StructSize = sizeof *Statistics;
   });

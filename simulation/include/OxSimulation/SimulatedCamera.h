@@ -54,9 +54,10 @@ class SimulatedCamera final : public RegisterDevice {
   /// std::bad_alloc.
   Frame acquireFrame();
 
-  /// Draws the oldest picture that is due and that nobody fetched into `memory`, with its chunks behind it; false if
-  /// there is none. `frame.data` stays as it is. `needed`: the bytes that it takes; more than `memory` has: the picture
-  /// is gone and nothing is drawn. Draws outside of the camera's lock. Throws std::bad_alloc.
+  /// Draws the oldest picture that is due and not yet fetched into `memory`, followed by its chunks. Returns false if
+  /// no picture is due. `needed` is set to the picture's size in bytes; if `memory` is smaller, the picture is dropped
+  /// and nothing is drawn. Leaves `frame.data` alone. Does not hold the camera's lock while it draws. Throws
+  /// std::bad_alloc.
   bool takeFrame(std::span<uint8_t> memory, Frame& frame, uint64_t& needed);
 
   /// Content of a file of the camera, named as in FileSelector. Throws std::invalid_argument for an unknown name.

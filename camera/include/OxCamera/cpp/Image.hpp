@@ -30,7 +30,7 @@ class Image {
 
   const TImage& record() const noexcept { return record_; }
   bool complete() const noexcept { return record_.State == IS_Complete; }
-  const void* data() const noexcept { return record_.Part.Data; }  ///< of the first part; null when there is none
+  const void* data() const noexcept { return record_.Part.Data; }  ///< of the first part; null if no data arrived
   uint32_t width() const noexcept { return record_.Part.Width; }
   uint32_t height() const noexcept { return record_.Part.Height; }
   std::string pixelFormat() const { return record_.Part.PixelFormatName; }

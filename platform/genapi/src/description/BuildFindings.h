@@ -14,7 +14,7 @@ namespace GENAPI_NAMESPACE {
 struct LoadFault {
   uint32_t line;  // 0 unknown
   std::string reason;
-  std::string nodeType{}, node{}, element{};  // empty where there is none
+  std::string nodeType{}, node{}, element{};  // empty if the fault concerns no node or element
 };
 
 // The value in quotes, cut to 40 characters, without anything that would break the line.
