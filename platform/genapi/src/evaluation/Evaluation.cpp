@@ -21,13 +21,11 @@ void Evaluation::countStep(NodeIndex node) {
   refuse<RuntimeException>("{}: one call wrote to nodes more than {} times", path(node), kMaxOperationSteps);
 }
 
-bool Evaluation::mayUsePassing(NodeState& state, Question question) {
-  if (state.call != call_) return false;
+void Evaluation::notePassingAnswer(const NodeState& state, Question question) {
+  if (!top_) return;
   noteUse();
-  if (!top_) return true;
   if (!(state.kept & question)) top_->passing_ = true;  // in check mode kept answers pass, too
   if (state.provisional & question) top_->guessedFor_ = std::min(top_->guessedFor_, provisional_.back().outermost);
-  return true;
 }
 
 bool Evaluation::isOpen(NodeIndex node, Question question) {
@@ -48,17 +46,7 @@ Evaluation::Memory Evaluation::memoryFor(const Frame& frame) const {
   return frame.passing_ || hasGuess ? Memory::Call : Memory::Lasting;
 }
 
-bool Evaluation::rememberForCall(NodeState& state, Question question) {
-  hasPassing_ = true;
-  if (state.call != call_) {
-    state.call = call_;
-    state.passing = state.provisional = 0;
-  }
-  state.passing |= question;
-  return true;
-}
-
-bool Evaluation::remember(const Frame& frame, Stay stay) {
+bool Evaluation::rememberLonger(const Frame& frame, Stay stay) {
   NodeState& state = nodes_[frame.node_];
   const Question question = frame.question_;
   const Memory memory = memoryFor(frame);

@@ -103,8 +103,7 @@ class Evaluation {
   void notePassingUse() {
     if (!top_) return;
     noteUse();
-    top_->passing_ = true;
-    hasPassing_ = true;
+    top_->passing_ = hasPassing_ = true;
   }
   // ... something that was changed while it was read.
   void noteDisturbance();
@@ -155,6 +154,8 @@ class Evaluation {
   // Counts what was remembered.
   uint64_t remembered() const { return remembered_; }
   void noteRemembered() { ++remembered_; }
+  // Whether noteMemory() has anything to do.
+  bool isNoting() const { return repeated_.isNoting(); }
   // The node, or a range that it uses, remembers something: its next drop must not be spared.
   void noteMemory(NodeIndex node) {
     if (repeated_.isNoting() && !(nodes_[node].marks & kNoted)) [[unlikely]]
@@ -224,8 +225,8 @@ class Evaluation {
   template <Question question>
   Slot& slot(NodeIndex node) const;
 
-  // Whether what stays for the call may answer; notes the use.
-  bool mayUsePassing(NodeState& state, Question question);
+  // After it was seen that something stays for this call: notes its use.
+  void notePassingAnswer(const NodeState& state, Question question);
   // Whether the question is being computed further up in this call; notes the guess.
   bool isOpen(NodeIndex node, Question question);
   // Whether another node's value can change the answer.
@@ -233,8 +234,28 @@ class Evaluation {
   // How long the frame's answer may stay.
   Memory memoryFor(const Frame& frame) const;
   // Marks the frame's answer as remembered as long as it may be; false when it must not be.
-  bool remember(const Frame& frame, Stay stay);
-  bool rememberForCall(NodeState& state, Question question);
+  bool remember(const Frame& frame, Stay stay) {
+    const bool isPlain = frame.passing_ && frame.guessedFor_ == Frame::kNoGuess && stay == Stay::UntilDropped;
+    return isPlain ? rememberPassing(frame) : rememberLonger(frame, stay);
+  }
+  // Most answers over registers that may not be cached; only for the call.
+  bool rememberPassing(const Frame& frame) {
+    NodeState& state = nodes_[frame.node_];
+    if (frame.disturbed_ || state.dropped > frame.firstUse_) return false;
+    noteRemembered();
+    noteMemory(frame.node_);
+    return rememberForCall(state, frame.question_);
+  }
+  bool rememberLonger(const Frame& frame, Stay stay);
+  bool rememberForCall(NodeState& state, Question question) {
+    hasPassing_ = true;
+    if (state.call != call_) {
+      state.call = call_;
+      state.passing = state.provisional = 0;
+    }
+    state.passing |= question;
+    return true;
+  }
   void closeCircle(uint32_t openedAt);
   void startCall() {
     hasPassing_ = false;
@@ -293,7 +314,7 @@ inline Evaluation::Frame::~Frame() {
   if (!isOpen && evaluation_.provisionalCount_ > openedAt_) evaluation_.closeCircle(openedAt_);
   if (!up_) return;
   // What this one used, the question above has used as early.
-  up_->firstUse_ = std::min({up_->firstUse_, firstUse_, evaluation_.revision_});
+  up_->firstUse_ = std::min(up_->firstUse_, std::min(firstUse_, evaluation_.revision_));
   if (isOpen) up_->guessedFor_ = std::min(up_->guessedFor_, guessedFor_);
   up_->passing_ |= passing_;
 }
@@ -344,7 +365,10 @@ void Evaluation::store(NodeIndex node, const Answer& answer) {
 template <Question question, class Answer, class Guess, class Compute>
 Answer Evaluation::answerAnew(NodeIndex node, bool fresh, Compute compute, Stay stay) {
   NodeState& state = nodes_[node];
-  if (!fresh && (state.passing & question) && mayUsePassing(state, question)) return recall<question, Answer>(node);
+  if (!fresh && (state.passing & question) && state.call == call_) {
+    notePassingAnswer(state, question);
+    return recall<question, Answer>(node);
+  }
   if constexpr (!std::is_same_v<Guess, NoGuess>) {
     if ((state.busy & question) && isOpen(node, question)) return Guess::kAnswer;
   }

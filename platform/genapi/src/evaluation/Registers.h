@@ -81,6 +81,7 @@ class Registers {
   const uint8_t* passing(const RegisterPlace& place, const RegisterRange& range, bool fresh) const;
   void fill(const RegisterPlace& place, RegisterRange& range, const uint8_t* bytes, Revision revision);
   void noteMemory(const RegisterRange& range) {
+    if (!evaluation_.isNoting()) return;
     for (const RangeUser& user : range.users) evaluation_.noteMemory(user.node);
   }
   void check(const RegisterPlace& place, IRegisterPort& port, RegisterRange& range);

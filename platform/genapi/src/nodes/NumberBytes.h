@@ -1,6 +1,9 @@
 // Register bytes as numbers. Byte order comes from the description alone, never from the host.
 #pragma once
+#include <endian.h>
+
 #include <cstdint>
+#include <cstring>
 
 #include "Base/GCTypes.h"
 
@@ -8,12 +11,23 @@ namespace GENAPI_NAMESPACE {
 
 // The first `count` bytes (1 .. 8) as a number without sign.
 inline uint64_t decodeBytes(const uint8_t* bytes, int64_t count, bool bigEndian) {
+  if (count == 4) {  // most registers
+    uint32_t word;
+    std::memcpy(&word, bytes, sizeof(word));
+    return bigEndian ? be32toh(word) : le32toh(word);
+  }
   uint64_t value = 0;
   for (int64_t i = 0; i < count; ++i) value = value << 8 | bytes[bigEndian ? i : count - 1 - i];
   return value;
 }
 
 inline void encodeBytes(uint64_t value, uint8_t* bytes, int64_t count, bool bigEndian) {
+  if (count == 4) {
+    const auto low = static_cast<uint32_t>(value);
+    const uint32_t word = bigEndian ? htobe32(low) : htole32(low);
+    std::memcpy(bytes, &word, sizeof(word));
+    return;
+  }
   for (int64_t i = 0; i < count; ++i) {
     bytes[bigEndian ? count - 1 - i : i] = static_cast<uint8_t>(value);
     value >>= 8;
