@@ -14,10 +14,7 @@ void Evaluation::refuseDepth(NodeIndex node) {
                                 description_.node(node).name(), kMaxLinkDepth);
 }
 
-void Evaluation::countStep(NodeIndex node) {
-  hasPassing_ = true;
-  ++visits_;
-  if (++steps_ <= kMaxOperationSteps) return;
+void Evaluation::refuseSteps(NodeIndex node) {
   refuse<RuntimeException>("{}: one call wrote to nodes more than {} times", path(node), kMaxOperationSteps);
 }
 

@@ -117,7 +117,12 @@ class Evaluation {
   void beginActivity(NodeIndex node, int64_t value = 0);
   void endActivity(NodeIndex node) { nodes_[node].marks &= static_cast<uint8_t>(~kActive); }
   // Counts one visit of a node by a write. Throws RuntimeException past kMaxOperationSteps.
-  void countStep(NodeIndex node);
+  void countStep(NodeIndex node) {
+    hasPassing_ = true;
+    ++visits_;
+    if (++steps_ > kMaxOperationSteps) [[unlikely]]
+      refuseSteps(node);
+  }
 
   // --- drops ---
 
@@ -273,6 +278,7 @@ class Evaluation {
   void settleAnew(NodeIndex node);
   void forgetRepeatedDrops();
   [[noreturn]] void refuseDepth(NodeIndex node);
+  [[noreturn]] void refuseSteps(NodeIndex node);
   void reportAnswer(NodeIndex node) const;
 
   const Description& description_;

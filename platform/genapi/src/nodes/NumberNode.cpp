@@ -12,7 +12,9 @@ NumberNode<Base>::NumberNode(Device& device, NodeIndex index)
     : Base(device, index),
       constant_(this->find(Element::Value)),
       link_(this->target(Element::pValue)),
-      hasCopies_(this->find(Element::pValueCopy)) {
+      hasCopies_(this->find(Element::pValueCopy)),
+      hasOwnSet_(this->find(Element::ValidValueSet)),
+      hasOwnIncrement_(this->find(Element::Inc) || this->find(Element::pInc)) {
   if (link_ != kNoNode)
     form_ = Form::Forwarder;
   else if (link_ = this->target(Element::pIndex); link_ != kNoNode)
@@ -152,15 +154,17 @@ auto NumberNode<Base>::computeMax() const -> Number {
 
 template <class Base>
 auto NumberNode<Base>::computeIncrement() const -> Number {
-  if (const Property* own = this->find(Element::Inc)) return Traits::constant(*own);
-  if (const Property* link = this->find(Element::pInc)) return linkedNumber(*link);
+  if (hasOwnIncrement_) {
+    const Property* const own = this->find(Element::Inc);
+    return own ? Traits::constant(*own) : linkedNumber(*this->find(Element::pInc));
+  }
   const NodeBase* from = valueSource();
   return from ? this->ask(*from, Traits::increment) : Base::computeIncrement();
 }
 
 template <class Base>
 bool NumberNode<Base>::hasIncrement() const {
-  if (this->find(Element::Inc) || this->find(Element::pInc)) return true;
+  if (hasOwnIncrement_) return true;
   return this->askSource(false, [](const NodeBase& from) { return from.hasFloatIncrement(); });
 }
 
@@ -179,7 +183,7 @@ std::vector<int64_t> listedNumbers(std::string_view text) {
 
 template <class Base>
 bool NumberNode<Base>::hasValueSet() const {
-  if (this->find(Element::ValidValueSet)) return true;
+  if (hasOwnSet_) return true;
   return this->askSource(false, [](const NodeBase& from) { return from.hasValueSet(); });
 }
 

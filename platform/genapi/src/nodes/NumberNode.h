@@ -52,6 +52,8 @@ class NumberNode final : public Base {
   NodeIndex link_;                  // pValue, or pIndex of a table
   Form form_ = Form::Held;
   const bool hasCopies_;
+  const bool hasOwnSet_;        // ValidValueSet
+  const bool hasOwnIncrement_;  // Inc or pInc
 };
 
 using IntegerNode = NumberNode<IntegerBase>;
