@@ -34,7 +34,7 @@ class Record(ctypes.Structure):
 
 class SaveOptions(ctypes.Structure):
     _fields_ = [("struct_size", c_size_t), ("overwrite", c_uint32), ("eight_bits", c_uint32), ("png_level", c_uint32),
-                ("members", c_char_p)]
+                ("members", c_char_p), ("camera", c_void_p)]
 
 
 class _Loan:
@@ -126,8 +126,9 @@ class Picture:
     def save(self, path: "str | os.PathLike[str]", *, overwrite: bool = False, eight_bits: bool = False,
              png_level: int = 1) -> str:
         """Saves the picture as the name's ending says (.png, .tif, .pgm, .ppm, .jpg, .npy, .raw); returns the file's
-        name, which ends in .raw where the format is no picture."""
-        options = SaveOptions(ctypes.sizeof(SaveOptions), overwrite, eight_bits, png_level, None)
+        name, which ends in .raw where the format is no picture. The JSON beside a raw file tells the camera, the frame
+        and its times, too."""
+        options = SaveOptions(ctypes.sizeof(SaveOptions), overwrite, eight_bits, png_level, None, self._camera.raw)
         saved, size = ctypes.create_string_buffer(4096), c_size_t(4096)
         check(self._library.OxCameraSaveImage(ctypes.byref(self._held()), encoded(path), ctypes.byref(options), saved,
                                               ctypes.byref(size)), os.fspath(path))

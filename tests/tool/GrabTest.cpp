@@ -37,6 +37,11 @@ TEST_F(Grab, SavesAsTheNameSaysAndReplacesNothingUnasked) {
       EXPECT_EQ(files(), expected);
     }
   }
+  const nlohmann::json raw = nlohmann::json::parse(read("c1.raw.json"));
+  EXPECT_EQ(raw.at("frameId"), 1);
+  EXPECT_EQ(raw.at("camera"), "OxSimulation-SC-200-SIM01");
+  EXPECT_GT(raw.at("time"), 0);
+  EXPECT_GE(raw.at("completeNs"), raw.at("firstDataNs"));
   EXPECT_EQ(run({"--state", path("s"), "grab"}).status, 2);
 }
 

@@ -2,6 +2,8 @@
 #include <OxPixels/Convert.h>
 #include <OxPixels/Save.h>
 
+#include <nlohmann/json.hpp>
+
 #include "ExportFrame.h"
 
 using namespace ox;
@@ -45,6 +47,31 @@ pixels::ImageView viewOf(const TImage* image) {
   return view;
 }
 
+// What the image's record and its camera tell, for the JSON beside a raw file. The caller's own members come first and
+// win; what is no JSON object is left as it is, and refused where it is used.
+std::string membersOf(const TImage& image, const TSaveOptions* options) {
+  using Json = nlohmann::ordered_json;
+  Json members = Json::object();
+  if (options != nullptr && options->Members != nullptr && *options->Members != '\0')
+    members = Json::parse(options->Members, nullptr, false);
+  if (!members.is_object()) return options->Members;
+  const auto add = [&](const char* name, const Json& value) {
+    if (!members.contains(name)) members[name] = value;
+  };
+  if (options != nullptr && options->Camera != nullptr) {
+    const auto camera = resolve<CameraObject>(options->Camera);
+    if (!camera) throw CameraError(OXGENAPI_E_INVALID_HANDLE, CameraObject::kInvalid);
+    add("camera", camera->session->camera().text(CI_Id));
+    const std::string name = camera->session->camera().text(CI_UserName);
+    if (!name.empty()) add("cameraName", name);
+  }
+  if (image.Serial != 0) add("frameId", image.FrameId);
+  if (image.TimeKnown != 0) add("time", image.Time);
+  if (image.FirstDataNs != 0) add("firstDataNs", image.FirstDataNs);
+  if (image.CompleteNs != 0) add("completeNs", image.CompleteNs);
+  return members.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 }  // namespace
 
 uint32_t OxCameraSaveImage(const TImage* Image, const char* Path, const TSaveOptions* Options, char* SavedPath,
@@ -58,10 +85,12 @@ uint32_t OxCameraSaveImage(const TImage* Image, const char* Path, const TSaveOpt
       options.overwrite = Options->Overwrite != 0;
       options.eightBits = Options->EightBits != 0;
       options.pngLevel = static_cast<int>(std::min<uint32_t>(Options->PngLevel, INT32_MAX));
-      if (Options->Members != nullptr) options.members = Options->Members;
     }
+    const pixels::ImageView view = viewOf(Image);
+    const std::string members = membersOf(*Image, Options);
+    options.members = members;
     pixels::Saved saved;
-    require(pixels::save(viewOf(Image), Path, options, saved));
+    require(pixels::save(view, Path, options, saved));
     giveText(saved.path, SavedPath, SavedSize);
   });
 }

@@ -43,8 +43,9 @@ class Image {
   }
   /// Lets the camera's chunk features show this image's values until it is given back.
   void attachChunks() const { check(OxCameraAttachChunks(camera_.get(), &record_)); }
-  /// Saves the first part; see OxCameraSaveImage.
-  std::string save(const std::string& path, const TSaveOptions& options = defaultSaveOptions()) const {
+  /// Saves the first part; see OxCameraSaveImage. The camera of the options is this image's.
+  std::string save(const std::string& path, TSaveOptions options = defaultSaveOptions()) const {
+    options.Camera = camera_.get();
     char saved[4096];
     size_t size = sizeof saved;
     check(OxCameraSaveImage(&record_, path.c_str(), &options, saved, size), path);
