@@ -149,12 +149,16 @@ void EnumerationNode::writeInteger(int64_t value, bool verify) const {
 
 // --- the public interface ---
 
-std::string EnumerationNode::readText(Reading how) const {
+const EntryRecord& EnumerationNode::readEntry(Reading how) const {
   const EntryRecord* entry = currentEntry(how);
   // The second read may find a valid value where the first did not: a port that calls back keeps nothing remembered.
   if (!entry) entry = &requireEntry(readValue({}));
   if (how.verify) requireAvailable(*entry);
-  return std::string(entry->symbolic);
+  return *entry;
+}
+
+gcstring EnumerationNode::ToString(bool Verify, bool IgnoreCache) {
+  return reading([&] { return gcstring(readEntry({.verify = Verify, .ignoreCache = IgnoreCache}).symbolic); });
 }
 
 void EnumerationNode::writeText(std::string_view value, bool verify) const {

@@ -10,6 +10,9 @@ class EnumerationNode final : public ValueNode<IEnumeration> {
  public:
   EnumerationNode(Device& device, NodeIndex index);
 
+  // IValue: the text is made where the caller gets it, because moving a short one costs as much as the rest
+  GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
+
   // IEnumeration
   void GetSymbolics(StringList_t& Symbolics) override;
   void GetEntries(NodeList_t& Entries) override;
@@ -26,7 +29,7 @@ class EnumerationNode final : public ValueNode<IEnumeration> {
   double readFloat(Reading how) const override;
   void writeInteger(int64_t value, bool verify) const override;
   void writeFloat(double value, bool verify) const override;
-  std::string readText(Reading how) const override;
+  std::string readText(Reading how) const override { return std::string(readEntry(how).symbolic); }
   void writeText(std::string_view value, bool verify) const override;
   std::string describeValue(int64_t value) const override;
 
@@ -50,6 +53,9 @@ class EnumerationNode final : public ValueNode<IEnumeration> {
   const EntryRecord& requireEntry(int64_t value) const;
   // The current entry, remembered with the value; null when there is none.
   const EntryRecord* currentEntry(Reading how) const;
+  // The current entry. Throws InvalidArgumentException when there is none, AccessException when it is to be verified
+  // and not available.
+  const EntryRecord& readEntry(Reading how) const;
   IEnumEntry* publicEntry(const EntryRecord* entry) const;
   int64_t readValue(Reading how) const;
   int64_t compute(bool fresh) const;

@@ -20,9 +20,10 @@ namespace GENAPI_NAMESPACE {
 
 // How a value is to be read.
 struct Reading {
-  bool verify = false;       // check the node's own limits
-  bool ignoreCache = false;  // past every cache of the value chain
-  bool asSource = false;     // through pValue: an enumeration answers with the entry's numeric value
+  // One byte: readings are handed down at every level, and several would be put together in memory each time.
+  bool verify : 1 = false;       // check the node's own limits
+  bool ignoreCache : 1 = false;  // past every cache of the value chain
+  bool asSource : 1 = false;     // through pValue: an enumeration answers with the entry's numeric value
 };
 
 class NodeBase : public INode, public ISelector {
