@@ -5,8 +5,11 @@ import subprocess
 import sys
 
 UNITS = {"KiB": 1 << 10, "MiB": 1 << 20, "GiB": 1 << 30}
-# Bounds of texts and buffers that follow from other limits, or only shorten a quotation.
-NOT_LIMITS = {"kMaxFloatText", "kMaxSignificantDigits", "kMaxQuotedToken", "kMaxQuotedFormula", "kMaxTagBrackets"}
+# Bounds of texts and buffers that follow from other limits, or only shorten a quotation or a diagnosis.
+NOT_LIMITS = {"kMaxFloatText", "kMaxSignificantDigits", "kMaxQuotedToken", "kMaxQuotedFormula", "kMaxTagBrackets",
+              "kMaxAnswerNotes"}
+# What protocols, file formats and other libraries set, and the length of an array that is always long enough.
+NOT_LIMITS |= {"kMaxPacket", "kMaxMemoryBlock", "kMostClassic", "kMostPixels", "kMostKept", "kMostChannels"}
 
 
 def files(*patterns):
@@ -19,7 +22,7 @@ def constants():
     """Name to value; a value in terms of another constant is computed from that."""
     found = {}
     pattern = re.compile(r"constexpr\s+[\w:]+\s+(kM(?:ax|ost)\w+|kQuarantined\w+)\s*=\s*([^;]+);")
-    for name in files("src/*.h", "src/*.cpp", "platform/*.h", "platform/*.cpp"):
+    for name in files("src/*.h", "src/*.cpp", "platform/*.h", "platform/*.cpp", "camera/*.h", "camera/*.cpp"):
         with open(name, encoding="utf-8") as source:
             for constant, expression in pattern.findall(source.read()):
                 if constant not in NOT_LIMITS and "::" + constant not in expression and "sizeof" not in expression:

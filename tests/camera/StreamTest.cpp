@@ -254,8 +254,11 @@ TEST_F(Streams, BuffersAreTheCallersOwnAndComeBack) {
   expectFailure(OXCAMERA_E_BUFFER_TOO_SMALL, "Buffer 1 needs 64 bytes, has 63", start);
   EXPECT_EQ(script.calls.back(), "unlock");
   buffers[1].Size = 64;
-  options.BufferCount = 1;
-  expectFailure(OXGENAPI_E_INVALID_ARGUMENT, "BufferCount is 1: a stream takes 2 to 4096", start);
+  for (const size_t count : {size_t{1}, size_t{4097}}) {
+    options.BufferCount = count;
+    expectFailure(OXGENAPI_E_INVALID_ARGUMENT, "BufferCount is " + std::to_string(count) + ": a stream takes 2 to 4096",
+                  start);
+  }
   options.BufferCount = 2;
   start();
   script.send(1);
