@@ -150,12 +150,38 @@ TEST(DeviceFile, BlocksFitBufferLimitAndIncrement) {
   EXPECT_EQ(upload(stepped, pattern(14)), pattern(14) + std::string(2, '\0'));
   EXPECT_THAT(stepped.camera.lengths, ElementsAre(12, 4));
   // What is shorter than the least length is filled with zeros, not with what the last block left.
-  FileBench<> least(fileDescription("<Min>4</Min><Max>12</Max><Inc>4</Inc>"));
-  EXPECT_EQ(upload(least, pattern(11) + pattern(2)), pattern(11) + pattern(2) + std::string(3, '\0'));
-  EXPECT_THAT(least.camera.lengths, ElementsAre(12, 4));
+  FileBench<> least(fileDescription("<Min>8</Min><Max>12</Max><Inc>4</Inc>"));
+  FileProtocolAdapter adapter;
+  ASSERT_TRUE(adapter.attach(least.map));
+  EXPECT_EQ(adapter.write("abc", 0, 3, "Firmware"), 3);
+  EXPECT_EQ(adapter.write("z", 8, 1, "Firmware"), 1);
+  EXPECT_EQ(least.camera.files[1], "abc" + std::string(5, '\0') + "z" + std::string(7, '\0'));
+  EXPECT_THAT(least.camera.lengths, ElementsAre(8, 8));
+  // A limit that falls while a file is open makes the blocks smaller.
+  FileBench<> falling(fileDescription("<pMax>Mode</pMax><Inc>4</Inc>"));
+  falling.t.integer("Mode")->SetValue(12);
+  EXPECT_EQ(upload(falling,
+                   [&](ODevFileStream& out) {
+                     out.write(pattern(12).data(), 12);
+                     falling.t.integer("Mode")->SetValue(8);
+                     out.write(pattern(12).data(), 12);
+                   }),
+            pattern(12) + pattern(12));
+  EXPECT_THAT(falling.camera.lengths, ElementsAre(12, 8, 4));
   FileBench<> plain;
   EXPECT_EQ(upload(plain, pattern(14)), pattern(14));
   EXPECT_THAT(plain.camera.lengths, ElementsAre(12, 2));
+}
+
+TEST(DeviceFile, OffsetsReachAsFarAsTheirFeature) {
+  FileBench<> bench(fileDescription("", "", "<Max>12</Max>"));
+  EXPECT_EQ(upload(bench, pattern(24)), pattern(24)) << "the last block begins at the maximum";
+  ODevFileStream out(bench.map, "Firmware");
+  EXPECT_EQ(refusal<RuntimeException>([&] { out.write(pattern(36).data(), 36); }),
+            "writing file 'Firmware' stopped at byte 24: the offset is beyond the maximum of FileAccessOffset");
+  FileBench<> late(fileDescription("", "", "<Min>4</Min>"));
+  IDevFileStream in(late.map, "UserSet");
+  EXPECT_THAT(refusal<OutOfRangeException>([&] { download(in, 1); }), HasSubstr("must be at least Min = 4"));
 }
 
 TEST(DeviceFile, RefusedOrUnfitDevicesFailWhereTheFileIsOpened) {
@@ -219,14 +245,16 @@ TEST(DeviceFile, AnUploadThatIsCutShortIsNeverASuccess) {
   in.close();
   EXPECT_TRUE(in.fail());
   bench.camera.refusesClose = false;
-  for (const uint32_t claimed : {13U, 0xffffffffU}) {  // more than was sent, less than nothing
+  for (const uint32_t claimed : {0U, 13U, 0xffffffffU}) {  // nothing, more than was sent, less than nothing
     bench.camera.claimed = claimed;
     ODevFileStream out(bench.map, "UserSet");
     EXPECT_THAT(refusal<RuntimeException>([&] { out.write(pattern(12).data(), 12); }), HasSubstr("stopped at byte 0"));
     EXPECT_THAT(refusal<RuntimeException>([&] { out.rdbuf()->sputn(pattern(12).data(), 12); }),
                 HasSubstr("an earlier write has failed"));
+    EXPECT_EQ(out.rdbuf()->sputn("abc", 3), 3) << "waits for more";
+    EXPECT_NO_THROW(out.close()) << "the failure was told";
   }
-  bench.camera.claimed = 0;
+  bench.camera.claimed.reset();
   bench.camera.shortCount = 5;
   EXPECT_EQ(upload(bench, pattern(30)), pattern(30)) << "a short count only needs another block";
 }

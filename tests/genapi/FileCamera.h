@@ -1,6 +1,7 @@
 // A camera with device files behind the standard file access features: a byte-addressed port, and its description.
 #pragma once
 #include <algorithm>
+#include <optional>
 
 #include "TestMap.h"
 
@@ -30,9 +31,9 @@ class FileCamera : public BytePort {
   bool failsAtEnd = true;  // a read behind the end is a Failure, else a Success of zero bytes
   bool refusesOpen = false;
   bool refusesClose = false;
-  uint32_t capacity = 1 << 20;  // bytes that a file can hold
-  uint32_t shortCount = 0;      // most bytes that one block takes; 0 for all
-  uint32_t claimed = 0;         // what a write says that it took; 0 for the truth
+  uint32_t capacity = 1 << 20;      // bytes that a file can hold
+  uint32_t shortCount = 0;          // most bytes that one block takes; 0 for all
+  std::optional<uint32_t> claimed;  // what a write says that it took, when that is not the truth
   int executions = 0;
   int opened = 0;                 // files open now
   std::vector<uint32_t> lengths;  // of the blocks asked for
@@ -73,15 +74,17 @@ class FileCamera : public BytePort {
         if (at + count > capacity) return false;
         file.resize(std::max<size_t>(file.size(), at + count));
         std::copy_n(memory.begin() + Buffer, count, file.begin() + at);
-        setWord(Result, claimed ? claimed : count);
+        setWord(Result, claimed.value_or(count));
         return true;
       default: return false;
     }
   }
 };
 
-// `lengthExtra` stands inside FileAccessLength; `without` names a node to leave out.
-inline std::string fileDescription(const std::string& lengthExtra = "", const std::string& without = "") {
+// `lengthExtra` and `offsetExtra` stand inside FileAccessLength and FileAccessOffset; `without` names a node to leave
+// out. Result and buffer may be cached, as in many cameras: files must look past that.
+inline std::string fileDescription(const std::string& lengthExtra = "", const std::string& without = "",
+                                   const std::string& offsetExtra = "") {
   const std::string uncached = tag("Cachable", "NoCache"), answer = tag("AccessMode", "RO") + uncached;
   const auto word = [](const std::string& name, int address, const std::string& more = "") {
     return reg("IntReg", name, address, 4, more);
@@ -107,12 +110,13 @@ inline std::string fileDescription(const std::string& lengthExtra = "", const st
            {"FileOperationStatus",
             enumeration("FileOperationStatus", FileCamera::Status, {"Success", "Failure"}, answer)},
            {"FileOperationExecute", command("FileOperationExecute", FileCamera::Execute)},
-           {"FileOperationResult", word("FileOperationResult", FileCamera::Result, answer)},
-           {"FileAccessOffset", word("FileAccessOffset", FileCamera::Offset)},
+           {"FileOperationResult", word("FileOperationResult", FileCamera::Result, tag("AccessMode", "RO"))},
+           {"FileAccessOffset",
+            over("FileAccessOffset", "OffsetReg", offsetExtra) + word("OffsetReg", FileCamera::Offset)},
            {"FileAccessLength",
             over("FileAccessLength", "LengthReg", lengthExtra) + word("LengthReg", FileCamera::Length)},
            {"FileSize", word("FileSize", FileCamera::Size, answer)},
-           {"FileAccessBuffer", reg("Register", "FileAccessBuffer", FileCamera::Buffer, 12, uncached)}})
+           {"FileAccessBuffer", reg("Register", "FileAccessBuffer", FileCamera::Buffer, 12)}})
     if (name != without) nodes += text;
   return nodes;
 }
