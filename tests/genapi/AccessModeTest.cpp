@@ -98,6 +98,9 @@ TEST(AccessMode, ImposingOnlyNarrows) {
     t.node("R")->ImposeAccessMode(imposed);
     EXPECT_EQ(t.mode("A"), expected) << "a later wish replaces the earlier one";
   }
+  TestMap described(held("I", 0, tag("ImposedAccessMode", "RO")));
+  described.node("I")->ImposeAccessMode(RW);
+  EXPECT_EQ(described.mode("I"), RO) << "what the description imposes stays";
   TestMap fixed("<IntSwissKnife Name='K'><Formula>1</Formula></IntSwissKnife>");
   fixed.node("K")->ImposeVisibility(Guru);
   EXPECT_EQ(fixed.mode("K"), RO) << "another thing was imposed";

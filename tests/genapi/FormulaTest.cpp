@@ -156,7 +156,7 @@ TEST(FloatFormula, ComputesOperatorsAndFunctions) {
     PI*2 -> 6.28318530718; pi -> 3.14159265359; e -> 2.71828182846
     SGN(B)+SGN(0) -> -1; NEG(A) -> -7; abs(B) -> 3; SIN(PI/2)+COS(0) -> 2; TAN(0) -> 0; ASIN(1)*2-PI -> 0; ACOS(1) -> 0
     ATAN(1)*4-PI -> 0; EXP(0) -> 1; LN(E) -> 1; LG(1000) -> 3; SQRT(16) -> 4; TRUNC(-1.7) -> -1; FLOOR(-1.2) -> -2
-    CEIL(1.2) -> 2; FRAC(-1.25) -> -0.25; ROUND(2.5) -> 3; ROUND(-2.5) -> -3; ROUND(1234.5678,2) -> 1234.57
+    CEIL(1.2) -> 2; FRAC(-1.25) -> -0.25; ROUND(2.5) -> 3; ROUND(-2.5) -> -3; ROUND(1234.5678,2) -> 1234.57; ROUND(.125,2) -> 0.13
     ROUND(1250,-2) -> 1300; ROUND(12,400) -> 12; ROUND(12,-400) -> 0; Round( Sqrt(2) , 1+1 ) -> 1.41)");
 }
 
@@ -236,10 +236,11 @@ TEST(Formula, FoldsCaseOnlyWhenAsked) {
 
 TEST(Formula, TakesConstantsOfBothArithmetics) {
   Values values;
-  values.integer("I", 9007199254740993).real("WHOLE", 4).real("HALF", 0.5);
+  values.integer("I", 9007199254740993).real("WHOLE", 4).real("HALF", 0.5).real("HUGE", 0x1p63);
   EXPECT_EQ("9007199254740997", integerResult("I+WHOLE", values));
   EXPECT_EQ("constant with a fraction in an integer formula: 'HALF' at column 1 of 'HALF'",
             integerResult("HALF", values));
+  EXPECT_EQ("constant beyond 64-bit integers: 'HUGE' at column 1 of 'HUGE'", integerResult("HUGE", values));
   EXPECT_EQ("4.5", floatResult("WHOLE+HALF", values));
 }
 

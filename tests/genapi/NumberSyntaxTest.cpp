@@ -66,6 +66,7 @@ TEST(NumberSyntax, StepsARoundedNumberBackInsideItsLimits) {
       {9.9996, 0, 9.9996, fnAutomatic, 4, "9.999"},
       {9.9996, 0, 9.9996, fnScientific, 3, "9.999e+00"},
       {9.994, 9.994, 10, fnAutomatic, 3, "10"},
+      {1.23456789, 0, 9, fnFixed, -1, "1.234568"},
       {0.7, 0, 0.7, fnFixed, 0, "0"},
       {0.3, 0.3, 1, fnFixed, 0, "1"},
       {DBL_MAX, 0, DBL_MAX, fnAutomatic, 3, "1.79e+308"},
