@@ -126,8 +126,8 @@ class Picture:
     def save(self, path: "str | os.PathLike[str]", *, overwrite: bool = False, eight_bits: bool = False,
              png_level: int = 1) -> str:
         """Saves the picture as the name's ending says (.png, .tif, .pgm, .ppm, .jpg, .npy, .raw); returns the file's
-        name, which ends in .raw where the format is no picture. The JSON beside a raw file tells the camera, the frame
-        and its times, too."""
+        name, which ends in .raw where the format is no picture. The JSON beside a raw file holds the camera, the frame
+        number and the times."""
         options = SaveOptions(ctypes.sizeof(SaveOptions), overwrite, eight_bits, png_level, None, self._camera.raw)
         saved, size = ctypes.create_string_buffer(4096), c_size_t(4096)
         check(self._library.OxCameraSaveImage(ctypes.byref(self._held()), encoded(path), ctypes.byref(options), saved,

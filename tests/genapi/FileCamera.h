@@ -82,7 +82,7 @@ class FileCamera : public BytePort {
 };
 
 // `lengthExtra` and `offsetExtra` stand inside FileAccessLength and FileAccessOffset; `without` names a node to leave
-// out. Result and buffer may be cached, as in many cameras: files must look past that.
+// out. The result and the buffer are cachable, as in many cameras, so transfers have to read past the cache.
 inline std::string fileDescription(const std::string& lengthExtra = "", const std::string& without = "",
                                    const std::string& offsetExtra = "") {
   const std::string uncached = tag("Cachable", "NoCache"), answer = tag("AccessMode", "RO") + uncached;

@@ -156,8 +156,8 @@ TEST(FloatFormula, ComputesOperatorsAndFunctions) {
     PI*2 -> 6.28318530718; pi -> 3.14159265359; e -> 2.71828182846
     SGN(B)+SGN(0) -> -1; NEG(A) -> -7; abs(B) -> 3; SIN(PI/2)+COS(0) -> 2; TAN(0) -> 0; ASIN(1)*2-PI -> 0; ACOS(1) -> 0
     ATAN(1)*4-PI -> 0; EXP(0) -> 1; LN(E) -> 1; LG(1000) -> 3; SQRT(16) -> 4; TRUNC(-1.7) -> -1; FLOOR(-1.2) -> -2
-    CEIL(1.2) -> 2; FRAC(-1.25) -> -0.25; ROUND(2.5) -> 3; ROUND(-2.5) -> -3; ROUND(1234.5678,2) -> 1234.57; ROUND(.125,2) -> 0.13
-    ROUND(1250,-2) -> 1300; ROUND(12,400) -> 12; ROUND(12,-400) -> 0; Round( Sqrt(2) , 1+1 ) -> 1.41)");
+    CEIL(1.2) -> 2; FRAC(-1.25) -> -0.25; ROUND(2.5) -> 3; ROUND(-2.5) -> -3; ROUND(1234.5678,2) -> 1234.57
+    ROUND(.125,2) -> 0.13; ROUND(1250,-2) -> 1300; ROUND(12,400) -> 12; ROUND(12,-400) -> 0; Round( Sqrt(2) , 1+1 ) -> 1.41)");
 }
 
 TEST(FloatFormula, FailsWhereNoNumberIsTheAnswer) {

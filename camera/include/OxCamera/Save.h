@@ -17,18 +17,19 @@ typedef struct TSaveOptions {
   uint32_t EightBits;  /* 1: make 8 bits of deeper pictures; otherwise more than 8 become 16 */
   uint32_t PngLevel;   /* 0, not compressed, to 9, smallest; 1 is the fastest that compresses */
   const char* Members; /* for raw: a JSON object whose members go into the file beside; null: none */
-  OXCAMERA Camera;     /* for raw: its ID and user-defined name go into the file beside; null: they do not */
+  OXCAMERA Camera;     /* for raw: the JSON beside gets this camera's ID and user-defined name; null: it does not */
 } TSaveOptions;
 
 /* Saves the first part of an image. The ending of Path says how: .png, .tif, .tiff, .pgm, .ppm, .pnm, .jpg, .npy, .raw.
- * An image that is no picture of a known format is saved raw, with ".raw" added to the name and a JSON beside. The JSON
- * has the layout of the pixels and, where they are known, camera, cameraName, frameId, time (ns of the camera's clock),
- * firstDataNs and completeNs (ns since 1970 by the computer); a member of that name in Members is taken instead. The
- * file appears under its name when it is complete; after a failure nothing is left.
+ * An image that is no picture of a known format is saved raw, with ".raw" added to the name and a JSON beside it. The
+ * JSON holds the layout of the pixels and, if known, camera, cameraName, frameId, time (ns of the camera's clock),
+ * firstDataNs and completeNs (ns since 1970, the computer's clock). Members wins where it has a member of the same
+ * name. The file appears under its name when it is complete; after a failure nothing is left.
  *   Options                null: overwrite nothing, PNG level 1
  *   SavedPath, SavedSize   text buffer for the name of the file, may be null; in/out size in bytes
  * Errors: INVALID_ARGUMENT for an unknown ending, an option out of range, or an image that misses data; INVALID_HANDLE
- *         for Camera; ACCESS_DENIED when the file is there already; NOT_SUPPORTED; FAILED with the system's reason when it cannot be written. */
+ *         if Camera is not null and not valid; ACCESS_DENIED if the file exists; NOT_SUPPORTED; FAILED with the
+ *         system's reason if it cannot be written. */
 OXGENAPI_EXPORT uint32_t OxCameraSaveImage(const TImage* Image, const char* Path, const TSaveOptions* Options,
                                            char* SavedPath, OX_OUT(size_t) SavedSize);
 

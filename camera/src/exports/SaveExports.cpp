@@ -47,8 +47,8 @@ pixels::ImageView viewOf(const TImage* image) {
   return view;
 }
 
-// What the image's record and its camera tell, for the JSON beside a raw file. The caller's own members come first and
-// win; what is no JSON object is left as it is, and refused where it is used.
+// The members for the JSON beside a raw file: the caller's, and from the image and its camera those that the caller does
+// not give. A text that is no JSON object is passed on; saving refuses it.
 std::string membersOf(const TImage& image, const TSaveOptions* options) {
   using Json = nlohmann::ordered_json;
   Json members = Json::object();

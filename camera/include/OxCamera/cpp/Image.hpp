@@ -43,7 +43,7 @@ class Image {
   }
   /// Lets the camera's chunk features show this image's values until it is given back.
   void attachChunks() const { check(OxCameraAttachChunks(camera_.get(), &record_)); }
-  /// Saves the first part; see OxCameraSaveImage. The camera of the options is this image's.
+  /// Saves the first part; see OxCameraSaveImage. Sets options.Camera to the image's camera.
   std::string save(const std::string& path, TSaveOptions options = defaultSaveOptions()) const {
     options.Camera = camera_.get();
     char saved[4096];

@@ -37,7 +37,7 @@ bool Evaluation::isOpen(NodeIndex node, Question question) {
 }
 
 Evaluation::Memory Evaluation::memoryFor(const Frame& frame) const {
-  if (frame.disturbed_ || nodes_[frame.node_].dropped > frame.firstUse_) return Memory::None;
+  if (isMixed(frame)) return Memory::None;
   if (frame.guessedFor_ < frame.depth_) return Memory::UntilClosed;
   const bool hasGuess = frame.guessedFor_ == frame.depth_;
   return frame.passing_ || hasGuess ? Memory::Call : Memory::Lasting;

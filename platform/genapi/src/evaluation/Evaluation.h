@@ -230,12 +230,14 @@ class Evaluation {
   template <Question question>
   Slot& slot(NodeIndex node) const;
 
-  // After it was seen that something stays for this call: notes its use.
+  // The question at work uses an answer that stays for this call.
   void notePassingAnswer(const NodeState& state, Question question);
   // Whether the question is being computed further up in this call; notes the guess.
   bool isOpen(NodeIndex node, Question question);
   // Whether another node's value can change the answer.
   bool followsValues(NodeIndex node, Question question) const;
+  // Whether the answer may come from before and after a change: nothing of it stays.
+  bool isMixed(const Frame& frame) const { return frame.disturbed_ || nodes_[frame.node_].dropped > frame.firstUse_; }
   // How long the frame's answer may stay.
   Memory memoryFor(const Frame& frame) const;
   // Marks the frame's answer as remembered as long as it may be; false when it must not be.
@@ -243,13 +245,12 @@ class Evaluation {
     const bool isPlain = frame.passing_ && frame.guessedFor_ == Frame::kNoGuess && stay == Stay::UntilDropped;
     return isPlain ? rememberPassing(frame) : rememberLonger(frame, stay);
   }
-  // Most answers over registers that may not be cached; only for the call.
+  // The common case over registers that may not be cached: the answer stays for the call.
   bool rememberPassing(const Frame& frame) {
-    NodeState& state = nodes_[frame.node_];
-    if (frame.disturbed_ || state.dropped > frame.firstUse_) return false;
+    if (isMixed(frame)) return false;
     noteRemembered();
     noteMemory(frame.node_);
-    return rememberForCall(state, frame.question_);
+    return rememberForCall(nodes_[frame.node_], frame.question_);
   }
   bool rememberLonger(const Frame& frame, Stay stay);
   bool rememberForCall(NodeState& state, Question question) {

@@ -10,7 +10,7 @@ class EnumerationNode final : public ValueNode<IEnumeration> {
  public:
   EnumerationNode(Device& device, NodeIndex index);
 
-  // IValue: the text is made where the caller gets it, because moving a short one costs as much as the rest
+  // IValue. Builds the text in the caller's object: moving a short string costs as much as the rest of the call.
   GENICAM_NAMESPACE::gcstring ToString(bool Verify, bool IgnoreCache) override;
 
   // IEnumeration
@@ -53,8 +53,8 @@ class EnumerationNode final : public ValueNode<IEnumeration> {
   const EntryRecord& requireEntry(int64_t value) const;
   // The current entry, remembered with the value; null when there is none.
   const EntryRecord* currentEntry(Reading how) const;
-  // The current entry. Throws InvalidArgumentException when there is none, AccessException when it is to be verified
-  // and not available.
+  // The current entry. Throws InvalidArgumentException if the value has no entry, and, with how.verify,
+  // AccessException if the entry is not available.
   const EntryRecord& readEntry(Reading how) const;
   IEnumEntry* publicEntry(const EntryRecord* entry) const;
   int64_t readValue(Reading how) const;

@@ -20,7 +20,7 @@ namespace GENAPI_NAMESPACE {
 
 // How a value is to be read.
 struct Reading {
-  // One byte: readings are handed down at every level, and several would be put together in memory each time.
+  // One byte together, so that a reading travels in a register; three would be assembled in memory at every level.
   bool verify : 1 = false;       // check the node's own limits
   bool ignoreCache : 1 = false;  // past every cache of the value chain
   bool asSource : 1 = false;     // through pValue: an enumeration answers with the entry's numeric value

@@ -11,7 +11,7 @@ namespace GENAPI_NAMESPACE {
 
 // The first `count` bytes (1 .. 8) as a number without sign.
 inline uint64_t decodeBytes(const uint8_t* bytes, int64_t count, bool bigEndian) {
-  if (count == 4) {  // most registers
+  if (count == 4) {  // the length of most registers
     uint32_t word;
     std::memcpy(&word, bytes, sizeof(word));
     return bigEndian ? be32toh(word) : le32toh(word);
