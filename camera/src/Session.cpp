@@ -55,7 +55,7 @@ class OpenSessions {
 Session::Session(const OpenOptions& options) : options_(options), features_(options.description, options.byteOrder) {}
 
 std::shared_ptr<Session> Session::open(const std::string& name, const OpenOptions& options) {
-  const std::shared_ptr<Session> session(new Session(options));
+  std::shared_ptr<Session> session(new Session(options));
   session->features_.connectTo(session);
   uint64_t number = 0;
   const Caller caller = session->begin(number);
@@ -128,8 +128,8 @@ void Session::giveBack(std::shared_ptr<Connection> connection) {
   Connection::close(std::move(connection), Milliseconds{0});
 }
 
-template <class Access>
-void Session::access(Access access) {
+template <class Use>
+void Session::withConnection(Use use) {
   const auto note = [this](uint32_t code, const char* text) {
     const std::lock_guard lock(mutex_);
     lastFailure_ = {code, text};
@@ -137,7 +137,7 @@ void Session::access(Access access) {
   std::shared_ptr<Connection> connection;
   try {
     connection = this->connection();
-    connection->use(access);
+    use(*connection);
   } catch (const CameraError& error) {
     note(error.code(), error.what());
     if (connection) giveBack(std::move(connection));
@@ -151,15 +151,27 @@ void Session::access(Access access) {
   giveBack(std::move(connection));
 }
 
-void Session::use(const std::function<void(Device&)>& use) { access(use); }
+void Session::use(const std::function<void(Device&)>& use) {
+  withConnection([&](Connection& connection) { connection.use(use); });
+}
+
+bool Session::nextEvent(EventMessage& event, Milliseconds time) {
+  bool came = false;
+  withConnection([&](Connection& connection) { came = connection.nextEvent(event, time); });
+  return came;
+}
 
 void Session::read(void* buffer, uint64_t address, size_t length) {
-  access([&](Device& device) { device.read(buffer, address, length); });
+  withConnection([&](Connection& connection) {
+    connection.use([&](Device& device) { device.read(buffer, address, length); });
+  });
 }
 
 void Session::write(const void* buffer, uint64_t address, size_t length) {
   requireControl();
-  access([&](Device& device) { device.write(buffer, address, length); });
+  withConnection([&](Connection& connection) {
+    connection.use([&](Device& device) { device.write(buffer, address, length); });
+  });
 }
 
 void Session::requireControl() {

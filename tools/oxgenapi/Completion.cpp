@@ -69,7 +69,7 @@ class Values {
   // What fits an option's value, as the name of its type says. `last`: what has been typed of it.
   Words of(const CLI::Option& option, const std::string& last) const {
     std::string type = option.get_type_name();
-    if (const Words words = wordsOf(type); !words.empty()) return words;
+    if (Words words = wordsOf(type); !words.empty()) return words;
     const size_t listMark = type.find(",...");
     if (listMark == type.npos) return single(type, last);
     // Of a list only the last element is completed.
@@ -86,7 +86,7 @@ class Values {
     if (type == "NAME=VALUE") {
       const size_t equals = last.find('=');
       Words words = equals == last.npos ? names(last) : device_.valuesOf(last.substr(0, equals));
-      for (std::string& word : words) word = equals == last.npos ? word + "=" : last.substr(0, equals + 1) + word;
+      for (std::string& word : words) equals == last.npos ? word.append("=") : word.insert(0, last, 0, equals + 1);
       return words;
     }
     if (type == "TOPIC") {

@@ -44,7 +44,8 @@ void addNumber(Json& json, const Node& node, const char* key, TNodeInfo info) {
 
 void addText(Json& json, const Node& node, const char* key, TNodeInfo info) {
   add(json, key, [&] { return node.infoText(info); });
-  if (json.contains(key) && json.at(key) == "") json.erase(key);
+  const auto text = json.find(key);
+  if (text != json.end() && text->is_string() && text->get_ref<const std::string&>().empty()) json.erase(text);
 }
 
 Json entry(const NodeMap& map, const std::string& name) {

@@ -67,7 +67,7 @@ SourceLines::SourceLines(std::string_view text) {
         if (tag.element == "Enumeration")
           enumeration = name;
         else if (tag.element == "EnumEntry")
-          name = "EnumEntry_" + enumeration + "_" + name;  // the name of an entry's node
+          name.insert(0, "EnumEntry_" + enumeration + "_");  // the name of an entry's node
         lines_.emplace(std::move(name), line);
       }
     }

@@ -47,8 +47,8 @@ pixels::ImageView viewOf(const TImage* image) {
   return view;
 }
 
-// The members for the JSON beside a raw file: the caller's, and from the image and its camera those that the caller does
-// not give. A text that is no JSON object is passed on; saving refuses it.
+// The members for the JSON beside a raw file: the caller's, and from the image and its camera those that the caller
+// does not give. A text that is no JSON object is passed on; saving refuses it.
 std::string membersOf(const TImage& image, const TSaveOptions* options) {
   using Json = nlohmann::ordered_json;
   Json members = Json::object();

@@ -192,7 +192,7 @@ void DiscoveryRun::receive(Clock::time_point until) {
       if (size < 0) {
         const int error = errno;
         // What the network says about a packet of ours is waiting, too.
-        recvmsg(askers_[i].socket.get(), &message, MSG_ERRQUEUE);
+        (void)recvmsg(askers_[i].socket.get(), &message, MSG_ERRQUEUE);
         const bool single = !askers_[i].interface && !askers_[i].failed && error != EAGAIN;
         if (single) {
           askers_[i].failed = true;

@@ -21,8 +21,7 @@ class INodeMap;
 // the directory).
 class CFirmwareUpdater {
  public:
-  CFirmwareUpdater();
-  ~CFirmwareUpdater();
+  CFirmwareUpdater() = default;
   CFirmwareUpdater(const CFirmwareUpdater&) = delete;
   CFirmwareUpdater& operator=(const CFirmwareUpdater&) = delete;
 

@@ -16,7 +16,7 @@ struct RangeKey {
   NodeIndex port;
   int64_t address;
   int64_t length;  // bytes
-  auto operator<=>(const RangeKey&) const = default;
+  auto operator<=>(const RangeKey&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 // A node that reads or writes the range.

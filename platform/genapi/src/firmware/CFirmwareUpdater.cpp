@@ -36,9 +36,6 @@ CFirmwareUpdateInfo makeInfo(const GufFile& file, const PackageDigest& digest, c
 
 }  // namespace
 
-CFirmwareUpdater::CFirmwareUpdater() = default;
-CFirmwareUpdater::~CFirmwareUpdater() = default;
-
 void CFirmwareUpdater::GetSignatureCheckInfo(const gcstring& Filename, size_t& OffsetPackageZipFile,
                                              size_t& SizePackageZipFile, size_t& OffsetSignatureFile,
                                              size_t& SizeSignatureFile) const {
