@@ -15,7 +15,8 @@ ENUMERATION = re.compile(r"OX_ENUM\((\w+), \w+\)\{(.*?)\n\};", re.S)
 ITEM = re.compile(r"\b([A-Z]+)_(\w+) = (-?\d+),")
 SHOWN = {"TNodeType": "NodeType", "TNodeInfo": "NodeInfo", "TNodeList": "NodeList", "TNodeMapInfo": "NodeMapInfo",
          "TVerifyMode": "VerifyMode", "TFirmwareUpdateInfo": "FirmwareUpdateInfo", "TCameraState": "CameraState", "TCameraReach": "Reach",
-         "TCameraInfo": "CameraInfo", "TImageState": "ImageState", "TPayloadKind": "PayloadKind", "TByteOrder": "ByteOrder"}
+         "TCameraInfo": "CameraInfo", "TImageState": "ImageState", "TPayloadKind": "PayloadKind", "TPartKind": "PartKind",
+         "TByteOrder": "ByteOrder"}
 ABOUT = {"Code": "Result codes; Error.code is one of them, or another number that a port gave.",
          "CameraCode": "Result codes of cameras, besides those of Code.",
          "Reach": "Whether a listed camera can be opened.",

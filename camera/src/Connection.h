@@ -40,6 +40,7 @@ class Connection {
 
   // Beside a running access.
   void ping() { device_->ping(); }
+  bool nextEvent(EventMessage& event, Milliseconds time) { return device_->nextEvent(event, time); }
 
   // Every access fails with this from now on. Only the first call counts.
   void end(uint32_t code, std::string text);

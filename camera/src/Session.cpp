@@ -162,16 +162,14 @@ bool Session::nextEvent(EventMessage& event, Milliseconds time) {
 }
 
 void Session::read(void* buffer, uint64_t address, size_t length) {
-  withConnection([&](Connection& connection) {
-    connection.use([&](Device& device) { device.read(buffer, address, length); });
-  });
+  withConnection(
+      [&](Connection& connection) { connection.use([&](Device& device) { device.read(buffer, address, length); }); });
 }
 
 void Session::write(const void* buffer, uint64_t address, size_t length) {
   requireControl();
-  withConnection([&](Connection& connection) {
-    connection.use([&](Device& device) { device.write(buffer, address, length); });
-  });
+  withConnection(
+      [&](Connection& connection) { connection.use([&](Device& device) { device.write(buffer, address, length); }); });
 }
 
 void Session::requireControl() {

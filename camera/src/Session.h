@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "Acquisition.h"
+#include "CameraEvents.h"
 #include "Connection.h"
 #include "FeatureMap.h"
 #include "Opening.h"
@@ -45,6 +46,9 @@ class Session final : public FeaturePort, public std::enable_shared_from_this<Se
   void use(const std::function<void(Device&)>& use);
 
   Acquisition& acquisition() { return acquisition_; }
+  CameraEvents& events() { return events_; }
+  // See Device::nextEvent; beside reads and writes.
+  bool nextEvent(EventMessage& event, Milliseconds time);
   // The connection in use, to be handed to giveBack(). Throws CameraError when lost or closed.
   std::shared_ptr<Connection> connection() const;
   // A share that may be the last one of a connection that has ended.
@@ -73,14 +77,16 @@ class Session final : public FeaturePort, public std::enable_shared_from_this<Se
   void keepAlive();
   void lose(uint64_t number, const std::string& reason);
   void callBack();  // with the mutex held
-  template <class Access>
-  void access(Access access);
+  // Calls use(connection) with the one in use; a failure is noted, a loss ends the connection.
+  template <class Use>
+  void withConnection(Use use);
   template <class Ask>
   auto withFeatures(Ask ask);
 
   const OpenOptions options_;
   FeatureMap features_;
   Acquisition acquisition_{*this};
+  CameraEvents events_{*this};
   std::atomic<bool> prepared_ = false;
   std::mutex reopening_;
 

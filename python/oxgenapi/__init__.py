@@ -13,19 +13,21 @@ A failing call raises Error with the library's code and text. Calls may come fro
 """
 
 from ._library import Error, genapi_version, library_version
-from ._numbers import ByteOrder, CameraCode, CameraState, Code, ImageState, NodeType, PayloadKind, Reach, VerifyMode
-from .camera import Camera, FoundCamera, Network, NetworkAddress, cameras, open
+from ._numbers import (ByteOrder, CameraCode, CameraState, Code, ImageState, NodeType, PartKind, PayloadKind, Reach,
+                       VerifyMode)
+from .camera import Camera, CameraEvent, FoundCamera, Network, NetworkAddress, cameras, open
 from .features import Boolean, Category, Command, Enumeration, Float, Integer, Port, Register, String
 from .firmware import FirmwareUpdater
-from .images import Picture
+from .images import Picture, PicturePart
 from .node import Access, Node, Representation, Visibility
 from .nodemap import AttachedChunks, NodeMap, Registers
 from .simulation import Event, Image, SimulatedCamera
 
 __all__ = [
-    "Access", "AttachedChunks", "Boolean", "ByteOrder", "Camera", "CameraCode", "CameraState", "Category", "Code",
-    "Command", "Enumeration", "Error", "Event", "FirmwareUpdater", "Float", "FoundCamera", "Image", "ImageState", "Integer",
-    "Network", "NetworkAddress", "Node", "NodeMap", "NodeType", "PayloadKind", "Picture", "Port", "Reach", "Register", "Registers",
+    "Access", "AttachedChunks", "Boolean", "ByteOrder", "Camera", "CameraCode", "CameraEvent", "CameraState", "Category",
+    "Code", "Command", "Enumeration", "Error", "Event", "FirmwareUpdater", "Float", "FoundCamera", "Image", "ImageState", "Integer",
+    "Network", "NetworkAddress", "Node", "NodeMap", "NodeType", "PartKind", "PayloadKind", "Picture", "PicturePart", "Port",
+    "Reach", "Register", "Registers",
     "Representation", "SimulatedCamera", "String", "VerifyMode", "Visibility", "cameras", "genapi_version",
     "library_version", "open",
 ]

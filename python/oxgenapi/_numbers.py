@@ -181,3 +181,14 @@ class PayloadKind(enum.IntEnum):
     Jpeg2000 = 7
     H264 = 8
     Nothing = 9
+
+
+class PartKind(enum.IntEnum):
+    Unknown = 0
+    Image = 1
+    Plane = 2
+    Depth = 3
+    Confidence = 4
+    Chunks = 5
+    Compressed = 6
+    Other = 7

@@ -5,12 +5,13 @@ from __future__ import annotations
 import ctypes
 import os
 import threading
+import time
 from ctypes import POINTER, byref, c_char, c_char_p, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
-from typing import Any, Callable, Iterator, NamedTuple, Optional
+from typing import Any, Callable, Iterator, NamedTuple, Optional, Sequence
 
 from ._library import Error, Handle, check, encoded, load, read_text
 from ._numbers import ByteOrder, CameraCode, CameraInfo, CameraState, Reach
-from .images import Picture, Record
+from .images import Part, Picture, Record
 from .node import Home
 from .nodemap import NodeMap, Path
 
@@ -60,6 +61,14 @@ class _StreamOptions(ctypes.Structure):
                 ("resend_percent", c_uint32)]
 
 
+class _Memory(ctypes.Structure):
+    _fields_ = [("data", c_void_p), ("size", c_size_t), ("user", c_void_p)]
+
+
+class _Event(ctypes.Structure):
+    _fields_ = [("struct_size", c_size_t), ("id", c_char * 24), ("data", c_void_p), ("size", c_size_t)]
+
+
 class _Statistics(ctypes.Structure):
     _fields_ = [("struct_size", c_size_t)] + [(name, c_uint64) for name in (
         "complete", "incomplete", "lost", "no_buffer", "delivered", "skipped", "bytes", "payload_size", "buffers", "held",
@@ -80,6 +89,13 @@ class Network(NamedTuple):
     stored: NetworkAddress
     modes: int
     supported: int
+
+
+class CameraEvent(NamedTuple):
+    """An event message of a camera: hexadecimal digits as descriptions write them, and the bytes as they came."""
+
+    id: str
+    payload: bytes
 
 
 _WAIT_DEFAULT = 0xffffffff
@@ -103,7 +119,8 @@ def _camera_library() -> Any:
                 "Read": (_H, c_void_p, c_uint64, c_size_t), "Write": (_H, c_char_p, c_uint64, c_size_t),
                 "LastFailure": (_H, POINTER(c_uint32), c_char_p, _SIZE), "State": (_H, POINTER(c_uint32)),
                 "OnLoss": (_H, _Loss, c_void_p, c_void_p), "WaitForLoss": (_H, c_uint32), "Reopen": (_H, c_uint32),
-                "EnableChunks": (_H, POINTER(c_char_p), c_size_t),
+                "ImagePart": (_H, POINTER(Record), c_size_t, POINTER(Part)),
+                "NextEvent": (_H, c_uint32, POINTER(_Event)), "EnableChunks": (_H, POINTER(c_char_p), c_size_t),
                 "StartEx": (_H, POINTER(_StreamOptions)), "Stop": (_H,), "CancelWait": (_H,),
                 "NextImage": (_H, c_uint32, POINTER(Record)), "GrabImage": (_H, c_uint32, POINTER(Record)),
                 "ReturnImage": (_H, POINTER(Record)), "AttachChunks": (_H, POINTER(Record)),
@@ -156,6 +173,7 @@ class Camera(NodeMap):
         self._camera = Handle(raw.value)
         self._callbacks: list[Any] = []
         self._names: Optional[list[str]] = None
+        self._memory: list[Any] = []  # of the stream, where the caller gave it
 
     def __getattr__(self, name: str) -> Any:
         if name != "_home":
@@ -234,16 +252,25 @@ class Camera(NodeMap):
 
     # ---- images ----
 
-    def start(self, buffers: int = 0, *, latest_only: bool = False, packet_size: Optional[int] = None) -> None:
+    def start(self, buffers: int = 0, *, latest_only: bool = False, packet_size: Optional[int] = None,
+              memory: Optional[Sequence[Any]] = None) -> None:
         """Starts a stream into so many buffers (0: eight). latest_only: only the newest image waits. packet_size: of
-        network cameras, in bytes; 0 finds the largest, None leaves the camera's own."""
+        network cameras, in bytes; 0 finds the largest, None leaves the camera's own. memory: takes the place of
+        buffers; each a writable, contiguous object of at least the payload size, such as a bytearray or an array of
+        numpy. It is held until the stream has ended and its pictures are gone."""
+        views = [memoryview(each).cast("B") for each in memory or ()]
+        held = [(c_char * view.nbytes).from_buffer(view) for view in views]
+        frames = (_Memory * len(held))(*[(ctypes.addressof(each), len(each), None) for each in held])
         policy = 0 if packet_size is None else 2 if packet_size else 1
-        options = _StreamOptions(ctypes.sizeof(_StreamOptions), buffers, None, latest_only, policy, packet_size or 0)
+        options = _StreamOptions(ctypes.sizeof(_StreamOptions), len(held) or buffers,
+                                 ctypes.addressof(frames) if held else None, latest_only, policy, packet_size or 0)
         check(self._cameras.OxCameraStartEx(self._camera.raw, byref(options)))
+        self._memory = held
 
     def stop(self) -> None:
         """Ends the stream, and waits of other threads. Pictures stay as they are."""
         check(self._cameras.OxCameraStop(self._camera.raw))
+        self._memory = []
 
     def next_image(self, seconds: Optional[float] = None) -> Picture:
         """The next picture of a running stream. None: a time that follows the exposure."""
@@ -295,7 +322,27 @@ class Camera(NodeMap):
     def _picture(self, wait: Any, seconds: Optional[float]) -> Picture:
         record = Record()
         check(wait(self._camera.raw, _WAIT_DEFAULT if seconds is None else round(seconds * 1000), byref(record)))
-        return Picture(self._cameras, self._camera, record)
+        return Picture(self._cameras, self._camera, record, self._memory)
+
+    # ---- events ----
+
+    def next_event(self, seconds: float) -> Optional[CameraEvent]:
+        """Waits for an event message and delivers it to the features, on this thread: callbacks run before it returns.
+        None: none came in that time."""
+        event = _Event(ctypes.sizeof(_Event))
+        code: int = self._cameras.OxCameraNextEvent(self._camera.raw, max(0, round(seconds * 1000)), byref(event))
+        if code == CameraCode.TIMEOUT:
+            return None
+        check(code)
+        return CameraEvent(event.id.decode(), ctypes.string_at(event.data, event.size) if event.data else b"")
+
+    def events(self, seconds: Optional[float] = None) -> Iterator[CameraEvent]:
+        """Event messages as they come, delivered as next_event() does, for so long; None: without end."""
+        end = None if seconds is None else time.monotonic() + seconds
+        while end is None or time.monotonic() < end:
+            event = self.next_event(0.1)  # short, so that Ctrl-C is heard
+            if event is not None:
+                yield event
 
     # ---- network ----
 

@@ -9,7 +9,7 @@ from ctypes import c_char, c_char_p, c_int64, c_size_t, c_uint32, c_uint64, c_vo
 from typing import Any, Optional
 
 from ._library import Error, Handle, check, encoded
-from ._numbers import Code, ImageState, PayloadKind
+from ._numbers import Code, ImageState, PartKind, PayloadKind
 
 
 class Part(ctypes.Structure):
@@ -40,9 +40,9 @@ class SaveOptions(ctypes.Structure):
 class _Loan:
     """An image out of the camera's hands. It goes back when the image and all arrays over it are gone."""
 
-    def __init__(self, library: Any, camera: Handle, record: Record) -> None:
-        # A reference of its own: arrays may outlive the camera.
-        self._library, self._camera, self.record = library, camera.share(), record
+    def __init__(self, library: Any, camera: Handle, record: Record, memory: Any) -> None:
+        # References of its own: arrays may outlive the camera and the stream.
+        self._library, self._camera, self.record, self._memory = library, camera.share(), record, memory
         self._lock = threading.Lock()
 
     def give_back(self) -> None:
@@ -56,13 +56,59 @@ class _Loan:
         self.give_back()
 
 
+class PicturePart:
+    """A part of a picture, in place. Most pictures have one; 3D cameras send depth, confidence and more."""
+
+    def __init__(self, loan: _Loan, record: Part, complete: bool) -> None:
+        self._loan, self._record, self._complete = loan, record, complete
+        self.kind = PartKind(record.kind)
+        self.width, self.height = record.width, record.height
+        self.offset_x, self.offset_y = record.offset_x, record.offset_y
+        self.pixel_format: str = record.pixel_format_name.decode()
+        self.pixel_format_number = record.pixel_format
+        self.significant_bits = record.significant_bits
+        #: The camera's number for what the part is for.
+        self.purpose = record.purpose
+
+    @property
+    def data(self) -> memoryview:
+        """The bytes of the part, in place."""
+        if not self._loan.record.serial:
+            raise Error(Code.INVALID_ARGUMENT, "The image was given back")
+        if not self._record.data:
+            raise Error(Code.INVALID_ARGUMENT, "The part has no data")
+        memory = (c_char * self._record.size).from_address(self._record.data)
+        memory._loan = self._loan  # the memory is not filled again while somebody looks at it
+        return memoryview(memory).cast("B").toreadonly()
+
+    @property
+    def array(self) -> Any:
+        """The pixels as an array of numpy, without a copy: (height, width) or (height, width, samples). It keeps the
+        buffer away from the camera while it lives. Packed formats have no such array: see Picture.convert()."""
+        import numpy
+
+        part = self._record
+        samples, bits = _LAYOUTS.get(part.bits_per_pixel, (0, 0)) if part.width and part.height else (0, 0)
+        packed = self.pixel_format.endswith(("p", "Packed", "Planar"))
+        if packed or not samples or not part.stride or not self._complete:
+            raise Error(Code.NOT_SUPPORTED, f"{self.pixel_format or hex(self.pixel_format_number)} of "
+                                            f"{self.width} x {self.height} pixels is no plain array: use convert()")
+        kind = numpy.dtype("u1" if bits == 8 else ">u2" if part.big_endian else "<u2")
+        shape = (self.height, self.width) + ((samples,) if samples > 1 else ())
+        strides = (part.stride, samples * kind.itemsize) + ((kind.itemsize,) if samples > 1 else ())
+        return numpy.ndarray(shape, kind, self.data, 0, strides)
+
+    def __repr__(self) -> str:
+        return f"<PicturePart {self.kind.name}, {self.width} x {self.height} {self.pixel_format}>"
+
+
 class Picture:
     """An image of a camera. Its buffer goes back to the camera with release(), at the end of a with block, or when
     the image and every array made from it are gone."""
 
-    def __init__(self, library: Any, camera: Handle, record: Record) -> None:
+    def __init__(self, library: Any, camera: Handle, record: Record, memory: Any = None) -> None:
         self._library, self._camera = library, camera
-        self._loan: Optional[_Loan] = _Loan(library, camera, record)
+        self._loan: Optional[_Loan] = _Loan(library, camera, record, memory)
         self.frame_id = record.frame_id
         #: Frames since the start, lost ones included.
         self.count = record.count
@@ -90,28 +136,32 @@ class Picture:
         return self._loan.record
 
     @property
+    def parts(self) -> list[PicturePart]:
+        """All parts, the picture's own pixels first."""
+        if self._loan is None:
+            raise Error(Code.INVALID_ARGUMENT, "The image was given back")
+        parts = []
+        for index in range(self._loan.record.part_count):
+            part = Part()
+            check(self._library.OxCameraImagePart(self._camera.raw, ctypes.byref(self._loan.record), index,
+                                                  ctypes.byref(part)))
+            parts.append(PicturePart(self._loan, part, self.complete))
+        return parts
+
+    def _first(self) -> PicturePart:
+        part = self._held().part
+        assert self._loan
+        return PicturePart(self._loan, part, self.complete)
+
+    @property
     def data(self) -> memoryview:
         """The bytes of the picture, in place."""
-        record = self._held()
-        memory = (c_char * record.part.size).from_address(record.part.data)
-        memory._loan = self._loan  # the memory is not filled again while somebody looks at it
-        return memoryview(memory).cast("B").toreadonly()
+        return self._first().data
 
     @property
     def array(self) -> Any:
-        """The pixels as an array of numpy, without a copy: (height, width) or (height, width, samples). It keeps the
-        buffer away from the camera while it lives. Packed formats have no such array: see convert()."""
-        import numpy
-
-        part = self._held().part
-        samples, bits = _LAYOUTS.get(part.bits_per_pixel, (0, 0)) if part.width and part.height else (0, 0)
-        if self.pixel_format.endswith(("p", "Packed", "Planar")) or not samples or not part.stride or not self.complete:
-            raise Error(Code.NOT_SUPPORTED, f"{self.pixel_format or hex(self.pixel_format_number)} of "
-                                            f"{self.width} x {self.height} pixels is no plain array: use convert()")
-        kind = numpy.dtype("u1" if bits == 8 else ">u2" if part.big_endian else "<u2")
-        shape = (self.height, self.width) + ((samples,) if samples > 1 else ())
-        strides = (part.stride, samples * kind.itemsize) + ((kind.itemsize,) if samples > 1 else ())
-        return numpy.ndarray(shape, kind, self.data, 0, strides)
+        """The pixels as an array of numpy, without a copy; see PicturePart.array."""
+        return self._first().array
 
     def convert(self, colour: bool = False, bits: int = 8) -> Any:
         """A copy as an array of gray values or, with colour, of red, green, blue, of 8 or 16 bits."""

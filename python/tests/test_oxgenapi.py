@@ -378,6 +378,19 @@ class Cameras(unittest.TestCase):
             self.assertEqual(cam.stream_statistics["held"], 0)
             with self.assertRaisesRegex(Error, "No stream runs"):
                 cam.next_image(0)
+            memory = [bytearray(64 * 16), bytearray(64 * 16 + 5)]
+            for image in cam.images(2, memory=memory):
+                self.assertEqual([(part.kind.name, bytes(part.data)) for part in image.parts], [("Image", bytes(image.data))])
+            self.assertIn(bytes(image.data), [bytes(each[:64 * 16]) for each in memory])
+            with self.assertRaises(BufferError):
+                memory[0].append(0)  # held as long as a picture may lie in it
+            with self.assertRaises(Error):
+                cam.start(memory=[bytearray(1), bytearray(1)])
+            cam.EventSelector.value, cam.EventNotification.value = "Test", "On"
+            cam.TestEventGenerate.execute()
+            event = cam.next_event(5)
+            self.assertEqual((int.from_bytes(event.payload[:8], "big"), list(cam.events(0))),
+                             (cam.EventTestTimestamp.value, []))
             image = cam.grab()
             self.assertEqual(image.data[1], (image.data[0] + 1) % 256)
             self.assertEqual(Path(image.save(folder + "/a.pgm")).read_bytes()[-64 * 16:], bytes(image.data))

@@ -34,6 +34,7 @@
 #include "OxCamera/Camera.h"
 #include "OxCamera/CameraList.h"
 #include "OxCamera/CameraTypes.h"
+#include "OxCamera/Events.h"
 #include "OxCamera/ImageTypes.h"
 #include "OxCamera/Save.h"
 #include "OxCamera/Stream.h"

@@ -13,9 +13,11 @@
 
 #include <OxGenApi/oxgenapi.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -110,6 +112,12 @@ struct CameraOptions {
   TByteOrder byteOrder = BO_Automatic;
   std::string description = {};  ///< file in place of the camera's own description
   std::string registers = {};    ///< file with a register image in place of a camera
+};
+
+/// An event message, as the camera sent it.
+struct CameraEvent {
+  std::string id;  ///< hexadecimal digits, as descriptions write it
+  std::vector<uint8_t> payload;
 };
 
 /// How a stream starts; a zero stands for the default of TStreamOptions.
@@ -250,6 +258,7 @@ class Camera {
   /// Lets the camera send these chunks, by the entries of ChunkSelector; before start().
   void enableChunks(const std::vector<std::string>& names) const {
     std::vector<const char*> flat;
+    flat.reserve(names.size());
     for (const std::string& name : names) flat.push_back(name.c_str());
     check(OxCameraEnableChunks(handle(), flat.data(), flat.size()));
   }
@@ -266,6 +275,20 @@ class Camera {
     std::string text;
     check(detail::readText(text, [&](char* to, size_t& size) { return OxCameraStreamAdvice(handle(), to, size); }));
     return text;
+  }
+
+  // ---- Events ----
+
+  /// Waits for the next event message and delivers it to map() on this thread; see OxCameraNextEvent. Empty: none came.
+  std::optional<CameraEvent> nextEvent(std::chrono::milliseconds time) const {
+    TCameraEvent event{};
+    event.StructSize = sizeof event;
+    const uint32_t code =
+        OxCameraNextEvent(handle(), static_cast<uint32_t>(std::max<int64_t>(time.count(), 0)), &event);
+    if (code == OXCAMERA_E_TIMEOUT) return std::nullopt;
+    check(code);
+    const auto* const data = static_cast<const uint8_t*>(event.Data);
+    return CameraEvent{event.EventID, {data, data + event.Size}};
   }
 
   // ---- Network ----

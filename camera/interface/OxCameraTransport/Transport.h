@@ -130,6 +130,12 @@ class Port {
   virtual std::vector<DescriptionSource> descriptions() = 0;
 };
 
+// A message that the camera sent by itself.
+struct EventMessage {
+  std::string id;  // hexadecimal digits, as descriptions write it
+  std::vector<uint8_t> payload;
+};
+
 // An open camera. Abilities that not every camera has are virtual functions with a default; new ones come at the end
 // and raise kTransportVersion.
 class Device : public Port {
@@ -155,6 +161,10 @@ class Device : public Port {
   // at a time; it ends before its device. The sink and the memory outlive it. Throws TransportError.
   virtual std::unique_ptr<Stream> openStream(const StreamRequest& request, std::span<const BufferMemory> buffers,
                                              FrameSink& sink);
+
+  // Takes the oldest event message, or waits for one, up to `time`; false: none came. Beside reads and writes, one
+  // thread at a time. Throws TransportError.
+  virtual bool nextEvent(EventMessage& event, Milliseconds time);
 };
 
 struct OpenRequest {
@@ -198,6 +208,9 @@ inline void Device::storeAddress(const NetworkAddress&) {
 inline std::unique_ptr<Stream> Device::openStream(const StreamRequest&, std::span<const BufferMemory>, FrameSink&) {
   throw TransportError(Reason::notSupported, "This camera sends no images on this way");
 }
+inline bool Device::nextEvent(EventMessage&, Milliseconds) {
+  throw TransportError(Reason::notSupported, "This way to the camera carries no event messages");
+}
 inline NetworkAddress Transport::proposeAddress(const CameraFacts&) {
   throw TransportError(Reason::notSupported, "This camera has no network address");
 }
@@ -207,7 +220,7 @@ inline void Transport::forceAddress(const CameraFacts&, const NetworkAddress&) {
 
 // The one symbol a module exports, under the name kTransportEntry. `version` is kTransportVersion of the library; a
 // module of another version answers null. A transport lives as long as the process.
-inline constexpr int kTransportVersion = 3;
+inline constexpr int kTransportVersion = 4;
 inline constexpr const char* kTransportEntry = "oxCameraTransport";
 using OpenTransport = Transport* (*)(int version);
 

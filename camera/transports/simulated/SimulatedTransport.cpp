@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 #include "SimulatedStream.h"
 #include "SimulatedUnit.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr std::string_view kName = "simulated";
 constexpr std::string_view kImage = "image=";
 constexpr size_t kWord = 4;
+constexpr Milliseconds kEventInterval{2};  // between two looks for an event message
 
 class SimulatedDevice final : public Device {
  public:
@@ -47,6 +49,16 @@ class SimulatedDevice final : public Device {
   std::unique_ptr<Stream> openStream(const StreamRequest&, std::span<const BufferMemory> buffers,
                                      FrameSink& sink) override {
     return std::make_unique<SimulatedStream>(unit_, opening_, buffers, sink);
+  }
+  bool nextEvent(EventMessage& event, Milliseconds time) override {
+    simulation::CameraEvent sent;
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (!unit_->takeEvent(opening_, sent)) {
+      if (std::chrono::steady_clock::now() >= end) return false;
+      std::this_thread::sleep_for(kEventInterval);
+    }
+    event = {sent.idText(), std::move(sent.payload)};
+    return true;
   }
 
  private:

@@ -144,7 +144,7 @@ SimulatedUnit::Sent SimulatedUnit::takeFrame(const Opening& opening, std::span<u
   {
     const std::lock_guard lock(mutex_);
     settle();
-    if (!isThereLocked() || opening.number <= powerOnOpening_ || Clock::now() < silentUntil_) return Sent::nothing;
+    if (!reaches(opening)) return Sent::nothing;
   }
   if (!camera_.takeFrame(memory, frame, needed)) return Sent::nothing;
   const std::lock_guard lock(mutex_);
@@ -156,6 +156,20 @@ SimulatedUnit::Sent SimulatedUnit::takeFrame(const Opening& opening, std::span<u
   if (cutFrames_ == 0) return Sent::whole;
   --cutFrames_;
   return Sent::cut;
+}
+
+bool SimulatedUnit::takeEvent(const Opening& opening, simulation::CameraEvent& event) {
+  {
+    const std::lock_guard lock(mutex_);
+    settle();
+    if (!reaches(opening)) return false;
+  }
+  return camera_.nextEvent(event);
+}
+
+// Whether what the camera sends arrives.
+bool SimulatedUnit::reaches(const Opening& opening) const {
+  return isThereLocked() && opening.number > powerOnOpening_ && Clock::now() >= silentUntil_;
 }
 
 bool SimulatedUnit::readFault(void* buffer, uint64_t address, size_t length) const {

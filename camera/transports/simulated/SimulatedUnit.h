@@ -46,6 +46,8 @@ class SimulatedUnit {
   // Draws the next frame that is due into `memory`; into none it is gone. Also `nothing` while the camera is out of
   // reach, and for frames that a fault loses.
   Sent takeFrame(const Opening& opening, std::span<uint8_t> memory, simulation::Frame& frame, uint64_t& needed);
+  // Takes the oldest event message that is due. False: there is none, or the camera is out of reach.
+  bool takeEvent(const Opening& opening, simulation::CameraEvent& event);
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -59,6 +61,7 @@ class SimulatedUnit {
   void begin(uint64_t address, uint32_t value);  // a fault
   // Begins the fault that is due.
   void settle();
+  bool reaches(const Opening& opening) const;
   bool isThereLocked() const { return Clock::now() >= pluggedAt_; }
 
   const UnitConfig config_;
