@@ -39,9 +39,11 @@ ROOMS = [
     ("gentl-interface", "camera/gentl", []),
     ("simulated-public", "camera/transports/simulated/library/include", ["api"]),
     ("simulated", "camera/transports/simulated/library", ["simulated-public", "api", "base-public", "simulation-public"]),
+    ("probe", "camera/probe", ["camera-transport"]),
     ("transports", "camera/transports",
-     ["camera-public", "camera-transport", "gentl-interface", "api", "simulation-public"]),
-    ("camera", "camera/src", ["camera-public", "camera-transport", "api", "base-public", "pixels-public"]),
+     ["camera-public", "camera-transport", "gentl-interface", "probe", "api", "simulation-public"]),
+    ("camera", "camera/src",
+     ["camera-public", "camera-transport", "probe", "api", "base-public", "pixels-public"]),
     ("library", "src", ["api", "base-public", "telemetry-public", "genapi-public"]),
     ("tool", "tools", ["api", "base-public", "telemetry-public", "genapi-public", "simulation-public",
                        "camera-public"]),
@@ -52,7 +54,7 @@ ALLOWED = {name: {name, *below} for name, _, below in ROOMS}
 INCLUDE_ROOTS = ["include", "platform/base/include", "platform/telemetry/include", "platform/genapi/include",
                  "simulation/include", "src", "platform/base/src", "platform/telemetry/src", "platform/genapi/src",
                  "camera/pixels/include",
-                 "camera/include", "camera/interface", "camera/gentl", "camera/src", "camera/src/exports", "camera/transports/simulated",
+                 "camera/include", "camera/interface", "camera/gentl", "camera/probe", "camera/src", "camera/src/exports", "camera/transports/simulated",
                  "camera/transports/simulated/library/include", "simulation", "camera/transports/aravis", "tools/oxgenapi", ""]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 

@@ -126,7 +126,9 @@ void Acquisition::start(const TStreamOptions& options) {
   bool started = false;
   try {
     running->locked = running->features.lock();
-    const uint64_t payload = running->features.payloadSize();
+    uint64_t payload = 0;
+    connection->use([&](Device& device) { payload = device.payloadSize(); });
+    if (payload == 0) payload = running->features.payloadSize();
     running->queue = std::make_shared<ImageQueue>(count, options.Buffers, payload, options.LatestOnly != 0);
     auto receiver = std::make_unique<Receiver>(Receiver{running->queue, connection, nullptr});
     connection->use([&](Device& device) {

@@ -1,41 +1,22 @@
 #include "Modules.h"
 
+#include <ModuleProbe.h>
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string_view>
-#include <thread>
-
-#include "Failure.h"
-
-extern char** environ;
 
 namespace ox::camera {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::seconds kLoadTime{10};
-constexpr const char* kProbe = "oxcamera-probe";
-
-fs::path installedFolder() {
-  Dl_info info{};
-  dladdr(reinterpret_cast<const void*>(&installedFolder), &info);
-  std::error_code ignored;
-  const fs::path library = fs::canonical(info.dli_fname == nullptr ? "" : info.dli_fname, ignored);
-  return library.parent_path() / "oxgenapi";
-}
+fs::path installedFolder() { return folderOfCode(reinterpret_cast<const void*>(&installedFolder)) / "oxgenapi"; }
 
 std::vector<fs::path> folders() {
   const char* chosen = std::getenv("OXGENAPI_TRANSPORTS");
@@ -50,37 +31,6 @@ std::vector<fs::path> folders() {
   return paths;
 }
 
-// What a process that loads the module comes to; empty if nothing is wrong.
-std::string probe(const fs::path& module) {
-  const fs::path program = installedFolder() / kProbe;
-  std::error_code ignored;
-  if (!fs::exists(program, ignored)) return {};
-  const std::string path = module.string();
-  std::string name = program.string();
-  char* arguments[] = {name.data(), const_cast<char*>(path.c_str()), nullptr};
-  posix_spawn_file_actions_t silent;
-  posix_spawn_file_actions_init(&silent);
-  posix_spawn_file_actions_addopen(&silent, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&silent, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  pid_t process = 0;
-  const int failed = posix_spawn(&process, name.c_str(), &silent, nullptr, arguments, environ);
-  posix_spawn_file_actions_destroy(&silent);
-  if (failed != 0) return {};
-  const auto end = std::chrono::steady_clock::now() + kLoadTime;
-  int status = 0;
-  while (waitpid(process, &status, WNOHANG) == 0) {
-    if (std::chrono::steady_clock::now() > end) {
-      kill(process, SIGKILL);
-      waitpid(process, &status, 0);
-      return "does not finish loading";
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  if (!WIFSIGNALED(status)) return "";
-  const char* const signal = sigdescr_np(WTERMSIG(status));  // in English whatever the locale, as all texts here
-  return std::string("crashes when it is loaded (") + (signal ? signal : std::to_string(WTERMSIG(status))) + ")";
-}
-
 struct Module {
   std::unique_ptr<Transport> transport;  // null: refused
   std::string text;                      // what its note says
@@ -89,7 +39,8 @@ struct Module {
 Module loadModule(const fs::path& path, bool foreign) {
   const std::string file = path.string();
   if (foreign) {
-    if (const std::string fault = probe(path); !fault.empty()) return {nullptr, file + " " + fault};
+    if (const std::string fault = probeModule(installedFolder(), path); !fault.empty())
+      return {nullptr, file + " " + fault};
   }
   void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) return {nullptr, file + " cannot be loaded: " + dlerror()};

@@ -20,6 +20,7 @@ fs::path CameraBench::usualModules() {
     Folder() {
       fs::create_directories(path);
       fs::create_symlink(built() / "oxgenapi/simulated.so", path / "simulated.so");
+      fs::create_symlink(built() / "oxgenapi/gentl.so", path / "gentl.so");
       fs::create_symlink(built() / "test_modules/Odd.so", path / "odd.so");
     }
     ~Folder() { fs::remove_all(path); }
@@ -30,7 +31,8 @@ fs::path CameraBench::usualModules() {
 CameraBench::CameraBench() : folder_(fs::temp_directory_path() / ("ox-camera-" + std::to_string(getpid()))) {
   fs::create_directories(folder_);
   setenv("OXGENAPI_TRANSPORTS", usualModules().c_str(), 1);
-  for (const char* name : {"OXGENAPI_SIMULATED", "OXGENAPI_INTERFACES", "OXGENAPI_ADDRESSES"}) unsetenv(name);
+  for (const char* name : {"OXGENAPI_SIMULATED", "OXGENAPI_INTERFACES", "OXGENAPI_ADDRESSES", "GENICAM_GENTL64_PATH"})
+    unsetenv(name);
   setenv("OXGENAPI_BYTE_ORDER", "/nonexistent", 1);
   odd() = {};
 }

@@ -162,6 +162,9 @@ class Device : public Port {
   virtual std::unique_ptr<Stream> openStream(const StreamRequest& request, std::span<const BufferMemory> buffers,
                                              FrameSink& sink);
 
+  // Bytes of a frame where the transport decides that; 0: the camera's feature PayloadSize does. Throws TransportError.
+  virtual uint64_t payloadSize() { return 0; }
+
   // Takes the oldest event message, or waits for one, up to `time`; false: none came. Beside reads and writes, one
   // thread at a time. Throws TransportError.
   virtual bool nextEvent(EventMessage& event, Milliseconds time);
