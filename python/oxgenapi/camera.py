@@ -260,7 +260,7 @@ class Camera(NodeMap):
         numpy. It is held until the stream has ended and its pictures are gone."""
         views = [memoryview(each).cast("B") for each in memory or ()]
         held = [(c_char * view.nbytes).from_buffer(view) for view in views]
-        frames = (_Memory * len(held))(*[(ctypes.addressof(each), len(each), None) for each in held])
+        frames = (_Memory * len(held))(*[_Memory(ctypes.addressof(each), len(each), None) for each in held])
         policy = 0 if packet_size is None else 2 if packet_size else 1
         options = _StreamOptions(ctypes.sizeof(_StreamOptions), len(held) or buffers,
                                  ctypes.addressof(frames) if held else None, latest_only, policy, packet_size or 0)
