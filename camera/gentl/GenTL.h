@@ -108,24 +108,21 @@ GENTL_FUNCTION DSGetNumBufferSegments(DS_HANDLE dataStream, BUFFER_HANDLE buffer
 GENTL_FUNCTION DSGetBufferSegmentInfo(DS_HANDLE dataStream, BUFFER_HANDLE bufferHandle, uint32_t segmentIndex,
                                       SEGMENT_INFO_CMD infoCmd, INFO_DATATYPE* type, void* buffer, size_t* size);
 /* Calls F with the name of every function. */
+/* clang-format off */
 #define GENTL_FUNCTIONS(F)                                                                                             \
-  F(GCGetInfo)                                                                                                         \
-  F(GCGetLastError)                                                                                                    \
-  F(GCInitLib)                                                                                                         \
-  F(GCCloseLib) F(GCReadPort) F(GCWritePort) F(GCGetPortURL) F(GCGetPortInfo) F(GCRegisterEvent) F(GCUnregisterEvent)  \
-      F(GCGetNumPortURLs) F(GCGetPortURLInfo) F(GCReadPortStacked) F(GCWritePortStacked) F(EventGetData)               \
-          F(EventGetDataInfo) F(EventGetInfo) F(EventFlush) F(EventKill) F(TLOpen) F(TLClose) F(TLGetInfo)             \
-              F(TLGetNumInterfaces) F(TLGetInterfaceID) F(TLGetInterfaceInfo) F(TLOpenInterface)                       \
-                  F(TLUpdateInterfaceList) F(IFClose) F(IFGetInfo) F(IFGetNumDevices) F(IFGetDeviceID)                 \
-                      F(IFUpdateDeviceList) F(IFGetDeviceInfo) F(IFOpenDevice) F(IFGetParentTL) F(DevGetPort)          \
-                          F(DevGetNumDataStreams) F(DevGetDataStreamID) F(DevOpenDataStream) F(DevGetInfo) F(DevClose) \
-                              F(DevGetParentIF) F(DSAnnounceBuffer) F(DSAllocAndAnnounceBuffer) F(DSFlushQueue)        \
-                                  F(DSStartAcquisition) F(DSStopAcquisition) F(DSGetInfo) F(DSGetBufferID) F(DSClose)  \
-                                      F(DSRevokeBuffer) F(DSQueueBuffer) F(DSGetBufferInfo) F(DSGetBufferChunkData)    \
-                                          F(DSGetParentDev) F(DSGetNumBufferParts) F(DSGetBufferPartInfo)              \
-                                              F(DSAnnounceCompositeBuffer) F(DSGetBufferInfoStacked)                   \
-                                                  F(DSGetBufferPartInfoStacked) F(DSGetNumFlows) F(DSGetFlowInfo)      \
-                                                      F(DSGetNumBufferSegments) F(DSGetBufferSegmentInfo)
+  F(GCGetInfo) F(GCGetLastError) F(GCInitLib) F(GCCloseLib) F(GCReadPort) F(GCWritePort) F(GCGetPortURL)               \
+  F(GCGetPortInfo) F(GCRegisterEvent) F(GCUnregisterEvent) F(GCGetNumPortURLs) F(GCGetPortURLInfo)                     \
+  F(GCReadPortStacked) F(GCWritePortStacked) F(EventGetData) F(EventGetDataInfo) F(EventGetInfo) F(EventFlush)         \
+  F(EventKill) F(TLOpen) F(TLClose) F(TLGetInfo) F(TLGetNumInterfaces) F(TLGetInterfaceID) F(TLGetInterfaceInfo)       \
+  F(TLOpenInterface) F(TLUpdateInterfaceList) F(IFClose) F(IFGetInfo) F(IFGetNumDevices) F(IFGetDeviceID)              \
+  F(IFUpdateDeviceList) F(IFGetDeviceInfo) F(IFOpenDevice) F(IFGetParentTL) F(DevGetPort) F(DevGetNumDataStreams)      \
+  F(DevGetDataStreamID) F(DevOpenDataStream) F(DevGetInfo) F(DevClose) F(DevGetParentIF) F(DSAnnounceBuffer)           \
+  F(DSAllocAndAnnounceBuffer) F(DSFlushQueue) F(DSStartAcquisition) F(DSStopAcquisition) F(DSGetInfo)                  \
+  F(DSGetBufferID) F(DSClose) F(DSRevokeBuffer) F(DSQueueBuffer) F(DSGetBufferInfo) F(DSGetBufferChunkData)            \
+  F(DSGetParentDev) F(DSGetNumBufferParts) F(DSGetBufferPartInfo) F(DSAnnounceCompositeBuffer)                         \
+  F(DSGetBufferInfoStacked) F(DSGetBufferPartInfoStacked) F(DSGetNumFlows) F(DSGetFlowInfo)                            \
+  F(DSGetNumBufferSegments) F(DSGetBufferSegmentInfo)
+/* clang-format on */
 
 #ifdef __cplusplus
 }

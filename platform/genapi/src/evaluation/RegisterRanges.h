@@ -15,7 +15,7 @@ namespace GENAPI_NAMESPACE {
 struct RangeKey {
   NodeIndex port;
   int64_t address;
-  int64_t length;  // bytes
+  int64_t length;                                     // bytes
   auto operator<=>(const RangeKey&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
